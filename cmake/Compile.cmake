@@ -1,0 +1,28 @@
+# How everything here is compiled, and the two shapes of a target: a layer of the library, a program.
+
+set(PAGERFWD_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
+
+add_library(pagerfwd_compile INTERFACE)
+target_compile_options(pagerfwd_compile INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    # Quoted includes start at the root. Not -I: the C library's own <linux/...> would take ours.
+    "SHELL:-iquote ${CMAKE_SOURCE_DIR}")
+target_include_directories(pagerfwd_compile INTERFACE ${CMAKE_SOURCE_DIR}/include)
+
+find_package(Threads REQUIRED)
+target_link_libraries(pagerfwd_compile INTERFACE Threads::Threads)
+
+if(PAGERFWD_SANITIZE)
+    add_compile_options(-fsanitize=${PAGERFWD_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${PAGERFWD_SANITIZE})
+endif()
+
+# A layer of libPagerFwd.so, as objects: the library and the tests link the same ones.
+function(pagerfwd_layer name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+    add_library(${name} OBJECT ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
+                                             VISIBILITY_INLINES_HIDDEN ON)
+    target_link_libraries(${name} PUBLIC pagerfwd_compile ${ARG_USES})
+endfunction()

@@ -1,0 +1,14 @@
+# GoogleTest from the distribution's sources, so that it has the library's word size, and the one
+# way to add a test program.
+
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+include(GoogleTest)
+
+# Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
+function(pagerfwd_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE pagerfwd_compile -Wl,--no-as-needed pagersim_preload
+                                          -Wl,--as-needed ${ARG_LINKS} gmock_main)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

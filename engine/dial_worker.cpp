@@ -1,0 +1,187 @@
+// The worker: one thread that sends the due pages of the paging queue, a pass a minute.
+// Tested by tests/engine/worker_test.cpp, retry_test.cpp and acknowledgement_test.cpp.
+#include "engine/chars.h"
+#include "engine/locked.h"
+#include "engine/pager_hdl.h"
+#include "engine/records.h"
+#include "modem/trace.h"
+
+namespace {
+
+using DialLock = Locked<CCriticalSection>;
+
+constexpr int kPauseMs = 60000;
+constexpr int kUncountedDelayMinutes = 5;
+
+// The paging queue as it is now, for one pass. The entries stay the queues'.
+class WorkingQueue {
+ public:
+    explicit WorkingQueue(CSM_ForwardQ& pagingQueue) {
+        pagingQueue.CopyEntriesToNewQueue(&m_entries);
+        m_next = m_entries.GetHeadPosition();
+    }
+    ~WorkingQueue() { m_entries.RemoveAll(); }
+    WorkingQueue(const WorkingQueue&) = delete;
+    WorkingQueue& operator=(const WorkingQueue&) = delete;
+
+    void Trace() const {
+        for (POSITION next = m_entries.GetHeadPosition(); next != nullptr;) {
+            TraceUnlocked("pWorkingQ: %s\n", Chars(EntryAt(next)->pagerDescr));
+        }
+    }
+
+    // Null after the last one.
+    ForwardQEntry* Next() { return m_next != nullptr ? EntryAt(m_next) : nullptr; }
+
+ private:
+    // The entry there; the position moves on.
+    ForwardQEntry* EntryAt(POSITION& position) const {
+        return static_cast<ForwardQEntry*>(m_entries.GetNext(position));
+    }
+
+    CSM_ForwardQ m_entries;
+    POSITION m_next;
+};
+
+// A missing row counts as an acknowledgement.
+bool IsAcknowledged(CDB_AlarmLog& alarmLog, const ForwardQEntry& entry) {
+    const OwnedFwdInfo alarm(alarmLog.GetAlarmLogFwdInfo(entry.alarmLogEntry->alarmLogId));
+    return !alarm || alarm->pagerState == kForwardAcknowledged;
+}
+
+}  // namespace
+
+// Never destroyed: a worker may outlive the end of the program.
+WorkerThread& CPagerHdl::Worker() {
+    static WorkerThread& worker = *new WorkerThread;
+    return worker;
+}
+
+// The look at the flag and its setting are one step, so that there is never a second worker. When
+// the system has no thread to give, the pages stay pending until the next call.
+void CPagerHdl::Check4Dial(void*, unsigned, unsigned, unsigned long) {
+    TraceUnlocked("Check4Dial\n");
+    const DialLock guard(lockDial);
+    if (checkAlready) {
+        TraceUnlocked("Check4Dial: Already running\n");
+        return;
+    }
+    pagerFwdEvents->DeleteInactiveEvents();
+    if (!m_pPagingQ->HasEntries()) {
+        TraceUnlocked("Check4Dial: Nothing to do\n");
+        return;
+    }
+    checkAlready = true;
+    if (!Worker().Start(Check4DialThread)) {
+        checkAlready = false;
+    }
+}
+
+void* CPagerHdl::Check4DialThread(void*) {
+    {
+        CDB_AlarmLog alarmLog(m_dB);
+        TraceUnlocked("Start Check4DialThread\n");
+        while (MayContinue()) {
+            TraceUnlocked("Loop Check4DialThread\n");
+            RunPass(alarmLog);
+            TraceUnlocked("Check4DialThread: sleep\n");
+            Worker().Pause(kPauseMs);
+        }
+    }
+    TraceUnlocked("End Check4DialThread\n");
+    Worker().AnnounceEnd();
+    return nullptr;
+}
+
+// The last look at the queue and the clearing of the flag are one step: whoever queues a page
+// before it is seen here, whoever does after it starts a worker.
+bool CPagerHdl::MayContinue() {
+    const DialLock guard(lockDial);
+    if (!Worker().StopRequested()) {
+        if (m_pPagingQ->HasEntries()) {
+            return true;
+        }
+        TraceUnlocked("End Loop Check4DialThread\n");
+    }
+    checkAlready = false;
+    return false;
+}
+
+void CPagerHdl::RunPass(CDB_AlarmLog& alarmLog) {
+    const EntryUse use(Entries());
+    WorkingQueue working(*m_pPagingQ);
+    working.Trace();
+    CTime now = CTime::GetCurrentTime();
+    while (ForwardQEntry* entry = working.Next()) {
+        if (Worker().StopRequested()) {
+            return;
+        }
+        if (TreatEntry(alarmLog, entry, now)) {
+            now = CTime::GetCurrentTime();
+        }
+    }
+}
+
+// Whether the clock is to be read again: after every page that was put off or given up. A page that
+// is done leaves the time of the pass as it was.
+bool CPagerHdl::TreatEntry(CDB_AlarmLog& alarmLog, ForwardQEntry* e, const CTime& now) {
+    TraceUnlocked("Check4DialThreadLoop: %s\n", Chars(e->pagerDescr));
+    if (IsAcknowledged(alarmLog, *e)) {
+        DropAcknowledged(e);
+        return false;
+    }
+    if (e->queueTime > now) {
+        TraceUnlocked("Check4DialThreadLoop: Wait\n");
+        return false;
+    }
+    if (PagerSendMessage(e, false, nullptr, nullptr)) {
+        return FollowSuccess(e);
+    }
+    FollowFailure(e);
+    return true;
+}
+
+void CPagerHdl::DropAcknowledged(ForwardQEntry* e) {
+    SetState(e, kForwardDone);
+    TraceUnlocked("Check4DialThreadLoop: %s acked\n", Chars(e->pagerDescr));
+    DeleteFromPagingQueue(long{e->alarmLogEntry->alarmLogId});
+    TraceUnlocked("Paging acknowledged by AlMan ???\n");
+}
+
+// Whether the entry was put off or given up. That of an unknown pager stays due.
+bool CPagerHdl::FollowSuccess(ForwardQEntry* e) {
+    TraceUnlocked("PagerSendMessage successful!!\n");
+    const OwnedPager pager(GetPager(Chars(e->pagerDescr)));
+    if (!pager) {
+        return false;
+    }
+    if (ConfirmsDelivery(pager->pagerType)) {
+        SetState(e, kForwardDone);
+        TraceUnlocked("Check4DialThreadLoop: Sent successful: %s\n", Chars(e->pagerDescr));
+        DeleteFromPagingQueue(e);
+        return false;
+    }
+    RepeatOrGiveUp(e, {pager->numRetries, pager->retryDelay}, "Retries exceeded");
+    return true;
+}
+
+// Every other failure counts: the first of two is put down to the line.
+void CPagerHdl::FollowFailure(ForwardQEntry* e) {
+    if (!e->postponed) {
+        e->postponed = true;
+        ReinsertInPagingQueue(e, kUncountedDelayMinutes);
+        return;
+    }
+    const OwnedPager pager(GetPager(Chars(e->pagerDescr)));
+    e->postponed = false;
+    RepeatOrGiveUp(e, RuleOf(pager.get(), {NumOfRetries, RetryDelay}), "Retries exceeded1");
+}
+
+void CPagerHdl::RepeatOrGiveUp(ForwardQEntry* e, const RetryRule& rule, const char* exceeded) {
+    if (HasAttemptsLeft(CountAttempt(e), rule)) {
+        ReinsertInPagingQueue(e, rule.delayMinutes);
+        return;
+    }
+    TraceUnlocked("Check4DialThreadLoop: %s: %s\n", exceeded, Chars(e->pagerDescr));
+    DeleteFromPagingQueue(e);
+}

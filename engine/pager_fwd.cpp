@@ -1,0 +1,136 @@
+// The facade: alarms to queues, test pages to the modem.
+// Tested by tests/engine/entry_points_test.cpp.
+#include "engine/pager_fwd.h"
+
+#include <cstdlib>
+#include <memory>
+
+#include "engine/chars.h"
+#include "engine/pager_hdl.h"
+#include "engine/records.h"
+#include "modem/trace.h"
+#include "tables/owned_text.h"
+
+namespace {
+
+using EngineGuard = std::lock_guard<std::mutex>;
+
+// Requires: engineLock held.
+void SetDatabaseName(const char* name) {
+    char* const copy = CopyText(TextOrEmpty(name));
+    delete[] m_dB;
+    m_dB = copy;
+}
+
+// Requires: engineLock held. Whether it had to be made.
+bool EnsureHandler() {
+    if (pagerHdl != nullptr) {
+        return false;
+    }
+    pagerHdl = new CPagerHdl(m_dB);
+    return true;
+}
+
+// The database that an alarm's pagers are looked up in, with the engine up.
+CString BringUp(const FwdSpecialInfoStr& info) {
+    const EngineGuard guard(engineLock);
+    if (m_dB == nullptr) {
+        SetDatabaseName(info.dbName);
+    }
+    EnsureHandler();
+    return m_dB;
+}
+
+bool Forward(const FwdSpecialInfoStr& info, const char* serverName, const Pager& pager,
+             const char* alarmGroup) {
+    return CPagerHdl::PagingAlarm(pager.description, serverName, alarmGroup, long{*info.alarmLogId},
+                                  0);
+}
+
+// A page that is sent at once stands in no queue and belongs to no alarm.
+struct TestPage {
+    TestPage() {
+        alarm.severity = kSeverityInformational;
+        alarm.details = details;
+        entry.queueTime = CTime::GetCurrentTime();
+        entry.state = kForwardBeingPaged;
+        entry.retries = static_cast<uint32_t>(-1);
+        entry.alarmLogEntry = &alarm;
+        entry.almGroup = "TEST/000";
+        entry.serverN = "TESTSERVER";
+    }
+
+    char details[5] = "test";
+    AlarmLogEntry alarm{};
+    ForwardQEntry entry;
+};
+
+}  // namespace
+
+CPagerFwd* pagerFwd = nullptr;
+CPagerHdl* pagerHdl = nullptr;
+char* m_dB = nullptr;
+std::mutex engineLock;
+
+CPagerFwd::CPagerFwd(const char* dbName) {
+    if (dbName != nullptr && m_dB == nullptr) {
+        SetDatabaseName(dbName);
+    }
+    // Kept: a handler from before the facade is forgotten, not destroyed.
+    pagerHdl = nullptr;
+}
+
+CPagerFwd::~CPagerFwd() {
+    delete[] m_dB;
+    m_dB = nullptr;
+    delete pagerHdl;
+    pagerHdl = nullptr;
+}
+
+int32_t CPagerFwd::AlarmFwdPager(FwdSpecialInfoStr* info, const char* serverName, const char*,
+                                 char** pagerNames, int32_t pagerCount) {
+    CDB_PagerSettings pagerSettings(BringUp(*info));
+    int32_t result = -1;
+    for (int32_t i = 0; i < pagerCount; ++i) {
+        TraceUnlocked("AlarmFwdPager: %s\n", pagerNames[i]);
+        const OwnedPager pager(pagerSettings.GetPager(pagerNames[i]));
+        if (!pager) {
+            TraceUnlocked("AlarmFwdPager: pager not found\n");
+            continue;
+        }
+        result = Forward(*info, serverName, *pager, info->alarmGroups[i]) ? 1 : 0;
+    }
+    return result;
+}
+
+int32_t CPagerFwd::TestPager(FwdSpecialInfoStr* info, const char* description,
+                             const char* pagerNumber, const char* comPort, const char* pagerType,
+                             const char* timeModel) {
+    bool madeHere = false;
+    {
+        const EngineGuard guard(engineLock);
+        SetDatabaseName(info->dbName);
+        madeHere = EnsureHandler();
+    }
+
+    OwnedPager pager(new Pager{});
+    pager->description = CopyText(TextOrEmpty(description));
+    pager->pagerNumber = CopyText(TextOrEmpty(pagerNumber));
+    pager->comPort = CopyText(TextOrEmpty(comPort));
+    pager->pagerType = static_cast<int32_t>(strtol(TextOrEmpty(pagerType), nullptr, 10));
+    pager->timeModel = CopyText(TextOrEmpty(timeModel));
+    int result = kNoPort;  // if the handler could not come up
+    if (CPagerHdl::IsRunning()) {
+        TestPage page;
+        CPagerHdl::PagerSendMessage(&page.entry, true, pager.get(), &result);
+    }
+
+    const EngineGuard guard(engineLock);
+    delete[] m_dB;
+    m_dB = nullptr;
+    if (madeHere) {
+        delete pagerHdl;
+        pagerHdl = nullptr;
+    }
+    return result;
+}

@@ -1,0 +1,39 @@
+// The facade behind the exported functions, and what they keep for the process.
+#ifndef PAGERFWD_ENGINE_PAGER_FWD_H
+#define PAGERFWD_ENGINE_PAGER_FWD_H
+
+#include <pagerfwd/pagerfwd.h>
+
+#include <cstdint>
+#include <mutex>
+
+class CPagerFwd;
+class CPagerHdl;
+
+// Made by the first call of an exported function that needs them. All start null.
+extern CPagerFwd* pagerFwd;
+extern CPagerHdl* pagerHdl;
+extern char* m_dB;  // the database name, owned: a heap copy, freed with array delete
+
+// Guards the three: while one is made, looked at, replaced or taken down. Not held while a page is
+// sent or queued.
+extern std::mutex engineLock;
+
+// Order      Made before the handler: construction forgets a handler that was there. Destruction
+//            takes the handler down, which can take as long as a page.
+// Threads    Construction and destruction require engineLock; the two methods take it.
+class CPagerFwd {
+ public:
+    explicit CPagerFwd(const char* dbName);
+    ~CPagerFwd();
+    CPagerFwd(const CPagerFwd&) = delete;
+    CPagerFwd& operator=(const CPagerFwd&) = delete;
+
+    // As the exported functions of these names.
+    int32_t AlarmFwdPager(FwdSpecialInfoStr* info, const char* serverName, const char* extra,
+                          char** pagerNames, int32_t pagerCount);
+    int32_t TestPager(FwdSpecialInfoStr* info, const char* description, const char* pagerNumber,
+                      const char* comPort, const char* pagerType, const char* timeModel);
+};
+
+#endif

@@ -1,0 +1,84 @@
+// Out of the paging queue, into the off-limit queue, and out of that.
+// Tested by tests/engine/queue_operations_test.cpp.
+#include "engine/chars.h"
+#include "engine/locked.h"
+#include "engine/pager_hdl.h"
+#include "modem/trace.h"
+
+// What is taken out is the first match, which may be another entry than the argument when the same
+// alarm was forwarded to the same pager twice. Requires an EntryUse.
+bool CPagerHdl::TakeOut(CSM_ForwardQ* queue, ForwardQEntry* e) {
+    ForwardQEntry* taken = queue->TakeMatchingEntry(e);
+    if (taken == nullptr) {
+        return false;
+    }
+    Entries().Note(taken);
+    return true;
+}
+
+bool CPagerHdl::DeleteFromPagingQueue(ForwardQEntry* e) {
+    const EntryUse use(Entries());
+    TraceUnlocked("DeleteFromPagingQueue: %s\n", Chars(e->pagerDescr));
+    if (!TakeOut(m_pPagingQ, e) || !InsertInOffLimitQueue(e)) {
+        FreeQEntry(e);
+        return false;
+    }
+    return true;
+}
+
+bool CPagerHdl::DeleteFromPagingQueue(long almLogId) {
+    const EntryUse use(Entries());
+    CSM_ForwardQ* queue = m_pPagingQ;
+    ForwardQEntry* e = queue->FindEntryByAlmLogID(almLogId);
+    if (e != nullptr) {
+        TraceUnlocked("DeleteFromPagingQueue: %d:%s\n", static_cast<int>(almLogId),
+                      Chars(e->pagerDescr));
+    } else {
+        queue = m_pOffLimitQ;
+        e = queue->FindEntryByAlmLogID(almLogId);
+    }
+    if (e != nullptr && !TakeOut(queue, e)) {
+        FreeQEntry(e);
+        return false;
+    }
+    RemoveEntryFromEventsDB(almLogId);
+    return true;
+}
+
+bool CPagerHdl::InsertInOffLimitQueue(ForwardQEntry* e) {
+    const EntryUse use(Entries());
+    {
+        const Locked<CCriticalSection> guard(lock);
+        if (e->state != kForwardDone) {
+            e->state = kForwardOffLimit;
+        }
+    }
+    UpdateEntryInEventsDB(e);
+    if (!m_pOffLimitQ->AddEntryToQueue(e)) {
+        FreeQEntry(e);
+    }
+    return true;
+}
+
+bool CPagerHdl::InsertInOffLimitQueue(ForwardQEntry* e, CString, CString) {
+    return InsertInOffLimitQueue(e);
+}
+
+void CPagerHdl::OffLimitOrDiscardEntry(ForwardQEntry* e) {
+    const EntryUse use(Entries());
+    if (!InsertInOffLimitQueue(e)) {
+        FreeQEntry(e);
+    }
+}
+
+bool CPagerHdl::DeleteFromOffLimitQueue(long almLogId) {
+    const EntryUse use(Entries());
+    ForwardQEntry* e = m_pOffLimitQ->FindEntryByAlmLogID(almLogId);
+    if (e == nullptr) {
+        return false;
+    }
+    TakeOut(m_pOffLimitQ, e);
+    RemoveEntryFromEventsDB(e);
+    FreeQEntry(e);
+    return true;
+}

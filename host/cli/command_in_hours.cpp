@@ -1,0 +1,55 @@
+// pagerfwd in-hours: may a page leave now? Tested by tests/unit/host/cli_test.cpp.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "host/cli/library.h"
+#include "host/cli/names.h"
+#include "host/cli/program.h"
+#include "host/site/site_tables.h"
+#include "host/store/pool.h"
+#include "host/text/printable.h"
+
+namespace host {
+namespace {
+
+constexpr int32_t kAllowed = 0;
+constexpr int32_t kBarred = 1;
+
+ExitCode InHours(const Program& program, const std::string& name) {
+    Lease lease(program.database);
+    const Encoding encoding = EncodingOf(lease.Database());
+    const Library library(program.library);
+    const std::string shown = "hours \"" + Printable(name) + "\"";
+    switch (library.NXIsInTimeModel(program.database.c_str(), InTables(name, encoding).c_str())) {
+        case kAllowed:
+            std::cout << shown << ": a page may leave now\n";
+            return kDone;
+        case kBarred:
+            std::cout << shown << ": no page leaves in this hour\n";
+            return kNo;
+        default:
+            throw Failure(kUsage,
+                          "there are no hours \"" + name + "\"; " +
+                              ListNames("hours", TimeModelNames(lease.Database()), encoding));
+    }
+}
+
+}  // namespace
+
+void AddInHours(CLI::App& app, Program& program) {
+    CLI::App* const command =
+        app.add_subcommand("in-hours", "Say whether a page may leave in the current hour");
+    const auto name = std::make_shared<std::string>();
+    command->add_option("MODEL", *name, "The name of hours in the site file")->required();
+    command->footer(
+        "The local time counts.\n\n"
+        "Example:\n"
+        "  pagerfwd --database site.db in-hours office && echo page away\n");
+    command->callback([name, &program] {
+        program.command = [name, &program] { return InHours(program, *name); };
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,32 @@
+// pagerfwd init: makes the tables. Tested by tests/unit/host/cli_test.cpp.
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "host/cli/program.h"
+#include "host/store/schema.h"
+#include "host/text/printable.h"
+
+namespace host {
+namespace {
+
+ExitCode Init(const Program& program) {
+    Connection connection(program.database, Connection::Mode::kCreate);
+    const bool made = CreateTables(connection);
+    std::cout << Printable(program.database)
+              << (made ? ": made, without any ports or pagers yet; add them with: pagerfwd import\n"
+                       : ": has its tables already; nothing changed\n");
+    return kDone;
+}
+
+}  // namespace
+
+void AddInit(CLI::App& app, Program& program) {
+    CLI::App* const command = app.add_subcommand("init", "Make the tables of a new database");
+    command->footer(
+        "A database that has its tables already is left as it is.\n\n"
+        "Example:\n"
+        "  pagerfwd --database site.db init\n");
+    command->callback([&program] { program.command = [&program] { return Init(program); }; });
+}
+
+}  // namespace host

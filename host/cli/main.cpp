@@ -1,0 +1,94 @@
+// pagerfwd: an embedded host of libPagerFwd.so. Tested by tests/unit/host/cli_test.cpp.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+
+#include "host/cli/program.h"
+#include "host/store/connection.h"
+#include "host/store/pool.h"
+#include "host/text/printable.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kExamples =
+    "\nA first page, from nothing:\n"
+    "  pagerfwd init                    makes pagerfwd.db\n"
+    "  pagerfwd check site.toml         says what is wrong with the site file\n"
+    "  pagerfwd import site.toml        puts its ports, pagers and hours into the database\n"
+    "  pagerfwd test \"duty phone\"       sends a test page\n"
+    "  pagerfwd COMMAND --help          more on a command\n\n";
+
+void AddOptions(CLI::App& app, Program& program) {
+    app.add_option("--database", program.database, "The database file")
+        ->envname("PAGERFWD_DATABASE")
+        ->default_val("./pagerfwd.db")
+        ->type_name("FILE");
+    app.add_option("--library", program.library,
+                   "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor among "
+                   "the system's libraries")
+        ->type_name("FILE");
+    app.add_flag("--trace", program.trace,
+                 "Let the library write every step of a page to pageprot.txt, in this folder");
+}
+
+void AddCommands(CLI::App& app, Program& program) {
+    AddInit(app, program);
+    AddCheck(app, program);
+    AddImport(app, program);
+    AddTest(app, program);
+    AddInHours(app, program);
+}
+
+int Complain(const std::exception& reason, ExitCode code) {
+    std::cerr << "pagerfwd: " << Printable(reason.what()) << "\n";
+    return code;
+}
+
+int Run(const Program& program) {
+    try {
+        const ExitCode code = program.command();
+        std::cout.flush();
+        if (!std::cout) {
+            throw Failure(kCannot, "standard output can't be written");
+        }
+        return code;
+    } catch (const Failure& failure) {
+        return Complain(failure, failure.Code());
+    } catch (const std::exception& failure) {
+        return Complain(failure, kCannot);
+    }
+}
+
+int Main(int argc, char** argv) {
+    Program program;
+    CLI::App app("Forwards alarms to pagers over modems: the host of libPagerFwd.so.", "pagerfwd");
+    app.set_version_flag("--version", "pagerfwd " PAGERFWD_VERSION);
+    app.footer(kExamples + ExitCodeHelp());
+    app.require_subcommand(1);
+    app.fallthrough();
+    AddOptions(app, program);
+    AddCommands(app, program);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kUsage;
+    }
+    const int code = Run(program);
+    CloseDatabases();
+    return code;
+}
+
+}  // namespace
+}  // namespace host
+
+int main(int argc, char** argv) {
+    try {
+        return host::Main(argc, argv);
+    } catch (...) {
+        // Not even the command line could be taken apart.
+        std::fputs("pagerfwd: out of memory\n", stderr);
+        return host::kCannot;
+    }
+}

@@ -1,0 +1,65 @@
+// What the commands of `pagerfwd` share.
+#ifndef PAGERFWD_HOST_CLI_PROGRAM_H
+#define PAGERFWD_HOST_CLI_PROGRAM_H
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace host {
+
+// How the program ends. The help and the manual list them from one table.
+enum ExitCode : int {
+    kDone = 0,
+    kNo = 1,
+    kUsage = 2,
+    kCannot = 3,
+    // From 5 on, the library's own results of a page.
+    kNoLine = 5,
+    kDialFailed = 6,
+    kTransferFailed = 7,
+    kNoModem = 8,
+};
+
+// The table, as text for the help.
+std::string ExitCodeHelp();
+
+// Ends the command: its text goes to standard error.
+class Failure : public std::runtime_error {
+ public:
+    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+    ExitCode Code() const { return code_; }
+
+ private:
+    ExitCode code_;
+};
+
+struct Program {
+    std::string database;
+    std::string library;  // empty: searched for
+    bool trace = false;
+
+    std::function<ExitCode()> command;  // what the command line asks for
+};
+
+// Each adds a command, which puts its own work into program.command.
+void AddCheck(CLI::App& app, Program& program);
+void AddImport(CLI::App& app, Program& program);
+void AddInHours(CLI::App& app, Program& program);
+void AddInit(CLI::App& app, Program& program);
+void AddTest(CLI::App& app, Program& program);
+
+// The text of a file. Throws Failure.
+std::string ReadFile(const std::string& path);
+
+// Turns the library's trace on, in the working directory. Throws Failure where it can't be written:
+// the library would stop at the first line of its trace. Does nothing without --trace.
+void StartTrace(const Program& program);
+
+}  // namespace host
+
+#endif

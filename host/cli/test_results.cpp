@@ -1,0 +1,34 @@
+// Results of a test page. Tested by tests/unit/host/cli_test.cpp.
+#include "host/cli/test_results.h"
+
+namespace host {
+namespace {
+
+constexpr TestResult kResults[] = {
+    {-1, kUsage, "the library doesn't know the pager or its hours",
+     "Look at the site file with: pagerfwd check"},
+    {0, kDone, "sent", ""},
+    {5, kNoLine, "no line: the port is unknown or taken, or can't be opened or set",
+     "Is the port in the site file, does /dev/ttyS* exist, may this user open it, and does another "
+     "program hold it?"},
+    {6, kDialFailed, "dialling failed: busy, no answer, no carrier or no dial tone",
+     "Is the telephone line plugged in, and the dial command of the port right?"},
+    {7, kTransferFailed, "the paging centre answered the call, but didn't take the page",
+     "Do the protocol, the data bits and the parity of the port suit the centre, and is the "
+     "pager's number right?"},
+    {8, kNoModem, "the modem didn't answer its initialisation",
+     "Is the modem switched on, and are its speed and its init command right?"},
+};
+
+}  // namespace
+
+const TestResult* FindTestResult(int32_t code) {
+    for (const TestResult& result : kResults) {
+        if (result.code == code) {
+            return &result;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace host

@@ -1,0 +1,135 @@
+// What a port's row has to hold. Tested by tests/unit/host/site_check_test.cpp.
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "host/site/rules.h"
+#include "host/site/words.h"
+
+namespace host {
+namespace {
+
+// Opening fails, and the port is not given back: it then counts as taken for every other page.
+constexpr const char* kStaysTaken =
+    "Every page over this line fails (result 5), and the port then stays taken for all others.";
+
+std::string PortCalled(const Port& port) {
+    return "port " + InQuotes(port.name.value);
+}
+
+std::string ListOfSpeeds() {
+    std::string list;
+    for (const int64_t speed : kSpeeds) {
+        list += (list.empty() ? "" : ", ") + std::to_string(speed);
+    }
+    return list;
+}
+
+void CheckName(const Port& port, Findings& findings) {
+    const std::string& name = port.name.value;
+    const std::string_view prefix = "COM ";
+    const bool isName = name.size() == prefix.size() + 1 && name.rfind(prefix, 0) == 0 &&
+                        name.back() >= '1' && name.back() <= '9';
+    if (!isName) {
+        findings.Error(port.name.line, "there is no port " + InQuotes(name),
+                       "The port would never be found: COM 1 to COM 9 stand for /dev/ttyS0 to "
+                       "/dev/ttyS8, and there are no others.",
+                       "Write the name with one blank, such as \"COM 1\".");
+    }
+}
+
+void CheckSpeed(const Port& port, Findings& findings) {
+    const bool known =
+        std::find(std::begin(kSpeeds), std::end(kSpeeds), port.baud.value) != std::end(kSpeeds);
+    if (!known) {
+        findings.Error(port.baud.line,
+                       PortCalled(port) + ": " + std::to_string(port.baud.value) +
+                           " is no speed of the serial line driver",
+                       kStaysTaken, "Choose one of " + ListOfSpeeds() + ".");
+    }
+}
+
+void CheckFlow(const Port& port, Findings& findings) {
+    if (CellFor(kFlows, port.flow.value) == nullptr) {
+        findings.Error(port.flow.line,
+                       PortCalled(port) + ": there is no flow control " + InQuotes(port.flow.value),
+                       "The line would run without flow control.", "Write " + ListOf(kFlows) + ".");
+    }
+}
+
+void CheckLine(const Port& port, const char* part, const LineSettings& line, Findings& findings) {
+    const std::string called = PortCalled(port) + ", " + part + ": ";
+    if (line.data.value < 5 || line.data.value > 8) {
+        findings.Error(line.data.line,
+                       called + std::to_string(line.data.value) + " data bits can't be set",
+                       kStaysTaken, "Write 5, 6, 7 or 8.");
+    }
+    if (CellFor(kParities, line.parity.value) == nullptr) {
+        findings.Error(line.parity.line,
+                       called + "parity " + InQuotes(line.parity.value) +
+                           " is refused by the serial line driver",
+                       kStaysTaken, "Write " + ListOf(kParities) + ".");
+    }
+    if (line.stop.value < 1 || line.stop.value > 2) {
+        findings.Error(line.stop.line,
+                       called + std::to_string(line.stop.value) + " stop bits can't be set",
+                       kStaysTaken, "Write 1 or 2.");
+    }
+}
+
+void CheckProtocol(const Port& port, const char* part, const SmsService& service,
+                   Findings& findings) {
+    if (CellFor(kProtocols, service.protocol.value) == nullptr) {
+        findings.Error(service.protocol.line,
+                       PortCalled(port) + ", " + part + ": there is no protocol " +
+                           InQuotes(service.protocol.value),
+                       "Pages would be reported as sent without a byte of them being sent.",
+                       "Write " + ListOf(kProtocols) + ", in capitals.");
+    }
+}
+
+void CheckPrompt(const Port& port, Findings& findings) {
+    if (port.pager.prompt.value.empty()) {
+        findings.Error(port.pager.prompt.line, PortCalled(port) + ": the prompt is empty",
+                       "It could not be told when the paging service is ready.",
+                       "Write what the service sends when it waits for input, such as \">\".");
+    }
+}
+
+void CheckTwice(const Site& site, size_t index, Findings& findings) {
+    const SaidText& name = site.ports[index].name;
+    for (size_t before = 0; before < index; ++before) {
+        if (site.ports[before].name.value == name.value) {
+            findings.Error(name.line,
+                           "port " + InQuotes(name.value) + " is there already, on line " +
+                               std::to_string(site.ports[before].line),
+                           "Only the first of the two would count.",
+                           "Give this one its own name, or take it out.");
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+void CheckPorts(const Site& site, Findings& findings) {
+    for (size_t i = 0; i < site.ports.size(); ++i) {
+        const Port& port = site.ports[i];
+        CheckName(port, findings);
+        CheckTwice(site, i, findings);
+        CheckSpeed(port, findings);
+        CheckFlow(port, findings);
+        CheckPrompt(port, findings);
+        CheckLine(port, "pager", port.pager.settings, findings);
+        CheckLine(port, "sms1", port.sms1.settings, findings);
+        CheckLine(port, "sms2", port.sms2.settings, findings);
+        CheckProtocol(port, "sms1", port.sms1, findings);
+        CheckProtocol(port, "sms2", port.sms2, findings);
+    }
+    if (site.ports.empty()) {
+        findings.Warning(1, "there is no port", "No page can leave: every one fails (result 5).",
+                         "Add a [[port]] with the name of the serial line, such as \"COM 1\".");
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,93 @@
+// A site, as its file says it: which modems there are, who is paged over them, and when.
+//
+// Nothing here is checked yet: words are as they were written. What was left out has its default,
+// and the line of the part that it would have stood in.
+#ifndef PAGERFWD_HOST_SITE_SITE_H
+#define PAGERFWD_HOST_SITE_SITE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+template <typename T>
+struct Said {
+    T value{};
+    int line = 0;
+};
+
+using SaidText = Said<std::string>;
+using SaidNumber = Said<int64_t>;
+
+struct LineSettings {
+    SaidNumber data;
+    SaidText parity;
+    SaidNumber stop;
+};
+
+// How plain pagers and NTT pagers are reached over a port.
+struct PagerService {
+    SaidText dial;
+    SaidText prompt;
+    LineSettings settings;
+};
+
+struct SmsService {
+    SaidText protocol;
+    SaidText dial;
+    LineSettings settings;
+};
+
+struct Port {
+    int line = 0;
+    SaidText name;
+    SaidNumber baud;
+    SaidText flow;
+    Said<bool> modem;
+    SaidText init;
+    SaidText reset;
+    PagerService pager;
+    SmsService sms1;
+    SmsService sms2;
+};
+
+struct Pager {
+    int line = 0;
+    SaidText description;
+    SaidText owner;
+    SaidText port;  // empty: any free port with a modem
+    SaidText type;
+    SaidText number;
+    SaidNumber retries;
+    SaidNumber delay;  // minutes
+    SaidText hours;    // the name of a time model
+};
+
+// The hours of one key of a time model: "mon-fri" = "8-18".
+struct DayHours {
+    SaidText days;
+    SaidText ranges;
+};
+
+struct TimeModel {
+    int line = 0;
+    SaidText name;
+    Said<bool> all;
+    std::vector<DayHours> days;
+};
+
+struct Site {
+    SaidText encoding;
+    std::vector<Port> ports;
+    std::vector<Pager> pagers;
+    std::vector<TimeModel> timeModels;
+};
+
+// The time model of a pager whose file names none. It is there even where the file has none of this
+// name, and allows every hour.
+inline constexpr const char* kAlways = "always";
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,15 @@
+// All rules. Tested by tests/unit/host/site_check_test.cpp.
+#include "host/site/site_check.h"
+
+#include "host/site/rules.h"
+
+namespace host {
+
+void CheckSite(const Site& site, Findings& findings) {
+    CheckPorts(site, findings);
+    CheckPagers(site, findings);
+    CheckTimeModels(site, findings);
+    CheckTexts(site, findings);
+}
+
+}  // namespace host

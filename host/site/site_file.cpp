@@ -1,0 +1,112 @@
+// The site file's parts and their defaults. Tested by tests/unit/host/site_file_test.cpp.
+#include "host/site/site_file.h"
+
+#include <string>
+
+#include "host/site/toml_reader.h"
+
+namespace host {
+namespace {
+
+// Eight bits without parity is what plain services and UCP centres take; TAP asks for seven, even.
+struct LineDefaults {
+    int64_t data;
+    const char* parity;
+};
+constexpr LineDefaults kEightBits{8, "none"};
+constexpr LineDefaults kSevenBits{7, "even"};
+
+LineSettings ReadLine(TomlReader& reader, const LineDefaults& defaults) {
+    LineSettings line;
+    line.data = reader.Number("data", defaults.data);
+    line.parity = reader.Text("parity", defaults.parity);
+    line.stop = reader.Number("stop", 1);
+    return line;
+}
+
+PagerService ReadPagerService(TomlReader& port) {
+    TomlReader reader = port.Part("pager");
+    PagerService service;
+    service.dial = reader.Text("dial", "");
+    service.prompt = reader.Text("prompt", ">");
+    service.settings = ReadLine(reader, kEightBits);
+    return service;
+}
+
+SmsService ReadSmsService(TomlReader& port, const char* name, const char* protocol) {
+    TomlReader reader = port.Part(name);
+    SmsService service;
+    service.protocol = reader.Text("protocol", protocol);
+    service.dial = reader.Text("dial", "");
+    service.settings = ReadLine(reader, service.protocol.value == "TAP" ? kSevenBits : kEightBits);
+    return service;
+}
+
+Port ReadPort(TomlReader& reader) {
+    Port port;
+    port.line = reader.Line();
+    port.name = reader.Text("name");
+    port.baud = reader.Number("baud", 2400);
+    port.flow = reader.Text("flow", "none");
+    port.modem = reader.Flag("modem", true);
+    port.init = reader.Text("init", "AT&F");
+    port.reset = reader.Text("reset", "ATZ");
+    port.pager = ReadPagerService(reader);
+    port.sms1 = ReadSmsService(reader, "sms1", "TAP");
+    port.sms2 = ReadSmsService(reader, "sms2", "UCP");
+    return port;
+}
+
+Pager ReadPager(TomlReader& reader) {
+    Pager pager;
+    pager.line = reader.Line();
+    pager.description = reader.Text("description");
+    pager.owner = reader.Text("owner", "");
+    pager.port = reader.Text("port", "");
+    pager.type = reader.Text("type");
+    pager.number = reader.Text("number");
+    pager.retries = reader.Number("retries", 5);
+    pager.delay = reader.Number("delay", 45);
+    pager.hours = reader.Text("hours", kAlways);
+    return pager;
+}
+
+TimeModel ReadTimeModel(TomlReader& reader) {
+    TimeModel model;
+    model.line = reader.Line();
+    model.name = reader.Text("name");
+    model.all = reader.Flag("all", false);
+    for (const std::string& key : reader.KeysLeft()) {
+        DayHours hours;
+        hours.ranges = reader.Text(key.c_str(), "");
+        hours.days = {key, hours.ranges.line};
+        model.days.push_back(hours);
+    }
+    return model;
+}
+
+void ReadDocument(std::string_view text, ReadSite& read) {
+    TomlDocument document(text, read.findings);
+    read.is_toml = document.IsToml();
+    TomlReader reader = document.Root();
+    read.site.encoding = reader.Text("encoding", "latin1");
+    for (TomlReader& port : reader.Parts("port")) {
+        read.site.ports.push_back(ReadPort(port));
+    }
+    for (TomlReader& pager : reader.Parts("pager")) {
+        read.site.pagers.push_back(ReadPager(pager));
+    }
+    for (TomlReader& hours : reader.Parts("hours")) {
+        read.site.timeModels.push_back(ReadTimeModel(hours));
+    }
+}
+
+}  // namespace
+
+ReadSite ParseSite(std::string_view text) {
+    ReadSite read;
+    ReadDocument(text, read);  // the readers have ended, and said all, when this returns
+    return read;
+}
+
+}  // namespace host

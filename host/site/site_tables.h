@@ -1,0 +1,49 @@
+// A site in the tables.
+#ifndef PAGERFWD_HOST_SITE_SITE_TABLES_H
+#define PAGERFWD_HOST_SITE_SITE_TABLES_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/site/site.h"
+#include "host/store/connection.h"
+#include "host/store/writes.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+struct TableRow {
+    const char* table;
+    ElementList cells;
+};
+
+// The rows of a site in which CheckSite found no error, in the encoding of its lines.
+std::vector<TableRow> RowsOf(const Site& site);
+
+// Puts the site in the place of the one before, all or nothing. Alarms and pending pages stay.
+// Throws StoreError.
+void StoreSite(Connection& connection, const Site& site);
+
+// The encoding that the texts in the tables have.
+Encoding EncodingOf(Connection& connection);
+
+// A pager's row, in the encoding of the tables.
+struct PagerRow {
+    std::string description;
+    std::string port;
+    std::string type;
+    std::string number;
+    std::string timeModel;
+};
+
+// Every row of this description; the library reaches a pager only where there is exactly one.
+std::vector<PagerRow> FindPagers(Connection& connection, std::string_view description);
+
+// The names in a table, in order.
+std::vector<std::string> PagerNames(Connection& connection);
+std::vector<std::string> TimeModelNames(Connection& connection);
+
+}  // namespace host
+
+#endif

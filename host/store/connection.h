@@ -1,0 +1,98 @@
+// A connection to an SQLite database, and the statements run over it.
+//
+// Order      A Connection outlives its Statements and its WriteTransaction.
+// Threads    One thread at a time uses a connection; another may take it over.
+// Errors     Everything here throws StoreError, whose text names the file and the reason.
+#ifndef PAGERFWD_HOST_STORE_CONNECTION_H
+#define PAGERFWD_HOST_STORE_CONNECTION_H
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace host {
+
+class StoreError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+class Connection {
+ public:
+    enum class Mode { kExisting, kCreate };
+
+    // Opens the file. What is committed from now on survives a power cut; readers and one writer,
+    // in any process, don't stop each other; two writers wait for each other, up to ten seconds.
+    explicit Connection(const std::string& path, Mode mode = Mode::kExisting);
+
+    void Execute(const char* sql);
+
+    // How many rows the statement that ran last has changed.
+    int32_t Changes() const;
+    bool InTransaction() const;
+    const std::string& Path() const { return path_; }
+
+    // "site.db: no such table: AlarmLog", for what has just failed on this connection.
+    StoreError LastError() const;
+
+ private:
+    friend class Statement;
+    struct Closer {
+        void operator()(sqlite3* database) const;
+    };
+
+    std::string path_;
+    std::unique_ptr<sqlite3, Closer> database_;
+};
+
+// Parameters are bound and columns read; no value is ever part of the text of a statement.
+class Statement {
+ public:
+    Statement(Connection& connection, const std::string& sql);
+
+    // Binds the next parameter. A text is borrowed until the statement ends.
+    Statement& Bind(std::string_view text);
+    Statement& Bind(int64_t number);
+
+    // Goes on to the next row: false when there is none.
+    bool Step();
+    void Run();
+
+    // A cell of the row, up to its first zero byte; valid until the next step.
+    std::string_view Text(int column) const;
+    int64_t Number(int column) const;
+
+ private:
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+
+    Connection& connection_;
+    std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+    int bound_ = 0;
+};
+
+// Holds the right to write against every other writer in any process, from construction on, so that
+// what is read within it is still true when it is written. Without a commit all is undone.
+class WriteTransaction {
+ public:
+    explicit WriteTransaction(Connection& connection);
+    ~WriteTransaction();
+    WriteTransaction(const WriteTransaction&) = delete;
+    WriteTransaction& operator=(const WriteTransaction&) = delete;
+
+    // When this returns, the changes are on the disk.
+    void Commit();
+
+ private:
+    Connection& connection_;
+};
+
+}  // namespace host
+
+#endif

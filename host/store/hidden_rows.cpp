@@ -1,0 +1,70 @@
+// Hiding events and bringing them back. Tested by tests/unit/host/hidden_rows_test.cpp.
+#include "host/store/hidden_rows.h"
+
+#include <algorithm>
+#include <string>
+
+#include "host/store/schema.h"
+#include "host/store/where.h"
+
+namespace host {
+namespace {
+
+const std::string kHide = "UPDATE AlarmFwd_PagerEvents SET hidden_by = ";
+const std::string kDelete = "DELETE FROM AlarmFwd_PagerEvents";
+
+std::string EventsInSight(const std::vector<Term>& terms) {
+    return WhereInSight(*FindTable(kEvents), terms);
+}
+
+std::vector<int32_t> OwnersThatEnded(Connection& connection, OwnerLock& owners) {
+    std::vector<int32_t> ended;
+    Statement statement(connection,
+                        "SELECT DISTINCT hidden_by FROM AlarmFwd_PagerEvents"
+                        " WHERE hidden_by IS NOT NULL");
+    while (statement.Step()) {
+        const auto owner = static_cast<int32_t>(statement.Number(0));
+        if (!owners.Lives(owner)) {
+            ended.push_back(owner);
+        }
+    }
+    return ended;
+}
+
+}  // namespace
+
+int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner) {
+    std::vector<Term> pending = key;
+    pending.push_back({"PagerState", "=", "2"});
+    const int32_t hidden =
+        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(pending), pending);
+    return hidden + ChangeRows(connection, kDelete + EventsInSight(key), key);
+}
+
+int32_t DeleteEventsOfAlarm(Connection& connection, const std::vector<Term>& alarm) {
+    DropHidden(connection, alarm);
+    return ChangeRows(connection, kDelete + EventsInSight(alarm), alarm);
+}
+
+void DropHidden(Connection& connection, const std::vector<Term>& key) {
+    std::string condition = " WHERE hidden_by IS NOT NULL";
+    for (const Term& term : key) {
+        condition += " AND " + Quoted(term.column) + " = ?";
+    }
+    ChangeRows(connection, kDelete + condition, key);
+}
+
+bool HasOrphans(Connection& connection, OwnerLock& owners) {
+    return !OwnersThatEnded(connection, owners).empty();
+}
+
+void BringBackOrphans(Connection& connection, OwnerLock& owners) {
+    for (const int32_t owner : OwnersThatEnded(connection, owners)) {
+        Statement(connection,
+                  "UPDATE AlarmFwd_PagerEvents SET hidden_by = NULL WHERE hidden_by = ?")
+            .Bind(int64_t{owner})
+            .Run();
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,110 @@
+// A handle of the table access. Tested by tests/unit/host/table_access_test.cpp.
+#include "host/store/open_database.h"
+
+#include <utility>
+
+#include "host/store/hidden_rows.h"
+
+namespace host {
+
+// Runs a change in a transaction of its own, or in the one that stands.
+template <typename Change>
+int32_t OpenDatabase::Commit(Change change) {
+    if (transaction_ != nullptr) {
+        return change();
+    }
+    WriteTransaction transaction(lease_.Database());
+    const int32_t count = change();
+    transaction.Commit();
+    return count;
+}
+
+const TableLayout& OpenDatabase::Layout(std::string_view table) {
+    for (const TableLayout& layout : layouts_) {
+        if (table == layout.table->name) {
+            return layout;
+        }
+    }
+    TableLayout layout = ReadLayout(lease_.Database(), table);
+    if (layout.table == FindTable(kEvents) && HasOrphans(lease_.Database(), lease_.Owners())) {
+        Commit([this] {
+            BringBackOrphans(lease_.Database(), lease_.Owners());
+            return 0;
+        });
+    }
+    return layouts_.emplace_back(std::move(layout));
+}
+
+Rows OpenDatabase::Read(const TableLayout& layout, const std::vector<Term>& terms) {
+    return ReadRows(lease_.Database(), layout, terms);
+}
+
+// From here on the transaction lasts no longer than the caller needs it, however that ends.
+std::unique_ptr<WriteTransaction> OpenDatabase::TakeTransaction() {
+    locked_ = false;
+    unwritten_ = 0;
+    return std::move(transaction_);
+}
+
+bool OpenDatabase::Lock() {
+    if (locked_) {
+        return false;
+    }
+    if (transaction_ == nullptr) {
+        transaction_ = std::make_unique<WriteTransaction>(lease_.Database());
+    }
+    locked_ = true;
+    return true;
+}
+
+void OpenDatabase::Unlock() {
+    const int32_t unwritten = unwritten_;
+    const std::unique_ptr<WriteTransaction> transaction = TakeTransaction();
+    if (unwritten > 0) {
+        throw StoreError("changes that had not been written are undone");
+    }
+    if (transaction != nullptr) {
+        transaction->Commit();
+    }
+}
+
+void OpenDatabase::Insert(const TableLayout& layout, const ElementList& elements) {
+    Commit([&] {
+        InsertRow(lease_.Database(), layout, elements);
+        return 1;
+    });
+}
+
+int32_t OpenDatabase::Delete(const TableLayout& layout, const Condition& condition) {
+    return Commit(
+        [&] { return DeleteRows(lease_.Database(), layout, condition, lease_.Owners()); });
+}
+
+int32_t OpenDatabase::Update(const TableLayout& layout, const Condition& condition,
+                             const ElementList& elements) {
+    return Commit([&] { return UpdateRows(lease_.Database(), layout, condition, elements); });
+}
+
+int32_t OpenDatabase::UpdateUnwritten(const TableLayout& layout, const Condition& condition,
+                                      const ElementList& elements) {
+    if (transaction_ == nullptr) {
+        transaction_ = std::make_unique<WriteTransaction>(lease_.Database());
+    }
+    const int32_t count = UpdateRows(lease_.Database(), layout, condition, elements);
+    unwritten_ += count;
+    if (unwritten_ == 0 && !locked_) {
+        TakeTransaction();
+    }
+    return count;
+}
+
+int32_t OpenDatabase::Write() {
+    const int32_t count = unwritten_;
+    const std::unique_ptr<WriteTransaction> transaction = TakeTransaction();
+    if (transaction != nullptr) {
+        transaction->Commit();
+    }
+    return count;
+}
+
+}  // namespace host

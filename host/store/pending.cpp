@@ -1,0 +1,18 @@
+// Pending pages. Tested by tests/unit/host/hidden_rows_test.cpp.
+#include "host/store/pending.h"
+
+namespace host {
+
+int64_t CountPendingPages(Connection& connection) {
+    Statement statement(connection,
+                        "SELECT count(*) FROM AlarmFwd_PagerEvents AS event"
+                        " WHERE PagerState = '2'"
+                        " AND EXISTS (SELECT 1 FROM AlarmLog"
+                        "  WHERE alarmlogID = event.AlmLogID AND pagerstate = '2')"
+                        " AND EXISTS (SELECT 1 FROM AlarmFwd_PagerSetting"
+                        "  WHERE description = event.PagerDescr)");
+    statement.Step();
+    return statement.Number(0);
+}
+
+}  // namespace host

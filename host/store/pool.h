@@ -1,0 +1,44 @@
+// The databases that this process has open.
+//
+// The library opens its database for each operation. Behind that stands a connection that is kept:
+// opened once for as many threads as work at once, and lent from then on.
+//
+// Threads    Any. A lease belongs to the thread that took it.
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_STORE_POOL_H
+#define PAGERFWD_HOST_STORE_POOL_H
+
+#include <memory>
+#include <string>
+
+#include "host/store/connection.h"
+#include "host/store/owner_lock.h"
+
+namespace host {
+
+class DatabaseFile;
+
+// A connection, lent. It goes back when the lease ends, unless a transaction is stuck on it.
+class Lease {
+ public:
+    // Throws when the file doesn't exist or holds none of our tables. A file that was replaced by
+    // another of its name is opened anew.
+    explicit Lease(const std::string& path);
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+
+    Connection& Database() { return *connection_; }
+    OwnerLock& Owners();
+
+ private:
+    std::shared_ptr<DatabaseFile> file_;
+    std::unique_ptr<Connection> connection_;
+};
+
+// Closes every connection that isn't lent; one that is, closes when it comes back.
+void CloseDatabases();
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,116 @@
+// Reading of tables. Tested by tests/unit/host/store_contract_test.cpp.
+#include "host/store/rows.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "host/store/where.h"
+
+namespace host {
+namespace {
+
+std::vector<std::string> ExistingColumns(Connection& connection, std::string_view table) {
+    std::vector<std::string> columns;
+    Statement statement(connection, "SELECT name FROM pragma_table_info(?)");
+    statement.Bind(table);
+    while (statement.Step()) {
+        columns.emplace_back(statement.Text(0));
+    }
+    return columns;
+}
+
+bool Contains(const std::vector<std::string>& columns, std::string_view wanted) {
+    return std::any_of(columns.begin(), columns.end(),
+                       [wanted](const std::string& column) { return SameColumn(column, wanted); });
+}
+
+std::string SelectStatement(const TableLayout& layout, const std::vector<Term>& terms) {
+    std::string columns;
+    for (const std::string& column : layout.columns) {
+        columns += (columns.empty() ? "" : ", ") + Quoted(column);
+    }
+    // Without the order, an index that SQLite chooses would decide it.
+    return "SELECT " + columns + " FROM " + Quoted(layout.table->name) +
+           WhereInSight(*layout.table, terms) + " ORDER BY row_id";
+}
+
+// Copies the cells into one piece of memory: the rows, the cells of all rows, then their texts.
+OwnedRowSet Pack(const std::vector<std::string>& cells, size_t width) {
+    const size_t height = cells.size() / width;
+    size_t size = height * sizeof(char**) + cells.size() * sizeof(char*);
+    for (const std::string& cell : cells) {
+        size += cell.size() + 1;
+    }
+    void* memory = std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    auto** rows = static_cast<char***>(memory);
+    auto** pointers = reinterpret_cast<char**>(rows + height);
+    auto* text = reinterpret_cast<char*>(pointers + cells.size());
+    for (size_t row = 0; row < height; ++row) {
+        rows[row] = pointers + row * width;
+    }
+    for (const std::string& cell : cells) {
+        *pointers++ = text;
+        std::memcpy(text, cell.c_str(), cell.size() + 1);
+        text += cell.size() + 1;
+    }
+    return OwnedRowSet(rows);
+}
+
+}  // namespace
+
+int32_t TableLayout::IndexOf(std::string_view column) const {
+    const auto found =
+        std::find_if(columns.begin(), columns.end(),
+                     [column](const std::string& own) { return SameColumn(own, column); });
+    return found == columns.end() ? -1 : static_cast<int32_t>(found - columns.begin());
+}
+
+TableLayout ReadLayout(Connection& connection, std::string_view name) {
+    const Table* table = FindTable(name);
+    if (table == nullptr) {
+        throw StoreError("the library has no table of this name");
+    }
+    const std::vector<std::string> existing = ExistingColumns(connection, name);
+    if (existing.empty()) {
+        throw StoreError("the database has no such table");
+    }
+    TableLayout layout{table, {}};
+    for (const std::string& column : table->columns) {
+        if (Contains(existing, column)) {
+            layout.columns.push_back(column);
+        } else if (table->positional) {
+            throw StoreError("the column " + column + " is missing, and all behind it would shift");
+        }
+    }
+    if (layout.columns.empty()) {
+        throw StoreError("the table has none of the library's columns");
+    }
+    return layout;
+}
+
+void RowSetFree::operator()(DBAsciiRowSet rows) const {
+    std::free(rows);
+}
+
+Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
+    Statement statement(connection, SelectStatement(layout, terms));
+    BindTerms(statement, terms);
+    std::vector<std::string> cells;
+    while (statement.Step()) {
+        for (size_t column = 0; column < layout.columns.size(); ++column) {
+            cells.emplace_back(statement.Text(static_cast<int>(column)));
+        }
+    }
+    if (cells.empty()) {
+        return {};
+    }
+    const size_t width = layout.columns.size();
+    return {static_cast<int32_t>(cells.size() / width), Pack(cells, width)};
+}
+
+}  // namespace host

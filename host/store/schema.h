@@ -1,0 +1,52 @@
+// The tables that the library names, and what the host keeps beside them.
+#ifndef PAGERFWD_HOST_STORE_SCHEMA_H
+#define PAGERFWD_HOST_STORE_SCHEMA_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/store/connection.h"
+
+namespace host {
+
+inline constexpr const char* kPorts = "AlarmFwd_COMProperties";
+inline constexpr const char* kPagers = "AlarmFwd_PagerSetting";
+inline constexpr const char* kTimeModels = "AlarmFwd_TMSetting";
+inline constexpr const char* kEvents = "AlarmFwd_PagerEvents";
+inline constexpr const char* kAlarmLog = "AlarmLog";
+
+constexpr int kHoursInWeek = 168;
+
+// A table as the library knows it. Every cell is a text; rows are in order of insertion.
+struct Table {
+    const char* name;
+    std::vector<std::string> columns;  // in the order in which rows are handed out
+    bool positional;       // the library reads cells by their place, so no column may be missing
+    const char* in_sight;  // which rows are there for the library; null when all are
+};
+
+const std::vector<Table>& Tables();
+// Null when the library names no such table.
+const Table* FindTable(std::string_view name);
+
+// Column names are the same in upper and lower case: "Pagerstate" is "PagerState".
+bool SameColumn(std::string_view left, std::string_view right);
+
+// The name as it stands in a statement. The name comes from the schema, never from outside.
+std::string Quoted(std::string_view name);
+
+// Makes the tables in a new database. Returns false, and changes nothing, where they are already.
+// Throws StoreError where the database is another program's.
+bool CreateTables(Connection& connection);
+
+// Throws StoreError unless the database has tables that this program understands.
+void RequireTables(Connection& connection);
+
+// What holds for the whole site, such as the encoding of its texts: kept by the host.
+std::string ReadSetting(Connection& connection, std::string_view name);  // "" when not set
+void WriteSetting(Connection& connection, std::string_view name, std::string_view value);
+
+}  // namespace host
+
+#endif

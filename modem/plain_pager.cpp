@@ -1,0 +1,56 @@
+// The dialogue with the service of a signal, numeric or alphanumeric pager: number, message and a
+// confirmation, typed in answer to its prompt. Its failures write no trace text of their own.
+// Tested by tests/dialogue/plain_pager_dialogue.cpp.
+
+#include "modem/COMHdl.h"
+
+namespace {
+
+// To a yes/no question, in German and in English.
+constexpr char kYes[] = "jy";
+
+}  // namespace
+
+bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CString& message) {
+    HANDLE handle = port.handle;
+    const CString& prompt = port.modemSet->activityPrompt;
+
+    WritePageProtocolEntry("***************START PAGER ***********************");
+    WritePageProtocolEntry("TransMsg: write rn\n");
+    // The service may have asked while the call was set up.
+    if (m_modemSaid.Find('?') >= 0) {
+        WritePageProtocolEntry("send jy after timeout");
+        WritePageProtocolEntry("TransMsg: jy + rn");
+        if (!Send(handle, kYes + MStrCR) ||
+            !WaitString(handle, prompt, MPagerReadyTimeOut, false)) {
+            return false;
+        }
+    }
+
+    const CString numberLine = number + MStrCR;
+    WritePageProtocolEntry("***************SEND NUMBER ***********************");
+    WritePageProtocolEntry("TransMsg: pnum + rn: ");
+    WritePageProtocolEntry(numberLine);
+    if (!Send(handle, numberLine) || !WaitString(handle, prompt, MPagerReadyTimeOut, false)) {
+        return false;
+    }
+
+    if (!message.IsEmpty()) {
+        const CString messageLine = message + MStrCR;
+        WritePageProtocolEntry("***************SEND MESSAGE ***********************");
+        WritePageProtocolEntry("TransMsg: msg + rn:");
+        WritePageProtocolEntry(messageLine);
+        if (!Send(handle, messageLine)) {
+            return false;
+        }
+    }
+
+    WritePageProtocolEntry("***************SEND J/N ***********************");
+    WritePageProtocolEntry("TransMsg: jy + rn");
+    Send(handle, kYes);
+    if (!Send(handle, MStrCR)) {
+        return false;
+    }
+    WaitString(handle, MStrNoCarrier, MPagerReadyTimeOut, false);  // It need not hang up.
+    return true;
+}

@@ -1,0 +1,39 @@
+# What the scripts share: sourced, not run.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+jobs=$(nproc)
+
+say() { printf '%s\n' "$*"; }
+
+# Builds a preset: quiet but for one line that moves, the log on failure.
+build() {
+    local preset=$1 log="$root/build/$1.log" process
+    mkdir -p "$root/build"
+    (cd "$root" && cmake --preset "$preset" && cmake --build --preset "$preset" -j "$jobs") \
+        >"$log" 2>&1 &
+    process=$!
+    while kill -0 "$process" 2>/dev/null; do
+        show_progress "$preset" "$log"
+        sleep 1
+    done
+    if ! wait "$process"; then
+        grep -m1 -nE 'error|FAILED' "$log" >&2 || true
+        tail -n 40 "$log" >&2
+        say "building $preset failed; the whole log: $log" >&2
+        return 1
+    fi
+    [ ! -t 1 ] || printf '\r\033[K'
+    say "built $preset"
+}
+
+# "[12/230]" of the build tool, on a terminal in place, elsewhere every half minute.
+show_progress() {
+    local step
+    step=$(grep -oE '^\[[0-9]+/[0-9]+\]' "$2" 2>/dev/null | tail -n 1) || true
+    if [ -t 1 ]; then
+        printf '\r\033[Kbuilding %s %s' "$1" "$step"
+    elif ((SECONDS >= ${next_progress:-10})); then
+        say "building $1 $step"
+        next_progress=$((SECONDS + 30))
+    fi
+}

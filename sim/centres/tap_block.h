@@ -1,0 +1,35 @@
+// The block of the Telocator Alphanumeric Protocol, taken apart and checked (TAP 1.8, chapter 5).
+#ifndef PAGERFWD_SIM_CENTRES_TAP_BLOCK_H
+#define PAGERFWD_SIM_CENTRES_TAP_BLOCK_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pagersim {
+
+// A block: STX, fields that each end with CR, ETX, three characters of checksum, CR.
+inline constexpr std::size_t kTapLongestBlock = 256;  // all of it
+
+// The checksum of STX to ETX: the sum of the low seven bits of each byte, its low twelve bits as
+// three characters, each 0x30 plus four bits. <STX>123<CR>ABC<CR><ETX> sums to 379 = 0x17b, "17;".
+std::string TapChecksum(std::string_view stx_to_etx);
+
+struct TapBlock {
+    // An answer code of TAP 1.8 (513 too long, 514 checksum, 515 format), 0 when the block is good.
+    int code = 0;
+    std::string fault = {};  // in words, for the transcript
+    std::vector<std::string> fields = {};
+};
+
+// `block` begins with STX and ends with the carriage return behind the checksum. In the fields SUB
+// and the next character stand for a control, which is decoded. A bare control is a fault; when
+// lenient, NUL and LF count in the checksum and are otherwise ignored.
+TapBlock ReadTapBlock(std::string_view block, bool strict);
+
+// Is `heard`, which begins with STX, a whole block? Its end is the first CR with ETX four before.
+bool IsWholeTapBlock(std::string_view heard);
+
+}  // namespace pagersim
+
+#endif

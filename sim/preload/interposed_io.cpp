@@ -1,0 +1,220 @@
+// Reading and writing of lines, copying and closing of their descriptors. Tested by
+// tests/unit/sim/line_test.cpp.
+#include <cerrno>
+#include <cstdarg>
+#include <string_view>
+
+#include "sim/preload/interpose.h"
+
+namespace pagersim {
+namespace {
+
+// Requires: a line's descriptor.
+void ForgetDescriptor(int fd) {
+    const Locked locked;
+    const LineDescriptor descriptor = Descriptors::Get(fd);
+    Descriptors::Forget(fd);
+    if (Line* const line = TheWorld().LineOn(descriptor.com))
+        line->Close(descriptor.connection);
+}
+
+void Duplicated(int from, int to) {
+    if (to < 0 || to >= kDescriptorLimit)
+        return;
+    if (Descriptors::ComOf(to) != 0 && from != to)
+        ForgetDescriptor(to);
+    if (Descriptors::ComOf(from) == 0 || from == to)
+        return;
+    const Locked locked;
+    const LineDescriptor descriptor = Descriptors::Get(from);
+    Descriptors::Note(to, descriptor);
+    if (Line* const line = TheWorld().LineOn(descriptor.com))
+        line->Reopen(descriptor.connection);
+}
+
+// When a read in non-canonical mode may return, by its two parameters. See termios(3).
+struct ReadRule {
+    size_t enough;    // so many bytes end it at once
+    Micros patience;  // after that long without a byte it ends too
+    bool from_start;  // patience counts from the call, not from the first byte
+};
+
+ReadRule RuleFor(const termios& settings, size_t size) {
+    const size_t least = settings.c_cc[VMIN];
+    const Micros tenths = Milliseconds(100) * settings.c_cc[VTIME];
+    if (least == 0)
+        return {1, tenths, true};
+    return {std::min(least, size), tenths > Micros::zero() ? tenths : kNever, false};
+}
+
+// When the read has waited long enough; kNever: not by time.
+Micros DeadlineOf(const ReadRule& rule, const Line& line, Micros start) {
+    if (rule.patience == kNever || (!rule.from_start && line.Readable() == 0))
+        return kNever;
+    return (rule.from_start ? start : std::max(start, line.LatestInput())) + rule.patience;
+}
+
+bool IsNonBlocking(int fd) {
+    return (fcntl(fd, F_GETFL) & O_NONBLOCK) != 0;
+}
+
+// The bytes that are there, for whoever can't wait or needn't.
+ssize_t TakeNow(Line& line, char* buffer, size_t size, bool served) {
+    const size_t count = line.Take(buffer, size);
+    if (!served)
+        return static_cast<ssize_t>(count);
+    if (count > 0)
+        NoteInput();
+    else
+        NoteQuietLook(line.Bit());
+    return static_cast<ssize_t>(count);
+}
+
+// The number of bytes, or a negative error code. Requires: locked.
+ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
+    World& world = TheWorld();
+    const Micros start = world.Now();
+    for (;;) {
+        world.Threads().RunDueEvents();
+        Line* const line = LineBehind(fd);
+        if (line == nullptr) {
+            // A program that polls a vanished device must not make time stand still.
+            if (served)
+                NoteQuietLook(1U << (Descriptors::Get(fd).com - 1));
+            return -EIO;
+        }
+        const ReadRule rule = RuleFor(line->Settings(), size);
+        const Micros deadline = DeadlineOf(rule, *line, start);
+        if (!served || line->Readable() >= rule.enough || world.Now() >= deadline)
+            return TakeNow(*line, buffer, size, served);
+        if (IsNonBlocking(fd)) {
+            const ssize_t count = TakeNow(*line, buffer, size, served);
+            return count > 0 ? count : -EAGAIN;
+        }
+        Wait wait{WaitKind::kInput};
+        wait.deadline = deadline;
+        wait.lines = line->Bit();
+        if (world.Threads().WaitFor(*Me(), wait) == Waking::kSignal)
+            return -EINTR;
+    }
+}
+
+// The number of bytes, or a negative error code. Requires: locked.
+ssize_t WriteLine(int fd, std::string_view bytes) {
+    TheWorld().Threads().RunDueEvents();
+    Line* const line = LineBehind(fd);
+    if (line == nullptr)
+        return -EIO;
+    line->Write(bytes);
+    return static_cast<ssize_t>(bytes.size());
+}
+
+// The system's convention from ours.
+ssize_t Answer(ssize_t result) {
+    if (result >= 0)
+        return result;
+    errno = static_cast<int>(-result);
+    return -1;
+}
+
+ssize_t ReadReal(int fd, void* buffer, size_t size) {
+    if (!MayWaitOutside(fd))
+        return Real().read(fd, buffer, size);
+    const Outside outside;
+    return Real().read(fd, buffer, size);
+}
+
+}  // namespace
+}  // namespace pagersim
+
+using pagersim::Answer;
+using pagersim::Descriptors;
+using pagersim::Duplicated;
+using pagersim::ForgetDescriptor;
+using pagersim::IsServed;
+using pagersim::Locked;
+using pagersim::ReadLine;
+using pagersim::ReadReal;
+using pagersim::Real;
+using pagersim::TheWorld;
+using pagersim::WriteLine;
+
+PAGERSIM_INTERPOSED int close(int fd) {
+    if (Descriptors::ComOf(fd) != 0)
+        ForgetDescriptor(fd);
+    else
+        TheWorld().Threads().NoteDescriptorUse();
+    return Real().close(fd);
+}
+
+PAGERSIM_INTERPOSED int dup(int fd) noexcept {
+    const int copy = Real().dup(fd);
+    Duplicated(fd, copy);
+    return copy;
+}
+
+PAGERSIM_INTERPOSED int dup2(int fd, int wanted) noexcept {
+    const int copy = Real().dup2(fd, wanted);
+    Duplicated(fd, copy);
+    return copy;
+}
+
+PAGERSIM_INTERPOSED int dup3(int fd, int wanted, int flags) noexcept {
+    const int copy = Real().dup3(fd, wanted, flags);
+    Duplicated(fd, copy);
+    return copy;
+}
+
+PAGERSIM_INTERPOSED int fcntl(int fd, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const int result = Real().fcntl(fd, command, argument);
+    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC)
+        Duplicated(fd, result);
+    return result;
+}
+
+PAGERSIM_INTERPOSED int fcntl64(int fd, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    const int result = Real().fcntl64(fd, command, argument);
+    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC)
+        Duplicated(fd, result);
+    return result;
+}
+
+PAGERSIM_INTERPOSED ssize_t read(int fd, void* buffer, size_t size) {
+    if (Descriptors::ComOf(fd) == 0)
+        return ReadReal(fd, buffer, size);
+    const bool served = IsServed();
+    ssize_t result = 0;
+    {
+        const Locked locked;
+        result = ReadLine(fd, static_cast<char*>(buffer), size, served);
+    }
+    return Answer(result);
+}
+
+PAGERSIM_INTERPOSED ssize_t __read_chk(int fd, void* buffer, size_t size, size_t room) {
+    if (size > room)
+        abort();
+    return read(fd, buffer, size);
+}
+
+PAGERSIM_INTERPOSED ssize_t write(int fd, const void* bytes, size_t size) {
+    if (Descriptors::ComOf(fd) == 0) {
+        const ssize_t written = Real().write(fd, bytes, size);
+        TheWorld().Threads().NoteDescriptorUse();
+        return written;
+    }
+    ssize_t result = 0;
+    {
+        const Locked locked;
+        result = WriteLine(fd, {static_cast<const char*>(bytes), size});
+    }
+    return Answer(result);
+}

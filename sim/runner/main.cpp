@@ -1,0 +1,212 @@
+// pagersim: runs a program on simulated modems and paging centres. Tested by
+// tests/unit/sim/pagersim_test.cpp.
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+#include "sim/file/clock_file.h"
+#include "sim/file/exchange_file.h"
+#include "sim/record/transcript.h"
+#include "sim/runner/options.h"
+#include "sim/runner/preload.h"
+#include "sim/runner/program_file.h"
+#include "sim/runner/report.h"
+#include "sim/runner/run_command.h"
+#include "sim/runner/scratch_folder.h"
+
+namespace pagersim {
+namespace {
+
+constexpr int kNotAsExpected = 1;
+constexpr int kUsageError = 2;
+constexpr const char* kDefaultStart = "2001-01-08 10:00:00";
+constexpr const char* kNothing = "nothing";
+
+// Something that the user has to mend before anything can run.
+class UsageError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
+ExchangeFile CheckedExchange(const std::string& path) {
+    ExchangeFile file = LoadExchangeFile(path);
+    if (file.mistakes.empty())
+        return file;
+    std::string all;
+    for (const std::string& mistake : file.mistakes)
+        all += (all.empty() ? "" : "\npagersim: ") + mistake;
+    throw UsageError(all);
+}
+
+// The program must take the preload: without it, it would open the machine's real ports.
+void CheckProgram(const std::string& command) {
+    constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
+    const auto path = FindProgram(command);
+    if (!path)
+        throw UsageError(command + ": there is no such program");
+    const int word_size = WordSizeOf(*path);
+    if (word_size == kOwnWordSize)
+        return;
+    throw UsageError(command + " is " +
+                     (word_size == 0 ? "no program that can be simulated"
+                                     : "a " + std::to_string(word_size) + "-bit program") +
+                     "; this pagersim serves " + std::to_string(kOwnWordSize) +
+                     "-bit programs. Use the pagersim of the other build");
+}
+
+std::string CheckedPreload() {
+    const auto path = FindPreload();
+    if (!path)
+        throw UsageError(
+            "libpagersim-preload.so is missing; it belongs beside pagersim or into "
+            "../lib, or name it in the environment variable PAGERSIM_PRELOAD");
+    return *path;
+}
+
+std::vector<Expectation> CheckedExpectations(const RunnerOptions& options,
+                                             const ExchangeFile& file) {
+    if (options.expectations.empty())
+        return file.expectations;
+    std::vector<Expectation> expectations;
+    for (const std::string& text : options.expectations) {
+        if (text == kNothing)
+            continue;
+        const auto expected = ParseExpectation(text);
+        if (!expected)
+            throw UsageError("--expect " + text + ": write CENTRE:PAGER=TEXT, or nothing");
+        expectations.push_back(*expected);
+    }
+    return expectations;
+}
+
+std::time_t StartOf(const RunnerOptions& options) {
+    const auto kept = options.clock.empty() ? std::nullopt : ReadClock(options.clock);
+    if (kept)
+        return *kept;
+    const auto start = ParseInstant(options.start.empty() ? kDefaultStart : options.start);
+    if (!start)
+        throw UsageError("--start " + options.start + ": write it as \"2001-02-03 04:05:06\"");
+    return *start;
+}
+
+// The command may change its folder.
+std::string Absolute(const std::string& path) {
+    return std::filesystem::absolute(path).string();
+}
+
+// A file, standard output ("-") or nothing ("").
+class Output {
+ public:
+    explicit Output(const std::string& path) : to_screen_(path == "-") {
+        if (path.empty() || to_screen_)
+            return;
+        file_.open(path, std::ios::trunc);
+        if (!file_)
+            throw UsageError(path + ": can't be written");
+    }
+
+    void Write(const std::string& text) {
+        if (text.empty())
+            return;
+        if (to_screen_)
+            std::cout << text << std::flush;
+        else if (file_.is_open())
+            file_ << text << std::flush;
+    }
+
+ private:
+    const bool to_screen_;
+    std::ofstream file_;
+};
+
+std::vector<std::string> CentreNames(const ExchangeFile& file) {
+    std::vector<std::string> names;
+    for (const CentreEntry& centre : file.centres)
+        names.push_back(centre.subscriber.name);
+    return names;
+}
+
+class Run {
+ public:
+    explicit Run(const RunnerOptions& options)
+        : options_(options),
+          file_(CheckedExchange(options.exchange)),
+          expectations_(CheckedExpectations(options, file_)),
+          checks_(!options.expectations.empty() || !expectations_.empty()),
+          start_(StartOf(options)),
+          transcript_file_(options.transcript),
+          report_file_(options.report),
+          screen_(options.quiet || options.transcript == "-" ? "" : "-"),
+          summary_(options.quiet ? "" : "-") {}
+
+    int Execute() {
+        CheckProgram(options_.command.front());
+        const int status = RunCommand(options_.command, Environment(), scratch_.Path("events"),
+                                      [this](const Event& event) { Happened(event); });
+        Show(transcript_.Finish());
+        return Conclude(status);
+    }
+
+ private:
+    std::map<std::string, std::string> Environment() const {
+        const std::string clock =
+            options_.clock.empty() ? scratch_.Path("clock") : Absolute(options_.clock);
+        return {{"LD_PRELOAD", PreloadList(CheckedPreload(), scratch_.Path("preload.so"))},
+                {"PAGERSIM_EXCHANGE", Absolute(options_.exchange)},
+                {"PAGERSIM_EVENTS", scratch_.Path("events")},
+                {"PAGERSIM_START", std::to_string(start_)},
+                {"PAGERSIM_CLOCK", clock},
+                {"PAGERSIM_STEP", std::to_string(options_.step_ms)}};
+    }
+
+    void Happened(const Event& event) {
+        report_.Add(event);
+        Show(transcript_.Add(event));
+    }
+
+    void Show(const std::string& lines) {
+        screen_.Write(lines);
+        transcript_file_.Write(lines);
+    }
+
+    int Conclude(int status) {
+        const Comparison comparison = Compare(expectations_, report_.Pages());
+        summary_.Write(DescribePages(CentreNames(file_), report_));
+        if (checks_ && comparison.Met())
+            summary_.Write(DescribeComparison(comparison));
+        else if (checks_)
+            std::cerr << DescribeComparison(comparison);
+        report_file_.Write(ReportAsJson(report_, status, checks_ ? &comparison : nullptr));
+        if (status != 0)
+            return status;
+        return checks_ && !comparison.Met() ? kNotAsExpected : 0;
+    }
+
+    const RunnerOptions& options_;
+    const ExchangeFile file_;
+    const std::vector<Expectation> expectations_;
+    const bool checks_;
+    const std::time_t start_;
+    Output transcript_file_, report_file_, screen_, summary_;
+    const ScratchFolder scratch_;
+    Transcript transcript_;
+    Report report_;
+};
+
+}  // namespace
+}  // namespace pagersim
+
+int main(int count, char** arguments) {
+    const auto parsed = pagersim::ParseOptions(count, arguments);
+    if (parsed.exit_status)
+        return *parsed.exit_status;
+    try {
+        return pagersim::Run(parsed.options).Execute();
+    } catch (const std::exception& error) {
+        std::cerr << "pagersim: " << error.what() << '\n';
+        return pagersim::kUsageError;
+    }
+}

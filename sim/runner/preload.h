@@ -1,0 +1,22 @@
+// How a program gets the simulation: the libraries to load before its own.
+#ifndef PAGERFWD_SIM_RUNNER_PRELOAD_H
+#define PAGERFWD_SIM_RUNNER_PRELOAD_H
+
+#include <optional>
+#include <string>
+
+namespace pagersim {
+
+// libpagersim-preload.so: what PAGERSIM_PRELOAD names, else beside this program or in ../lib.
+std::optional<std::string> FindPreload();
+
+// The value of LD_PRELOAD: the runtime of the sanitizer that this program itself runs with, if any,
+// which has to come first; `preload`; what LD_PRELOAD already says. A preload whose path the loader
+// can't read (blanks and colons separate there) is reached by a link that is made at `link`.
+//
+// Errors     Throws std::system_error when the link can't be made.
+std::string PreloadList(const std::string& preload, const std::string& link);
+
+}  // namespace pagersim
+
+#endif

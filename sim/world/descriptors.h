@@ -1,0 +1,43 @@
+// Which of the program's descriptors are simulated lines.
+#ifndef PAGERFWD_SIM_WORLD_DESCRIPTORS_H
+#define PAGERFWD_SIM_WORLD_DESCRIPTORS_H
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace pagersim {
+
+// A line's descriptors are below that.
+constexpr int kDescriptorLimit = 4096;
+
+// Whose a descriptor is. Port 0: not one of ours.
+struct LineDescriptor {
+    int32_t com;
+    uint32_t connection;
+};
+
+// Threads    May be used by anybody at any time.
+class Descriptors {
+ public:
+    static LineDescriptor Get(int fd) {
+        const auto place = static_cast<size_t>(fd);  // A negative one is beyond the end, too.
+        return place < lines_.size() ? lines_[place].load(std::memory_order_relaxed)
+                                     : LineDescriptor{0, 0};
+    }
+    static int ComOf(int fd) { return Get(fd).com; }
+
+    // Requires: 0 <= fd < kDescriptorLimit.
+    static void Note(int fd, LineDescriptor line) {
+        lines_[static_cast<size_t>(fd)].store(line, std::memory_order_relaxed);
+    }
+    static void Forget(int fd) { Note(fd, {0, 0}); }
+
+ private:
+    static inline std::array<std::atomic<LineDescriptor>, kDescriptorLimit> lines_{};
+};
+
+}  // namespace pagersim
+
+#endif

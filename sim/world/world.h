@@ -1,0 +1,90 @@
+// The simulated world of one process: its clock, its program's threads, its serial lines.
+#ifndef PAGERFWD_SIM_WORLD_WORLD_H
+#define PAGERFWD_SIM_WORLD_WORLD_H
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+
+#include "sim/far_end.h"
+#include "sim/world/line.h"
+#include "sim/world/locked.h"
+#include "sim/world/scheduler.h"
+
+namespace pagersim {
+
+constexpr int kLines = 9;
+
+// There is one, TheWorld(), from the first use to the end of the process. Between Start and Stop it
+// is active: then the interposed calls of registered threads go by its clock.
+//
+// Threads    Operations that say "locked" require a Locked guard in the calling thread; the others
+//            take it themselves, and may be called inside one.
+class World {
+ public:
+    static bool IsActive() { return active_.load(std::memory_order_relaxed); }
+
+    World();
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+
+    // A fresh world: time 0, which the wall clock shows as `wall`; no events, no lines.
+    void Start(time_t wall);
+    void Stop();
+
+    // COM1 to COM9. A line that is there already is replaced.
+    void AddLine(int com, std::unique_ptr<FarEnd> far_end);
+    void RemoveLine(int com);
+
+    // Time. No lock needed.
+    Micros Now() const { return scheduler_.Now(); }
+    Micros WallNow() const { return Micros(wall_at_start_.load()) + Now(); }  // since 1970
+    void SetWall(time_t wall);
+    void SetStep(Micros step) { step_ = step; }
+    Micros Step() const { return step_; }
+
+    // Locked.
+    Scheduler& Threads() { return scheduler_; }
+    Line* LineOn(int com) { return com >= 1 && com <= kLines ? lines_[com - 1].get() : nullptr; }
+
+ private:
+    static inline std::atomic<bool> active_{false};
+
+    Scheduler scheduler_;
+    std::array<std::unique_ptr<Line>, kLines> lines_;
+    std::atomic<int64_t> wall_at_start_{0};  // microseconds
+    std::atomic<Micros> step_{};
+};
+
+World& TheWorld();
+
+// True when the simulation serves the calling thread: the world is active, the thread is a running
+// one of the program, and not already in here (as far ends are that write a file, say).
+bool IsServed();
+
+// Around a call of the system in which the thread may wait for something outside.
+class Outside {
+ public:
+    Outside();
+    ~Outside();
+    Outside(const Outside&) = delete;
+    Outside& operator=(const Outside&) = delete;
+
+ private:
+    Wait wait_{WaitKind::kOutside};
+    bool counts_;
+};
+
+// Before main.
+void RegisterMainThread();
+
+// Another thread's beginning and end.
+ProgramThread& RegisterThread(void* (*start)(void*), void* argument);
+void EnterThread(ProgramThread& me);
+void LeaveThread();
+
+}  // namespace pagersim
+
+#endif

@@ -1,0 +1,163 @@
+// Tests of what the engine does when memory runs out: the only way in which a queue refuses an
+// entry, and a handler does not come up.
+#include <memory>
+#include <new>
+
+#include "engine/pager_fwd.h"
+#include "tests/engine/allocation_faults.h"
+#include "tests/engine/engine_test.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// A queue allocates its nodes ten at a time: three pointers each, and one for the block.
+constexpr int kNodesPerBlock = 10;
+constexpr size_t kNodeBlock = (3 * kNodesPerBlock + 1) * sizeof(void*);
+
+class OutOfMemory : public EngineTest {
+ protected:
+    OutOfMemory() {
+        AddPager({"anna"});
+        for (int alarm = 1; alarm <= kNodesPerBlock + 2; ++alarm) {
+            AddAlarm(alarm);
+        }
+    }
+
+    NoWorker noWorker;
+};
+
+TEST_F(OutOfMemory, RefusedAlarmIsFreedAndAnswered0) {
+    Start();
+    for (int alarm = 1; alarm <= kNodesPerBlock; ++alarm) {
+        EXPECT_EQ(1, Forward(alarm, {"anna"}));
+    }
+    {
+        const FailingSize fault(kNodeBlock);
+        EXPECT_EQ(0, Forward(11, {"anna"}));
+    }
+    EXPECT_EQ(kNodesPerBlock, m_pPagingQ->GetCount());
+    EXPECT_EQ(10U, Rows().size());
+    EXPECT_EQ(0, CPagerHdl::GetPagingState(11));
+    EXPECT_EQ(10, CountInTrace("Check4Dial\n"));
+    EXPECT_EQ(1, Forward(12, {"anna"}));
+}
+
+// The eleventh entry that the start-up pass files is refused: its alarm is the second one, since
+// the pass files the last row first.
+TEST_F(OutOfMemory, StartUpGoesOnBehindARefusedEntry) {
+    for (int alarm = 1; alarm <= kNodesPerBlock + 2; ++alarm) {
+        AddRow(alarm, "anna");
+    }
+    std::unique_ptr<FailingSize> fault;
+    store.BeforeEach([&fault](const std::string& call) {
+        const bool filesTheTenth =
+            call == R"(GetAllEntriesByCondition(AlarmFwd_PagerEvents, AlmLogID = "3"))";
+        if (filesTheTenth && !fault) {
+            fault = std::make_unique<FailingSize>(kNodeBlock);
+        }
+    });
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    EXPECT_EQ(kNodesPerBlock + 1, m_pPagingQ->GetCount());
+    EXPECT_EQ(0, CPagerHdl::GetPagingState(2));
+    EXPECT_EQ(2, CPagerHdl::GetPagingState(1));
+    EXPECT_EQ(12U, Rows().size()) << "its row stays for the next start";
+}
+
+TEST_F(OutOfMemory, StartUpGoesOnBehindARowThatItCannotKeep) {
+    for (int alarm = 1; alarm <= kNodesPerBlock + 2; ++alarm) {
+        AddRow(alarm, "anna");
+    }
+    std::unique_ptr<FailingSize> fault;
+    store.BeforeEach([&fault](const std::string& call) {
+        const bool takesUpTheEleventh =
+            call == R"(GetAllEntriesByCondition(AlarmLog, alarmlogID = "11"))";
+        if (takesUpTheEleventh && !fault) {
+            fault = std::make_unique<FailingSize>(kNodeBlock);
+        }
+    });
+    Start();
+    EXPECT_EQ(kNodesPerBlock + 1, m_pPagingQ->GetCount());
+    EXPECT_EQ(0, CPagerHdl::GetPagingState(11));
+    EXPECT_EQ(2, CPagerHdl::GetPagingState(12));
+}
+
+TEST_F(OutOfMemory, EntryThatCannotBePutBackGoesOffLimit) {
+    Start();
+    ForwardQEntry* entry = Queue(1, "anna");
+    {
+        // The queue gives its memory back with its only entry, and gets none for the return.
+        const FailingSize fault(kNodeBlock);
+        EXPECT_FALSE(CPagerHdl::ReinsertInPagingQueue(entry, 5));
+    }
+    EXPECT_THAT(EntriesIn(m_pPagingQ), IsEmpty());
+    EXPECT_THAT(EntriesIn(m_pOffLimitQ), ElementsAre("1 anna"));
+    EXPECT_THAT(Rows(), ElementsAre("1 anna 0 3"));
+    EXPECT_EQ("3", AlarmState(1));
+}
+
+TEST_F(OutOfMemory, EntryThatNoQueueTakesIsFreed) {
+    Start();
+    ForwardQEntry* entry = Queue(1, "anna");
+    {
+        const FailingSize fault(kNodeBlock, 2);
+        EXPECT_FALSE(CPagerHdl::ReinsertInPagingQueue(entry, 5));
+    }
+    EXPECT_THAT(EntriesIn(m_pPagingQ), IsEmpty());
+    EXPECT_THAT(EntriesIn(m_pOffLimitQ), IsEmpty());
+    EXPECT_THAT(Rows(), ElementsAre("1 anna 0 3"));
+}
+
+// The severity names, the queues and the table objects. A page that was pending stays so.
+TEST_F(OutOfMemory, HandlerThatMissesAPartDoesNotComeUp) {
+    AddRow(1, "anna");
+    int nth = 1;
+    for (;; ++nth) {
+        const FailingNothrow fault(nth);
+        Start();
+        if (!FailingNothrow::HasHappened()) {
+            break;
+        }
+        EXPECT_FALSE(CPagerHdl::IsRunning()) << "part " << nth;
+        EXPECT_EQ(nullptr, m_pPagingQ) << "part " << nth;
+        EXPECT_EQ(nullptr, CPagerHdl::m_pAlarmLogSet) << "part " << nth;
+        EXPECT_EQ(0, Forward(2, {"anna"})) << "part " << nth;
+        EXPECT_EQ(5, Test({"test", kSms1})) << "part " << nth;
+        EXPECT_EQ(1U, Rows().size()) << "part " << nth;
+        Stop();
+    }
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    EXPECT_EQ(8, nth) << "seven parts";
+}
+
+TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoFacade) {
+    const FailingSize fault(sizeof(CPagerFwd));
+    EXPECT_THROW(Start(), std::bad_alloc);
+    EXPECT_EQ(nullptr, pagerFwd);
+    EXPECT_EQ(nullptr, pagerHdl);
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+}
+
+TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoHandler) {
+    {
+        const FailingSize fault(sizeof database);  // its copy
+        EXPECT_THROW(CPagerHdl handler(database), std::bad_alloc);
+    }
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    {
+        const FailingSize fault(sizeof(PagerFwdEvent*));  // the list of rows, late in the set-up
+        AddRow(1, "anna");
+        EXPECT_THROW(CPagerHdl handler(database), std::bad_alloc);
+    }
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    EXPECT_EQ(nullptr, m_pPagingQ);
+    EXPECT_EQ(nullptr, CPagerHdl::ccom);
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    EXPECT_EQ(1, m_pPagingQ->GetCount());
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Who may include whom. A layer uses itself and the layers below it; the simulated far ends share
+# nothing with the library, so that both sides can't agree on one mistake.
+# Usage: check_layers.sh ROOT
+set -euo pipefail
+cd "$1"
+
+declare -A may_use=(
+    [linux]="linux"
+    [tables]="tables linux"
+    [modem]="modem tables linux"
+    [engine]="engine modem tables linux"
+    [sim]="sim"
+    [host]="host"
+)
+
+# file: include, each with its reason.
+known_exceptions="
+tables/pager_settings.cpp: modem/COMHdl.h
+"
+# The look-up of a pager's row writes trace lines.
+
+failed=0
+for layer in "${!may_use[@]}"; do
+    while IFS=: read -r file include; do
+        used=${include%%/*}
+        case " ${may_use[$layer]} " in *" $used "*) continue ;; esac
+        case "$known_exceptions" in *"
+$file: $include
+"*) continue ;; esac
+        echo "$file includes $include: $layer may use only ${may_use[$layer]}"
+        failed=1
+    done < <(grep -rHoE '^ *# *include +"[^"]+"' --include='*.h' --include='*.cpp' "$layer" |
+        sed -E 's/: *# *include +"([^"]+)"/:\1/')
+done
+exit $failed

@@ -1,0 +1,88 @@
+// Tests of engine/wake_signal.h.
+#include "engine/wake_signal.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <thread>
+
+#include "linux/win_system.h"
+#include "sim/testing.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using pagersim::VirtualClock;
+
+class Wake : public ::testing::Test {
+ protected:
+    VirtualClock clock;
+    WakeSignal signal;
+};
+
+TEST_F(Wake, WaitsExactlyAsLongAsAsked) {
+    EXPECT_FALSE(signal.Wait(60000));
+    EXPECT_EQ(60000ms, VirtualClock::Now());
+}
+
+TEST_F(Wake, RaisedBeforeTheWaitCostsNoTime) {
+    signal.Raise();
+    EXPECT_TRUE(signal.Wait(60000));
+    EXPECT_EQ(0ms, VirtualClock::Now());
+}
+
+TEST_F(Wake, StaysRaised) {
+    signal.Raise();
+    EXPECT_TRUE(signal.Wait(0));
+    EXPECT_TRUE(signal.Wait(0));
+}
+
+TEST_F(Wake, RaisedDuringTheWaitEndsIt) {
+    std::thread raiser([this] {
+        Sleep(12000);
+        signal.Raise();
+    });
+    EXPECT_TRUE(signal.Wait(60000));
+    EXPECT_EQ(12000ms, VirtualClock::Now());
+    raiser.join();
+}
+
+TEST_F(Wake, WaitWithoutALimitEndsWithTheSignal) {
+    std::thread raiser([this] {
+        Sleep(3600 * 1000);
+        signal.Raise();
+    });
+    EXPECT_TRUE(signal.Wait(-1));
+    EXPECT_EQ(3600s, VirtualClock::Now());
+    raiser.join();
+}
+
+TEST_F(Wake, HandlerOfTheProcessDoesNotCutTheWaitShort) {
+    struct sigaction handler {};
+    handler.sa_handler = [](int) {};
+    struct sigaction before {};
+    sigaction(SIGUSR1, &handler, &before);
+    const pthread_t waiter = pthread_self();
+    std::thread disturber([waiter] {
+        Sleep(12000);
+        pthread_kill(waiter, SIGUSR1);
+    });
+    EXPECT_FALSE(signal.Wait(60000));
+    EXPECT_EQ(60000ms, VirtualClock::Now());
+    disturber.join();
+    sigaction(SIGUSR1, &before, nullptr);
+}
+
+TEST(WakeWithoutDescriptors, IsNotOpen) {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const WakeSignal signal;
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(signal.IsOpen());
+}
+
+}  // namespace

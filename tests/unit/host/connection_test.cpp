@@ -1,0 +1,98 @@
+// Connections, and the settings that make a commit last.
+#include "host/store/connection.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/unit/host/files.h"
+#include "tests/unit/host/host_test.h"
+
+namespace host {
+namespace {
+
+class StoreConnection : public HostTest {
+ protected:
+    static std::string Ask(Connection& connection, const std::string& question) {
+        Statement statement(connection, question);
+        return statement.Step() ? std::string(statement.Text(0)) : "(nothing)";
+    }
+
+    static std::string WhyNotOpened(const std::string& path) {
+        try {
+            const Connection connection(path);
+            return "opened";
+        } catch (const StoreError& reason) {
+            return reason.what();
+        }
+    }
+};
+
+TEST_F(StoreConnection, KeepsEachCommitThroughAPowerCut) {
+    constexpr const char* kFull = "2";
+    Connection connection(database);
+    EXPECT_EQ("wal", Ask(connection, "PRAGMA journal_mode"));
+    EXPECT_EQ(kFull, Ask(connection, "PRAGMA synchronous"));
+}
+
+TEST_F(StoreConnection, WaitsForAnotherWriter) {
+    Connection connection(database);
+    EXPECT_EQ("10000", Ask(connection, "PRAGMA busy_timeout"));
+}
+
+TEST_F(StoreConnection, MakesNoDatabaseByOpeningOne) {
+    EXPECT_EQ("none.db: there is no such database; make it with: pagerfwd init",
+              WhyNotOpened("none.db"));
+    EXPECT_FALSE(std::filesystem::exists("none.db"));
+}
+
+TEST_F(StoreConnection, NamesAFileThatIsNoDatabase) {
+    WriteFile("letter.txt", std::string(4096, 'x'));
+    EXPECT_EQ("letter.txt: file is not a database", WhyNotOpened("letter.txt"));
+}
+
+TEST_F(StoreConnection, NamesAFolder) {
+    EXPECT_EQ("/tmp: unable to open database file", WhyNotOpened("/tmp"));
+}
+
+TEST_F(StoreConnection, NamesTheReasonOfAFailedStatement) {
+    Connection connection(database);
+    try {
+        connection.Execute("SELECT 1 FROM Nonesuch");
+        FAIL();
+    } catch (const StoreError& reason) {
+        EXPECT_STREQ("site.db: no such table: Nonesuch", reason.what());
+    }
+}
+
+TEST_F(StoreConnection, BindsTheEmptyTextAsAText) {
+    Connection connection(database);
+    Statement statement(connection, "SELECT typeof(?1) || ':' || typeof(?2)");
+    statement.Bind(std::string_view()).Bind(std::string());
+    ASSERT_TRUE(statement.Step());
+    EXPECT_EQ("text:text", statement.Text(0));
+}
+
+TEST_F(StoreConnection, UndoesWhatWasNotCommitted) {
+    Connection connection(database);
+    {
+        const WriteTransaction transaction(connection);
+        WriteSetting(connection, "encoding", "shift_jis");
+        EXPECT_EQ("shift_jis", ReadSetting(connection, "encoding"));
+    }
+    EXPECT_FALSE(connection.InTransaction());
+    EXPECT_EQ("", ReadSetting(connection, "encoding"));
+}
+
+TEST_F(StoreConnection, OneWritersCommitIsReadByAnother) {
+    Connection writer(database);
+    Connection reader(database);
+    WriteTransaction transaction(writer);
+    WriteSetting(writer, "encoding", "shift_jis");
+    EXPECT_EQ("", ReadSetting(reader, "encoding"));
+    transaction.Commit();
+    EXPECT_EQ("shift_jis", ReadSetting(reader, "encoding"));
+}
+
+}  // namespace
+}  // namespace host

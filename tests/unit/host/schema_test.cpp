@@ -1,0 +1,100 @@
+// The tables of a new database.
+#include "host/store/schema.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "host/store/rows.h"
+#include "tests/unit/host/host_test.h"
+
+namespace host {
+namespace {
+
+class Schema : public HostTest {};
+
+TEST_F(Schema, HasTheLibrarysColumnsInTheirOrder) {
+    Connection connection(database);
+    for (const Table& table : Tables()) {
+        EXPECT_EQ(table.columns, ReadLayout(connection, table.name).columns) << table.name;
+    }
+}
+
+TEST_F(Schema, HasEveryColumnThatTheLibraryReads) {
+    EXPECT_EQ(23U, FindTable(kPorts)->columns.size());
+    EXPECT_EQ(8U, FindTable(kPagers)->columns.size());
+    EXPECT_EQ(7U, FindTable(kEvents)->columns.size());
+    EXPECT_EQ(16U, FindTable(kAlarmLog)->columns.size());
+}
+
+TEST_F(Schema, NamesTheHoursOfTheWeekFromMondayOn) {
+    const std::vector<std::string>& columns = FindTable(kTimeModels)->columns;
+    ASSERT_EQ(169U, columns.size());
+    EXPECT_EQ("mon_00", columns[0]);
+    EXPECT_EQ("tue_00", columns[24]);
+    EXPECT_EQ("sun_23", columns[167]);
+    EXPECT_EQ("description", columns[168]);
+    EXPECT_EQ(169U, std::set<std::string>(columns.begin(), columns.end()).size());
+}
+
+TEST_F(Schema, IsLeftAloneWhereItIs) {
+    Connection connection(database);
+    {
+        WriteTransaction transaction(connection);
+        WriteSetting(connection, "encoding", "shift_jis");
+        transaction.Commit();
+    }
+    EXPECT_FALSE(CreateTables(connection));
+    EXPECT_EQ("shift_jis", ReadSetting(connection, "encoding"));
+}
+
+TEST_F(Schema, IsNotPutIntoAnotherProgramsDatabase) {
+    Connection connection("other.db", Connection::Mode::kCreate);
+    connection.Execute("CREATE TABLE Recipes (name TEXT)");
+    EXPECT_THROW(CreateTables(connection), StoreError);
+    EXPECT_EQ(nullptr, FindTable("Recipes"));
+    EXPECT_THROW(ReadLayout(connection, kAlarmLog), StoreError);
+}
+
+TEST_F(Schema, OfANewerProgramIsRefused) {
+    Connection connection(database);
+    connection.Execute("PRAGMA user_version = 99");
+    EXPECT_THROW(RequireTables(connection), StoreError);
+    EXPECT_THROW(CreateTables(connection), StoreError);
+}
+
+TEST_F(Schema, IsMissedInAnEmptyDatabase) {
+    Connection connection("empty.db", Connection::Mode::kCreate);
+    EXPECT_THROW(RequireTables(connection), StoreError);
+}
+
+// A database of an older make.
+TEST_F(Schema, ReadsATableThatLacksAColumn) {
+    Connection connection(database);
+    connection.Execute("ALTER TABLE AlarmFwd_COMProperties DROP COLUMN \"Select\"");
+    const TableLayout layout = ReadLayout(connection, kPorts);
+    EXPECT_EQ(-1, layout.IndexOf("Select"));
+    EXPECT_EQ(0, layout.IndexOf("Description"));
+    EXPECT_EQ(3, layout.IndexOf("Init"));
+}
+
+TEST_F(Schema, RefusesHoursThatHaveShifted) {
+    Connection connection(database);
+    connection.Execute("ALTER TABLE AlarmFwd_TMSetting DROP COLUMN wed_12");
+    EXPECT_THROW(ReadLayout(connection, kTimeModels), StoreError);
+}
+
+TEST_F(Schema, NeverShowsTheHostsOwnColumns) {
+    Connection connection(database);
+    EXPECT_EQ(-1, ReadLayout(connection, kEvents).IndexOf("hidden_by"));
+    EXPECT_EQ(-1, ReadLayout(connection, kEvents).IndexOf("row_id"));
+}
+
+TEST(ColumnNames, AreTheSameInEitherCase) {
+    EXPECT_TRUE(SameColumn("Pagerstate", "PagerState"));
+    EXPECT_FALSE(SameColumn("Pagerstate", "Pagerstates"));
+    EXPECT_FALSE(SameColumn("a[", "a{"));  // only letters have a case
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,294 @@
+// Every mistake that `pagerfwd check` finds, each in a site that has no other.
+#include "host/site/site_check.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "host/site/site_file.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// A site without a mistake. A test replaces one line of it.
+constexpr const char* kSound = R"(encoding = "latin1"
+[[port]]
+name = "COM 1"
+baud = 9600
+flow = "none"
+modem = true
+init = "AT&F"
+reset = "ATZ"
+[port.pager]
+dial = "ATDT0,"
+prompt = ">"
+data = 8
+parity = "none"
+stop = 1
+[port.sms1]
+protocol = "TAP"
+dial = "ATDT0,5550101"
+data = 7
+parity = "even"
+stop = 1
+[port.sms2]
+protocol = "UCP"
+dial = "ATDT0,5550102"
+data = 8
+parity = "odd"
+stop = 2
+[[pager]]
+description = "duty"
+owner = "Anna"
+port = "COM 1"
+type = "sms1"
+number = "5550111"
+retries = 5
+delay = 45
+hours = "always"
+[[pager]]
+description = "engineer"
+type = "alphanumeric"
+number = "5550100@3003"
+hours = "office"
+[[hours]]
+name = "office"
+mon-fri = "8-18"
+)";
+
+std::string WithLine(int wanted, const std::string& replacement) {
+    std::istringstream sound(kSound);
+    std::string text;
+    std::string line;
+    for (int number = 1; std::getline(sound, line); ++number) {
+        text += (number == wanted ? replacement : line) + "\n";
+    }
+    return text;
+}
+
+std::vector<std::string> Mistakes(const std::string& text) {
+    ReadSite read = ParseSite(text);
+    CheckSite(read.site, read.findings);
+    std::vector<std::string> mistakes;
+    for (const Finding& finding : read.findings.All()) {
+        const bool isError = finding.severity == Finding::Severity::kError;
+        mistakes.push_back(std::to_string(finding.line) + (isError ? ": " : ": (warning) ") +
+                           finding.what);
+    }
+    return mistakes;
+}
+
+TEST(SoundSite, HasNoMistakes) {
+    EXPECT_THAT(Mistakes(kSound), IsEmpty());
+}
+
+struct Case {
+    int line;
+    const char* replacement;
+    const char* mistake;
+};
+
+void PrintTo(const Case& one, std::ostream* out) {
+    *out << one.replacement << " -> " << one.mistake;
+}
+
+class OneMistake : public ::testing::TestWithParam<Case> {};
+
+TEST_P(OneMistake, IsFound) {
+    EXPECT_THAT(Mistakes(WithLine(GetParam().line, GetParam().replacement)),
+                ElementsAre(GetParam().mistake))
+        << GetParam().replacement;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    InAPort, OneMistake,
+    ::testing::Values(
+        Case{4, "baud = 600", "4: port \"COM 1\": 600 is no speed of the serial line driver"},
+        Case{4, "baud = -9600", "4: port \"COM 1\": -9600 is no speed of the serial line driver"},
+        Case{5, "flow = \"None\"", "5: port \"COM 1\": there is no flow control \"None\""},
+        Case{11, "prompt = \"\"", "11: port \"COM 1\": the prompt is empty"},
+        Case{12, "data = 4", "12: port \"COM 1\", pager: 4 data bits can't be set"},
+        Case{12, "data = 9", "12: port \"COM 1\", pager: 9 data bits can't be set"},
+        Case{13, "parity = \"mark\"",
+             "13: port \"COM 1\", pager: parity \"mark\" is refused by the serial line driver"},
+        Case{13, "parity = \"space\"",
+             "13: port \"COM 1\", pager: parity \"space\" is refused by the serial line driver"},
+        Case{14, "stop = 0", "14: port \"COM 1\", pager: 0 stop bits can't be set"},
+        Case{14, "stop = 3", "14: port \"COM 1\", pager: 3 stop bits can't be set"},
+        Case{16, "protocol = \"tap\"", "16: port \"COM 1\", sms1: there is no protocol \"tap\""},
+        Case{18, "data = 0", "18: port \"COM 1\", sms1: 0 data bits can't be set"},
+        Case{19, "parity = \"e\"",
+             "19: port \"COM 1\", sms1: parity \"e\" is refused by the serial line driver"},
+        Case{20, "stop = 5", "20: port \"COM 1\", sms1: 5 stop bits can't be set"},
+        Case{22, "protocol = \"\"", "22: port \"COM 1\", sms2: there is no protocol \"\""},
+        Case{24, "data = 10", "24: port \"COM 1\", sms2: 10 data bits can't be set"},
+        Case{25, "parity = \"\"",
+             "25: port \"COM 1\", sms2: parity \"\" is refused by the serial line driver"},
+        Case{26, "stop = -1", "26: port \"COM 1\", sms2: -1 stop bits can't be set"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    InAPager, OneMistake,
+    ::testing::Values(
+        Case{28, "description = \"\"", "28: a pager has no description"},
+        Case{30, "port = \"COM 2\"", "30: pager \"duty\": there is no port \"COM 2\""},
+        Case{30, "port = \"com 1\"", "30: pager \"duty\": there is no port \"com 1\""},
+        Case{31, "type = \"beeper\"", "31: pager \"duty\": there is no type \"beeper\""},
+        Case{31, "type = \"4\"", "31: pager \"duty\": there is no type \"4\""},
+        Case{32, "number = \"\"", "32: pager \"duty\": the number \"\" has no digits"},
+        Case{32, "number = \"none@\"", "32: pager \"duty\": the number \"none@\" has no digits"},
+        Case{32, "number = \"5550111@\"",
+             "32: (warning) pager \"duty\": nothing stands behind the @ of its number"},
+        Case{33, "retries = -1", "33: pager \"duty\": retries is -1"},
+        Case{33, "retries = 2147483648", "33: pager \"duty\": retries is 2147483648"},
+        Case{34, "delay = -5", "34: pager \"duty\": delay is -5"},
+        Case{35, "hours = \"offic\"", "35: pager \"duty\": there are no hours \"offic\""},
+        Case{35, "hours = \"office\"",
+             "35: (warning) pager \"duty\": hours \"office\" don't cover the week"},
+        Case{37, "description = \"duty\"", "37: pager \"duty\" is there already, on line 27"},
+        Case{17, "dial = \"\"", "27: pager \"duty\": port \"COM 1\" has no dial command for it"},
+        Case{10, "", "36: pager \"engineer\": port \"COM 1\" has no dial command for it"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    InHours, OneMistake,
+    ::testing::Values(
+        Case{43, "mon-fri = \"8-25\"", "43: hours \"office\": \"25\" is not an hour from 0 to 24"},
+        Case{43, "monday = \"8-18\"", "43: hours \"office\": there is no day \"monday\""},
+        Case{43, "mon = \"8-18\"\nsun-tue = \"8-18\"",
+             "44: hours \"office\": mon is said already, on line 43"},
+        Case{43, "all = true\nmon = \"8-18\"",
+             "43: hours \"office\": all = true, and days besides"},
+        Case{43, "mon = \"none\"", "41: (warning) hours \"office\" allow no hour"},
+        Case{43, "", "41: (warning) hours \"office\" allow no hour"},
+        Case{43, "sun = \"8-18\"\n[[hours]]\nname = \"office\"\nall = true",
+             "45: hours \"office\" are there already, on line 41"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    InTexts, OneMistake,
+    ::testing::Values(
+        Case{1, "encoding = \"utf-8\"", "1: there is no encoding \"utf-8\""},
+        Case{29, "owner = \"\xE2\x82\xAC\"",
+             "29: the text \"\xE2\x82\xAC\" holds '\xE2\x82\xAC' (U+20AC), which latin1 doesn't "
+             "have"},
+        Case{7, "init = \"AT\\rATZ\"",
+             "7: the text \"AT\rATZ\" holds the control character U+000D"},
+        Case{17, "dial = \"ATDT\\u007F\"",
+             "17: the text \"ATDT\x7F\" holds the control character U+007F"}));
+
+TEST(SeveralMistakes, AreAllFoundInTheOrderOfTheirLines) {
+    EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 0\"\nbaud = 1\n[[pager]]\ndescription = \"a\"\n"
+                         "type = \"x\"\nnumber = \"\"\nhours = \"y\"\nport = \"z\"\nbogus = 1\n"),
+                ElementsAre("2: there is no port \"COM 0\"",
+                            "3: port \"COM 0\": 1 is no speed of the serial line driver",
+                            "6: pager \"a\": there is no type \"x\"",
+                            "7: pager \"a\": the number \"\" has no digits",
+                            "8: pager \"a\": there are no hours \"y\"",
+                            "9: pager \"a\": there is no port \"z\"",
+                            "10: unknown key \"bogus\" in pager"));
+}
+
+TEST(PortNames, AreThoseThatTheLibraryProbes) {
+    for (const char* name : {"COM1", "COM 0", "COM 10", "COM  1", "com 1", "COM", "COM ", ""}) {
+        EXPECT_THAT(Mistakes("[[port]]\nname = \"" + std::string(name) + "\"\n"),
+                    ElementsAre("2: there is no port \"" + std::string(name) + "\""));
+    }
+    for (int number = 1; number <= 9; ++number) {
+        EXPECT_THAT(Mistakes("[[port]]\nname = \"COM " + std::to_string(number) + "\"\n"),
+                    IsEmpty());
+    }
+}
+
+TEST(PortNames, AreGivenOnce) {
+    EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\n[[port]]\nname = \"COM 1\"\n"),
+                ElementsAre("4: port \"COM 1\" is there already, on line 1"));
+}
+
+TEST(Speeds, AreThoseOfTheLineDriver) {
+    for (const int speed :
+         {300, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200, 230400, 460800}) {
+        EXPECT_THAT(Mistakes(WithLine(4, "baud = " + std::to_string(speed))), IsEmpty());
+    }
+    for (const int speed : {0, 110, 600, 1800, 14400, 28800, 921600}) {
+        EXPECT_EQ(1U, Mistakes(WithLine(4, "baud = " + std::to_string(speed))).size()) << speed;
+    }
+}
+
+TEST(ASiteWithoutPorts, SendsNothing) {
+    EXPECT_THAT(Mistakes(""), ElementsAre("1: (warning) there is no port"));
+}
+
+TEST(APagerForAnyPort, NeedsItsServiceOnEveryModem) {
+    EXPECT_THAT(Mistakes(std::string(kSound) + "[[port]]\nname = \"COM 2\"\n"),
+                ElementsAre("36: pager \"engineer\": port \"COM 2\" has no dial command for it"));
+    EXPECT_THAT(Mistakes(std::string(kSound) + "[[port]]\nname = \"COM 2\"\nmodem = false\n"),
+                IsEmpty());
+}
+
+TEST(APagerForAnyPort, NeedsAModem) {
+    EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\nmodem = false\n[[pager]]\n"
+                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\n"),
+                ElementsAre("4: pager \"a\": no port has a modem"));
+}
+
+TEST(APagerOnAPortWithoutAModem, ReachesNobody) {
+    EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\nmodem = false\n[[pager]]\n"
+                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\nport = \"COM 1\"\n"),
+                ElementsAre("8: pager \"a\": port \"COM 1\" has no modem"));
+}
+
+TEST(ASignalPager, MayBeReachedByDiallingAlone) {
+    std::string text = WithLine(31, "type = \"signal\"");
+    const std::string number = "number = \"5550111\"";
+    text.replace(text.find(number), number.size(), "number = \"5550111@\"");
+    EXPECT_THAT(Mistakes(text), IsEmpty());
+}
+
+TEST(Always, MayBeGivenByTheFile) {
+    EXPECT_THAT(Mistakes(std::string(kSound) + "[[hours]]\nname = \"always\"\nmon = \"8-9\"\n"),
+                ElementsAre("35: (warning) pager \"duty\": hours \"always\" don't cover the week"));
+}
+
+TEST(AZero, IsNoPartOfAText) {
+    using std::string_literals::operator""s;
+    EXPECT_THAT(Mistakes(WithLine(8, "reset = \"A\\u0000\"")),
+                ElementsAre("8: the text \"A\0\" holds the control character U+0000"s));
+}
+
+TEST(Kana, NeedsShiftJis) {
+    const std::string kana = "owner = \"\xEF\xBD\xB1\"";
+    EXPECT_EQ(1U, Mistakes(WithLine(29, kana)).size());
+    std::string text = WithLine(29, kana);
+    text.replace(text.find("latin1"), 6, "shift_jis");
+    EXPECT_THAT(Mistakes(text), IsEmpty());
+}
+
+// --- The printed form.
+
+TEST(Findings, AreReadInThreeLines) {
+    const Finding finding{12, Finding::Severity::kError, "what", "consequence", "remedy"};
+    EXPECT_EQ("site.toml:12: error: what\n    consequence\n    remedy\n",
+              Describe("site.toml", finding));
+}
+
+TEST(Findings, ShowNoControlCharacters) {
+    const Finding finding{1, Finding::Severity::kWarning, "\x1b[2J", "\a", "\n"};
+    EXPECT_EQ("\\x1b:1: warning: \\x1b[2J\n    \\x07\n    \\x0a\n", Describe("\x1b", finding));
+}
+
+TEST(Findings, AreCounted) {
+    Findings findings;
+    EXPECT_EQ("0 errors, 0 warnings", Summary(findings));
+    EXPECT_FALSE(findings.HasErrors());
+    findings.Warning(1, "", "", "");
+    EXPECT_FALSE(findings.HasErrors());
+    findings.Error(1, "", "", "");
+    findings.Error(1, "", "", "");
+    EXPECT_EQ("2 errors, 1 warning", Summary(findings));
+    EXPECT_TRUE(findings.HasErrors());
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,165 @@
+// A program that knows nothing of any simulation: it opens a serial line, and sends and awaits what
+// its arguments say, one after the other.
+//
+//   open:DEVICE        close            send:TEXT        wait:TEXT (at most two minutes)
+//   sleep:SECONDS      now              print:TEXT       close-all
+//   exec               kill             stdin            exit:STATUS
+//
+// TEXT knows \r \n \e \0 \xHH. Ends with 1 when a text didn't come, with 2 when a line doesn't
+// open.
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+namespace {
+
+int line = -1;
+std::string heard;  // and not yet awaited
+
+std::string Unescaped(const std::string& text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            bytes += text[i];
+            continue;
+        }
+        switch (text[++i]) {
+            case 'r':
+                bytes += '\r';
+                break;
+            case 'n':
+                bytes += '\n';
+                break;
+            case 'e':
+                bytes += '\x1b';
+                break;
+            case '0':
+                bytes += '\0';
+                break;
+            case 'x':
+                bytes += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+                i += 2;
+                break;
+            default:
+                bytes += text[i];
+        }
+    }
+    return bytes;
+}
+
+void Open(const std::string& device) {
+    line = open(device.c_str(), O_RDWR | O_NOCTTY);
+    if (line < 0) {
+        std::printf("%s: %s\n", device.c_str(), std::strerror(errno));
+        std::exit(2);
+    }
+    termios settings{};
+    tcgetattr(line, &settings);
+    cfmakeraw(&settings);
+    settings.c_cflag = CS7 | PARENB | CREAD | CLOCAL;
+    settings.c_cc[VMIN] = 0;
+    cfsetspeed(&settings, B2400);
+    tcsetattr(line, TCSANOW, &settings);
+}
+
+void Send(const std::string& bytes) {
+    if (write(line, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+        std::printf("write: %s\n", std::strerror(errno));
+        std::exit(1);
+    }
+}
+
+// The next bytes, or the end: nothing came in time, or the line is gone.
+bool Receive() {
+    pollfd ready = {line, POLLIN, 0};
+    constexpr int kPatienceMs = 120'000;
+    char bytes[256];
+    if (poll(&ready, 1, kPatienceMs) != 1)
+        return false;
+    const ssize_t count = read(line, bytes, sizeof bytes);
+    if (count < 0)
+        std::printf("read: %s\n", std::strerror(errno));
+    if (count <= 0)
+        return false;
+    heard.append(bytes, static_cast<std::size_t>(count));
+    return true;
+}
+
+void Wait(const std::string& text) {
+    while (heard.find(text) == std::string::npos) {
+        if (!Receive()) {
+            std::printf("no %s\n", text.c_str());
+            std::exit(1);
+        }
+    }
+    heard.erase(0, heard.find(text) + text.size());
+}
+
+void PrintNow() {
+    const time_t now = time(nullptr);
+    char text[32];
+    strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", localtime(&now));
+    std::printf("%s\n", text);
+}
+
+void CloseAll() {
+    for (int fd = 3; fd < 1024; ++fd)
+        close(fd);
+}
+
+void WaitForInput() {
+    std::printf("ready\n");
+    std::fflush(stdout);
+    char byte = 0;
+    if (read(STDIN_FILENO, &byte, 1) < 0)
+        std::printf("stdin: %s\n", std::strerror(errno));
+}
+
+// The step is the last this program does when it replaces itself.
+void Do(char** step) {
+    const std::string text = *step;
+    const std::string name = text.substr(0, text.find(':'));
+    const std::string argument =
+        text.size() > name.size() ? Unescaped(text.substr(name.size() + 1)) : "";
+    if (name == "open")
+        Open(argument);
+    else if (name == "close")
+        close(line);
+    else if (name == "send")
+        Send(argument);
+    else if (name == "wait")
+        Wait(argument);
+    else if (name == "sleep")
+        sleep(static_cast<unsigned>(std::stoi(argument)));
+    else if (name == "now")
+        PrintNow();
+    else if (name == "print")
+        std::printf("%s\n", argument.c_str());
+    else if (name == "close-all")
+        CloseAll();
+    else if (name == "exec")
+        execv("/proc/self/exe", step);  // the step itself stands where the name belongs
+    else if (name == "kill")
+        raise(SIGKILL);
+    else if (name == "stdin")
+        WaitForInput();
+    else if (name == "exit")
+        std::exit(std::stoi(argument));
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    for (int i = 1; i < count; ++i)
+        Do(arguments + i);
+}
