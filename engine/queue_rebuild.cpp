@@ -27,7 +27,7 @@ ForwardQEntry* TakeUp(OwnedEvent row, StartUpTables& tables, CDB_PagerFwdEvents&
     }
     ForwardQEntry* entry = CPagerHdl::CreateQEntry(row.get());
     if (entry != nullptr) {
-        row.release();
+        static_cast<void>(row.release());  // the entry has it now
     }
     return entry;
 }

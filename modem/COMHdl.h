@@ -195,6 +195,13 @@ class CCOMHdl {
     // Stores the first row's address in *table and returns how many there are: 2.
     static int GetSmsProtocols(SmsProtocol** table);
 
+    // --- Defaults. Public for whoever explains a page without opening a line.
+
+    // Sets the texts below; the constructor does.
+    static void SetModemStrings();
+    // Gives a port without a modem of its own the default modem strings. False: no memory.
+    static bool SetDefaultModemStrings(ComPort& port);
+
     // --- State of the process, as the constructor sets it.
 
     static constexpr int kMaxPorts = 9;
@@ -254,8 +261,7 @@ class CCOMHdl {
     static CCriticalSection lockTrace;  // guards the trace file
 
  private:
-    // Parts of the construction, in this order.
-    static void SetModemStrings();
+    // Parts of the construction, in this order, after SetModemStrings.
     static void SetTimeOuts();
     void ExploreCOMPorts();
     static void StartTrace();
@@ -272,7 +278,6 @@ class CCOMHdl {
     static int ChooseNamedCOMPort(const CString& name);
     int OpenDevice(const CString& device);                         // 0 or an OpenResult
     static int SetLine(const CString& mode, const CString& flow);  // 0 or an OpenResult
-    static bool SetDefaultModemStrings(ComPort& port);             // false: no memory
 
     // Writes all of it; false after a failure, whose error state is then cleared.
     static bool Send(HANDLE handle, const CString& bytes);

@@ -3,13 +3,7 @@
 // Tested by tests/dialogue/plain_pager_dialogue.cpp.
 
 #include "modem/COMHdl.h"
-
-namespace {
-
-// To a yes/no question, in German and in English.
-constexpr char kYes[] = "jy";
-
-}  // namespace
+#include "modem/dialogue_texts.h"
 
 bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CString& message) {
     HANDLE handle = port.handle;
@@ -21,7 +15,7 @@ bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CS
     if (m_modemSaid.Find('?') >= 0) {
         WritePageProtocolEntry("send jy after timeout");
         WritePageProtocolEntry("TransMsg: jy + rn");
-        if (!Send(handle, kYes + MStrCR) ||
+        if (!Send(handle, kPlainYes + MStrCR) ||
             !WaitString(handle, prompt, MPagerReadyTimeOut, false)) {
             return false;
         }
@@ -47,7 +41,7 @@ bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CS
 
     WritePageProtocolEntry("***************SEND J/N ***********************");
     WritePageProtocolEntry("TransMsg: jy + rn");
-    Send(handle, kYes);
+    Send(handle, kPlainYes);
     if (!Send(handle, MStrCR)) {
         return false;
     }

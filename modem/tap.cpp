@@ -3,15 +3,14 @@
 // Tested by tests/dialogue/tap_dialogue.cpp.
 
 #include "modem/COMHdl.h"
+#include "modem/dialogue_texts.h"
 #include "modem/tap_block.h"
 
 namespace {
 
 constexpr char kLogOnPrompt[] = "ID=";
-constexpr char kLogOn[] = "\x1bPG1\r\n";
 constexpr char kGoAhead[] = "\x1b[p\r";
 constexpr char kAccepted[] = "\r\x06\r";
-constexpr char kEndOfTransmission[] = "\x04\r";
 constexpr char kEndOfDialogue[] = "\x1b\x04";
 
 }  // namespace
@@ -22,7 +21,7 @@ bool CCOMHdl::TransferTAP(HANDLE handle, const CString& number, const CString& t
     }
 
     WritePageProtocolEntry("TransMsg: EscPG1");
-    if (!Send(handle, kLogOn)) {
+    if (!Send(handle, kTapLogOn)) {
         return TransferFails("sending escPG1 failed");
     }
     if (!WaitString(handle, kGoAhead, MTAPReadyTimeOut, false)) {
@@ -41,7 +40,7 @@ bool CCOMHdl::TransferTAP(HANDLE handle, const CString& number, const CString& t
     }
 
     WritePageProtocolEntry("TransMsg: EOT CR");
-    Send(handle, kEndOfTransmission);
+    Send(handle, kTapEndOfTransmission);
     if (!WaitString(handle, kEndOfDialogue, MTAPReadyTimeOut, false)) {
         return TransferFails("TransMsg: D1: no EOT at end of dialog");
     }
@@ -51,8 +50,7 @@ bool CCOMHdl::TransferTAP(HANDLE handle, const CString& number, const CString& t
 
 // Up to three carriage returns, until the service asks who is calling.
 bool CCOMHdl::KnockTAP(HANDLE handle) {
-    // Kept: the zero byte goes out with the carriage return; centres have always had it.
-    const CString knock(MStrCR, MStrCR.GetLength() + 1);
+    const CString knock(kTapKnock.data(), static_cast<int>(kTapKnock.size()));
 
     WritePageProtocolEntry("TransMsg: TAP: rn");
     Send(handle, knock);

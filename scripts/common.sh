@@ -17,8 +17,8 @@ build() {
         sleep 1
     done
     if ! wait "$process"; then
-        grep -m1 -nE 'error|FAILED' "$log" >&2 || true
-        tail -n 40 "$log" >&2
+        grep -m3 -nE "error|FAILED" "$log" | cut -c1-300 >&2 || true
+        tail -n 30 "$log" | cut -c1-300 >&2
         say "building $preset failed; the whole log: $log" >&2
         return 1
     fi

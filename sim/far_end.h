@@ -19,13 +19,14 @@ using Milliseconds = std::chrono::milliseconds;
 
 // The line, as its far end sees it. Outlives the far end.
 class Wire {
-public:
+ public:
     virtual ~Wire() = default;
 
     // Bytes for the program, readable at once.
     virtual void Send(std::string_view bytes) = 0;
 
-    // Runs `what` so much later. Calls due at the same instant run in the order they were asked for.
+    // Runs `what` so much later. Calls due at the same instant run in the order they were asked
+    // for.
     virtual void At(Milliseconds after, std::function<void()> what) = 0;
 
     // Since the simulation began.
@@ -36,7 +37,7 @@ public:
 };
 
 class FarEnd {
-public:
+ public:
     virtual ~FarEnd() = default;
 
     // The program opened the device; `wire` stays valid for the life of the far end.

@@ -1,6 +1,8 @@
 // The alarm log. Tested by tests/unit/tables/alarm_log_test.cpp.
 #include "tables/alarm_log.h"
 
+#include <string>
+
 #include "tables/record_columns.h"
 #include "tables/table_names.h"
 #include "tables/table_session.h"
@@ -57,7 +59,8 @@ int32_t WriteState(DatabaseSession& session, const char* table, int32_t alarmLog
     if (!session.OpenTable(table)) {
         return -1;
     }
-    const std::string condition = "WHERE alarmlogID = " + DecimalText(alarmLogId);
+    const std::string condition =
+        std::string("WHERE ") + kAlarmLogId + " = " + DecimalText(alarmLogId);
     ElementList changes(session);
     changes.Add(column, state);
     const int32_t changed = DBAsciiAccessSQLConditionSet(session.Handle(), table, condition.c_str(),

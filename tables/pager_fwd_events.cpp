@@ -3,6 +3,7 @@
 #include "tables/pager_fwd_events.h"
 
 #include <cstring>
+#include <string>
 
 #include "tables/alarm_log.h"
 #include "tables/record_columns.h"
@@ -31,21 +32,22 @@ constexpr Column<PagerFwdEvent> kColumns[] = {
 
 // Conditions hold their texts as they stand and whole, however long.
 std::string WhereKeyIs(const char* almGroup, int32_t almLogId, const char* pagerDescr) {
-    return std::string("WHERE AlmGroup = \"") + TextOrEmpty(almGroup) +
-           "\" AND AlmLogID = " + DecimalText(almLogId) + " AND PagerDescr = \"" +
+    return std::string("WHERE ") + kAlmGroup + " = \"" + TextOrEmpty(almGroup) + "\" AND " +
+           kAlmLogId + " = " + DecimalText(almLogId) + " AND " + kPagerDescr + " = \"" +
            TextOrEmpty(pagerDescr) + "\"";
 }
 
 std::string WhereNotBeingPaged(const char* table) {
-    return std::string("WHERE ") + table + ".PagerState <> " + DecimalText(kForwardBeingPaged);
+    return std::string("WHERE ") + table + "." + kPagerState + " <> " +
+           DecimalText(kForwardBeingPaged);
 }
 
 std::string WhereAlarmIs(const char* table, int32_t almLogId) {
     // Kept: two blanks before the sign; table stores match the condition as a whole.
-    return std::string("WHERE ") + table + ".AlmLogID  = " + DecimalText(almLogId);
+    return std::string("WHERE ") + table + "." + kAlmLogId + "  = " + DecimalText(almLogId);
 }
 
-// A field that no cell has filled is the same as no text.
+// A field that no cell has filled equals no text, not even the empty one.
 bool IsSameText(const char* field, const char* wanted) {
     return field != nullptr && std::strcmp(field, TextOrEmpty(wanted)) == 0;
 }

@@ -70,8 +70,9 @@ class RowSet {
         const char* keyColumn;
     };
 
-    // The rows whose column equals value, or every row of the table.
+    // The rows whose column equals value.
     RowSet(const DatabaseSession& session, const char* column, const char* value);
+    // Every row; the table access wants the name of the key column here too.
     RowSet(const DatabaseSession& session, EveryRow all);
     ~RowSet();
     RowSet(const RowSet&) = delete;

@@ -3,10 +3,10 @@
 #include <iostream>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "host/cli/library.h"
 #include "host/cli/names.h"
+#include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/test_results.h"
 #include "host/site/site_tables.h"
@@ -17,20 +17,6 @@
 
 namespace host {
 namespace {
-
-PagerRow FindPager(Connection& connection, const std::string& name, Encoding encoding) {
-    std::vector<PagerRow> pagers = FindPagers(connection, InTables(name, encoding));
-    if (pagers.size() > 1) {
-        throw Failure(kUsage, "pager \"" + name +
-                                  "\" is in the tables more than once, and can't be reached; "
-                                  "import a site file in which it stands once");
-    }
-    if (pagers.empty()) {
-        throw Failure(kUsage, "there is no pager \"" + name + "\"; " +
-                                  ListNames("pagers", PagerNames(connection), encoding));
-    }
-    return std::move(pagers.front());
-}
 
 // The engine that sends the test page is a whole one: it also takes up what is pending.
 void MindPendingPages(Connection& connection, bool sendPending) {
@@ -75,14 +61,15 @@ ExitCode Report(int32_t code, bool traced) {
 ExitCode Test(const Program& program, const std::string& name, bool sendPending) {
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
-    const PagerRow pager = FindPager(lease.Database(), name, encoding);
+    const PagerRow pager = FindOnePager(lease.Database(), name, encoding);
     MindPendingPages(lease.Database(), sendPending);
     UseShiftJis(encoding == Encoding::kShiftJis);
     StartTrace(program);
     const Library library(program.library);
 
     std::cout << "test page to \"" << Printable(name) << "\", number "
-              << Shown(pager.number, encoding) << " ... " << std::flush;
+              << Shown(pager.number, encoding) << " ...\n"
+              << std::flush;
     return Report(SendTestPage(library, program.database, pager), program.trace);
 }
 

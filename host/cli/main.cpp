@@ -36,6 +36,7 @@ void AddOptions(CLI::App& app, Program& program) {
 void AddCommands(CLI::App& app, Program& program) {
     AddInit(app, program);
     AddCheck(app, program);
+    AddExplain(app, program);
     AddImport(app, program);
     AddTest(app, program);
     AddInHours(app, program);

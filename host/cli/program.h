@@ -48,6 +48,7 @@ struct Program {
 
 // Each adds a command, which puts its own work into program.command.
 void AddCheck(CLI::App& app, Program& program);
+void AddExplain(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);

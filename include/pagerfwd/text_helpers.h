@@ -18,7 +18,8 @@
 extern "C" {
 #endif
 
-/* The text of value in radix 2 to 36, written to buffer (33 bytes are enough), which is returned. */
+/* The text of value in radix 2 to 36, written to buffer (33 bytes are enough), which is returned.
+ */
 char* _itoa(int value, char* buffer, int radix);
 char* _ltoa(long value, char* buffer, int radix);
 

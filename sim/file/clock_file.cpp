@@ -1,4 +1,4 @@
-// The clock file. Tested by tests/unit/sim/clock_file_test.cpp.
+// The clock file. Tested by tests/unit/sim/exchange_file_test.cpp.
 #include "sim/file/clock_file.h"
 
 #include <array>

@@ -136,6 +136,7 @@ void ReadSubscriber(TomlTable& table, Subscriber& subscriber) {
                             {"no carrier", Fate::kNoCarrier}});
     table.TakeCount("busy_calls", subscriber.busy_calls);
     table.Take("answers_after_ms", subscriber.answers_after);
+    table.Take("response_ms", subscriber.response);
     table.TakeCount("speed", subscriber.speed);
 }
 

@@ -85,7 +85,7 @@ void TomlTable::Finish() {
             continue;
         std::string known;
         for (const std::string& one : asked_for_)
-            known += (known.empty() ? "" : ", ") + one;
+            known.append(known.empty() ? "" : ", ").append(one);
         Tell(node, what_ + " knows no " + name + "; it knows " + known);
     }
 }

@@ -44,7 +44,7 @@ std::string TakeName(std::string_view& text) {
     const std::size_t mark = kMarks.find(text.front()) != std::string_view::npos ? 1 : 0;
     if (text.size() <= mark || !IsLetter(text[mark]))
         return {};
-    const std::string name(text.substr(0, mark + 1));
+    std::string name(text.substr(0, mark + 1));
     text.remove_prefix(mark + 1);
     return name;
 }

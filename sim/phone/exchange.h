@@ -27,6 +27,7 @@ struct Subscriber {
     Fate fate = Fate::kAnswered;
     int busy_calls = 0;                // the first so many calls find it busy
     Milliseconds answers_after{4000};  // of ringing
+    Milliseconds response{100};        // what it says comes so much later, but for a greeting
     unsigned speed = 0;                // bits per second of the way to it; 0: no limit
 };
 

@@ -18,6 +18,7 @@ ModemCall::ModemCall(Wire& wire, const Exchange::Connection& connection, std::st
                  [this](std::string_view bytes) { caller_.said(name_, bytes); }),
       to_centre_(wire, PaceOfLine(connection.subscriber->speed),
                  [this](std::string_view bytes) { centre_->Heard(bytes); }),
+      response_(connection.subscriber->response),
       centre_(connection.subscriber->make_centre()),
       timers_(wire) {}
 
@@ -29,7 +30,9 @@ ModemCall::~ModemCall() {
 
 void ModemCall::Answer() {
     Record(EventKind::kDials, number_);
+    greeting_ = true;
     centre_->Answered(*this);
+    greeting_ = false;
 }
 
 void ModemCall::CallerSays(std::string_view bytes) {
@@ -41,6 +44,8 @@ void ModemCall::CallerDials(std::string_view digits) {
 }
 
 void ModemCall::Say(std::string_view bytes, Milliseconds after) {
+    if (!greeting_)
+        after += response_;
     last_word_ = std::max(last_word_, wire_.Now() + after);
     if (after.count() == 0) {
         to_caller_.Push(bytes);

@@ -52,6 +52,8 @@ class ModemCall : public Call {
     Recorder& recorder_;
     Caller caller_;
     Trickle to_caller_, to_centre_;
+    const Milliseconds response_;
+    bool greeting_ = false;      // what is said now comes right behind the connection
     Milliseconds last_word_{0};  // when the latest of what was said is due
     std::unique_ptr<Centre> centre_;
     Timers timers_;

@@ -26,10 +26,10 @@ int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t
 // Whether a call for input on a real descriptor may have to wait for the world outside.
 bool MayWaitOutside(int fd);
 
-// The calling thread has looked at these lines without waiting, and found nothing.
-// Requires: locked.
+// The calling thread has looked at these lines without waiting, and found nothing; or it has found
+// something, or written. Require: locked, IsServed() before.
 void NoteQuietLook(unsigned lines);
-void NoteInput();
+void NoteActivity();
 
 // The calling thread looks at the time. On a quiet line that takes a step.
 Micros LookAtWallClock();

@@ -64,7 +64,7 @@ ssize_t TakeNow(Line& line, char* buffer, size_t size, bool served) {
     if (!served)
         return static_cast<ssize_t>(count);
     if (count > 0)
-        NoteInput();
+        NoteActivity();
     else
         NoteQuietLook(line.Bit());
     return static_cast<ssize_t>(count);
@@ -100,7 +100,9 @@ ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
 }
 
 // The number of bytes, or a negative error code. Requires: locked.
-ssize_t WriteLine(int fd, std::string_view bytes) {
+ssize_t WriteLine(int fd, std::string_view bytes, bool served) {
+    if (served)
+        NoteActivity();
     TheWorld().Threads().RunDueEvents();
     Line* const line = LineBehind(fd);
     if (line == nullptr)
@@ -125,19 +127,6 @@ ssize_t ReadReal(int fd, void* buffer, size_t size) {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::Answer;
-using pagersim::Descriptors;
-using pagersim::Duplicated;
-using pagersim::ForgetDescriptor;
-using pagersim::IsServed;
-using pagersim::Locked;
-using pagersim::ReadLine;
-using pagersim::ReadReal;
-using pagersim::Real;
-using pagersim::TheWorld;
-using pagersim::WriteLine;
 
 PAGERSIM_INTERPOSED int close(int fd) {
     if (Descriptors::ComOf(fd) != 0)
@@ -211,10 +200,13 @@ PAGERSIM_INTERPOSED ssize_t write(int fd, const void* bytes, size_t size) {
         TheWorld().Threads().NoteDescriptorUse();
         return written;
     }
+    const bool served = IsServed();
     ssize_t result = 0;
     {
         const Locked locked;
-        result = WriteLine(fd, {static_cast<const char*>(bytes), size});
+        result = WriteLine(fd, {static_cast<const char*>(bytes), size}, served);
     }
     return Answer(result);
 }
+
+}  // namespace pagersim

@@ -35,12 +35,12 @@ template <typename Object>
 int LockInWorld(Object* object, int (*attempt)(Object*)) {
     const Locked locked;
     const Counted counted(lock_waiters);
+    Wait wait{WaitKind::kLock};
+    wait.object = object;
     for (;;) {
         const int result = attempt(object);
         if (result != EBUSY || !World::IsActive())
             return result;
-        Wait wait{WaitKind::kLock};
-        wait.object = object;
         TheWorld().Threads().WaitFor(*Me(), wait);
     }
 }
@@ -85,7 +85,7 @@ int UnlockMutex(pthread_mutex_t* mutex) {
     return result;
 }
 
-// Frees the mutex, waits by `wait(thread, what)`, takes the mutex again. ETIMEDOUT or 0.
+// Frees the mutex, waits by `waiter`, takes the mutex again. ETIMEDOUT or 0.
 template <typename Waiter>
 int WaitForCondition(pthread_cond_t* condition, pthread_mutex_t* mutex, Waiter waiter) {
     Waking waking = Waking::kEvent;
@@ -110,9 +110,8 @@ int WaitForCondition(pthread_cond_t* condition, pthread_mutex_t* mutex, Micros d
 
 // The wall clock's time in virtual time.
 Micros VirtualDeadline(const timespec& wall) {
-    const Micros since1970 =
-        Micros(std::chrono::seconds(wall.tv_sec)) + Micros(wall.tv_nsec / 1000);
-    return since1970 - TheWorld().WallNow() + TheWorld().Now();
+    const Micros since1970 = ToMicros(wall.tv_sec, wall.tv_nsec);
+    return since1970 == kNever ? kNever : since1970 - TheWorld().WallNow() + TheWorld().Now();
 }
 
 // How long it is until then by a clock that is real; at least 0.
@@ -132,7 +131,7 @@ int WaitForConditionUntil(pthread_cond_t* condition, pthread_mutex_t* mutex, clo
                           const timespec& until) {
     if (clock == CLOCK_REALTIME)
         return WaitForCondition(condition, mutex, VirtualDeadline(until));
-    return WaitForCondition(condition, mutex, [&](const Wait& wait) {
+    return WaitForCondition(condition, mutex, [&](Wait& wait) {
         return TheWorld().Threads().WaitForReally(*Me(), wait, RealTimeUntil(clock, until));
     });
 }
@@ -154,19 +153,6 @@ void WakeConditionWaiters(pthread_cond_t* condition, bool all) {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::ClockOf;
-using pagersim::IsServed;
-using pagersim::kNever;
-using pagersim::LockBy;
-using pagersim::LockMutex;
-using pagersim::Real;
-using pagersim::UnlockMutex;
-using pagersim::WaitForCondition;
-using pagersim::WaitForConditionUntil;
-using pagersim::WakeConditionWaiters;
-using pagersim::WakeLockWaiters;
 
 PAGERSIM_INTERPOSED int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
     return LockMutex(mutex);
@@ -221,3 +207,5 @@ PAGERSIM_INTERPOSED int pthread_cond_broadcast(pthread_cond_t* condition) noexce
     WakeConditionWaiters(condition, true);
     return Real().pthread_cond_broadcast(condition);
 }
+
+}  // namespace pagersim

@@ -69,14 +69,6 @@ FILE* RefuseStream() {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::IsSerialDevice;
-using pagersim::ModeOf;
-using pagersim::OpenPath;
-using pagersim::OpenPathAt;
-using pagersim::Real;
-using pagersim::RefuseStream;
 
 PAGERSIM_INTERPOSED int open(const char* path, int flags, ...) {
     va_list arguments;
@@ -149,3 +141,5 @@ PAGERSIM_INTERPOSED FILE* freopen(const char* path, const char* mode, FILE* stre
 PAGERSIM_INTERPOSED FILE* freopen64(const char* path, const char* mode, FILE* stream) {
     return IsSerialDevice(path) ? RefuseStream() : Real().freopen64(path, mode, stream);
 }
+
+}  // namespace pagersim

@@ -42,16 +42,6 @@ bool SignalIsPending(const sigset_t* signals) {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::ChildIsReady;
-using pagersim::IsServed;
-using pagersim::MayWaitInReceive;
-using pagersim::MayWaitOutside;
-using pagersim::Outside;
-using pagersim::Real;
-using pagersim::RunOutside;
-using pagersim::SignalIsPending;
 
 PAGERSIM_INTERPOSED int accept(int fd, sockaddr* peer, socklen_t* size) {
     return RunOutside(MayWaitOutside(fd), [&] { return Real().accept(fd, peer, size); });
@@ -99,3 +89,5 @@ PAGERSIM_INTERPOSED int pause() {
     const Outside outside;
     return Real().pause();
 }
+
+}  // namespace pagersim

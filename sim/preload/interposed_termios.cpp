@@ -25,12 +25,6 @@ int OnLine(int fd, Action action) {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::Descriptors;
-using pagersim::Line;
-using pagersim::OnLine;
-using pagersim::Real;
 
 PAGERSIM_INTERPOSED int tcgetattr(int fd, termios* settings) noexcept {
     if (Descriptors::ComOf(fd) == 0)
@@ -75,3 +69,5 @@ PAGERSIM_INTERPOSED int ioctl(int fd, unsigned long request, ...) noexcept {
     return OnLine(
         fd, [&](Line& line) { *static_cast<int*>(argument) = static_cast<int>(line.Readable()); });
 }
+
+}  // namespace pagersim

@@ -38,12 +38,12 @@ int CreateThread(pthread_t* handle, const pthread_attr_t* attributes, void* (*st
     return result;
 }
 
-// Waits for its end in virtual time. Its record, from now on the caller's to remove; null: it has
-// none.
+// Waits for its end in virtual time. Its record, from now on the caller's to remove; null when the
+// simulation has nothing to say to this join.
 ProgramThread* AwaitEnd(pthread_t handle, bool served) {
     const Locked locked;
     ProgramThread* const thread = TheWorld().Threads().Find(handle);
-    if (thread == nullptr)
+    if (thread == nullptr || thread == Me() || thread->detached)
         return nullptr;
     thread->joined = true;
     Wait wait{WaitKind::kJoin};
@@ -54,15 +54,6 @@ ProgramThread* AwaitEnd(pthread_t handle, bool served) {
 }
 
 }  // namespace
-}  // namespace pagersim
-
-using pagersim::AwaitEnd;
-using pagersim::CreateThread;
-using pagersim::IsServed;
-using pagersim::Locked;
-using pagersim::ProgramThread;
-using pagersim::Real;
-using pagersim::TheWorld;
 
 PAGERSIM_INTERPOSED int pthread_create(pthread_t* handle, const pthread_attr_t* attributes,
                                        void* (*start)(void*), void* argument) noexcept {
@@ -100,3 +91,5 @@ PAGERSIM_INTERPOSED int pthread_detach(pthread_t handle) noexcept {
     }
     return Real().pthread_detach(handle);
 }
+
+}  // namespace pagersim

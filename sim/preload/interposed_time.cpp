@@ -15,7 +15,6 @@ void TakeStep() {
     Wait wait{WaitKind::kLook};
     wait.deadline = world.Now() + world.Step();
     wait.lines = me.quiet_lines;
-    NoteInput();
     world.Threads().WaitFor(me, wait);
 }
 
@@ -35,7 +34,7 @@ void NoteQuietLook(unsigned lines) {
         TakeStep();
 }
 
-void NoteInput() {
+void NoteActivity() {
     Me()->quiet_lines = 0;
     Me()->quiet_looks = 0;
 }
@@ -47,21 +46,6 @@ Micros LookAtWallClock() {
     }
     return TheWorld().WallNow();
 }
-
-}  // namespace pagersim
-
-using pagersim::IsServed;
-using pagersim::Locked;
-using pagersim::LookAtWallClock;
-using pagersim::Me;
-using pagersim::Micros;
-using pagersim::Real;
-using pagersim::TheWorld;
-using pagersim::ToTimespec;
-using pagersim::Wait;
-using pagersim::WaitKind;
-using pagersim::Waking;
-using pagersim::World;
 
 PAGERSIM_INTERPOSED unsigned sleep(unsigned seconds) {
     if (!IsServed())
@@ -99,3 +83,5 @@ PAGERSIM_INTERPOSED int clock_gettime(clockid_t clock, timespec* now) noexcept {
     *now = ToTimespec(LookAtWallClock());
     return 0;
 }
+
+}  // namespace pagersim

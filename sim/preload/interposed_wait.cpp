@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <vector>
 
 #include "sim/preload/interpose.h"
@@ -14,6 +15,7 @@ namespace {
 struct Seen {
     int ready = 0;       // how many; -1: see errno
     unsigned lines = 0;  // the lines among them
+    bool input = false;  // one has something to read
 };
 
 short ReadyOnLine(int fd, short events) {
@@ -35,6 +37,8 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
             seen.lines |= 1U << (com - 1);
             each.revents = ReadyOnLine(each.fd, each.events);
             seen.ready += each.revents != 0 ? 1 : 0;
+            // A line that is gone can be read from for ever, and has nothing.
+            seen.input = seen.input || (each.revents & (POLLIN | POLLHUP)) == POLLIN;
         } else if (each.fd >= 0) {
             if (real.empty())
                 real.assign(count, pollfd{-1, 0, 0});
@@ -46,7 +50,7 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
     const timespec none{};
     const int ready = Real().ppoll(real.data(), real.size(), &none, signals);
     if (ready < 0)
-        return {-1, seen.lines};
+        return {-1, seen.lines, false};
     for (nfds_t i = 0; i < real.size(); ++i)
         if (real[i].fd >= 0)
             descriptors[i].revents = real[i].revents;
@@ -76,10 +80,10 @@ int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t
             if (seen.ready < 0)
                 error = errno;
             result = seen.ready;
-            if (seen.ready != 0) {
-                NoteInput();
+            if (seen.input)
+                NoteActivity();
+            if (seen.ready != 0)
                 break;
-            }
             if (limit == Micros::zero() && seen.lines != 0)
                 NoteQuietLook(seen.lines);
             if (TheWorld().Now() >= wait.deadline || !World::IsActive())
@@ -106,9 +110,11 @@ Micros FromMilliseconds(int milliseconds) {
 }
 
 Micros FromTimespec(const timespec* time) {
-    return time == nullptr
-               ? kNever
-               : Micros(std::chrono::seconds(time->tv_sec)) + Micros((time->tv_nsec + 999) / 1000);
+    return time == nullptr ? kNever : ToMicros(time->tv_sec, time->tv_nsec);
+}
+
+Micros FromTimeval(const timeval* time) {
+    return time == nullptr ? kNever : ToMicros(time->tv_sec, time->tv_usec * 1000);
 }
 
 // select's three sets as a list for poll.
@@ -177,29 +183,22 @@ int SelectInWorld(int limit, fd_set* read, fd_set* write, fd_set* except, Micros
     return sets.Answer();
 }
 
-}  // namespace
-}  // namespace pagersim
-
-using pagersim::FromMilliseconds;
-using pagersim::FromTimespec;
-using pagersim::IsServed;
-using pagersim::kNever;
-using pagersim::Micros;
-using pagersim::Real;
-using pagersim::SelectInWorld;
-using pagersim::TheWorld;
-using pagersim::WaitForInput;
-
-PAGERSIM_INTERPOSED int poll(pollfd* descriptors, nfds_t count, int timeout) {
+int Poll(pollfd* descriptors, nfds_t count, int timeout) {
     if (!IsServed())
         return Real().poll(descriptors, count, timeout);
     return WaitForInput(descriptors, count, FromMilliseconds(timeout), nullptr);
 }
 
+}  // namespace
+
+PAGERSIM_INTERPOSED int poll(pollfd* descriptors, nfds_t count, int timeout) {
+    return Poll(descriptors, count, timeout);
+}
+
 PAGERSIM_INTERPOSED int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t size) {
     if (size / sizeof *descriptors < count)
         abort();
-    return poll(descriptors, count, timeout);
+    return Poll(descriptors, count, timeout);
 }
 
 PAGERSIM_INTERPOSED int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout,
@@ -224,12 +223,14 @@ PAGERSIM_INTERPOSED int select(int limit, fd_set* read, fd_set* write, fd_set* e
                                timeval* timeout) {
     if (!IsServed())
         return Real().select(limit, read, write, except, timeout);
-    const Micros wait = timeout == nullptr ? kNever
-                                           : Micros(std::chrono::seconds(timeout->tv_sec)) +
-                                                 Micros(timeout->tv_usec);
+    if (timeout != nullptr && (timeout->tv_sec < 0 || timeout->tv_usec < 0)) {
+        errno = EINVAL;
+        return -1;
+    }
+    const Micros wait = FromTimeval(timeout);
     const Micros start = TheWorld().Now();
     const int ready = SelectInWorld(limit, read, write, except, wait, nullptr);
-    if (timeout != nullptr) {  // As on Linux: what is left of it.
+    if (timeout != nullptr && wait != kNever) {  // As on Linux: what is left of it.
         const Micros left = std::max(Micros::zero(), wait - (TheWorld().Now() - start));
         timeout->tv_sec = static_cast<time_t>(left.count() / 1'000'000);
         timeout->tv_usec = static_cast<suseconds_t>(left.count() % 1'000'000);
@@ -243,3 +244,5 @@ PAGERSIM_INTERPOSED int pselect(int limit, fd_set* read, fd_set* write, fd_set* 
         return Real().pselect(limit, read, write, except, timeout, signals);
     return SelectInWorld(limit, read, write, except, FromTimespec(timeout), signals);
 }
+
+}  // namespace pagersim

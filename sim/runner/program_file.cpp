@@ -1,4 +1,4 @@
-// Looking at program files. Tested by tests/unit/sim/program_file_test.cpp.
+// Looking at program files. Tested by tests/unit/sim/report_test.cpp.
 #include "sim/runner/program_file.h"
 
 #include <elf.h>

@@ -33,6 +33,8 @@ struct Wait {
     nfds_t count = 0;
     const void* object = nullptr;       // the mutex, the condition or the thread
     const sigset_t* signals = nullptr;  // what is blocked while it waits; null: as before
+    uint64_t turn = 0;  // among waits of one kind the lowest comes first; given by the scheduler,
+                        // and kept by one who waits again for the same
 };
 
 enum class Waking {
@@ -51,7 +53,6 @@ struct ProgramThread {
     // Guarded by the world's lock. `wait` is null while the thread runs.
     const Wait* wait = nullptr;
     Waking waking = Waking::kEvent;
-    uint64_t turn = 0;  // orders the waits
     bool ended = false;
     bool detached = false;
     bool joined = false;

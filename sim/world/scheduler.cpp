@@ -88,7 +88,7 @@ void Scheduler::End(ProgramThread& me) {
     if (me.alarm >= 0)
         Real().close(me.alarm);
     WakeAll(WaitKind::kJoin, &me);
-    if (me.detached)
+    if (me.detached && !me.joined)
         Remove(me);
     LookAfterOthers();
 }
@@ -107,7 +107,9 @@ void Scheduler::KeepOnly(ProgramThread* me) {
     running_ = me != nullptr && !me->ended ? 1 : 0;
 }
 
-Waking Scheduler::WaitFor(ProgramThread& me, const Wait& wait) {
+Waking Scheduler::WaitFor(ProgramThread& me, Wait& wait) {
+    me.quiet_lines = 0;
+    me.quiet_looks = 0;
     Leave(me, wait);
     while (me.wait != nullptr) {
         LetTimePass();
@@ -117,7 +119,7 @@ Waking Scheduler::WaitFor(ProgramThread& me, const Wait& wait) {
     return me.waking;
 }
 
-Waking Scheduler::WaitForReally(ProgramThread& me, const Wait& wait, const timespec& limit) {
+Waking Scheduler::WaitForReally(ProgramThread& me, Wait& wait, const timespec& limit) {
     Leave(me, wait);
     ++running_;  // for time it isn't waiting
     me.gate.Close();
@@ -135,7 +137,7 @@ Waking Scheduler::WaitForReally(ProgramThread& me, const Wait& wait, const times
     return Waking::kDeadline;
 }
 
-void Scheduler::GoOutside(ProgramThread& me, const Wait& wait) {
+void Scheduler::GoOutside(ProgramThread& me, Wait& wait) {
     Leave(me, wait);
     LookAfterOthers();
 }
@@ -155,7 +157,8 @@ void Scheduler::WakeFirst(WaitKind kind, const void* object) {
     ProgramThread* first = nullptr;
     for (auto& thread : threads_)
         if (thread->wait != nullptr && thread->wait->kind == kind &&
-            thread->wait->object == object && (first == nullptr || thread->turn < first->turn))
+            thread->wait->object == object &&
+            (first == nullptr || thread->wait->turn < first->wait->turn))
             first = thread.get();
     if (first != nullptr)
         Wake(*first, Waking::kEvent);
@@ -167,9 +170,10 @@ void Scheduler::WakeAll(WaitKind kind, const void* object) {
             Wake(*thread, Waking::kEvent);
 }
 
-void Scheduler::Leave(ProgramThread& me, const Wait& wait) {
+void Scheduler::Leave(ProgramThread& me, Wait& wait) {
     me.wait = &wait;
-    me.turn = ++turns_;
+    if (wait.turn == 0)
+        wait.turn = ++turns_;
     --running_;
 }
 
@@ -238,7 +242,8 @@ ProgramThread* Scheduler::EarliestDeadline() const {
         if (thread->wait == nullptr || thread->wait->deadline == kNever)
             continue;
         if (earliest == nullptr || thread->wait->deadline < earliest->wait->deadline ||
-            (thread->wait->deadline == earliest->wait->deadline && thread->turn < earliest->turn))
+            (thread->wait->deadline == earliest->wait->deadline &&
+             thread->wait->turn < earliest->wait->turn))
             earliest = thread.get();
     }
     return earliest;

@@ -52,15 +52,15 @@ class Scheduler {
     void KeepOnly(ProgramThread* me);
 
     // Waits; the lock is free meanwhile. What ended the wait is in the result.
-    Waking WaitFor(ProgramThread& me, const Wait& wait);
+    Waking WaitFor(ProgramThread& me, Wait& wait);
 
     // Waits for another thread's deed, at most for so much real time. Virtual time stands still
     // meanwhile. kEvent or kDeadline.
-    Waking WaitForReally(ProgramThread& me, const Wait& wait, const timespec& limit);
+    Waking WaitForReally(ProgramThread& me, Wait& wait, const timespec& limit);
 
     // Around a call of the system in which the thread may wait for the world outside. The lock is
     // not held during the call.
-    void GoOutside(ProgramThread& me, const Wait& wait);
+    void GoOutside(ProgramThread& me, Wait& wait);
     void ComeBack(ProgramThread& me);
 
     // The threads that wait for input on one of these lines go on.
@@ -78,7 +78,7 @@ class Scheduler {
     void SetPatience(Milliseconds real) { patience_ = real; }
 
  private:
-    void Leave(ProgramThread& me, const Wait& wait);
+    void Leave(ProgramThread& me, Wait& wait);
     void Wake(ProgramThread& thread, Waking why);
     bool Release(ProgramThread& thread);
     void LetTimePass();

@@ -342,6 +342,7 @@ TEST_F(Matcher, PausesBeforeEachLook) {
 }
 
 TEST_F(Matcher, PausesForEachTraceCallWhileTracingIsOff) {
+    handler->CloseCOMPort(0);
     MakeHandler();
     CCOMHdl::MPeekWait = 10;
     const pagersim::Milliseconds before = pagersim::VirtualClock::Now();

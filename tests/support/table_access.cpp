@@ -121,7 +121,8 @@ using test_support::Perform;
 using test_support::StoreState;
 
 int32_t DBAsciiAccessOpen(const char* database, char mode, DBAsciiHandle* handle) {
-    return Perform(NameOr(database), Call::kOpen, Arguments(database, mode), mode == 'n',
+    return Perform(NameOr(database), Call::kOpen, Arguments(database, mode),
+                   mode == 'n' && database != nullptr,
                    [=](StoreState& store, bool fails) { return store.Open(handle, fails); });
 }
 

@@ -231,7 +231,7 @@ TEST_F(Cli, GivesTheLibraryWhatTheTablesSay) {
     EXPECT_THAT(run.out, HasSubstr("[site.db|duty|0|COM 1|4|always|1|quiet]"));
     EXPECT_THAT(run.out, HasSubstr("[stopped]"));
     EXPECT_THAT(run.out,
-                AllOf(StartsWith("test page to \"duty\", number 0 ... "), EndsWith("sent\n")));
+                AllOf(StartsWith("test page to \"duty\", number 0 ...\n"), EndsWith("sent\n")));
     EXPECT_EQ("", run.err);
 }
 

@@ -1,3 +1,5 @@
+// The model that CString is held against, told from what its operations promise.
+
 #include "tests/unit/linux/string_model.h"
 
 #include <algorithm>

@@ -78,13 +78,15 @@ TEST(ExchangeFile, EveryKeyOfALine) {
 TEST(ExchangeFile, EveryKeyOfACentresLine) {
     const CentreEntry centre =
         CentreWith("tap",
-                   "calls = \"no answer\"\nbusy_calls = 2\nanswers_after_ms = 3\nspeed = 300\n"
+                   "calls = \"no answer\"\nbusy_calls = 2\nanswers_after_ms = 3\nresponse_ms = "
+                   "8\nspeed = 300\n"
                    "late_ms = 4\nsilent_after = 0\ndrop_after_hearing = 5\ndrop_after_saying = 6\n"
                    "noise = 7\n");
     EXPECT_THAT(centre.subscriber.numbers, ElementsAre("5550101", "5550102"));
     EXPECT_EQ(Fate::kNoAnswer, centre.subscriber.fate);
     EXPECT_EQ(2, centre.subscriber.busy_calls);
     EXPECT_EQ(3ms, centre.subscriber.answers_after);
+    EXPECT_EQ(8ms, centre.subscriber.response);
     EXPECT_EQ(300U, centre.subscriber.speed);
     EXPECT_EQ(4ms, centre.faults.late);
     EXPECT_EQ(0U, centre.faults.silent_after);

@@ -28,6 +28,7 @@ class FaultsTest : public ::testing::Test {
     ModemCall& Answered() {
         if (call_ == nullptr) {
             subscriber_.name = "tap";
+            subscriber_.response = response_;
             subscriber_.make_centre = [this] {
                 return std::make_unique<FaultyCentre>(std::make_unique<TapCentre>(TapOptions{}),
                                                       faults_);
@@ -53,6 +54,7 @@ class FaultsTest : public ::testing::Test {
     FakeWire wire_;
     std::unique_ptr<ModemCall> call_;
     bool dropped_ = false;
+    Milliseconds response_{0};
 };
 
 TEST_F(FaultsTest, WithoutAnyTheCallGoesWell) {
@@ -61,6 +63,20 @@ TEST_F(FaultsTest, WithoutAnyTheCallGoesWell) {
     EXPECT_FALSE(dropped_);
     wire_.Read(300ms);
     EXPECT_TRUE(dropped_) << "it hangs up by itself";
+}
+
+TEST_F(FaultsTest, AnswersTakeTheCentresTime) {
+    response_ = 100ms;
+    EXPECT_EQ("", To("\r", 99ms));
+    EXPECT_EQ("ID=", wire_.Read(1ms));
+    EXPECT_EQ("", To("\x1bPG1\r\x02"
+                     "123\rABC\r\x03"
+                     "17;\r\x04\r",
+                     99ms));
+    EXPECT_EQ(kAllAnswers.substr(3), wire_.Read(1ms));
+    EXPECT_FALSE(dropped_) << "it hangs up behind its last word";
+    wire_.Read(300ms);
+    EXPECT_TRUE(dropped_);
 }
 
 TEST_F(FaultsTest, LateCentre) {

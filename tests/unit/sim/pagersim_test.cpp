@@ -1,121 +1,19 @@
-// pagersim around a small program: from its command line to the centre and back.
-#include <fcntl.h>
+// pagersim around a small program: its command line, its record, its expectations.
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
-#include <string>
-#include <vector>
 
+#include "tests/unit/sim/pagersim_fixture.h"
+
+namespace pagersim {
 namespace {
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
-using Words = std::vector<std::string>;
-
-constexpr const char* kExchange = R"(
-[[line]]
-port = "COM 1"
-
-[[centre]]
-name = "tap"
-protocol = "tap"
-numbers = ["5550101"]
-
-[[centre]]
-name = "plain"
-protocol = "plain"
-numbers = ["5550100"]
-)";
-
-// A page to the TAP centre, and what goes before and after it.
-const Words kConnect = {"open:/dev/ttyS0", "send:ATDT0,5550101\\r", "wait:CONNECT"};
-const Words kPage = {"send:\\r",
-                     "wait:ID=",
-                     "send:\\ePG1\\r",
-                     "wait:\\e[p\\r",
-                     "send:\\x02123\\rABC\\r\\x0317;\\r",
-                     "wait:\\r\\x06\\r",
-                     "send:\\x04\\r",
-                     "wait:\\e\\x04\\r"};
-
-Words operator+(Words first, const Words& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
-std::string Contents(const std::string& path) {
-    std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-struct Result {
-    int status;
-    std::string out, err;
-};
-
-class PagersimTest : public ::testing::Test {
- protected:
-    PagersimTest() {
-        std::string pattern = "/tmp/pagersim-test-XXXXXX";
-        folder_ = mkdtemp(pattern.data());
-        Write("exchange.toml", kExchange);
-        setenv("TZ", "UTC", 1);
-    }
-    ~PagersimTest() override { std::filesystem::remove_all(folder_); }
-
-    std::string Path(const std::string& name) const { return folder_ + "/" + name; }
-    void Write(const std::string& name, const std::string& text) const {
-        std::ofstream(Path(name)) << text;
-    }
-
-    // Starts pagersim in the folder, its input a pipe, its output in files.
-    pid_t Start(const Words& words, int input = -1) const {
-        const pid_t child = fork();
-        if (child != 0)
-            return child;
-        if (input >= 0)
-            dup2(input, STDIN_FILENO);
-        constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
-        dup2(open(Path("out").c_str(), kFlags, 0600), STDOUT_FILENO);
-        dup2(open(Path("err").c_str(), kFlags, 0600), STDERR_FILENO);
-        std::vector<char*> arguments = {const_cast<char*>("pagersim")};
-        for (const std::string& word : words)
-            arguments.push_back(const_cast<char*>(word.c_str()));
-        arguments.push_back(nullptr);
-        if (chdir(folder_.c_str()) == 0)
-            execv(PAGERSIM, arguments.data());
-        _exit(99);
-    }
-
-    Result End(pid_t child) const {
-        int status = 0;
-        waitpid(child, &status, 0);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(Path("out")),
-                Contents(Path("err"))};
-    }
-
-    Result Run(const Words& words) const { return End(Start(words)); }
-
-    // Runs the client with these steps.
-    Result Client(const Words& steps, const Words& options = {}) const {
-        return Run(options + Words{"--", SIM_CLIENT} + steps);
-    }
-
-    std::string folder_;
-};
 
 TEST_F(PagersimTest, ShowsTheDialogueAndWhatWasReceived) {
     const Result result = Client(kConnect + kPage + Words{"close"});
@@ -129,20 +27,20 @@ TEST_F(PagersimTest, ShowsTheDialogueAndWhatWasReceived) {
         "    9.300  COM 1  modem    < <cr><lf>CONNECT 2400<cr><lf>\n"
         "    9.300  COM 1  tap      # answers 5550101\n"
         "    9.300  COM 1  program  > <cr>\n"
-        "    9.300  COM 1  tap      < ID=\n"
-        "    9.300  COM 1  program  > <esc>PG1<cr>\n"
-        "    9.300  COM 1  tap      < <cr><ack><cr><esc>[p<cr>\n"
-        "    9.300  COM 1  program  > <stx>123<cr>ABC<cr><etx>17;<cr>\n"
-        "    9.300  COM 1  tap      = page for 123: ABC\n"
-        "    9.300  COM 1  tap      < <cr><ack><cr>\n"
-        "    9.300  COM 1  program  > <eot><cr>\n"
-        "    9.300  COM 1  tap      < <cr><esc><eot><cr>\n"
-        "    9.300  COM 1  tap      # the call is over\n"
-        "    9.300  COM 1  program  # closes the line\n"
+        "    9.400  COM 1  tap      < ID=\n"
+        "    9.400  COM 1  program  > <esc>PG1<cr>\n"
+        "    9.500  COM 1  tap      < <cr><ack><cr><esc>[p<cr>\n"
+        "    9.500  COM 1  program  > <stx>123<cr>ABC<cr><etx>17;<cr>\n"
+        "    9.500  COM 1  tap      = page for 123: ABC\n"
+        "    9.600  COM 1  tap      < <cr><ack><cr>\n"
+        "    9.600  COM 1  program  > <eot><cr>\n"
+        "    9.700  COM 1  tap      < <cr><esc><eot><cr>\n"
+        "    9.700  COM 1  tap      # the call is over\n"
+        "    9.700  COM 1  program  # closes the line\n"
         "tap received 1 page:\n"
-        "  123: \"ABC\", in a call of 0.000 s on COM 1\n"
+        "  123: \"ABC\", in a call of 0.400 s on COM 1\n"
         "plain received nothing\n"
-        "virtual time: 9.300 s\n",
+        "virtual time: 9.700 s\n",
         result.out);
 }
 
@@ -169,7 +67,7 @@ TEST_F(PagersimTest, TranscriptGoesToAFile) {
         Client(kConnect + kPage + Words{"close"}, {"--transcript", "t.txt"}).out;
     EXPECT_THAT(Contents(Path("t.txt")),
                 EndsWith("# the call is over\n"
-                         "    9.300  COM 1  program  # closes the line\n"));
+                         "    9.700  COM 1  program  # closes the line\n"));
     EXPECT_THAT(shown, StartsWith(Contents(Path("t.txt"))));
 }
 
@@ -336,90 +234,6 @@ TEST_F(PagersimTest, PreloadMayLieAnywhere) {
     EXPECT_EQ(0, result.status) << result.out << result.err;
 }
 
-// Faults, from the file to the program.
-
-class PagersimFaults : public PagersimTest {
- protected:
-    // What comes of a page to the TAP centre when its entry has these keys, and the line those.
-    Result PageWith(const std::string& centre, const std::string& line = "") const {
-        Write("exchange.toml", "[[line]]\nport = \"COM 1\"\n" + line +
-                                   "[[centre]]\nname = \"tap\"\n"
-                                   "protocol = \"tap\"\nnumbers = [\"5550101\"]\n" +
-                                   centre);
-        return Client(kConnect + kPage);
-    }
-};
-
-TEST_F(PagersimFaults, Busy) {
-    const Result result = PageWith("calls = \"busy\"\n");
-    EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.out, HasSubstr("< <cr><lf>BUSY<cr><lf>"));
-    EXPECT_THAT(result.out, HasSubstr("no CONNECT"));
-}
-
-TEST_F(PagersimFaults, BusyAtFirst) {
-    Write("exchange.toml", std::string(kExchange) + "busy_calls = 1\n");
-    EXPECT_EQ(0, Client({"open:/dev/ttyS0", "send:ATDT0,5550100\\r", "wait:BUSY",
-                         "send:ATDT0,5550100\\r", "wait:CONNECT"})
-                     .status);
-}
-
-TEST_F(PagersimFaults, Silence) {
-    const Result result = PageWith("silent_after = 1\n");
-    EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.out, HasSubstr("tap      # silent\n"));
-    EXPECT_THAT(result.out, HasSubstr("tap received nothing\n"));
-}
-
-TEST_F(PagersimFaults, LatePrompt) {
-    EXPECT_THAT(PageWith("late_ms = 40000\n").out, HasSubstr("   49.300  COM 1  tap      < ID=\n"));
-    EXPECT_EQ(1, PageWith("late_ms = 130000\n").status);
-}
-
-TEST_F(PagersimFaults, LostCarrier) {
-    const Result result = PageWith("drop_after_hearing = 10\n");
-    EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.out, HasSubstr("the carrier is lost after hearing 10 bytes\n"));
-    EXPECT_THAT(result.out, HasSubstr("<cr><lf>NO CARRIER<cr><lf>"));
-}
-
-TEST_F(PagersimFaults, Refusal) {
-    EXPECT_THAT(PageWith("answer = 512\n").out, HasSubstr("< 512 Try later<cr><rs><cr>\n"));
-}
-
-TEST_F(PagersimFaults, NoEnd) {
-    const Result result = PageWith("ends = false\n");
-    EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.out, HasSubstr("= page for 123: ABC\n")) << "delivered all the same";
-}
-
-TEST_F(PagersimFaults, Noise) {
-    EXPECT_NE(0, PageWith("noise = 2\n").status);
-}
-
-TEST_F(PagersimFaults, SlowLine) {
-    const Result result = PageWith("speed = 50\n");
-    EXPECT_EQ(0, result.status);
-    EXPECT_THAT(result.out, HasSubstr("   14.300  COM 1  tap      = page for 123: ABC\n"));
-}
-
-TEST_F(PagersimFaults, DeadModem) {
-    const Result result = PageWith("", "powered = false\n");
-    EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.out, HasSubstr("program  > ATDT0,5550101<cr>\n"));
-    EXPECT_THAT(result.out, Not(HasSubstr(" < "))) << "nothing comes back";
-}
-
-TEST_F(PagersimFaults, DeviceThatVanishes) {
-    const Result result = PageWith("", "vanish_after = 16\n");
-    EXPECT_THAT(result.out, HasSubstr("modem    # the device is gone\n"));
-    EXPECT_THAT(result.out, HasSubstr("read: Input/output error\n"));
-}
-
-TEST_F(PagersimFaults, AnswersInPieces) {
-    EXPECT_EQ(0, PageWith("", "answer_piece = 1\n").status);
-}
-
 // Mistakes of the user.
 
 TEST_F(PagersimTest, HelpTeaches) {
@@ -488,3 +302,4 @@ TEST_F(PagersimTest, MissingPreloadIsSaid) {
 }
 
 }  // namespace
+}  // namespace pagersim

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <string>
@@ -106,6 +107,21 @@ TEST_F(ThreadsTest, JoinReturnsTheThreadsAnswer) {
     EXPECT_EQ(0, pthread_join(thread, &result));
     EXPECT_EQ(&answer, result);
     EXPECT_EQ(1s, VirtualClock::Now());
+}
+
+TEST_F(ThreadsTest, JoiningOneselfOrADetachedThreadIsRefused) {
+    EXPECT_EQ(EDEADLK, pthread_join(pthread_self(), nullptr));
+    pthread_t thread{};
+    ASSERT_EQ(0, pthread_create(
+                     &thread, nullptr,
+                     [](void*) -> void* {
+                         sleep(5);
+                         return nullptr;
+                     },
+                     this));
+    EXPECT_EQ(0, pthread_detach(thread));
+    EXPECT_EQ(EINVAL, pthread_join(thread, nullptr));
+    sleep(10);
 }
 
 TEST_F(ThreadsTest, ADetachedThreadHoldsNobodyUp) {

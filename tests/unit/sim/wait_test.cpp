@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 #include "sim/testing.h"
@@ -109,6 +110,19 @@ TEST_F(WaitTest, SelectRefusesAClosedDescriptor) {
     EXPECT_EQ(EBADF, errno);
 }
 
+TEST_F(WaitTest, SelectRefusesANegativeTime) {
+    timeval wait{-1, 0};
+    EXPECT_EQ(-1, SelectLine(wait));
+    EXPECT_EQ(EINVAL, errno);
+}
+
+TEST_F(WaitTest, ATimeOutBeyondAllTimeIsNone) {
+    line.Says("x", 24h);
+    timeval wait{std::numeric_limits<time_t>::max(), 0};
+    EXPECT_EQ(1, SelectLine(wait));
+    EXPECT_EQ(24h, VirtualClock::Now());
+}
+
 TEST_F(WaitTest, PollSaysWhatIsReady) {
     line.Says("x");
     pollfd looks[] = {{fd, POLLIN | POLLOUT, 0}, {pipe_ends[0], POLLIN, 0}, {-1, POLLIN, 0}};
@@ -147,6 +161,42 @@ TEST_F(WaitTest, OnlyTheLookAtTheTimeAfterAQuietLookTakesTime) {
     EXPECT_EQ(10ms, VirtualClock::Now());
     TickCount();
     EXPECT_EQ(10ms, VirtualClock::Now());
+}
+
+TEST_F(WaitTest, AQuietLookIsForgottenOverAWriteOrAWait) {
+    EXPECT_FALSE(LineHasInput());
+    EXPECT_EQ(1, write(fd, "x", 1));
+    TickCount();
+    EXPECT_EQ(0ms, VirtualClock::Now());
+    EXPECT_FALSE(LineHasInput());
+    sleep(1);
+    TickCount();
+    EXPECT_EQ(1s, VirtualClock::Now());
+}
+
+// Such a line can always be read from, and only gives EIO.
+TEST_F(WaitTest, APollingLoopOnAVanishedLineTakesTimeToo) {
+    line.Vanishes(1s);
+    const Milliseconds start = TickCount();
+    while (TickCount() - start < 60s) {
+        char byte = 0;
+        if (LineHasInput()) {
+            EXPECT_EQ(-1, read(fd, &byte, 1));
+        }
+    }
+    EXPECT_EQ(60s, VirtualClock::Now());
+}
+
+// A month of looks is 260 million: they have to be cheap.
+TEST_F(WaitTest, AnHourOfLooksTakesAMomentOfRealTime) {
+    const auto before = std::chrono::steady_clock::now();
+    const Milliseconds start = TickCount();
+    while (TickCount() - start < 1h)
+        EXPECT_FALSE(LineHasInput() || LineHasInput());
+    const auto spent = std::chrono::steady_clock::now() - before;
+    RecordProperty("looks_per_second",
+                   static_cast<int>(360'000 / std::chrono::duration<double>(spent).count()));
+    EXPECT_LT(spent, 60s);
 }
 
 TEST_F(WaitTest, TimeStandsStillWhileInputIsThere) {

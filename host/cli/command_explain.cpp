@@ -1,0 +1,144 @@
+// pagerfwd explain: what would go over the line, without a line. Tested by
+// tests/unit/host/cli_test.cpp and by tests/e2e.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "host/cli/names.h"
+#include "host/cli/one_pager.h"
+#include "host/cli/program.h"
+#include "host/explain/explanation.h"
+#include "host/site/site_tables.h"
+#include "host/store/pool.h"
+#include "host/text/printable.h"
+#include "host/text_helpers.h"
+#include "linux/tty.h"
+#include "modem/port_row.h"
+#include "tables/com_ports.h"
+
+namespace host {
+namespace {
+
+struct PortGiver {
+    void operator()(DBComPort* row) const { CDB_ComPorts::FreeComPort(row); }
+};
+using OwnedPortRow = std::unique_ptr<DBComPort, PortGiver>;
+
+// With its modem strings.
+struct UsablePort {
+    std::unique_ptr<ModemSet> modem;
+    std::unique_ptr<ComPort> port;
+};
+
+UsablePort MakeUsable(const DBComPort& row) {
+    UsablePort usable;
+    usable.port = MakeComPort(row);
+    usable.modem.reset(usable.port->modemSet);
+    CCOMHdl::SetModemStrings();
+    if (!usable.port->isModem) {
+        CCOMHdl::SetDefaultModemStrings(*usable.port);
+    }
+    return usable;
+}
+
+// The port by name; for a pager that takes any, the first with a modem.
+OwnedPortRow FindPort(const std::string& database, const std::string& name) {
+    CDB_ComPorts ports(database.c_str());
+    const bool any = name.empty() || name[0] == 'A' || name[0] == 'a';
+    if (!any) {
+        return OwnedPortRow(ports.FindComPort(name.c_str()));
+    }
+    for (int number = 1; number <= CCOMHdl::kMaxPorts; ++number) {
+        OwnedPortRow row(ports.FindComPort(("COM " + std::to_string(number)).c_str()));
+        if (row && row->select) {
+            return row;
+        }
+    }
+    return nullptr;
+}
+
+std::string Quoted(const std::string& bytes) {
+    return mkprint(bytes.data(), static_cast<int32_t>(bytes.size()));
+}
+
+void Print(const ExplainedStep& step) {
+    constexpr size_t kWidestAligned = 24;
+    std::cout << "\n" << step.what << "\n";
+    for (const ExplainedPiece& piece : step.pieces) {
+        const std::string bytes = Quoted(piece.bytes);
+        const size_t width = bytes.size() + (piece.meaning.empty() ? 0 : 2);
+        std::cout << "    " << bytes
+                  << std::string(
+                         piece.meaning.empty() ? 0 : std::max(kWidestAligned, width) - bytes.size(),
+                         ' ')
+                  << piece.meaning << "\n";
+    }
+    if (step.pieces.size() > 1) {
+        std::cout << "  = " << Quoted(step.Bytes()) << "\n";
+    }
+}
+
+void Print(const std::string& name, const Explanation& explanation) {
+    std::cout << "pager  \"" << Printable(name) << "\", " << explanation.type << "\n"
+              << "line   " << explanation.mode << "   " << explanation.settings << "\n";
+    for (const ExplainedStep& step : explanation.steps) {
+        Print(step);
+    }
+    for (const std::string& note : explanation.notes) {
+        std::cout << "\nnote: " << note << "\n";
+    }
+}
+
+ExitCode Explain(const Program& program, const std::string& name, const std::string& text) {
+    Lease lease(program.database);
+    const Encoding encoding = EncodingOf(lease.Database());
+    const PagerRow row = FindOnePager(lease.Database(), name, encoding);
+    UseShiftJis(encoding == Encoding::kShiftJis);
+
+    const OwnedPortRow portRow = FindPort(program.database, row.port);
+    if (!portRow) {
+        throw Failure(kNoLine,
+                      "pager \"" + Printable(name) + "\" can't be reached: there is no " +
+                          (row.port.empty() ? "port with a modem"
+                                            : "port \"" + Shown(row.port, encoding) + "\"") +
+                          "; import a site file that has it");
+    }
+    std::string number = row.number;
+    ::Pager pager{};
+    pager.pagerType = std::atoi(row.type.c_str());
+    pager.pagerNumber = number.data();
+    const UsablePort usable = MakeUsable(*portRow);
+    try {
+        Print(name, ExplainPage(pager, *usable.port, Encode(text, encoding)));
+    } catch (const NotEncodable& character) {
+        throw Failure(kUsage, std::string("the site's lines can't carry ") + character.what() +
+                                  "; leave it out of --text");
+    }
+    return kDone;
+}
+
+}  // namespace
+
+void AddExplain(CLI::App& app, Program& program) {
+    CLI::App* const command = app.add_subcommand(
+        "explain", "Show what would go over the line for a page, without touching a line");
+    const auto name = std::make_shared<std::string>();
+    const auto text = std::make_shared<std::string>("test");
+    command->add_option("PAGER", *name, "The pager's description in the site file")->required();
+    command->add_option("--text", *text, "The alarm's text; without it, that of a test page");
+    command->footer(
+        "Line settings, dial command, and every byte of the dialogue, field by field, as the "
+        "library\n"
+        "builds them. Control characters are shown by name, such as <cr>.\n\n"
+        "Examples:\n"
+        "  pagerfwd --database site.db explain \"duty phone\"\n"
+        "  pagerfwd --database site.db explain \"duty phone\" --text \"Door 3 is open\"\n");
+    command->callback([name, text, &program] {
+        program.command = [name, text, &program] { return Explain(program, *name, *text); };
+    });
+}
+
+}  // namespace host
