@@ -1,5 +1,4 @@
-// The one frame that a message travels in by UCP (EMI-UCP 4.0, operation
-// 51, submit short message).
+// The one frame that a message travels in by UCP (EMI-UCP 4.0, operation 51, submit short message).
 #ifndef PAGERFWD_MODEM_UCP_FRAME_H
 #define PAGERFWD_MODEM_UCP_FRAME_H
 

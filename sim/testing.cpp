@@ -10,7 +10,7 @@
 namespace pagersim {
 namespace {
 
-constexpr time_t kWeek = 7 * 24 * 60 * 60;
+constexpr time_t kWeek = time_t{7} * 24 * 60 * 60;
 
 // The latest instant a clock of this process has shown; 0: none yet.
 time_t latest_shown = 0;

@@ -49,10 +49,19 @@ int OpenLine(const char* path, int flags) {
     return fd;
 }
 
-mode_t ModeOf(int flags, va_list arguments) {
-    const bool creates = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
-    return creates ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
+bool TakesMode(int flags) {
+    return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
+
+// In a function of variable arguments: declares `mode`, the last of them if the flags ask for one.
+#define PAGERSIM_TAKE_MODE(flags)         \
+    mode_t mode = 0;                      \
+    if (TakesMode(flags)) {               \
+        va_list arguments;                \
+        va_start(arguments, flags);       \
+        mode = va_arg(arguments, mode_t); \
+        va_end(arguments);                \
+    }
 
 int OpenPath(const char* path, int flags, mode_t mode) {
     return IsSerialDevice(path) ? OpenLine(path, flags) : Real().open(path, flags, mode);
@@ -71,18 +80,12 @@ FILE* RefuseStream() {
 }  // namespace
 
 PAGERSIM_INTERPOSED int open(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
+    PAGERSIM_TAKE_MODE(flags)
     return OpenPath(path, flags, mode);
 }
 
 PAGERSIM_INTERPOSED int open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
+    PAGERSIM_TAKE_MODE(flags)
     return OpenPath(path, flags | O_LARGEFILE, mode);
 }
 
@@ -95,18 +98,12 @@ PAGERSIM_INTERPOSED int __open64_2(const char* path, int flags) {
 }
 
 PAGERSIM_INTERPOSED int openat(int folder, const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
+    PAGERSIM_TAKE_MODE(flags)
     return OpenPathAt(folder, path, flags, mode);
 }
 
 PAGERSIM_INTERPOSED int openat64(int folder, const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
+    PAGERSIM_TAKE_MODE(flags)
     return OpenPathAt(folder, path, flags | O_LARGEFILE, mode);
 }
 

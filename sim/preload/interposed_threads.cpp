@@ -61,11 +61,12 @@ PAGERSIM_INTERPOSED int pthread_create(pthread_t* handle, const pthread_attr_t* 
 }
 
 // The address sanitizer asks for this version by name.
-PAGERSIM_INTERPOSED __attribute__((symver("pthread_create@GLIBC_2.1"))) int
-CreateThreadForSanitizer(pthread_t* handle, const pthread_attr_t* attributes, void* (*start)(void*),
-                         void* argument) noexcept {
+PAGERSIM_INTERPOSED int CreateThreadForSanitizer(pthread_t* handle,
+                                                 const pthread_attr_t* attributes,
+                                                 void* (*start)(void*), void* argument) noexcept {
     return CreateThread(handle, attributes, start, argument);
 }
+__asm__(".symver CreateThreadForSanitizer, pthread_create@GLIBC_2.1");
 
 PAGERSIM_INTERPOSED int pthread_join(pthread_t handle, void** answer) {
     ProgramThread* const thread = AwaitEnd(handle, IsServed());

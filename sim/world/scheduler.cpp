@@ -189,18 +189,17 @@ void Scheduler::Wake(ProgramThread& thread, Waking why) {
 void Scheduler::LetTimePass() {
     while (running_ == 0) {
         ProgramThread* const sleeper = EarliestDeadline();
-        const Micros deadline = sleeper != nullptr ? sleeper->wait->deadline : kNever;
-        const Micros event = events_.Next();
         if (WakeByDescriptor(sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook))
             return;
-        if (event == kNever && deadline == kNever)
-            return;
-        if (event <= deadline) {
+        const Micros event = events_.Next();
+        if (sleeper != nullptr && sleeper->wait->deadline < event) {
+            JumpTo(sleeper->wait->deadline);
+            Wake(*sleeper, Waking::kDeadline);
+        } else if (event != kNever) {
             JumpTo(event);
             RunDueEvents();
         } else {
-            JumpTo(deadline);
-            Wake(*sleeper, Waking::kDeadline);
+            return;
         }
     }
 }

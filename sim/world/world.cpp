@@ -41,12 +41,12 @@ void World::Stop() {
 
 void World::AddLine(int com, std::unique_ptr<FarEnd> far_end) {
     const Locked locked;
-    lines_.at(com - 1) = std::make_unique<Line>(scheduler_, com, std::move(far_end));
+    Place(com) = std::make_unique<Line>(scheduler_, com, std::move(far_end));
 }
 
 void World::RemoveLine(int com) {
     const Locked locked;
-    lines_.at(com - 1).reset();
+    Place(com).reset();
 }
 
 void World::SetWall(time_t wall) {

@@ -47,9 +47,11 @@ class World {
 
     // Locked.
     Scheduler& Threads() { return scheduler_; }
-    Line* LineOn(int com) { return com >= 1 && com <= kLines ? lines_[com - 1].get() : nullptr; }
+    Line* LineOn(int com) { return com >= 1 && com <= kLines ? Place(com).get() : nullptr; }
 
  private:
+    std::unique_ptr<Line>& Place(int com) { return lines_.at(static_cast<size_t>(com - 1)); }
+
     static inline std::atomic<bool> active_{false};
 
     Scheduler scheduler_;

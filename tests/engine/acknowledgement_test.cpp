@@ -6,6 +6,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
 using Answer = PagingModem::Answer;
@@ -64,6 +65,20 @@ TEST_F(Acknowledgement, LeavesTheOtherAlarmsAlone) {
     Wait(2min);
     EXPECT_TRUE(WorkerRuns());
     EXPECT_THAT(Rows(), ElementsAre("8 anna 1 2"));
+}
+
+// --- Of the entries
+
+TEST_F(Acknowledgement, OfOneOfTwoPagersLeavesTheOtherBeingPaged) {
+    Forward(7, {"bert"});
+    Wait(90s);
+    Forward(7, {"anna"});  // at the head until it is sent
+    CPagerHdl::AckPagingAlarm(7);
+    EXPECT_THAT(Rows(), IsEmpty()) << "the rows of both are gone";
+    Wait(50min);
+    EXPECT_THAT(Pages(), SizeIs(2)) << "bert's, at once and after 45 minutes";
+    EXPECT_EQ(1, CountInTrace("DeleteFromPagingQueue: 7:anna\n"));
+    EXPECT_THAT(Rows(), IsEmpty());
 }
 
 // --- While a page is being sent

@@ -232,6 +232,7 @@ TEST_F(EntryPoints, TestPageTellsItsResult) {
     PagerRow nowhere{"anna", kSms1};
     nowhere.port = "COM 5";
     EXPECT_EQ(5, Test(nowhere)) << "no line";
+    EXPECT_FALSE(CCOMHdl::ModemTest) << "nor is anything after it a test";
 }
 
 TEST_F(EntryPoints, TestPageUsesTheDatabaseOfItsOwnRecord) {

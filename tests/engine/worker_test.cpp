@@ -144,6 +144,48 @@ TEST_F(Worker, PassTakesTheQueueFromHeadToTail) {
     EXPECT_EQ("Check4DialThreadLoop: ghost\n", first[3]);
 }
 
+// Two pages, of which the second falls due while the first is being sent.
+class WorkerTime : public Worker {
+ protected:
+    void SendFirst(const char* pager) {
+        Start();
+        {
+            const NoWorker noWorker;
+            ForwardQEntry* second = Queue(8, "anna");
+            second->queueTime += CTimeSpan(5);
+            Queue(7, pager);
+        }
+        CPagerHdl::Check4Dial(nullptr, 0, 0, 0);
+        Wait(50s);  // the first pass is over, the second has not begun
+    }
+};
+
+TEST_F(WorkerTime, GoesOnWithAPageThatIsPutOff) {
+    SendFirst("anna");
+    EXPECT_EQ(2U, Pages().size());
+    EXPECT_EQ(0, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
+TEST_F(WorkerTime, GoesOnWithAPageThatFailed) {
+    modem->Plan({PagingModem::Answer::kBusy});
+    SendFirst("sms");
+    EXPECT_EQ(1U, Pages().size());
+    EXPECT_EQ(0, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
+TEST_F(WorkerTime, GoesOnWithAPageThatIsGivenUp) {
+    AddPager({"once", kAlphanumeric, 0});
+    SendFirst("once");
+    EXPECT_EQ(2U, Pages().size());
+    EXPECT_EQ(0, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
+TEST_F(WorkerTime, StaysAsItWasBehindAPageThatIsDone) {
+    SendFirst("sms");
+    EXPECT_EQ(1U, Pages().size());
+    EXPECT_EQ(1, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
 TEST_F(Worker, StartRemovesRowsThatAreOver) {
     Start();
     AddRow(99, "anna", 0, 3);

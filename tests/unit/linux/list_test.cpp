@@ -257,11 +257,11 @@ TEST(ListBlock, IsFreedWithAllOthersWhenTheLastElementGoes) {
 
 TEST(ListBlock, HandsOutItsFirstNodeFirst) {
     OpenList list(4);
-    std::vector<const char*> nodes;
-    for (int i = 0; i < 4; ++i)
-        nodes.push_back(reinterpret_cast<const char*>(list.AddTail(&values[i])));
-    for (size_t i = 1; i < nodes.size(); ++i)
-        EXPECT_EQ(nodes[0] + i * OpenList::NodeSize(), nodes[i]);
+    const auto* first = reinterpret_cast<const char*>(list.AddTail(&values[0]));
+    for (size_t i = 1; i < 4; ++i) {
+        const auto* node = reinterpret_cast<const char*>(list.AddTail(&values[i]));
+        EXPECT_EQ(first + i * OpenList::NodeSize(), node);
+    }
 }
 
 TEST(ListBlock, TakesFreedNodesBack) {
@@ -310,7 +310,7 @@ TEST(Plex, IsPutInFrontOfItsChain) {
 TEST(Plex, HasItsElementsBehindThePointerToTheNext) {
     CPlex* head = nullptr;
     CPlex* block = CPlex::Create(head, 3, 4);
-    EXPECT_EQ(reinterpret_cast<char*>(block) + sizeof(CPlex*), block->data());
+    EXPECT_EQ(reinterpret_cast<char*>(block) + sizeof(void*), block->data());
     std::fill_n(static_cast<char*>(block->data()), 3 * 4, 'x');
     block->FreeDataChain();
 }

@@ -65,6 +65,8 @@ TEST(Clock, SetMovesTheWallClockOnly) {
     EXPECT_EQ(2'000'000'001, time(nullptr));
 }
 
+constexpr time_t kWeek = time_t{7} * 24 * 3600;
+
 TEST(Clock, TheFirstStartsAtTheDefaultAndNoLaterOneGoesBack) {
     time_t first = 0;
     time_t last = 0;
@@ -76,8 +78,8 @@ TEST(Clock, TheFirstStartsAtTheDefaultAndNoLaterOneGoesBack) {
     }
     const VirtualClock clock;
     EXPECT_GT(time(nullptr), last);
-    EXPECT_EQ(0, (time(nullptr) - first) % (7 * 24 * 3600)) << "the same hour of the week";
-    EXPECT_EQ(0, (first - VirtualClock::kDefaultStart) % (7 * 24 * 3600));
+    EXPECT_EQ(0, (time(nullptr) - first) % kWeek) << "the same hour of the week";
+    EXPECT_EQ(0, (first - VirtualClock::kDefaultStart) % kWeek);
     EXPECT_EQ(0ms, VirtualClock::Now());
 }
 

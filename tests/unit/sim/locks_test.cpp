@@ -57,6 +57,7 @@ TEST_F(LocksTest, AMutexHeldOverASleepIsWaitedForInVirtualTime) {
 TEST_F(LocksTest, WaitersForAMutexAreServedInTurn) {
     std::mutex mutex;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     mutex.lock();
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&, i] {
@@ -76,6 +77,7 @@ TEST_F(LocksTest, ManyMutexesUnderContention) {
     std::mutex mutexes[3];
     int counters[3] = {};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&, i] {
             for (int k = 0; k < 3000; ++k) {
@@ -125,6 +127,7 @@ TEST_F(LocksTest, ConditionsWakeOneOrAll) {
     std::condition_variable changed;
     int tokens = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 3; ++i)
         threads.emplace_back([&, i] {
             poll(nullptr, 0, i + 1);
@@ -207,6 +210,7 @@ TEST_F(LocksTest, AReadWriteLockIsWaitedForInVirtualTime) {
     std::shared_mutex lock;
     lock.lock();
     std::vector<std::thread> readers;
+    readers.reserve(4);
     for (int i = 0; i < 2; ++i)
         readers.emplace_back([&] {
             const std::shared_lock<std::shared_mutex> hold(lock);

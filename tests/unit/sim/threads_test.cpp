@@ -68,6 +68,7 @@ TEST(Threads, RunTheSameWayTwice) {
         std::mutex lock;
         std::string log;
         std::vector<std::thread> threads;
+        threads.reserve(4);
         for (int i = 1; i <= 4; ++i)
             threads.emplace_back([&, i] {
                 poll(nullptr, 0, i);  // sets the order of the first waits

@@ -172,11 +172,14 @@ TEST_F(MemoryStoreTest, BrokenRulesAreRefusedAndTold) {
     int32_t number = 0;
 
     EXPECT_EQ(-1, DBAsciiAccessOpen("alarms", 'w', &other));
+    EXPECT_EQ(-1, DBAsciiAccessLock(handle, kPagers, 300, 400));
     EXPECT_EQ(-1, DBAsciiAccessGetElementColumn(handle, "AlarmLog", "details"));
     EXPECT_EQ(-1, DBAsciiAccessGetAllEntriesByCondition(handle, kPagers, "description", &rows, 0,
                                                         "x", 'r', "no", 'n', 'n', 0));
     EXPECT_EQ(-1, DBAsciiAccessAddElement(handle, kPagers, "owner", 'x', &number, &list));
-    EXPECT_EQ(-1, DBAsciiAccessSet(handle, kPagers, nullptr, 'n', 'y', 'y'));
+    EXPECT_EQ(-1, DBAsciiAccessSet(handle, kPagers, nullptr, 'y', 'y', 'n'));
+    EXPECT_EQ(-1, DBAsciiAccessSQLConditionSet(handle, kPagers, "WHERE ?", nullptr, 'y', 'x'));
+    EXPECT_EQ(-1, DBAsciiAccessSQLConditionDelete(handle, kPagers, "WHERE ?", 'n'));
     EXPECT_EQ(-1, DBAsciiAccessUnlock(handle, kPagers));
     EXPECT_EQ(-1, DBAsciiAccessWrite(handle, kPagers, &number));
     EXPECT_EQ(0, DBAsciiAccessLock(handle, kPagers, 400, 300));
@@ -186,11 +189,15 @@ TEST_F(MemoryStoreTest, BrokenRulesAreRefusedAndTold) {
 
     EXPECT_EQ(
         "Open(alarms, 'w'): such arguments do not occur\n"
+        "Lock(AlarmFwd_PagerSetting, 300, 400): such arguments do not occur\n"
         "GetElementColumn(AlarmLog, details): the table is not open\n"
         "GetAllEntriesByCondition(AlarmFwd_PagerSetting, description, 0, \"x\", 'r', \"no\", 'n', "
         "'n', 0): such arguments do not occur\n"
         "AddElement(AlarmFwd_PagerSetting, owner, 'x', null): such arguments do not occur\n"
-        "Set(AlarmFwd_PagerSetting, {}, 'n', 'y', 'y'): such arguments do not occur\n"
+        "Set(AlarmFwd_PagerSetting, {}, 'y', 'y', 'n'): such arguments do not occur\n"
+        "SQLConditionSet(AlarmFwd_PagerSetting, WHERE ?, {}, 'y', 'x'): such arguments do not "
+        "occur\n"
+        "SQLConditionDelete(AlarmFwd_PagerSetting, WHERE ?, 'n'): such arguments do not occur\n"
         "Unlock(AlarmFwd_PagerSetting): the handle does not hold the lock\n"
         "Write(AlarmFwd_PagerSetting, 0): the lock result is not that of Lock\n"
         "Close(): the lock of AlarmFwd_PagerSetting was not released\n"
