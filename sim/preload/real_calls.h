@@ -22,20 +22,18 @@ namespace pagersim {
 
 // Every name in front of which we stand. The conditions are versioned apart: the oldest version of
 // them, which a plain look-up may find, has another layout.
-#define PAGERSIM_REAL_CALLS(X)                                                                   \
-    X(open)                                                                                      \
-    X(openat)                                                                                    \
-    X(creat)                                                                                     \
-    X(fopen) X(fopen64) X(freopen) X(freopen64) X(close) X(dup) X(dup2) X(dup3) X(fcntl)         \
-        X(fcntl64) X(ioctl) X(read) X(write) X(poll) X(ppoll) X(select) X(pselect) X(epoll_wait) \
-            X(tcgetattr) X(tcsetattr) X(tcflush) X(tcdrain) X(sleep) X(gettimeofday) X(time)     \
-                X(clock_gettime) X(pthread_create) X(pthread_join) X(pthread_detach)             \
-                    X(pthread_mutex_lock) X(pthread_mutex_trylock) X(pthread_mutex_unlock)       \
-                        X(pthread_rwlock_rdlock) X(pthread_rwlock_tryrdlock)                     \
-                            X(pthread_rwlock_wrlock) X(pthread_rwlock_trywrlock)                 \
-                                X(pthread_rwlock_unlock) X(pthread_cond_clockwait) X(accept)     \
-                                    X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid)         \
-                                        X(sigwait) X(sigwaitinfo) X(sigsuspend) X(pause)
+// clang-format off
+#define PAGERSIM_REAL_CALLS(X) \
+    X(open) X(openat) X(creat) X(fopen) X(fopen64) X(freopen) X(freopen64) X(close) X(dup) \
+    X(dup2) X(dup3) X(fcntl) X(fcntl64) X(ioctl) X(read) X(write) X(poll) X(ppoll) X(select) \
+    X(pselect) X(epoll_wait) X(tcgetattr) X(tcsetattr) X(tcflush) X(tcdrain) X(sleep) \
+    X(gettimeofday) X(time) X(clock_gettime) X(pthread_create) X(pthread_join) X(pthread_detach) \
+    X(pthread_mutex_lock) X(pthread_mutex_trylock) X(pthread_mutex_unlock) \
+    X(pthread_rwlock_rdlock) X(pthread_rwlock_tryrdlock) X(pthread_rwlock_wrlock) \
+    X(pthread_rwlock_trywrlock) X(pthread_rwlock_unlock) X(pthread_cond_clockwait) X(accept) \
+    X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(sigwait) X(sigwaitinfo) X(sigsuspend) \
+    X(pause)
+// clang-format on
 #define PAGERSIM_REAL_CONDITION_CALLS(X) \
     X(pthread_cond_wait) X(pthread_cond_timedwait) X(pthread_cond_signal) X(pthread_cond_broadcast)
 
