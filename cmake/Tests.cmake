@@ -4,11 +4,17 @@
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 include(GoogleTest)
 
+# GoogleTest's headers, compiled once for all test programs: they take longer than most tests.
+add_executable(pagerfwd_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp)
+target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile gmock)
+target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+
 # Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
 function(pagerfwd_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE pagerfwd_compile -Wl,--no-as-needed pagersim_preload
                                           -Wl,--as-needed ${ARG_LINKS} gmock_main)
+    target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()

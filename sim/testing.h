@@ -8,18 +8,23 @@
 //     ... run what talks on /dev/ttyS0 ...
 //     EXPECT_EQ("", line.Verdict());
 //
-// Time passes only while every thread of the program waits (sleep, poll, select, a lock held by
-// another, join, a condition): it then jumps to the next deadline or the next thing a far end does.
-// A program that polls is served too: once a look without waiting (select or poll with a time-out
-// of zero, or such a read) has found nothing on a simulated line, the same thread's next look at
-// the time (gettimeofday, time, CLOCK_REALTIME) waits for input or one step, whichever comes first.
+// Time passes only while every thread of the program waits (sleep, poll, select, epoll, a mutex or
+// read-write lock held by another, join, a condition): it then jumps to the next deadline or the
+// next thing a far end does. A program that polls is served too: once a look without waiting
+// (select or poll with a time-out of zero, or such a read) has found nothing on a simulated line,
+// the same thread's next look at the time (gettimeofday, time, CLOCK_REALTIME) waits for input or
+// one step, whichever comes first; unless it has written or waited meanwhile.
 //
-// Real stay the monotonic clock, nanosleep and usleep (libraries pause with them for other
-// processes), and files, pipes and sockets: a wait on them in poll or select ends as soon as they
-// are ready, before time passes.
+// Threads that go on at one instant do so one after the other, in the order in which they began to
+// wait: what they do at their times is the same in each run.
+//
+// Real stay the monotonic clock and what waits by it, nanosleep and usleep (libraries pause with
+// them for other processes), and files, pipes and sockets: a wait on them in poll or select ends as
+// soon as they are ready, before time passes. A thread that waits for something outside the program
+// (read of a pipe, accept, recv, sigwait, waitpid, ...) doesn't stop the clock for the others.
 //
 // Whether or not a clock lives, a name beginning with /dev/ttyS never reaches a real device:
-// without a simulated line it can't be opened (ENOENT).
+// without a simulated line it can't be opened (ENOENT), and never as a stream (fopen).
 #ifndef PAGERFWD_SIM_TESTING_H
 #define PAGERFWD_SIM_TESTING_H
 

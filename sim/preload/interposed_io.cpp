@@ -80,7 +80,7 @@ ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
         if (line == nullptr) {
             // A program that polls a vanished device must not make time stand still.
             if (served)
-                NoteQuietLook(1U << (Descriptors::Get(fd).com - 1));
+                NoteQuietLook(Descriptors::BitOf(fd));
             return -EIO;
         }
         const ReadRule rule = RuleFor(line->Settings(), size);

@@ -33,8 +33,8 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
     for (nfds_t i = 0; i < count; ++i) {
         pollfd& each = descriptors[i];
         each.revents = 0;
-        if (const int com = Descriptors::ComOf(each.fd)) {
-            seen.lines |= 1U << (com - 1);
+        if (const unsigned line = Descriptors::BitOf(each.fd)) {
+            seen.lines |= line;
             each.revents = ReadyOnLine(each.fd, each.events);
             seen.ready += each.revents != 0 ? 1 : 0;
             // A line that is gone can be read from for ever, and has nothing.

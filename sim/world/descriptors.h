@@ -28,6 +28,12 @@ class Descriptors {
     }
     static int ComOf(int fd) { return Get(fd).com; }
 
+    // Its line as a bit, as waits name lines; 0: not one of ours.
+    static unsigned BitOf(int fd) {
+        const int com = ComOf(fd);
+        return com > 0 ? 1U << (com - 1) : 0;
+    }
+
     // Requires: 0 <= fd < kDescriptorLimit.
     static void Note(int fd, LineDescriptor line) {
         lines_[static_cast<size_t>(fd)].store(line, std::memory_order_relaxed);
