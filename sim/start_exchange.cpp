@@ -13,6 +13,7 @@
 #include <string>
 #include <utility>
 
+#include "sim/commands.h"
 #include "sim/file/build_exchange.h"
 #include "sim/file/clock_file.h"
 #include "sim/file/exchange_file.h"
@@ -20,6 +21,7 @@
 #include "sim/phone/modem.h"
 #include "sim/record/event_stream.h"
 #include "sim/start.h"
+#include "sim/world/locked.h"
 #include "sim/world/world.h"
 
 namespace pagersim {
@@ -85,6 +87,27 @@ void StartWorld(const ExchangeFile& file, std::time_t start) {
                                                         running->exchange, running->record));
 }
 
+// Runs a command of the file. The clock file has this instant first: for the command, and for the
+// program that comes next, should the command kill this one.
+void RunPlanned(const PlannedCommand& command) {
+    const auto now = std::chrono::duration_cast<Milliseconds>(TheWorld().Now());
+    running->record.Record({now, "", "at", EventKind::kNotes, command.run});
+    running->record.Advance(now);
+    RunShell(command.run);
+}
+
+// Those whose time has passed ran in the program before this one.
+void PlanCommands(const ExchangeFile& file, std::time_t start) {
+    if (std::getenv(kIsCommand) != nullptr)
+        return;
+    const Locked locked;
+    for (const PlannedCommand& command : file.commands) {
+        if (command.time > start)
+            TheWorld().Threads().Events().Add(std::chrono::seconds(command.time - start), nullptr,
+                                              [command] { RunPlanned(command); });
+    }
+}
+
 // A time that passes without an event counts too.
 [[gnu::destructor]] void Leave() {
     if (running != nullptr)
@@ -103,6 +126,7 @@ void StartExchangeFromEnvironment() {
     const Milliseconds begun{(static_cast<Milliseconds::rep>(start) - first) * 1000};
     running = new RunningExchange{{Environment("PAGERSIM_EVENTS"), clock, start, begun}, {}};
     StartWorld(file, start);
+    PlanCommands(file, start);
 }
 
 }  // namespace pagersim

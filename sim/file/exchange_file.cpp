@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 
+#include "sim/file/clock_file.h"
 #include "sim/file/toml_table.h"
 
 namespace pagersim {
@@ -182,6 +183,21 @@ Expectation ReadExpectation(TomlTable& table) {
     return expected;
 }
 
+PlannedCommand ReadCommand(TomlTable& table) {
+    PlannedCommand command;
+    std::string time;
+    table.Require("time", "\"2001-01-08 10:20:00\"");
+    table.Require("run", "\"pagerfwd alarm ack 1\"");
+    const bool is_text = table.Take("time", time);
+    if (const auto instant = ParseInstant(time))
+        command.time = *instant;
+    else if (is_text)
+        table.Mistake("time", "must be an instant, as \"2001-01-08 10:20:00\"");
+    table.Take("run", command.run);
+    table.Finish();
+    return command;
+}
+
 // Reads the tables [[name]] and checks each against those before it.
 class Reader {
  public:
@@ -192,10 +208,12 @@ class Reader {
         ForEach("line", [this](TomlTable& table) { AddLine(table); });
         ForEach("centre", [this](TomlTable& table) { AddCentre(table); });
         ForEach("expect", [this](TomlTable& table) { AddExpectation(table); });
+        ForEach("at", [this](TomlTable& table) { file_.commands.push_back(ReadCommand(table)); });
         for (const auto& [key, node] : root_) {
             if (asked_for_.count(std::string(key.str())) == 0)
-                Tell(node.source().begin.line, "no such table: " + std::string(key.str()) +
-                                                   "; write [[line]], [[centre]] or [[expect]]");
+                Tell(node.source().begin.line,
+                     "no such table: " + std::string(key.str()) +
+                         "; write [[line]], [[centre]], [[expect]] or [[at]]");
         }
         if (file_.lines.empty())
             Tell(1, "there is no line; write [[line]] and port = \"COM 1\"");

@@ -3,6 +3,7 @@
 #ifndef PAGERFWD_SIM_FILE_EXCHANGE_FILE_H
 #define PAGERFWD_SIM_FILE_EXCHANGE_FILE_H
 
+#include <ctime>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -37,10 +38,17 @@ struct Expectation {
     std::string centre, recipient, text;
 };
 
+// A command, and when it runs.
+struct PlannedCommand {
+    std::time_t time = 0;
+    std::string run;
+};
+
 struct ExchangeFile {
     std::vector<LineEntry> lines;
     std::vector<CentreEntry> centres;
     std::vector<Expectation> expectations;
+    std::vector<PlannedCommand> commands;
 
     // "exchange.toml:12: ..."; when there are any, the rest isn't to be used.
     std::vector<std::string> mistakes;

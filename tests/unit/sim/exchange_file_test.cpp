@@ -202,10 +202,12 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
         {line + "[[expect]]\ncentre = \"b\"\nrecipient = \"1\"\n",
          "x.toml:4: centre names no [[centre]] of this file"},
         {line + "[[expect]]\n", "x.toml:3: [[expect]] needs centre"},
+        {line + "[[at]]\ntime = \"noon\"\nrun = \"true\"\n",
+         "x.toml:4: time must be an instant, as \"2001-01-08 10:20:00\""},
         {line + "[centre]\nname = \"a\"\n",
          "x.toml:3: centre must be a list of tables; write [[centre]] in double brackets"},
         {line + "[[modem]]\n",
-         "x.toml:3: no such table: modem; write [[line]], [[centre]] or [[expect]]"},
+         "x.toml:3: no such table: modem; write [[line]], [[centre]], [[expect]] or [[at]]"},
         {"[[line]\n", "x.toml:1: "},
     };
     for (const MistakeCase& one : cases)
@@ -243,7 +245,7 @@ TEST(ExampleExchange, ExplainsOnlyWhatThereIs) {
     for (std::string line; std::getline(lines, line);) {
         for_every_centre = for_every_centre || line == "# For every centre:";
         const bool is_key = line.compare(0, 2, "# ") == 0 && line.find(" = ") != std::string::npos;
-        uncommented += (is_key || line == "# [[expect]]" ? line.substr(2) : line) + "\n";
+        uncommented += (is_key || line.compare(0, 4, "# [[") == 0 ? line.substr(2) : line) + "\n";
     }
     EXPECT_TRUE(for_every_centre);
     EXPECT_THAT(Read(uncommented).mistakes, IsEmpty());
