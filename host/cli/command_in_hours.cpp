@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "host/cli/library.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
+#include "host/library/library.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
 #include "host/text/printable.h"

@@ -9,19 +9,29 @@
 namespace host {
 namespace {
 
+const char* Describe(Made made) {
+    switch (made) {
+        case Made::kTables:
+            return "made, without any ports or pagers yet; add them with: pagerfwd import";
+        case Made::kNewerParts:
+            return "brought up to date";
+        case Made::kNothing:
+            break;
+    }
+    return "has its tables already; nothing changed";
+}
+
 ExitCode Init(const Program& program) {
     Connection connection(program.database, Connection::Mode::kCreate);
-    const bool made = CreateTables(connection);
-    std::cout << Printable(program.database)
-              << (made ? ": made, without any ports or pagers yet; add them with: pagerfwd import\n"
-                       : ": has its tables already; nothing changed\n");
+    std::cout << Printable(program.database) << ": " << Describe(CreateTables(connection)) << "\n";
     return kDone;
 }
 
 }  // namespace
 
 void AddInit(CLI::App& app, Program& program) {
-    CLI::App* const command = app.add_subcommand("init", "Make the tables of a new database");
+    CLI::App* const command =
+        app.add_subcommand("init", "Make the tables of a new database, or bring up to date");
     command->footer(
         "A database that has its tables already is left as it is.\n\n"
         "Example:\n"

@@ -1,14 +1,20 @@
 // pagerfwd test: one page, now. Tested by tests/unit/host/cli_test.cpp and tests/e2e.
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 
-#include "host/cli/library.h"
 #include "host/cli/names.h"
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/test_results.h"
+#include "host/library/library.h"
+#include "host/service/engine_locks.h"
+#include "host/service/send_test_page.h"
+#include "host/service/test_pages.h"
 #include "host/site/site_tables.h"
 #include "host/store/pending.h"
 #include "host/store/pool.h"
@@ -28,15 +34,53 @@ void MindPendingPages(Connection& connection, bool sendPending) {
     }
 }
 
-int32_t SendTestPage(const Library& library, const std::string& database, PagerRow pager) {
-    std::string name = database;
-    int32_t noAlarm = 0;
-    FwdSpecialInfoStr info{name.data(), &noAlarm, nullptr, nullptr};
-    const int32_t result =
-        library.TestPager(&info, pager.description.data(), pager.number.data(), pager.port.data(),
-                          pager.type.data(), pager.timeModel.data());
-    library.StopAlarmFwdPager();
-    return result;
+// An engine for the length of the call.
+class OwnEngine {
+ public:
+    OwnEngine(const Program& program, Connection& connection, bool sendPending)
+        : database_(program.database), locks_(program.database, program.locks, "test") {
+        locks_.TakeDevices(connection);
+        MindPendingPages(connection, sendPending);
+        StartTrace(program);
+        library_.emplace(program.library);
+    }
+
+    int32_t Send(const PagerRow& pager) const {
+        const int32_t result = SendTestPage(*library_, database_, pager);
+        library_->StopAlarmFwdPager();
+        return result;
+    }
+
+ private:
+    const std::string database_;
+    EngineLocks locks_;
+    std::optional<Library> library_;
+};
+
+// None: the engine that was asked has ended, and this test page was not sent.
+std::optional<int32_t> SendByRunningEngine(const Program& program, Lease& lease,
+                                           const PagerRow& pager) {
+    constexpr std::chrono::milliseconds kBetweenLooks{200};
+    LockFile lock = DatabaseLock(program.database);
+    const int64_t asked = AskForTestPage(lease.Database(), lease.Owners(), pager.description);
+    std::optional<int32_t> answer;
+    do {
+        std::this_thread::sleep_for(kBetweenLooks);
+        answer = TestPageAnswer(lease.Database(), asked);
+    } while (!answer && lock.IsTaken());
+    if (!answer) {
+        answer = TestPageAnswer(lease.Database(), asked);
+    }
+    ForgetTestPage(lease.Database(), asked);
+    return answer;
+}
+
+int32_t AskRunningEngine(const Program& program, Lease& lease, const PagerRow& pager) {
+    const std::optional<int32_t> answer = SendByRunningEngine(program, lease, pager);
+    if (!answer) {
+        throw Failure(kCannot, "the engine that was running ended before it sent the page");
+    }
+    return *answer;
 }
 
 ExitCode Report(int32_t code, bool traced) {
@@ -62,15 +106,18 @@ ExitCode Test(const Program& program, const std::string& name, bool sendPending)
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
     const PagerRow pager = FindOnePager(lease.Database(), name, encoding);
-    MindPendingPages(lease.Database(), sendPending);
     UseShiftJis(encoding == Encoding::kShiftJis);
-    StartTrace(program);
-    const Library library(program.library);
+    std::optional<OwnEngine> engine;
+    if (!DatabaseLock(program.database).IsTaken()) {
+        engine.emplace(program, lease.Database(), sendPending);
+    }
 
     std::cout << "test page to \"" << Printable(name) << "\", number "
-              << Shown(pager.number, encoding) << " ...\n"
+              << Shown(pager.number, encoding) << (engine ? "" : ", by the running engine")
+              << " ...\n"
               << std::flush;
-    return Report(SendTestPage(library, program.database, pager), program.trace);
+    return Report(engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager),
+                  program.trace);
 }
 
 }  // namespace
@@ -83,7 +130,8 @@ void AddTest(CLI::App& app, Program& program) {
     command->add_flag("--send-pending", *sendPending, "Let pages that are pending go out too");
     command->footer(
         "The page leaves whatever the pager's hours are, and is tried once. It can take minutes:\n"
-        "the exit code says what became of it.\n\n"
+        "the exit code says what became of it. Where an engine is running for this database, that\n"
+        "engine sends it, behind the pages before it.\n\n"
         "Examples:\n"
         "  pagerfwd --database site.db test \"duty phone\"\n"
         "  pagerfwd --database site.db --trace test \"duty phone\"; less pageprot.txt\n");

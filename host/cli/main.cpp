@@ -18,6 +18,9 @@ constexpr const char* kExamples =
     "  pagerfwd check site.toml         says what is wrong with the site file\n"
     "  pagerfwd import site.toml        puts its ports, pagers and hours into the database\n"
     "  pagerfwd test \"duty phone\"       sends a test page\n"
+    "  pagerfwd run                     sends the pages of alarms, from now on\n"
+    "  pagerfwd alarm raise \"No water\"  adds an alarm, from another terminal\n"
+    "  pagerfwd status                  shows what became of its pages\n"
     "  pagerfwd COMMAND --help          more on a command\n\n";
 
 void AddOptions(CLI::App& app, Program& program) {
@@ -29,6 +32,11 @@ void AddOptions(CLI::App& app, Program& program) {
                    "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor among "
                    "the system's libraries")
         ->type_name("FILE");
+    app.add_option("--locks", program.locks,
+                   "The folder where engines lock the serial devices that they use")
+        ->envname("PAGERFWD_LOCKS")
+        ->default_val("/run/lock")
+        ->type_name("FOLDER");
     app.add_flag("--trace", program.trace,
                  "Let the library write every step of a page to pageprot.txt, in this folder");
 }
@@ -40,6 +48,9 @@ void AddCommands(CLI::App& app, Program& program) {
     AddImport(app, program);
     AddTest(app, program);
     AddInHours(app, program);
+    AddRun(app, program);
+    AddAlarm(app, program);
+    AddStatus(app, program);
 }
 
 int Complain(const std::exception& reason, ExitCode code) {

@@ -41,17 +41,21 @@ class Failure : public std::runtime_error {
 struct Program {
     std::string database;
     std::string library;  // empty: searched for
+    std::string locks;    // the folder of the locks of serial devices
     bool trace = false;
 
     std::function<ExitCode()> command;  // what the command line asks for
 };
 
 // Each adds a command, which puts its own work into program.command.
+void AddAlarm(CLI::App& app, Program& program);
 void AddCheck(CLI::App& app, Program& program);
 void AddExplain(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);
+void AddRun(CLI::App& app, Program& program);
+void AddStatus(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
 
 // The text of a file. Throws Failure.

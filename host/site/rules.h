@@ -9,6 +9,7 @@
 
 namespace host {
 
+void CheckRoutes(const Site& site, Findings& findings);
 void CheckPorts(const Site& site, Findings& findings);
 void CheckPagers(const Site& site, Findings& findings);
 void CheckTimeModels(const Site& site, Findings& findings);

@@ -77,16 +77,28 @@ struct TimeModel {
     std::vector<DayHours> days;
 };
 
+// Which pagers an alarm goes to, when its group and its severity are among these.
+struct Route {
+    int line = 0;
+    SaidText groups;                   // a pattern, as of file names: "plant/*"
+    std::vector<SaidText> severities;  // empty: all
+    std::vector<SaidText> pagers;      // in the order in which they are paged
+};
+
 struct Site {
     SaidText encoding;
     std::vector<Port> ports;
     std::vector<Pager> pagers;
     std::vector<TimeModel> timeModels;
+    std::vector<Route> routes;
 };
 
 // The time model of a pager whose file names none. It is there even where the file has none of this
 // name, and allows every hour.
 inline constexpr const char* kAlways = "always";
+
+// The groups of a route whose file names none.
+inline constexpr const char* kEveryGroup = "*";
 
 }  // namespace host
 

@@ -9,6 +9,7 @@ void CheckSite(const Site& site, Findings& findings) {
     CheckPorts(site, findings);
     CheckPagers(site, findings);
     CheckTimeModels(site, findings);
+    CheckRoutes(site, findings);
     CheckTexts(site, findings);
 }
 

@@ -85,6 +85,15 @@ TimeModel ReadTimeModel(TomlReader& reader) {
     return model;
 }
 
+Route ReadRoute(TomlReader& reader) {
+    Route route;
+    route.line = reader.Line();
+    route.groups = reader.Text("groups", kEveryGroup);
+    route.severities = reader.Texts("severities");
+    route.pagers = reader.Texts("pagers");
+    return route;
+}
+
 void ReadDocument(std::string_view text, ReadSite& read) {
     TomlDocument document(text, read.findings);
     read.is_toml = document.IsToml();
@@ -98,6 +107,9 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     }
     for (TomlReader& hours : reader.Parts("hours")) {
         read.site.timeModels.push_back(ReadTimeModel(hours));
+    }
+    for (TomlReader& route : reader.Parts("route")) {
+        read.site.routes.push_back(ReadRoute(route));
     }
 }
 

@@ -104,6 +104,42 @@ Encoding EncodingOf(const Site& site) {
     return EncodingNamed(site.encoding.value).value_or(Encoding::kLatin1);
 }
 
+// "1,2": the cells of the severities; empty for all.
+std::string SeveritiesCell(const Route& route) {
+    std::string cell;
+    for (const SaidText& severity : route.severities) {
+        cell += (cell.empty() ? "" : ",") + Cell(kSeverities, severity);
+    }
+    return cell;
+}
+
+void StoreRoute(Connection& connection, int64_t number, const Route& route, Encoding encoding) {
+    const std::string groups = Encode(route.groups.value, encoding);
+    const std::string severities = SeveritiesCell(route);
+    Statement(connection, "INSERT INTO Host_Routes VALUES (?, ?, ?)")
+        .Bind(number)
+        .Bind(groups)
+        .Bind(severities)
+        .Run();
+    int64_t place = 0;
+    for (const SaidText& name : route.pagers) {
+        const std::string pager = Encode(name.value, encoding);
+        Statement(connection, "INSERT INTO Host_RoutePagers VALUES (?, ?, ?)")
+            .Bind(number)
+            .Bind(place++)
+            .Bind(pager)
+            .Run();
+    }
+}
+
+void StoreRoutes(Connection& connection, const Site& site) {
+    connection.Execute("DELETE FROM Host_RoutePagers; DELETE FROM Host_Routes");
+    int64_t number = 0;
+    for (const Route& route : site.routes) {
+        StoreRoute(connection, ++number, route, EncodingOf(site));
+    }
+}
+
 std::vector<std::string> ReadColumn(Connection& connection, const char* table) {
     std::vector<std::string> names;
     Statement statement(connection,
@@ -143,6 +179,7 @@ void StoreSite(Connection& connection, const Site& site) {
     for (const TableRow& row : rows) {
         InsertRow(connection, ReadLayout(connection, row.table), row.cells);
     }
+    StoreRoutes(connection, site);
     WriteSetting(connection, kEncodingSetting, WordFor(EncodingOf(site)));
     transaction.Commit();
 }

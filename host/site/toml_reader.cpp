@@ -129,6 +129,28 @@ Said<bool> TomlReader::Flag(const char* key, bool otherwise) {
     return Read<bool>(key, otherwise, "true or false");
 }
 
+std::vector<SaidText> TomlReader::Texts(const char* key) {
+    constexpr const char* kKind = "a list of texts, as [\"one\", \"two\"]";
+    const toml::node* node = state_->Find(key);
+    if (node == nullptr) {
+        return {};
+    }
+    if (!node->is_array()) {
+        ReportKind(LineOf(node->source()), key, kKind);
+        return {};
+    }
+    std::vector<SaidText> texts;
+    for (const toml::node& element : *node->as_array()) {
+        const int line = LineOf(element.source());
+        if (const auto* text = element.as_string()) {
+            texts.push_back({text->get(), line});
+        } else {
+            ReportKind(line, key, kKind);
+        }
+    }
+    return texts;
+}
+
 TomlReader TomlReader::Part(const char* key) {
     State part{&EmptyTable(), state_->line, state_->NameOf(key), state_->findings, {}};
     if (const toml::node* node = state_->Find(key)) {

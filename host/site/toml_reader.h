@@ -34,6 +34,8 @@ class TomlReader {
     SaidText Text(const char* key);
     SaidText Text(const char* key, const char* otherwise);
     SaidNumber Number(const char* key, int64_t otherwise);
+    // A list of texts, empty where there is none.
+    std::vector<SaidText> Texts(const char* key);
     Said<bool> Flag(const char* key, bool otherwise);
 
     // [key]: an empty table where there is none.

@@ -26,6 +26,10 @@ inline constexpr Word kProtocols[] = {{"TAP", "TAP"}, {"UCP", "UCP"}};
 inline constexpr Word kPagerTypes[] = {{"signal", "0"}, {"numeric", "1"}, {"alphanumeric", "2"},
                                        {"ntt", "3"},    {"sms1", "4"},    {"sms2", "5"}};
 
+// Severities as alarms have them.
+inline constexpr Word kSeverities[] = {
+    {"critical", "1"}, {"major", "2"}, {"minor", "3"}, {"informational", "4"}, {"unknown", "5"}};
+
 // The speeds of the serial line driver, in bits a second.
 inline constexpr int64_t kSpeeds[] = {300,   1200,  2400,   4800,   9600,  19200,
                                       38400, 57600, 115200, 230400, 460800};
@@ -36,6 +40,17 @@ const char* CellFor(const Word (&words)[count], std::string_view word) {
     for (const Word& known : words) {
         if (known.word == word) {
             return known.cell;
+        }
+    }
+    return nullptr;
+}
+
+// Null when no word stands for the cell.
+template <size_t count>
+const char* WordFor(const Word (&words)[count], std::string_view cell) {
+    for (const Word& known : words) {
+        if (known.cell == cell) {
+            return known.word;
         }
     }
     return nullptr;

@@ -10,8 +10,8 @@
 namespace host {
 namespace {
 
-// Grows when the tables change; kept in the database's own header.
-constexpr int64_t kVersion = 1;
+// How many steps have made the database; kept in its own header.
+constexpr int64_t kVersion = 2;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -29,10 +29,50 @@ std::vector<std::string> TimeModelColumns() {
 
 // What the library never names stands behind its columns.
 //   hidden_by   see host/store/hidden_rows.h
-constexpr const char* kHostParts =
+constexpr const char* kFirstHostParts =
     "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN hidden_by INTEGER;"
     "CREATE INDEX AlarmLog_ByNumber ON AlarmLog (alarmlogID);"
     "CREATE TABLE Host_Settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;";
+
+// What a service needs besides.
+//   alarm_group       of an alarm; routes go by it
+//   Host_Routes       see host/service/routes.h
+//   Host_Deliveries   see host/service/deliveries.h
+//   Host_History      see host/service/history.h
+//   Host_TestPages    see host/service/test_pages.h
+constexpr const char* kServiceParts =
+    "ALTER TABLE AlarmLog ADD COLUMN alarm_group TEXT NOT NULL DEFAULT '';"
+    "CREATE INDEX AlarmLog_ByState ON AlarmLog (pagerstate);"
+    "CREATE TABLE Host_Routes (route INTEGER PRIMARY KEY, alarm_groups TEXT NOT NULL,"
+    " severities TEXT NOT NULL);"
+    "CREATE TABLE Host_RoutePagers (route INTEGER NOT NULL, place INTEGER NOT NULL,"
+    " pager TEXT NOT NULL, PRIMARY KEY (route, place)) WITHOUT ROWID;"
+    "CREATE TABLE Host_Deliveries (alarm TEXT NOT NULL, place INTEGER NOT NULL,"
+    " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, answer INTEGER,"
+    " PRIMARY KEY (alarm, place)) WITHOUT ROWID;"
+    "CREATE INDEX Host_OpenDeliveries ON Host_Deliveries (alarm) WHERE answer IS NULL;"
+    "CREATE TABLE Host_History (row_id INTEGER PRIMARY KEY, at INTEGER NOT NULL,"
+    " change TEXT NOT NULL, alarm TEXT NOT NULL, alarm_group TEXT NOT NULL, pager TEXT NOT NULL,"
+    " state TEXT NOT NULL, tries TEXT NOT NULL);"
+    "CREATE INDEX Host_HistoryOfPage ON Host_History (alarm, pager);"
+    "CREATE TABLE Host_TestPages (row_id INTEGER PRIMARY KEY, asked_by INTEGER NOT NULL,"
+    " pager TEXT NOT NULL, answer INTEGER);"
+    // An alarm that was acknowledged stays so: the fold of its pages, written when a page on the
+    // line ends, would otherwise say again that it is being paged, and the next page would leave.
+    "CREATE TRIGGER AlarmLog_StaysAcknowledged AFTER UPDATE OF pagerstate, alarmack ON AlarmLog"
+    " WHEN NEW.alarmack NOT IN ('', '0') AND NEW.pagerstate <> '1' BEGIN"
+    " UPDATE AlarmLog SET pagerstate = '1' WHERE row_id = NEW.row_id; END;";
+
+// Every change of an event goes into the history, whoever makes it.
+std::string HistoryTrigger(const char* name, const char* when, const char* row,
+                           const char* change) {
+    const std::string of = row;
+    return std::string("CREATE TRIGGER Events_") + name + " AFTER " + when +
+           " BEGIN INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state, tries)"
+           " VALUES (CAST(strftime('%s', 'now') AS INTEGER), '" +
+           change + "', " + of + ".AlmLogID, " + of + ".AlmGroup, " + of + ".PagerDescr, " + of +
+           ".PagerState, " + of + ".PagerRetries); END";
+}
 
 // No column is unique: which of two rows with one name counts is the library's decision.
 std::string CreateStatement(const Table& table) {
@@ -62,6 +102,34 @@ void RefuseNewer(Connection& connection, int64_t version) {
 
 char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+void MakeFirstTables(Connection& connection) {
+    for (const Table& table : Tables()) {
+        connection.Execute(CreateStatement(table).c_str());
+    }
+    connection.Execute(kFirstHostParts);
+}
+
+void MakeServiceTables(Connection& connection) {
+    connection.Execute(kServiceParts);
+    for (const std::string& trigger : {
+             HistoryTrigger("Written", "INSERT ON AlarmFwd_PagerEvents", "NEW", kWritten),
+             HistoryTrigger("Changed", "UPDATE OF PagerState, PagerRetries ON AlarmFwd_PagerEvents",
+                            "NEW", kChanged),
+             HistoryTrigger("TakenOut",
+                            "UPDATE OF hidden_by ON AlarmFwd_PagerEvents"
+                            " WHEN NEW.hidden_by IS NOT NULL",
+                            "NEW", kTakenOut),
+             HistoryTrigger("BroughtBack",
+                            "UPDATE OF hidden_by ON AlarmFwd_PagerEvents"
+                            " WHEN NEW.hidden_by IS NULL",
+                            "NEW", kBroughtBack),
+             HistoryTrigger("Removed", "DELETE ON AlarmFwd_PagerEvents WHEN OLD.hidden_by IS NULL",
+                            "OLD", kRemoved),
+         }) {
+        connection.Execute(trigger.c_str());
+    }
 }
 
 }  // namespace
@@ -114,23 +182,25 @@ std::string Quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
-bool CreateTables(Connection& connection) {
+Made CreateTables(Connection& connection) {
     WriteTransaction transaction(connection);
     const int64_t version = VersionOf(connection);
     RefuseNewer(connection, version);
-    if (version != 0) {
-        return false;
+    if (version == kVersion) {
+        return Made::kNothing;
     }
-    if (ReadNumber(connection, "SELECT count(*) FROM sqlite_schema") != 0) {
+    if (version == 0 && ReadNumber(connection, "SELECT count(*) FROM sqlite_schema") != 0) {
         throw StoreError(connection.Path() + ": holds tables of another program");
     }
-    for (const Table& table : Tables()) {
-        connection.Execute(CreateStatement(table).c_str());
+    if (version < 1) {
+        MakeFirstTables(connection);
     }
-    connection.Execute(kHostParts);
+    if (version < 2) {
+        MakeServiceTables(connection);
+    }
     connection.Execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
     transaction.Commit();
-    return true;
+    return version == 0 ? Made::kTables : Made::kNewerParts;
 }
 
 void RequireTables(Connection& connection) {
@@ -138,6 +208,10 @@ void RequireTables(Connection& connection) {
     RefuseNewer(connection, version);
     if (version == 0) {
         throw StoreError(connection.Path() + ": has no tables yet; make them with: pagerfwd init");
+    }
+    if (version < kVersion) {
+        throw StoreError(connection.Path() +
+                         ": made by an older pagerfwd; bring it up to date with: pagerfwd init");
     }
 }
 

@@ -36,9 +36,19 @@ bool SameColumn(std::string_view left, std::string_view right);
 // The name as it stands in a statement. The name comes from the schema, never from outside.
 std::string Quoted(std::string_view name);
 
-// Makes the tables in a new database. Returns false, and changes nothing, where they are already.
+// How Host_History names the changes of an event.
+inline constexpr const char* kWritten = "written";
+inline constexpr const char* kChanged = "changed";
+inline constexpr const char* kTakenOut = "taken out";  // hidden, see hidden_rows.h
+inline constexpr const char* kBroughtBack = "brought back";
+inline constexpr const char* kRemoved = "removed";
+// ... and what isn't one, but explains those that follow.
+inline constexpr const char* kEngineStarts = "engine starts";
+
+// Makes the tables in a new database, or what a database of an older make lacks.
 // Throws StoreError where the database is another program's.
-bool CreateTables(Connection& connection);
+enum class Made { kNothing, kTables, kNewerParts };
+Made CreateTables(Connection& connection);
 
 // Throws StoreError unless the database has tables that this program understands.
 void RequireTables(Connection& connection);

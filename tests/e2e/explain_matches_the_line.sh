@@ -7,6 +7,7 @@ bin=$1 examples=$2
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
+export PAGERFWD_LOCKS=$folder
 
 "$bin/pagerfwd" init >/dev/null
 "$bin/pagerfwd" import "$examples/site.toml" >/dev/null

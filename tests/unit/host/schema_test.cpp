@@ -44,7 +44,7 @@ TEST_F(Schema, IsLeftAloneWhereItIs) {
         WriteSetting(connection, "encoding", "shift_jis");
         transaction.Commit();
     }
-    EXPECT_FALSE(CreateTables(connection));
+    EXPECT_EQ(Made::kNothing, CreateTables(connection));
     EXPECT_EQ("shift_jis", ReadSetting(connection, "encoding"));
 }
 

@@ -1,12 +1,10 @@
 // Loading of the library. Tested by tests/unit/host/cli_test.cpp.
-#include "host/cli/library.h"
+#include "host/library/library.h"
 
 #include <dlfcn.h>
 
 #include <filesystem>
 #include <system_error>
-
-#include "host/cli/program.h"
 
 namespace host {
 namespace {
@@ -28,8 +26,8 @@ std::string LastError() {
 void* Load(const std::string& path) {
     void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (library == nullptr) {
-        throw Failure(kCannot, "the library can't be loaded: " + LastError() +
-                                   "; name it with --library FILE");
+        throw LibraryError("the library can't be loaded: " + LastError() +
+                           "; name it with --library FILE");
     }
     return library;
 }
@@ -48,7 +46,7 @@ template <typename Function>
 void Resolve(void* library, const char* name, Function& function) {
     void* const found = dlsym(library, name);
     if (found == nullptr) {
-        throw Failure(kCannot, std::string("the library lacks a function: ") + LastError());
+        throw LibraryError(std::string("the library lacks a function: ") + LastError());
     }
     function = reinterpret_cast<Function>(found);
 }

@@ -1,17 +1,23 @@
 // libPagerFwd.so, loaded as a service loads it.
-#ifndef PAGERFWD_HOST_CLI_LIBRARY_H
-#define PAGERFWD_HOST_CLI_LIBRARY_H
+#ifndef PAGERFWD_HOST_LIBRARY_LIBRARY_H
+#define PAGERFWD_HOST_LIBRARY_LIBRARY_H
 
 #include <pagerfwd/pagerfwd.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace host {
 
+class LibraryError : public std::runtime_error {
+ public:
+    using std::runtime_error::runtime_error;
+};
+
 // The functions of the library. It stays loaded until the process ends: its worker may run on.
 //
-// Errors     Failure, naming the file and the reason.
+// Errors     LibraryError, naming the file and the reason.
 class Library {
  public:
     // path: the file, or empty to search beside the program, in ../lib, and where the system's

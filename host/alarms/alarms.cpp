@@ -1,0 +1,132 @@
+// The alarm log. Tested by tests/unit/host/alarms_test.cpp.
+#include "host/alarms/alarms.h"
+
+#include <limits>
+
+namespace host {
+namespace {
+
+constexpr const char* kSelect =
+    "SELECT row_id, alarmlogID,"
+    " CASE alarm_group WHEN '' THEN alarmName ELSE alarm_group END,"
+    " severity, server, details, pagerstate, CAST(timestamp AS INTEGER),"
+    " alarmack NOT IN ('', '0') FROM AlarmLog ";
+
+std::vector<Alarm> ReadAll(Statement& statement) {
+    std::vector<Alarm> alarms;
+    while (statement.Step()) {
+        Alarm alarm;
+        alarm.row = statement.Number(0);
+        alarm.number = statement.Text(1);
+        alarm.group = statement.Text(2);
+        alarm.severity = statement.Text(3);
+        alarm.server = statement.Text(4);
+        alarm.details = statement.Text(5);
+        alarm.state = statement.Text(6);
+        alarm.raised = static_cast<std::time_t>(statement.Number(7));
+        alarm.acknowledged = statement.Number(8) != 0;
+        alarms.push_back(std::move(alarm));
+    }
+    return alarms;
+}
+
+std::vector<Alarm> ReadWhere(Connection& connection, const char* condition) {
+    Statement statement(connection, std::string(kSelect) + condition);
+    return ReadAll(statement);
+}
+
+bool IsUsed(Connection& connection, int64_t number) {
+    const std::string text = std::to_string(number);
+    Statement statement(connection, "SELECT 1 FROM AlarmLog WHERE alarmlogID = ?");
+    return statement.Bind(text).Step();
+}
+
+// The library's numbers have 32 bits.
+int32_t FreeNumber(Connection& connection, std::time_t now) {
+    constexpr int64_t kLast = std::numeric_limits<int32_t>::max();
+    const int64_t first = now > 0 && now <= kLast ? static_cast<int64_t>(now) : 1;
+    for (int64_t number = first; number <= kLast; ++number) {
+        if (!IsUsed(connection, number)) {
+            return static_cast<int32_t>(number);
+        }
+    }
+    throw StoreError(connection.Path() + ": the alarm log has no number left");
+}
+
+}  // namespace
+
+int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now) {
+    WriteTransaction transaction(connection);
+    const int32_t number = FreeNumber(connection, now);
+    const std::string number_text = std::to_string(number);
+    const std::string time = std::to_string(now);
+    Statement(connection,
+              "INSERT INTO AlarmLog (alarmlogID, acktime, alarmack, alarmName, broadcaststate,"
+              " details, eventlogstate, execstate, mailstate, monitoronly, pagerstate, server,"
+              " severity, stationstate, timestamp, alarm_group)"
+              " VALUES (?, '0', '0', ?, '0', ?, '0', '0', '0', '0', '0', ?, ?, '0', ?, ?)")
+        .Bind(number_text)
+        .Bind(alarm.group)
+        .Bind(alarm.details)
+        .Bind(alarm.server)
+        .Bind(alarm.severity)
+        .Bind(time)
+        .Bind(alarm.group)
+        .Run();
+    transaction.Commit();
+    return number;
+}
+
+Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now) {
+    const std::string number_text = std::to_string(number);
+    const std::string time = std::to_string(now);
+    WriteTransaction transaction(connection);
+    // The trigger of the table sets its pagerstate.
+    Statement(connection,
+              "UPDATE AlarmLog SET alarmack = '1', acktime = ?"
+              " WHERE alarmlogID = ? AND alarmack IN ('', '0')")
+        .Bind(time)
+        .Bind(number_text)
+        .Run();
+    const bool changed = connection.Changes() > 0;
+    const bool known = changed || IsUsed(connection, number);
+    transaction.Commit();
+    if (changed) {
+        return Acknowledged::kNow;
+    }
+    return known ? Acknowledged::kBefore : Acknowledged::kUnknown;
+}
+
+std::vector<Alarm> OpenAlarms(Connection& connection) {
+    return ReadWhere(connection,
+                     "WHERE pagerstate IN ('', '0', '2') AND alarmack IN ('', '0')"
+                     " ORDER BY row_id");
+}
+
+std::vector<Alarm> LastAlarms(Connection& connection, int64_t count) {
+    Statement statement(connection, std::string(kSelect) +
+                                        "WHERE row_id IN (SELECT row_id FROM AlarmLog"
+                                        " ORDER BY row_id DESC LIMIT ?) ORDER BY row_id");
+    statement.Bind(count);
+    return ReadAll(statement);
+}
+
+std::vector<Alarm> NewAlarms(Connection& connection) {
+    return ReadWhere(connection, "WHERE pagerstate IN ('', '0') ORDER BY row_id");
+}
+
+std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number) {
+    Statement statement(connection, std::string(kSelect) + "WHERE alarmlogID = ?");
+    statement.Bind(number);
+    std::vector<Alarm> alarms = ReadAll(statement);
+    return alarms.size() == 1 ? std::optional<Alarm>(std::move(alarms.front())) : std::nullopt;
+}
+
+void SetPagerState(Connection& connection, int64_t row, const char* state) {
+    Statement(connection, "UPDATE AlarmLog SET pagerstate = ? WHERE row_id = ?")
+        .Bind(state)
+        .Bind(row)
+        .Run();
+}
+
+}  // namespace host

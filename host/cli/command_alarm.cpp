@@ -1,0 +1,193 @@
+// pagerfwd alarm: the alarm log. Tested by tests/unit/host/cli_alarm_test.cpp.
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <climits>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/alarms/states.h"
+#include "host/cli/names.h"
+#include "host/cli/program.h"
+#include "host/cli/times.h"
+#include "host/site/site_tables.h"
+#include "host/site/words.h"
+#include "host/store/pool.h"
+
+namespace host {
+namespace {
+
+constexpr int64_t kListed = 20;
+
+struct RaiseOptions {
+    std::string details;
+    std::string group = "ALARM/000";
+    std::string severity = "critical";
+    std::string server;
+};
+
+struct ListOptions {
+    bool open = false;
+    bool json = false;
+    int64_t count = kListed;
+};
+
+std::string HostName() {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+// A text of a new alarm, as the tables have it.
+std::string EncodeOrFail(const std::string& text, Encoding encoding) {
+    try {
+        return Encode(text, encoding);
+    } catch (const NotEncodable& character) {
+        throw Failure(kUsage, std::string(character.what()) +
+                                  " can't be paged: " + std::string(WordFor(encoding)) +
+                                  ", the encoding of this site, doesn't have it");
+    }
+}
+
+ExitCode Raise(const Program& program, const RaiseOptions& options) {
+    const char* const severity = CellFor(kSeverities, options.severity);
+    if (severity == nullptr) {
+        throw Failure(kUsage, "there is no severity \"" + options.severity + "\"; write " +
+                                  ListOf(kSeverities));
+    }
+    Lease lease(program.database);
+    const Encoding encoding = EncodingOf(lease.Database());
+    const std::string server = options.server.empty() ? HostName() : options.server;
+    const NewAlarm alarm{EncodeOrFail(options.group, encoding), severity,
+                         EncodeOrFail(server, encoding), EncodeOrFail(options.details, encoding)};
+    std::cout << RaiseAlarm(lease.Database(), alarm, std::time(nullptr)) << "\n";
+    return kDone;
+}
+
+ExitCode Ack(const Program& program, const std::vector<int64_t>& numbers) {
+    Lease lease(program.database);
+    bool known = true;
+    for (const int64_t number : numbers) {
+        const std::string name = "alarm " + std::to_string(number);
+        switch (AcknowledgeAlarm(lease.Database(), number, std::time(nullptr))) {
+            case Acknowledged::kNow:
+                std::cout << name << ": acknowledged; no further page leaves\n";
+                break;
+            case Acknowledged::kBefore:
+                std::cout << name << ": was acknowledged before\n";
+                break;
+            case Acknowledged::kUnknown:
+                std::cerr << "pagerfwd: there is no " << name << "\n";
+                known = false;
+                break;
+        }
+    }
+    return known ? kDone : kNo;
+}
+
+std::string SeverityWord(const std::string& cell) {
+    const char* const word = WordFor(kSeverities, cell);
+    return word == nullptr ? cell : word;
+}
+
+void PrintTable(const std::vector<Alarm>& alarms, Encoding encoding) {
+    for (const Alarm& alarm : alarms) {
+        std::cout << Shown(alarm.number, encoding) << "  " << LocalTime(alarm.raised) << "  "
+                  << Shown(SeverityWord(alarm.severity), encoding) << "  "
+                  << Shown(alarm.group, encoding) << "  " << Shown(alarm.server, encoding) << "  "
+                  << (alarm.acknowledged ? "acknowledged" : StateWord(alarm.state)) << "  "
+                  << Shown(alarm.details, encoding) << "\n";
+    }
+}
+
+nlohmann::ordered_json ToJson(const Alarm& alarm, Encoding encoding) {
+    return {{"alarm", Decode(alarm.number, encoding)},
+            {"raised", LocalTime(alarm.raised)},
+            {"severity", Decode(SeverityWord(alarm.severity), encoding)},
+            {"group", Decode(alarm.group, encoding)},
+            {"server", Decode(alarm.server, encoding)},
+            {"state", alarm.acknowledged ? "acknowledged" : StateWord(alarm.state)},
+            {"details", Decode(alarm.details, encoding)}};
+}
+
+ExitCode List(const Program& program, const ListOptions& options) {
+    Lease lease(program.database);
+    const Encoding encoding = EncodingOf(lease.Database());
+    const std::vector<Alarm> alarms =
+        options.open ? OpenAlarms(lease.Database()) : LastAlarms(lease.Database(), options.count);
+    if (!options.json) {
+        PrintTable(alarms, encoding);
+        return kDone;
+    }
+    auto list = nlohmann::ordered_json::array();
+    for (const Alarm& alarm : alarms) {
+        list.push_back(ToJson(alarm, encoding));
+    }
+    std::cout << list.dump(2) << "\n";
+    return kDone;
+}
+
+void AddRaise(CLI::App& alarm, Program& program) {
+    CLI::App* const command = alarm.add_subcommand("raise", "Add an alarm, and print its number");
+    const auto options = std::make_shared<RaiseOptions>();
+    command->add_option("TEXT", options->details, "What has happened")->required();
+    command
+        ->add_option("--group", options->group,
+                     "Its group: routes go by it, and pages begin with it, up to the first /")
+        ->capture_default_str();
+    command->add_option("--severity", options->severity, "How bad it is")->capture_default_str();
+    command->add_option("--server", options->server, "Who raises it (without it: this machine)");
+    command->footer(
+        "A running \"pagerfwd run\" takes it up within a second; otherwise the next one does.\n\n"
+        "Example:\n"
+        "  pagerfwd alarm raise --group plant/017 --severity major \"Pump 3 stands still\"\n");
+    command->callback([options, &program] {
+        program.command = [options, &program] { return Raise(program, *options); };
+    });
+}
+
+void AddAck(CLI::App& alarm, Program& program) {
+    CLI::App* const command =
+        alarm.add_subcommand("ack", "Acknowledge alarms: no further page leaves");
+    const auto numbers = std::make_shared<std::vector<int64_t>>();
+    command->add_option("NUMBER", *numbers, "As \"alarm raise\" and \"alarm list\" print it")
+        ->required();
+    command->footer(
+        "A page that is on the line at this moment is finished.\n\n"
+        "Example:\n"
+        "  pagerfwd alarm ack 978944400\n");
+    command->callback([numbers, &program] {
+        program.command = [numbers, &program] { return Ack(program, *numbers); };
+    });
+}
+
+void AddList(CLI::App& alarm, Program& program) {
+    CLI::App* const command = alarm.add_subcommand("list", "Show the last alarms");
+    const auto options = std::make_shared<ListOptions>();
+    command->add_flag("--open", options->open, "All that are still being paged, and only these");
+    command->add_option("--count", options->count, "How many")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    command->add_flag("--json", options->json, "As JSON");
+    command->footer("Example:\n  pagerfwd alarm list --open\n");
+    command->callback([options, &program] {
+        program.command = [options, &program] { return List(program, *options); };
+    });
+}
+
+}  // namespace
+
+void AddAlarm(CLI::App& app, Program& program) {
+    CLI::App* const command = app.add_subcommand("alarm", "Raise, acknowledge and list alarms");
+    command->require_subcommand(1);
+    command->fallthrough();
+    AddRaise(*command, program);
+    AddAck(*command, program);
+    AddList(*command, program);
+}
+
+}  // namespace host

@@ -1,0 +1,112 @@
+// pagerfwd run: the engine, in the foreground. Tested by tests/e2e/run_test.cpp.
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "host/cli/program.h"
+#include "host/library/library.h"
+#include "host/service/service.h"
+#include "host/store/faults.h"
+
+namespace host {
+namespace {
+
+struct RunOptions {
+    bool until_done = false;
+    std::string discard_older;
+};
+
+// "90m", "12h", "3d"
+std::chrono::seconds ParseAge(const std::string& text) {
+    size_t end = 0;
+    long number = -1;
+    try {
+        number = std::stol(text, &end);
+    } catch (const std::logic_error&) {
+        end = 0;
+    }
+    if (end > 0 && end + 1 == text.size() && number >= 0 && number < 100000) {
+        switch (text[end]) {
+            case 'm':
+                return std::chrono::minutes(number);
+            case 'h':
+                return std::chrono::hours(number);
+            case 'd':
+                return std::chrono::hours(24 * number);
+            default:
+                break;
+        }
+    }
+    throw Failure(kUsage, "\"" + text + "\" is no age; write it as 90m, 12h or 3d");
+}
+
+ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
+    ServiceOptions service;
+    service.database = program.database;
+    service.locks = program.locks;
+    service.until_done = options.until_done;
+    if (!options.discard_older.empty()) {
+        service.discard_older = ParseAge(options.discard_older);
+    }
+    return service;
+}
+
+// A table that can't be written is answered to the library with a number only: its words come here.
+class FaultsToLog {
+ public:
+    explicit FaultsToLog(OperatorLog& log)
+        : before_(SetFaultListener([&log](std::string_view message) { log.Error(message); })) {}
+    ~FaultsToLog() { SetFaultListener(before_); }
+    FaultsToLog(const FaultsToLog&) = delete;
+    FaultsToLog& operator=(const FaultsToLog&) = delete;
+
+ private:
+    const FaultListener before_;
+};
+
+ExitCode RunEngine(Program program, const RunOptions& options) {
+    OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
+    const FaultsToLog faults(log);
+    StopSignal stop;
+    try {
+        const ServiceOptions service_options = OptionsFor(program, options);
+        program.trace = true;  // only the trace tells that a port can't be opened
+        StartTrace(program);
+        const Library library(program.library);
+        Service(service_options, library, log).Run(stop);
+    } catch (const EngineTaken& taken) {
+        throw Failure(kNo, taken.what());
+    }
+    return kDone;
+}
+
+}  // namespace
+
+void AddRun(CLI::App& app, Program& program) {
+    CLI::App* const command =
+        app.add_subcommand("run", "Send the pages of alarms, until SIGTERM or Ctrl-C");
+    const auto options = std::make_shared<RunOptions>();
+    command->add_flag("--until-done", options->until_done, "End when no page is pending any more");
+    command
+        ->add_option("--discard-older-than", options->discard_older,
+                     "Give up what is still pending of alarms raised longer ago: 90m, 12h, 3d")
+        ->type_name("AGE");
+    command->footer(
+        "Takes every alarm that is added to the alarm log, by \"pagerfwd alarm raise\" or by "
+        "another\n"
+        "program, and pages those to whom the routes of the site file lead. Pages that were "
+        "pending\n"
+        "when an engine ended are due at once. A page on the line is finished before it ends, "
+        "which\n"
+        "can take minutes. Every step of every page is written to pageprot.txt, in this folder.\n\n"
+        "Examples:\n"
+        "  pagerfwd --database site.db run\n"
+        "  pagerfwd --database site.db run --discard-older-than 12h\n");
+    command->callback([options, &program] {
+        program.command = [options, &program] { return RunEngine(program, *options); };
+    });
+}
+
+}  // namespace host

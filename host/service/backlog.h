@@ -1,0 +1,31 @@
+// What an engine finds when it starts.
+//
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_SERVICE_BACKLOG_H
+#define PAGERFWD_HOST_SERVICE_BACKLOG_H
+
+#include <cstdint>
+#include <ctime>
+
+#include "host/store/connection.h"
+
+namespace host {
+
+struct Backlog {
+    int64_t pages = 0;
+    std::time_t oldest = 0;  // when its alarm was raised; 0 where there is none
+};
+Backlog LookAtBacklog(Connection& connection);
+
+// Alarms that are owed a page, though their state says that all pages have ended: the engine would
+// drop those pages. It happens where a process dies between the end of an alarm's one page and the
+// queueing of the next. Returns how many they were. To be called before the engine is started.
+int32_t MendAlarmStates(Connection& connection);
+
+// Gives up the pages of alarms that were raised before. Returns how many pages that were. To be
+// called before the engine is started.
+int32_t DiscardPages(Connection& connection, std::time_t raised_before);
+
+}  // namespace host
+
+#endif

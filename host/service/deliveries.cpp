@@ -1,0 +1,86 @@
+// Deliveries. Tested by tests/unit/host/intake_test.cpp.
+#include "host/service/deliveries.h"
+
+#include "host/alarms/states.h"
+
+namespace host {
+namespace {
+
+// Owned by the statement's caller, as bound texts are.
+Statement& BindKey(Statement& statement, const Delivery& delivery) {
+    return statement.Bind(delivery.alarm).Bind(delivery.group).Bind(delivery.pager);
+}
+
+void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
+                    const std::string& pager) {
+    Statement(connection, "INSERT OR REPLACE INTO Host_Deliveries VALUES (?, ?, ?, ?, NULL)")
+        .Bind(alarm.number)
+        .Bind(place)
+        .Bind(alarm.group)
+        .Bind(pager)
+        .Run();
+}
+
+bool WentToSomebody(Connection& connection, const std::string& alarm) {
+    Statement statement(connection,
+                        "SELECT 1 FROM Host_Deliveries WHERE alarm = ?"
+                        " AND (answer IS NULL OR answer >= 1) LIMIT 1");
+    return statement.Bind(alarm).Step();
+}
+
+}  // namespace
+
+void PlanDeliveries(Connection& connection, const Alarm& alarm,
+                    const std::vector<std::string>& pagers) {
+    WriteTransaction transaction(connection);
+    int64_t place = 0;
+    for (const std::string& pager : pagers) {
+        InsertDelivery(connection, alarm, place++, pager);
+    }
+    SetPagerState(connection, alarm.row, pagers.empty() ? kStateAcknowledged : kStateBeingPaged);
+    transaction.Commit();
+}
+
+std::vector<Delivery> OpenDeliveries(Connection& connection) {
+    std::vector<Delivery> deliveries;
+    Statement statement(connection,
+                        "SELECT alarm, place, alarm_group, pager FROM Host_Deliveries"
+                        " WHERE answer IS NULL ORDER BY CAST(alarm AS INTEGER), place");
+    while (statement.Step()) {
+        deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
+                              std::string(statement.Text(2)), std::string(statement.Text(3))});
+    }
+    return deliveries;
+}
+
+bool HasOpenDeliveries(Connection& connection) {
+    return Statement(connection, "SELECT 1 FROM Host_Deliveries WHERE answer IS NULL LIMIT 1")
+        .Step();
+}
+
+void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "UPDATE Host_Deliveries SET answer = ? WHERE alarm = ? AND place = ?")
+        .Bind(int64_t{answer})
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
+    transaction.Commit();
+}
+
+bool WasEverQueued(Connection& connection, const Delivery& delivery) {
+    Statement statement(connection,
+                        "SELECT 1 FROM Host_History"
+                        " WHERE alarm = ? AND alarm_group = ? AND pager = ? LIMIT 1");
+    return BindKey(statement, delivery).Step();
+}
+
+void CloseAlarm(Connection& connection, const Alarm& alarm) {
+    WriteTransaction transaction(connection);
+    if (!WentToSomebody(connection, alarm.number)) {
+        SetPagerState(connection, alarm.row, kStateOffLimit);
+    }
+    transaction.Commit();
+}
+
+}  // namespace host

@@ -1,0 +1,154 @@
+// New alarms. Tested by tests/unit/host/intake_test.cpp.
+#include "host/service/intake.h"
+
+#include <charconv>
+
+#include "host/alarms/states.h"
+#include "host/service/routes.h"
+#include "host/site/site_tables.h"
+
+namespace host {
+namespace {
+
+// The library couldn't read a table that is there. It may be able to soon.
+constexpr std::time_t kSecondsBeforeAgain = 10;
+
+bool IsLibraryNumber(const std::string& text) {
+    int32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() &&
+           std::to_string(number) == text;
+}
+
+bool NeedsNoPaging(const Alarm& alarm) {
+    return alarm.acknowledged || alarm.state == kStateAcknowledged;
+}
+
+// Another page of the alarm may have ended meanwhile, and its fold says that all have.
+void SayBeingPaged(Connection& connection, const Alarm& alarm) {
+    if (alarm.state == kStateBeingPaged) {
+        return;
+    }
+    WriteTransaction transaction(connection);
+    SetPagerState(connection, alarm.row, kStateBeingPaged);
+    transaction.Commit();
+}
+
+}  // namespace
+
+void Intake::Run(Connection& connection) {
+    TakeUp(connection);
+    if (std::time(nullptr) < not_before_) {
+        return;
+    }
+    not_before_ = 0;
+    for (const Delivery& delivery : OpenDeliveries(connection)) {
+        if (!HandOver(connection, delivery)) {
+            not_before_ = std::time(nullptr) + kSecondsBeforeAgain;
+            return;
+        }
+    }
+}
+
+void Intake::TakeUp(Connection& connection) {
+    const std::vector<Alarm> alarms = NewAlarms(connection);
+    if (alarms.empty()) {
+        return;
+    }
+    const std::vector<StoredRoute> routes = ReadRoutes(connection, encoding_);
+    for (const Alarm& alarm : alarms) {
+        TakeUp(connection, alarm,
+               PagersFor(routes, Decode(alarm.group, encoding_), alarm.severity));
+    }
+}
+
+void Intake::TakeUp(Connection& connection, const Alarm& alarm,
+                    const std::vector<std::string>& pagers) {
+    const std::string name = "alarm " + alarm.number + " (" + Decode(alarm.group, encoding_) + ")";
+    if (alarm.acknowledged) {
+        PlanDeliveries(connection, alarm, {});
+    } else if (!IsLibraryNumber(alarm.number) || !FindAlarm(connection, alarm.number)) {
+        log_.Error(name +
+                   ": its number can't be used: it isn't one, or another alarm has it; "
+                   "nobody is paged");
+        WriteTransaction transaction(connection);
+        SetPagerState(connection, alarm.row, kStateOffLimit);
+        transaction.Commit();
+    } else {
+        PlanDeliveries(connection, alarm, pagers);
+        if (pagers.empty()) {
+            log_.Warning(name + ": no route leads to a pager; nobody is paged");
+        }
+    }
+}
+
+// False: the answer may change; the delivery stays open.
+bool Intake::HandOver(Connection& connection, const Delivery& delivery) {
+    const std::optional<Alarm> alarm = FindAlarm(connection, delivery.alarm);
+    const std::optional<int32_t> answer = AnswerFor(connection, delivery, alarm);
+    if (!answer) {
+        log_.Warning(Name(delivery) + ": the library can't read the tables now; trying again soon");
+        return false;
+    }
+    NoteAnswer(connection, delivery, *answer);
+    Report(delivery, *answer);
+    if (alarm && !NeedsNoPaging(*alarm)) {
+        CloseAlarm(connection, *alarm);
+    }
+    return true;
+}
+
+std::optional<int32_t> Intake::AnswerFor(Connection& connection, const Delivery& delivery,
+                                         const std::optional<Alarm>& alarm) {
+    if (!alarm) {
+        return kAlarmUnknown;
+    }
+    if (WasEverQueued(connection, delivery)) {
+        return kWasQueued;
+    }
+    if (NeedsNoPaging(*alarm)) {
+        return kWasAcknowledged;
+    }
+    SayBeingPaged(connection, *alarm);
+    const int32_t answer = forward_(*alarm, delivery);
+    if (IsPassing(connection, delivery, answer)) {
+        return std::nullopt;
+    }
+    return answer;
+}
+
+// The library says no, and the tables say that it could say yes.
+bool Intake::IsPassing(Connection& connection, const Delivery& delivery, int32_t answer) {
+    switch (answer) {
+        case kAlarmUnknown:
+            return FindAlarm(connection, delivery.alarm).has_value();
+        case kPagerUnknown:
+            return FindPagers(connection, delivery.pager).size() == 1;
+        default:
+            return false;
+    }
+}
+
+void Intake::Report(const Delivery& delivery, int32_t answer) {
+    switch (answer) {
+        case kQueued:
+            return log_.Info(Name(delivery) + ": queued");
+        case kWasQueued:
+            return log_.Info(Name(delivery) + ": queued before the restart");
+        case kWasAcknowledged:
+            return log_.Info(Name(delivery) + ": acknowledged before it was queued");
+        case kPagerUnknown:
+            return log_.Error(Name(delivery) +
+                              ": there is no such pager, or more than one; it is not paged. Mend "
+                              "the site file, and import it");
+        default:
+            return log_.Error(Name(delivery) + ": the alarm has gone from the alarm log");
+    }
+}
+
+std::string Intake::Name(const Delivery& delivery) const {
+    return "alarm " + delivery.alarm + " (" + Decode(delivery.group, encoding_) + ") to \"" +
+           Decode(delivery.pager, encoding_) + "\"";
+}
+
+}  // namespace host

@@ -1,0 +1,51 @@
+// From the alarm log to the library: takes up new alarms, and hands each of them over for one pager
+// at a time, until every pager of its routes has an answer.
+//
+// Threads    One.
+// Errors     StoreError. What was taken up and not handed over stays open in the tables.
+#ifndef PAGERFWD_HOST_SERVICE_INTAKE_H
+#define PAGERFWD_HOST_SERVICE_INTAKE_H
+
+#include <ctime>
+#include <functional>
+#include <optional>
+
+#include "host/service/deliveries.h"
+#include "host/service/operator_log.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+class Intake {
+ public:
+    // Calls the library, and returns its answer.
+    using Forward = std::function<int32_t(const Alarm& alarm, const Delivery& delivery)>;
+
+    Intake(Encoding encoding, Forward forward, OperatorLog& log)
+        : encoding_(encoding), forward_(std::move(forward)), log_(log) {}
+
+    // Takes up what is new, and hands over what is open.
+    void Run(Connection& connection);
+
+    // Whether something is still open that may be handed over now.
+    bool WantsAgain(std::time_t now) const { return not_before_ != 0 && now >= not_before_; }
+
+ private:
+    void TakeUp(Connection& connection);
+    void TakeUp(Connection& connection, const Alarm& alarm, const std::vector<std::string>& pagers);
+    bool HandOver(Connection& connection, const Delivery& delivery);
+    std::optional<int32_t> AnswerFor(Connection& connection, const Delivery& delivery,
+                                     const std::optional<Alarm>& alarm);
+    bool IsPassing(Connection& connection, const Delivery& delivery, int32_t answer);
+    void Report(const Delivery& delivery, int32_t answer);
+    std::string Name(const Delivery& delivery) const;
+
+    const Encoding encoding_;
+    const Forward forward_;
+    OperatorLog& log_;
+    std::time_t not_before_ = 0;  // after an answer that may change: when to ask again
+};
+
+}  // namespace host
+
+#endif

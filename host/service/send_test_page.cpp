@@ -1,0 +1,14 @@
+// A test page. Tested by tests/e2e/test_page_test.cpp.
+#include "host/service/send_test_page.h"
+
+namespace host {
+
+int32_t SendTestPage(const Library& library, const std::string& database, PagerRow pager) {
+    std::string name = database;
+    int32_t no_alarm = 0;
+    FwdSpecialInfoStr info{name.data(), &no_alarm, nullptr, nullptr};
+    return library.TestPager(&info, pager.description.data(), pager.number.data(),
+                             pager.port.data(), pager.type.data(), pager.timeModel.data());
+}
+
+}  // namespace host

@@ -1,0 +1,208 @@
+// The service's loop. Tested by tests/e2e/run_test.cpp.
+#include "host/service/service.h"
+
+#include <utility>
+
+#include "host/alarms/alarms.h"
+#include "host/service/backlog.h"
+#include "host/service/history.h"
+#include "host/service/send_test_page.h"
+#include "host/service/test_pages.h"
+#include "host/store/pending.h"
+#include "host/text_helpers.h"
+
+namespace host {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{1000};
+constexpr const char* kTraceFile = "pageprot.txt";
+constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
+constexpr std::time_t kDay = 24 * 60 * 60;
+
+int64_t VersionSeen(Connection& connection) {
+    Statement statement(connection, "PRAGMA data_version");
+    statement.Step();
+    return statement.Number(0);
+}
+
+std::string Age(std::time_t seconds) {
+    constexpr std::time_t kHour = 60 * 60;
+    if (seconds >= 2 * kDay) {
+        return std::to_string(seconds / kDay) + " days";
+    }
+    return seconds >= 2 * kHour ? std::to_string(seconds / kHour) + " hours"
+                                : std::to_string(seconds / 60) + " minutes";
+}
+
+}  // namespace
+
+Service::Service(ServiceOptions options, const Library& library, OperatorLog& log)
+    : options_(std::move(options)),
+      library_(library),
+      log_(log),
+      lease_(options_.database),
+      encoding_(EncodingOf(lease_.Database())),
+      locks_(options_.database, options_.locks, "run"),
+      intake_(
+          encoding_,
+          [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
+          log_),
+      trace_(kTraceFile) {
+    locks_.TakeDevices(lease_.Database());
+    UseShiftJis(encoding_ == Encoding::kShiftJis);
+}
+
+void Service::Run(StopSignal& stop) {
+    LookAtPendingPages();
+    Start();
+    do {
+        StepOrReport();
+    } while (!done_ && !stop.WaitFor(kBetweenLooks));
+    log_.Info("ending; a page on the line is finished first");
+    Stop();
+    log_.Info("ended");
+}
+
+void Service::LookAtPendingPages() {
+    Connection& connection = lease_.Database();
+    if (options_.discard_older) {
+        const std::time_t before =
+            std::time(nullptr) - static_cast<std::time_t>(options_.discard_older->count());
+        log_.Info("pages of older alarms that are given up: " +
+                  std::to_string(DiscardPages(connection, before)));
+    }
+    MendAlarmStates(connection);
+    const Backlog backlog = LookAtBacklog(connection);
+    if (backlog.pages > 0) {
+        log_.Warning(std::to_string(backlog.pages) +
+                     " page(s) are pending from before, the oldest of an alarm " +
+                     Age(std::time(nullptr) - backlog.oldest) +
+                     " old; all are due now. To give up old ones: run --discard-older-than");
+    }
+}
+
+void Service::Start() {
+    try {
+        NoteEngineStart(lease_.Database());
+    } catch (const StoreError& failure) {
+        log_.Error(std::string(failure.what()) + "; the due times that are shown may be wrong");
+    }
+    trace_.MoveAside();  // the library begins it anew
+    std::string name = options_.database;
+    FwdSpecialInfoStr info{name.data(), nullptr, nullptr, nullptr};
+    library_.StartAlarmFwdPager(&info);
+    log_.Info("serving " + options_.database);
+}
+
+void Service::Stop() {
+    library_.StopAlarmFwdPager();
+    ReadTrace();
+}
+
+void Service::StepOrReport() {
+    try {
+        Step();
+    } catch (const StoreError& failure) {
+        seen_ = -1;
+        log_.Error(std::string(failure.what()) + "; trying again");
+    }
+}
+
+void Service::Step() {
+    if (HasChanged() || intake_.WantsAgain(std::time(nullptr))) {
+        intake_.Run(lease_.Database());
+        SendTestPages();
+    }
+    ReadTrace();
+    if (ports_.IsDue(std::time(nullptr))) {
+        RenewEngine();
+    }
+    ForgetOldHistory();
+    done_ = IsDone();
+}
+
+// Somebody else's changes; the library's worker is somebody else.
+bool Service::HasChanged() {
+    const int64_t version = VersionSeen(lease_.Database());
+    return std::exchange(seen_, version) != version;
+}
+
+bool Service::IsDone() {
+    if (!options_.until_done) {
+        return false;
+    }
+    Connection& connection = lease_.Database();
+    return NewAlarms(connection).empty() && !HasOpenDeliveries(connection) &&
+           CountPendingPages(connection) == 0;
+}
+
+int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {
+    std::string name = options_.database;
+    int32_t number = std::stoi(alarm.number);
+    std::string group = delivery.group;
+    std::string server = alarm.server;
+    std::string pager = delivery.pager;
+    std::string unused;
+    char* groups[] = {group.data()};
+    char* pagers[] = {pager.data()};
+    FwdSpecialInfoStr info{name.data(), &number, nullptr, groups};
+    return library_.AlarmFwdPager(&info, server.data(), unused.data(), pagers, 1);
+}
+
+void Service::SendTestPages() {
+    while (const auto asked = NextTestPage(lease_.Database(), lease_.Owners())) {
+        const std::vector<PagerRow> pagers = FindPagers(lease_.Database(), asked->pager);
+        const int32_t answer = pagers.size() == 1
+                                   ? SendTestPage(library_, options_.database, pagers.front())
+                                   : kPagerUnknown;
+        log_.Info("test page to \"" + Decode(asked->pager, encoding_) + "\": result " +
+                  std::to_string(answer));
+        AnswerTestPage(lease_.Database(), asked->asked, answer);
+    }
+}
+
+void Service::ReadTrace() {
+    const bool was_taken = ports_.IsAnyTaken();
+    for (std::string bytes = trace_.Read(); !bytes.empty(); bytes = trace_.Read()) {
+        ports_.Read(bytes);
+    }
+    if (ports_.IsAnyTaken() && !was_taken) {
+        log_.Error(
+            "a port could not be opened, and stays taken until the engine is made anew, which is "
+            "done soon. Does its device exist, and does another program hold it?");
+    }
+    if (trace_.Position() > kLongestTrace) {
+        trace_.MoveAside();
+    }
+}
+
+// Between two pages: the end of the engine waits for one on the line.
+void Service::RenewEngine() {
+    log_.Info("making the engine anew, to open its ports again; pending pages are due at once");
+    Stop();
+    ports_.Renewed(std::time(nullptr));
+    TakeDevices();
+    Start();
+}
+
+// Those of ports that were added since.
+void Service::TakeDevices() {
+    try {
+        MendAlarmStates(lease_.Database());
+        locks_.TakeDevices(lease_.Database());
+    } catch (const std::runtime_error& failure) {
+        log_.Error(failure.what());
+    }
+}
+
+void Service::ForgetOldHistory() {
+    const std::time_t now = std::time(nullptr);
+    if (now < forget_at_) {
+        return;
+    }
+    forget_at_ = now + kDay;
+    const std::chrono::seconds kept = options_.history;
+    ForgetHistory(lease_.Database(), now - static_cast<std::time_t>(kept.count()));
+}
+
+}  // namespace host

@@ -1,0 +1,74 @@
+// An engine that runs: the library, brought up for one database, and what it needs around it.
+//
+// The way of an alarm: the alarm log -> routes -> deliveries (intake.h) -> AlarmFwdPager; from then
+// on the library's worker has it. All calls of the library are made by one thread, as it asks for.
+//
+// Threads    Run's own, and the library's worker.
+// Errors     StoreError at the start. Later a failure is told to the operator, and tried again.
+#ifndef PAGERFWD_HOST_SERVICE_SERVICE_H
+#define PAGERFWD_HOST_SERVICE_SERVICE_H
+
+#include <chrono>
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "host/library/library.h"
+#include "host/service/engine_locks.h"
+#include "host/service/growing_file.h"
+#include "host/service/intake.h"
+#include "host/service/operator_log.h"
+#include "host/service/port_watch.h"
+#include "host/service/stop_signal.h"
+#include "host/store/pool.h"
+
+namespace host {
+
+struct ServiceOptions {
+    std::string database;
+    std::string locks;        // the folder of the devices' locks
+    bool until_done = false;  // ends by itself when nothing is pending
+    std::optional<std::chrono::seconds> discard_older;
+    std::chrono::hours history{24 * 90};  // how long the history of ended pages is kept
+};
+
+class Service {
+ public:
+    // Takes the locks.
+    Service(ServiceOptions options, const Library& library, OperatorLog& log);
+
+    // Until the end is asked for. A page on the line is finished first.
+    void Run(StopSignal& stop);
+
+ private:
+    void Start();
+    void Stop();
+    void LookAtPendingPages();
+    void Step();
+    void StepOrReport();
+    bool HasChanged();
+    bool IsDone();
+    void TakeDevices();
+    int32_t Forward(const Alarm& alarm, const Delivery& delivery);
+    void SendTestPages();
+    void ReadTrace();
+    void RenewEngine();
+    void ForgetOldHistory();
+
+    const ServiceOptions options_;
+    const Library& library_;
+    OperatorLog& log_;
+    Lease lease_;
+    const Encoding encoding_;
+    EngineLocks locks_;
+    Intake intake_;
+    GrowingFile trace_;
+    PortWatch ports_;
+    int64_t seen_ = -1;          // the version of the database at the last look
+    std::time_t forget_at_ = 0;  // when old history is looked for again
+    bool done_ = false;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,34 @@
+// The end that is asked for: SIGTERM and SIGINT, made into something that a wait can end with.
+//
+// Ownership  One object per process. When it ends, the signals do again what they did before.
+// Threads    One waits.
+// Errors     std::system_error, where the system has no descriptor left.
+#ifndef PAGERFWD_HOST_SERVICE_STOP_SIGNAL_H
+#define PAGERFWD_HOST_SERVICE_STOP_SIGNAL_H
+
+#include <signal.h>
+
+#include <chrono>
+
+namespace host {
+
+class StopSignal {
+ public:
+    StopSignal();
+    ~StopSignal();
+    StopSignal(const StopSignal&) = delete;
+    StopSignal& operator=(const StopSignal&) = delete;
+
+    // Waits so long, or until the end is asked for. True: it is.
+    bool WaitFor(std::chrono::milliseconds longest);
+
+    bool IsAskedFor() { return WaitFor(std::chrono::milliseconds{0}); }
+
+ private:
+    struct sigaction term_ {};
+    struct sigaction interrupt_ {};
+};
+
+}  // namespace host
+
+#endif
