@@ -2,6 +2,7 @@
 #include "sim/record/event_stream.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -35,7 +36,7 @@ class Descriptor {
 
     bool IsOpen() const { return fd_ >= 0; }
     void WriteAll(std::string_view text) const;
-    void WaitUntilRead() const;
+    void WaitUntilShown() const;
 
  private:
     const int fd_;
@@ -70,13 +71,17 @@ void Descriptor::WriteAll(std::string_view text) const {
     }
 }
 
-void Descriptor::WaitUntilRead() const {
+// Until the pipe is empty and its reader, who holds its lock from the reading to the showing, is
+// done.
+void Descriptor::WaitUntilShown() const {
     struct stat status {};
     if (fstat(fd_, &status) != 0 || !S_ISFIFO(status.st_mode))
         return;
     int unread = 0;
     for (int tries = 0; tries < kPatienceMs; ++tries) {
-        if (ioctl(fd_, FIONREAD, &unread) != 0 || unread == 0)
+        if (ioctl(fd_, FIONREAD, &unread) != 0)
+            return;
+        if (unread == 0 && flock(fd_, LOCK_SH | LOCK_NB) == 0)
             return;
         ShortPause();
     }
@@ -98,7 +103,7 @@ void EventStream::Record(const Event& event) {
     for (const Event& part : Parts(timed))
         stream.WriteAll(ToJson(part) + "\n");
     if (event.kind == EventKind::kCloses)
-        stream.WaitUntilRead();
+        stream.WaitUntilShown();
 }
 
 }  // namespace pagersim

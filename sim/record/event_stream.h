@@ -10,7 +10,7 @@ namespace pagersim {
 
 // Each event is written by opening, writing and closing: a program that closes every descriptor it
 // doesn't know, or is killed, takes nothing away, and the programs of one command share a file.
-// Behind an event that ends a connection it waits until a pipe's reader has taken all (at most a
+// Behind an event that ends a connection it waits until a pipe's reader has shown all (at most a
 // second of real time), so that what the program prints next comes after the dialogue.
 //
 // Errors     What can't be written is lost: the simulation goes on.

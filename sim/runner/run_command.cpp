@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -85,14 +86,27 @@ class HeldSignals {
     _exit(kCannotStart);
 }
 
+class PipeLock {
+ public:
+    explicit PipeLock(int fd) : fd_(fd) { flock(fd_, LOCK_EX); }
+    ~PipeLock() { flock(fd_, LOCK_UN); }
+    PipeLock(const PipeLock&) = delete;
+    PipeLock& operator=(const PipeLock&) = delete;
+
+ private:
+    const int fd_;
+};
+
 // Puts events together from what comes through the pipe.
 class EventReader {
  public:
     EventReader(int fd, const std::function<void(const Event&)>& happens)
         : fd_(fd), happens_(happens) {}
 
-    // All that is there.
+    // All that is there. The lock tells the writers that what they no longer find in the pipe isn't
+    // shown yet.
     void Read() {
+        const PipeLock lock(fd_);
         std::array<char, 4096> bytes{};
         for (ssize_t count = 0; (count = read(fd_, bytes.data(), bytes.size())) > 0;) {
             text_.append(bytes.data(), static_cast<std::size_t>(count));
