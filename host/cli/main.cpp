@@ -51,6 +51,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddRun(app, program);
     AddAlarm(app, program);
     AddStatus(app, program);
+    AddTrace(app, program);
 }
 
 int Complain(const std::exception& reason, ExitCode code) {

@@ -57,6 +57,7 @@ void AddInit(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
+void AddTrace(CLI::App& app, Program& program);
 
 // The text of a file. Throws Failure.
 std::string ReadFile(const std::string& path);
