@@ -23,7 +23,6 @@ constexpr const char* kTap =
 class TestPage : public ::testing::Test {
  protected:
     TestPage() {
-        setenv("PAGERFWD_LOCKS", ".", 1);
         RunProgram({PAGERFWD_PROGRAM, "init"});
         const ProgramRun run = RunProgram({PAGERFWD_PROGRAM, "import", EXAMPLES "/site.toml"});
         EXPECT_EQ(0, run.exit_code) << run.err;

@@ -1,4 +1,5 @@
-// A folder of its own for a test, which is the working directory while it lives.
+// A folder of its own for a test, which is the working directory while it lives. Engines lock their
+// serial devices in it, so that tests that run at once don't meet.
 //
 // Errors     A folder that can't be made or entered is std::runtime_error.
 #ifndef PAGERFWD_TESTS_SUPPORT_TEMP_DIR_H
@@ -6,6 +7,7 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -21,6 +23,7 @@ class TempDir {
             throw std::runtime_error("no temporary folder: " + path);
         }
         path_ = path;
+        setenv("PAGERFWD_LOCKS", path.c_str(), 1);
         Enter();
     }
 

@@ -43,10 +43,7 @@ mon = "8-9"
 
 class Cli : public ::testing::Test {
  protected:
-    Cli() {
-        unsetenv("PAGERFWD_DATABASE");
-        setenv("PAGERFWD_LOCKS", ".", 1);
-    }
+    Cli() { unsetenv("PAGERFWD_DATABASE"); }
     ~Cli() override { host::CloseDatabases(); }
 
     static ProgramRun Run(std::vector<std::string> arguments) {
