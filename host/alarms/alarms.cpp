@@ -10,7 +10,7 @@ constexpr const char* kSelect =
     "SELECT row_id, alarmlogID,"
     " CASE alarm_group WHEN '' THEN alarmName ELSE alarm_group END,"
     " severity, server, details, pagerstate, CAST(timestamp AS INTEGER),"
-    " alarmack NOT IN ('', '0') FROM AlarmLog ";
+    " alarmack NOT IN ('', '0'), CAST(acktime AS INTEGER) FROM AlarmLog ";
 
 std::vector<Alarm> ReadAll(Statement& statement) {
     std::vector<Alarm> alarms;
@@ -25,6 +25,7 @@ std::vector<Alarm> ReadAll(Statement& statement) {
         alarm.state = statement.Text(6);
         alarm.raised = static_cast<std::time_t>(statement.Number(7));
         alarm.acknowledged = statement.Number(8) != 0;
+        alarm.acknowledged_at = static_cast<std::time_t>(statement.Number(9));
         alarms.push_back(std::move(alarm));
     }
     return alarms;

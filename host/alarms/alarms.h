@@ -29,6 +29,7 @@ struct Alarm {
     std::string state;  // pagerstate
     std::time_t raised = 0;
     bool acknowledged = false;
+    std::time_t acknowledged_at = 0;
 };
 
 struct NewAlarm {

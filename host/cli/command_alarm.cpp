@@ -6,7 +6,6 @@
 #include <climits>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/pool.h"
+#include "host/text/json.h"
 
 namespace host {
 namespace {
@@ -104,7 +104,7 @@ void PrintTable(const std::vector<Alarm>& alarms, Encoding encoding) {
     }
 }
 
-nlohmann::ordered_json ToJson(const Alarm& alarm, Encoding encoding) {
+Json ToJson(const Alarm& alarm, Encoding encoding) {
     return {{"alarm", Decode(alarm.number, encoding)},
             {"raised", LocalTime(alarm.raised)},
             {"severity", Decode(SeverityWord(alarm.severity), encoding)},
@@ -123,11 +123,11 @@ ExitCode List(const Program& program, const ListOptions& options) {
         PrintTable(alarms, encoding);
         return kDone;
     }
-    auto list = nlohmann::ordered_json::array();
+    auto list = Json::array();
     for (const Alarm& alarm : alarms) {
         list.push_back(ToJson(alarm, encoding));
     }
-    std::cout << list.dump(2) << "\n";
+    std::cout << Written(list) << "\n";
     return kDone;
 }
 

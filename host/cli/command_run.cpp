@@ -16,6 +16,7 @@ namespace {
 struct RunOptions {
     bool until_done = false;
     std::string discard_older;
+    std::string metrics;
 };
 
 // "90m", "12h", "3d"
@@ -47,6 +48,7 @@ ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
     service.database = program.database;
     service.locks = program.locks;
     service.until_done = options.until_done;
+    service.metrics = options.metrics;
     if (!options.discard_older.empty()) {
         service.discard_older = ParseAge(options.discard_older);
     }
@@ -93,6 +95,10 @@ void AddRun(CLI::App& app, Program& program) {
         ->add_option("--discard-older-than", options->discard_older,
                      "Give up what is still pending of alarms raised longer ago: 90m, 12h, 3d")
         ->type_name("AGE");
+    command
+        ->add_option("--metrics", options->metrics,
+                     "Keep the engine's figures in this file, for a node exporter (name.prom)")
+        ->type_name("FILE");
     command->footer(
         "Takes every alarm that is added to the alarm log, by \"pagerfwd alarm raise\" or by "
         "another\n"

@@ -51,6 +51,8 @@ void AddCommands(CLI::App& app, Program& program) {
     AddRun(app, program);
     AddAlarm(app, program);
     AddStatus(app, program);
+    AddWatch(app, program);
+    AddLog(app, program);
     AddTrace(app, program);
 }
 

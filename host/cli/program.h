@@ -54,8 +54,10 @@ void AddExplain(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);
+void AddLog(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);
+void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
 void AddTrace(CLI::App& app, Program& program);
 

@@ -6,7 +6,21 @@
 namespace host {
 namespace {
 
-// Owned by the statement's caller, as bound texts are.
+constexpr const char* kSelect =
+    "SELECT alarm, place, alarm_group, pager, answer IS NOT NULL, answer FROM Host_Deliveries ";
+
+std::vector<Delivery> ReadAll(Statement& statement) {
+    std::vector<Delivery> deliveries;
+    while (statement.Step()) {
+        const bool answered = statement.Number(4) != 0;
+        const auto answer = static_cast<int32_t>(statement.Number(5));
+        deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
+                              std::string(statement.Text(2)), std::string(statement.Text(3)),
+                              answered ? std::optional<int32_t>(answer) : std::nullopt});
+    }
+    return deliveries;
+}
+
 Statement& BindKey(Statement& statement, const Delivery& delivery) {
     return statement.Bind(delivery.alarm).Bind(delivery.group).Bind(delivery.pager);
 }
@@ -41,16 +55,17 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
     transaction.Commit();
 }
 
+std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm) {
+    Statement statement(connection, std::string(kSelect) + "WHERE alarm = ? ORDER BY place");
+    statement.Bind(alarm);
+    return ReadAll(statement);
+}
+
 std::vector<Delivery> OpenDeliveries(Connection& connection) {
-    std::vector<Delivery> deliveries;
-    Statement statement(connection,
-                        "SELECT alarm, place, alarm_group, pager FROM Host_Deliveries"
-                        " WHERE answer IS NULL ORDER BY CAST(alarm AS INTEGER), place");
-    while (statement.Step()) {
-        deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
-                              std::string(statement.Text(2)), std::string(statement.Text(3))});
-    }
-    return deliveries;
+    Statement statement(
+        connection,
+        std::string(kSelect) + "WHERE answer IS NULL ORDER BY CAST(alarm AS INTEGER), place");
+    return ReadAll(statement);
 }
 
 bool HasOpenDeliveries(Connection& connection) {

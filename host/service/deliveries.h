@@ -8,6 +8,7 @@
 #define PAGERFWD_HOST_SERVICE_DELIVERIES_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ struct Delivery {
     int64_t place = 0;  // within the alarm, in the order of the routes
     std::string group;
     std::string pager;
+    std::optional<int32_t> answer;  // none: open
 };
 
 // The library's answers, and the host's own for a call that wasn't needed.
@@ -37,6 +39,7 @@ enum DeliveryAnswer : int32_t {
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 
+std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm);
 std::vector<Delivery> OpenDeliveries(Connection& connection);
 bool HasOpenDeliveries(Connection& connection);
 

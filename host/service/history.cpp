@@ -134,6 +134,9 @@ int32_t ForgetHistory(Connection& connection, std::time_t before) {
               "DELETE FROM Host_Deliveries WHERE answer IS NOT NULL AND alarm NOT IN"
               " (SELECT alarm FROM Host_History)")
         .Run();
+    Statement(connection, "DELETE FROM Host_Sends WHERE at < ?")
+        .Bind(static_cast<int64_t>(before))
+        .Run();
     transaction.Commit();
     return count;
 }

@@ -6,6 +6,7 @@
 #include "host/alarms/alarms.h"
 #include "host/service/backlog.h"
 #include "host/service/history.h"
+#include "host/service/notify.h"
 #include "host/service/send_test_page.h"
 #include "host/service/test_pages.h"
 #include "host/store/pending.h"
@@ -15,8 +16,7 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks{1000};
-constexpr const char* kTraceFile = "pageprot.txt";
-constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
+constexpr std::time_t kBetweenMetrics = 15;
 constexpr std::time_t kDay = 24 * 60 * 60;
 
 int64_t VersionSeen(Connection& connection) {
@@ -47,7 +47,7 @@ Service::Service(ServiceOptions options, const Library& library, OperatorLog& lo
           encoding_,
           [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
           log_),
-      trace_(kTraceFile) {
+      trace_(lease_.Database(), encoding_, log_) {
     locks_.TakeDevices(lease_.Database());
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
@@ -55,9 +55,11 @@ Service::Service(ServiceOptions options, const Library& library, OperatorLog& lo
 void Service::Run(StopSignal& stop) {
     LookAtPendingPages();
     Start();
+    NotifyManager("READY=1");
     do {
         StepOrReport();
     } while (!done_ && !stop.WaitFor(kBetweenLooks));
+    NotifyManager("STOPPING=1");
     log_.Info("ending; a page on the line is finished first");
     Stop();
     log_.Info("ended");
@@ -87,7 +89,7 @@ void Service::Start() {
     } catch (const StoreError& failure) {
         log_.Error(std::string(failure.what()) + "; the due times that are shown may be wrong");
     }
-    trace_.MoveAside();  // the library begins it anew
+    trace_.Begin();
     std::string name = options_.database;
     FwdSpecialInfoStr info{name.data(), nullptr, nullptr, nullptr};
     library_.StartAlarmFwdPager(&info);
@@ -96,7 +98,7 @@ void Service::Start() {
 
 void Service::Stop() {
     library_.StopAlarmFwdPager();
-    ReadTrace();
+    trace_.Look();
 }
 
 void Service::StepOrReport() {
@@ -113,10 +115,11 @@ void Service::Step() {
         intake_.Run(lease_.Database());
         SendTestPages();
     }
-    ReadTrace();
-    if (ports_.IsDue(std::time(nullptr))) {
+    trace_.Look();
+    if (trace_.Ports().IsDue(std::time(nullptr))) {
         RenewEngine();
     }
+    WriteMetrics();
     ForgetOldHistory();
     done_ = IsDone();
 }
@@ -161,18 +164,24 @@ void Service::SendTestPages() {
     }
 }
 
-void Service::ReadTrace() {
-    const bool was_taken = ports_.IsAnyTaken();
-    for (std::string bytes = trace_.Read(); !bytes.empty(); bytes = trace_.Read()) {
-        ports_.Read(bytes);
+void Service::WriteMetrics() {
+    const std::time_t now = std::time(nullptr);
+    if ((options_.metrics.empty() && !HasManager()) || now < metrics_at_) {
+        return;
     }
-    if (ports_.IsAnyTaken() && !was_taken) {
-        log_.Error(
-            "a port could not be opened, and stays taken until the engine is made anew, which is "
-            "done soon. Does its device exist, and does another program hold it?");
+    metrics_at_ = now + kBetweenMetrics;
+    Metrics metrics = trace_.Figures();
+    metrics.pending = static_cast<uint64_t>(CountPendingPages(lease_.Database()));
+    NotifyManager("STATUS=" + std::to_string(metrics.pending) + " page(s) pending, " +
+                  std::to_string(metrics.sent) + " sent, " + std::to_string(metrics.failed) +
+                  " failed");
+    if (options_.metrics.empty()) {
+        return;
     }
-    if (trace_.Position() > kLongestTrace) {
-        trace_.MoveAside();
+    try {
+        WriteFileAtomically(options_.metrics, AsText(metrics, encoding_));
+    } catch (const std::runtime_error& failure) {
+        log_.Error(failure.what());
     }
 }
 
@@ -180,7 +189,7 @@ void Service::ReadTrace() {
 void Service::RenewEngine() {
     log_.Info("making the engine anew, to open its ports again; pending pages are due at once");
     Stop();
-    ports_.Renewed(std::time(nullptr));
+    trace_.Ports().Renewed(std::time(nullptr));
     TakeDevices();
     Start();
 }

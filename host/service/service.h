@@ -15,10 +15,9 @@
 
 #include "host/library/library.h"
 #include "host/service/engine_locks.h"
-#include "host/service/growing_file.h"
+#include "host/service/engine_trace.h"
 #include "host/service/intake.h"
 #include "host/service/operator_log.h"
-#include "host/service/port_watch.h"
 #include "host/service/stop_signal.h"
 #include "host/store/pool.h"
 
@@ -27,6 +26,7 @@ namespace host {
 struct ServiceOptions {
     std::string database;
     std::string locks;        // the folder of the devices' locks
+    std::string metrics;      // the file of figures; empty: none
     bool until_done = false;  // ends by itself when nothing is pending
     std::optional<std::chrono::seconds> discard_older;
     std::chrono::hours history{24 * 90};  // how long the history of ended pages is kept
@@ -51,7 +51,7 @@ class Service {
     void TakeDevices();
     int32_t Forward(const Alarm& alarm, const Delivery& delivery);
     void SendTestPages();
-    void ReadTrace();
+    void WriteMetrics();
     void RenewEngine();
     void ForgetOldHistory();
 
@@ -62,9 +62,9 @@ class Service {
     const Encoding encoding_;
     EngineLocks locks_;
     Intake intake_;
-    GrowingFile trace_;
-    PortWatch ports_;
-    int64_t seen_ = -1;          // the version of the database at the last look
+    EngineTrace trace_;
+    int64_t seen_ = -1;  // the version of the database at the last look
+    std::time_t metrics_at_ = 0;
     std::time_t forget_at_ = 0;  // when old history is looked for again
     bool done_ = false;
 };

@@ -39,6 +39,7 @@ constexpr const char* kFirstHostParts =
 //   Host_Routes       see host/service/routes.h
 //   Host_Deliveries   see host/service/deliveries.h
 //   Host_History      see host/service/history.h
+//   Host_Sends        see host/service/sends.h
 //   Host_TestPages    see host/service/test_pages.h
 constexpr const char* kServiceParts =
     "ALTER TABLE AlarmLog ADD COLUMN alarm_group TEXT NOT NULL DEFAULT '';"
@@ -55,6 +56,10 @@ constexpr const char* kServiceParts =
     " change TEXT NOT NULL, alarm TEXT NOT NULL, alarm_group TEXT NOT NULL, pager TEXT NOT NULL,"
     " state TEXT NOT NULL, tries TEXT NOT NULL);"
     "CREATE INDEX Host_HistoryOfPage ON Host_History (alarm, pager);"
+    "CREATE TABLE Host_Sends (row_id INTEGER PRIMARY KEY, at INTEGER NOT NULL,"
+    " seconds INTEGER NOT NULL, alarm TEXT NOT NULL, pager TEXT NOT NULL, port TEXT NOT NULL,"
+    " outcome TEXT NOT NULL, result INTEGER NOT NULL, reason TEXT NOT NULL);"
+    "CREATE INDEX Host_SendsOfAlarm ON Host_Sends (alarm);"
     "CREATE TABLE Host_TestPages (row_id INTEGER PRIMARY KEY, asked_by INTEGER NOT NULL,"
     " pager TEXT NOT NULL, answer INTEGER);"
     // An alarm that was acknowledged stays so: the fold of its pages, written when a page on the

@@ -79,7 +79,8 @@ void PageBuilder::NoteHeader(const TraceMeaning& meaning) {
             page_.hours = Kept(field);
             break;
         case TraceKind::kAlarm:
-            TakeBehind(field, " (approximately logging time:");
+            page_.raised = Kept(TakeBehind(field, " (approximately logging time:"));
+            page_.raised = page_.raised.substr(0, page_.raised.rfind(')'));
             page_.alarm = Kept(field);
             break;
         case TraceKind::kServer:

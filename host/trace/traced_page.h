@@ -52,6 +52,8 @@ struct TracedPage {
     int seconds = 0;             // that it lasted
     bool test = false;
 
+    // raised: the alarm's number, read as a time, "01/08/01 / 10:00:00".
+    std::string raised;
     std::string pager, number_called, type, port, hours, alarm, server, severity, settings, message;
 
     Outcome outcome = Outcome::kCutOff;

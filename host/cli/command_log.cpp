@@ -1,0 +1,86 @@
+// pagerfwd log: the story of an alarm. Tested by tests/unit/host/cli_status_test.cpp and
+// tests/e2e/run_test.cpp.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/cli/names.h"
+#include "host/cli/program.h"
+#include "host/cli/times.h"
+#include "host/service/alarm_story.h"
+#include "host/site/site_tables.h"
+#include "host/store/pool.h"
+#include "host/text/json.h"
+
+namespace host {
+namespace {
+
+Json ToJson(const Alarm& alarm, const std::vector<StoryLine>& story, Encoding encoding) {
+    Json lines = Json::array();
+    for (const StoryLine& line : story) {
+        lines.push_back({{"at", LocalTime(line.at)},
+                         {"pager", Decode(line.pager, encoding)},
+                         {"what", line.what},
+                         {"more", Decode(line.more, encoding)}});
+    }
+    return {{"alarm", Decode(alarm.number, encoding)},
+            {"group", Decode(alarm.group, encoding)},
+            {"details", Decode(alarm.details, encoding)},
+            {"story", lines}};
+}
+
+void Print(const Alarm& alarm, const std::vector<StoryLine>& story, Encoding encoding) {
+    std::cout << "alarm " << Shown(alarm.number, encoding) << ", " << Shown(alarm.group, encoding)
+              << ", from " << Shown(alarm.server, encoding) << ": "
+              << Shown(alarm.details, encoding) << "\n";
+    for (const StoryLine& line : story) {
+        std::cout << LocalTime(line.at) << "  ";
+        if (!line.pager.empty()) {
+            std::cout << '"' << Shown(line.pager, encoding) << "\": ";
+        }
+        std::cout << line.what;
+        if (!line.more.empty()) {
+            std::cout << " (" << Shown(line.more, encoding) << ")";
+        }
+        std::cout << "\n";
+    }
+}
+
+ExitCode Log(const Program& program, int64_t number, bool json) {
+    Lease lease(program.database);
+    const Encoding encoding = EncodingOf(lease.Database());
+    const std::optional<Alarm> alarm = FindAlarm(lease.Database(), std::to_string(number));
+    if (!alarm) {
+        throw Failure(kNo, "there is no alarm " + std::to_string(number) +
+                               "; pagerfwd alarm list shows the last ones");
+    }
+    const std::vector<StoryLine> story = TellAlarm(lease.Database(), *alarm);
+    if (json) {
+        std::cout << Written(ToJson(*alarm, story, encoding)) << "\n";
+    } else {
+        Print(*alarm, story, encoding);
+    }
+    return kDone;
+}
+
+}  // namespace
+
+void AddLog(CLI::App& app, Program& program) {
+    CLI::App* const command = app.add_subcommand("log", "Tell what became of an alarm");
+    const auto number = std::make_shared<int64_t>();
+    const auto json = std::make_shared<bool>(false);
+    command->add_option("ALARM", *number, "Its number, as \"alarm list\" prints it")->required();
+    command->add_flag("--json", *json, "As JSON");
+    command->footer(
+        "Every sending of each of its pages: those that got through, those that failed, with the\n"
+        "reason, and those that were skipped since the pager's hours barred them.\n\n"
+        "Example:\n"
+        "  pagerfwd --database site.db log 978944400\n");
+    command->callback([number, json, &program] {
+        program.command = [number, json, &program] { return Log(program, *number, *json); };
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,28 @@
+// What is pending, and what has ended last: as tables and as JSON.
+#ifndef PAGERFWD_HOST_CLI_STATUS_VIEW_H
+#define PAGERFWD_HOST_CLI_STATUS_VIEW_H
+
+#include <string>
+#include <vector>
+
+#include "host/service/history.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+struct EngineStatus {
+    Encoding encoding = Encoding::kLatin1;
+    std::string engine;  // who serves the database: "run, process 12"; empty: nobody
+    std::vector<PageStory> pending;
+    std::vector<PageStory> ended;
+};
+
+// Looking changes nothing. Throws StoreError.
+EngineStatus ReadStatus(const std::string& database, int64_t ended);
+
+std::string AsTables(const EngineStatus& status);
+std::string AsJson(const EngineStatus& status);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,54 @@
+// What is taken from the trace of the running engine: the record of every sending, the figures, the
+// ports that stay taken, and what the operator has to hear at once.
+//
+// The file is kept within bounds: moved aside when it has grown to 16 MiB, and at each start of an
+// engine, which empties it.
+//
+// Threads    One.
+// Errors     StoreError, where a sending can't be recorded; the next look goes on behind it.
+#ifndef PAGERFWD_HOST_SERVICE_ENGINE_TRACE_H
+#define PAGERFWD_HOST_SERVICE_ENGINE_TRACE_H
+
+#include <ctime>
+
+#include "host/service/growing_file.h"
+#include "host/service/metrics.h"
+#include "host/service/operator_log.h"
+#include "host/service/port_watch.h"
+#include "host/service/trace_follower.h"
+#include "host/store/connection.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+class EngineTrace {
+ public:
+    EngineTrace(Connection& connection, Encoding encoding, OperatorLog& log);
+
+    // Before an engine is made.
+    void Begin();
+
+    // Reads what has come.
+    void Look();
+
+    PortWatch& Ports() { return ports_; }
+    const Metrics& Figures() const { return metrics_; }
+
+ private:
+    void PageEnded(const TracedPage& page);
+    void Tell(const Send& send);
+    void TellWhoHolds(const TracedPage& page);
+    std::string Named(const TracedPage& page) const;
+
+    Connection& connection_;
+    const Encoding encoding_;
+    OperatorLog& log_;
+    GrowingFile file_;
+    PortWatch ports_;
+    TraceFollower follower_;
+    Metrics metrics_;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,92 @@
+// Figures for monitoring. Tested by tests/unit/host/metrics_test.cpp.
+#include "host/service/metrics.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace host {
+namespace {
+
+// Backslashes, quotes and line ends are all that the format asks to be escaped.
+std::string Label(const std::string& text) {
+    std::string label;
+    for (const char c : text) {
+        if (c == '\n') {
+            label += "\\n";
+            continue;
+        }
+        if (c == '\\' || c == '"') {
+            label += '\\';
+        }
+        label += c;
+    }
+    return label;
+}
+
+void Head(std::ostream& out, const char* name, const char* type, const char* help) {
+    out << "# HELP " << name << ' ' << help << "\n# TYPE " << name << ' ' << type << "\n";
+}
+
+void Figure(std::ostream& out, const char* name, const char* type, const char* help,
+            uint64_t value) {
+    Head(out, name, type, help);
+    out << name << ' ' << value << "\n";
+}
+
+}  // namespace
+
+void Metrics::Count(const Send& send) {
+    line_seconds += static_cast<uint64_t>(send.seconds);
+    switch (send.outcome) {
+        case TracedPage::Outcome::kSent:
+            ++sent;
+            last_success[send.port] = send.at;
+            break;
+        case TracedPage::Outcome::kOutsideHours:
+            ++outside_hours;
+            break;
+        case TracedPage::Outcome::kNotSent:
+        case TracedPage::Outcome::kCutOff:
+            ++failed;
+            break;
+    }
+}
+
+std::string AsText(const Metrics& metrics, Encoding encoding) {
+    std::ostringstream out;
+    constexpr const char* kPages = "pagerfwd_pages_total";
+    Head(out, kPages, "counter", "Sendings of pages since the engine started, by result.");
+    out << kPages << "{result=\"sent\"} " << metrics.sent << "\n"
+        << kPages << "{result=\"failed\"} " << metrics.failed << "\n"
+        << kPages << "{result=\"outside_hours\"} " << metrics.outside_hours << "\n";
+    Figure(out, "pagerfwd_pages_given_up_total", "counter",
+           "Pages whose tries were used up since the engine started.", metrics.given_up);
+    Figure(out, "pagerfwd_line_seconds_total", "counter",
+           "Seconds that sending has taken since the engine started.", metrics.line_seconds);
+    Figure(out, "pagerfwd_pages_pending", "gauge", "Pages that are pending.", metrics.pending);
+    Figure(out, "pagerfwd_start_time_seconds", "gauge", "When the engine started, since 1970.",
+           static_cast<uint64_t>(metrics.started));
+    constexpr const char* kLast = "pagerfwd_last_success_timestamp_seconds";
+    Head(out, kLast, "gauge",
+         "When a page last got through, since 1970, by the port that its pager names.");
+    for (const auto& [port, at] : metrics.last_success) {
+        out << kLast << "{port=\"" << Label(port.empty() ? "any" : Decode(port, encoding)) << "\"} "
+            << at << "\n";
+    }
+    return out.str();
+}
+
+void WriteFileAtomically(const std::string& path, const std::string& text) {
+    const std::string temporary = path + ".new";
+    std::ofstream file(temporary, std::ios::trunc | std::ios::binary);
+    file << text << std::flush;
+    if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
+        throw std::runtime_error(path + ": can't be written: " + std::strerror(errno));
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,41 @@
+// The engine's figures, in the text exposition format that node exporters collect from files.
+//
+// Threads    One.
+// Errors     std::runtime_error, naming the file, where it can't be written.
+#ifndef PAGERFWD_HOST_SERVICE_METRICS_H
+#define PAGERFWD_HOST_SERVICE_METRICS_H
+
+#include <cstdint>
+#include <ctime>
+#include <map>
+#include <string>
+
+#include "host/service/sends.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+struct Metrics {
+    std::time_t started = 0;
+    // Since the engine started.
+    uint64_t sent = 0;
+    uint64_t failed = 0;
+    uint64_t outside_hours = 0;
+    uint64_t given_up = 0;
+    uint64_t line_seconds = 0;
+    // Now.
+    uint64_t pending = 0;
+    std::map<std::string, std::time_t> last_success;  // by port
+
+    void Count(const Send& send);
+};
+
+// ports: in the encoding of the tables; shown as UTF-8.
+std::string AsText(const Metrics& metrics, Encoding encoding);
+
+// Puts the file in the place of the one before, so that no reader sees half of it.
+void WriteFileAtomically(const std::string& path, const std::string& text);
+
+}  // namespace host
+
+#endif

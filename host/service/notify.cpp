@@ -1,0 +1,39 @@
+// The service manager's socket. Tested by tests/unit/host/notify_test.cpp.
+#include "host/service/notify.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+namespace host {
+
+bool HasManager() {
+    return std::getenv("NOTIFY_SOCKET") != nullptr;
+}
+
+void NotifyManager(const std::string& message) {
+    const char* const path = std::getenv("NOTIFY_SOCKET");
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path == nullptr || path[0] == '\0' || std::strlen(path) >= sizeof address.sun_path) {
+        return;
+    }
+    std::memcpy(address.sun_path, path, std::strlen(path));
+    if (path[0] == '@') {
+        address.sun_path[0] = '\0';  // a name that lies in no folder
+    }
+    const int file = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (file < 0) {
+        return;
+    }
+    const size_t size = offsetof(sockaddr_un, sun_path) + std::strlen(path);
+    sendto(file, message.data(), message.size(), MSG_NOSIGNAL,
+           reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(size));
+    close(file);
+}
+
+}  // namespace host
