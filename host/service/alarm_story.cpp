@@ -26,9 +26,14 @@ const char* WordOf(PageEnd end) {
     return "pending";
 }
 
-void AddPages(Connection& connection, const Alarm& alarm, std::vector<StoryLine>& story) {
-    for (const PageStory& page : PagesOf(connection, alarm.number)) {
+void AddQueued(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
+    for (const PageStory& page : pages) {
         story.push_back({page.queued, page.pager, "queued", ""});
+    }
+}
+
+void AddEnds(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
+    for (const PageStory& page : pages) {
         if (page.end != PageEnd::kPending) {
             story.push_back({page.ended, page.pager, WordOf(page.end), ""});
         }
@@ -62,8 +67,11 @@ void AddRefusals(Connection& connection, const Alarm& alarm, std::vector<StoryLi
 std::vector<StoryLine> TellAlarm(Connection& connection, const Alarm& alarm) {
     std::vector<StoryLine> story = {{alarm.raised, "", "raised", ""}};
     AddRefusals(connection, alarm, story);
-    AddPages(connection, alarm, story);
+    const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
+    // In one second, a page is queued, sent and ended in this order.
+    AddQueued(pages, story);
     AddSends(connection, alarm, story);
+    AddEnds(pages, story);
     if (alarm.acknowledged) {
         story.push_back({alarm.acknowledged_at, "", "acknowledged", ""});
     }
