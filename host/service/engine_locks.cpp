@@ -16,6 +16,13 @@ std::vector<std::string> PortNames(Connection& connection) {
     return names;
 }
 
+std::string TakenPort(const std::string& port, const std::string& device,
+                      const std::string& holder) {
+    std::string text = "port \"";
+    text.append(port).append("\", /dev/").append(device).append(": used already by pagerfwd ");
+    return text.append(holder).append(" (for another database)");
+}
+
 }  // namespace
 
 LockFile DatabaseLock(const std::string& database) {
@@ -28,7 +35,9 @@ std::string DeviceOf(const std::string& port) {
         port.back() < '1' || port.back() > '9') {
         return {};
     }
-    return std::string("ttyS") + static_cast<char>(port.back() - 1);
+    std::string device = "ttyS";
+    device += static_cast<char>(port.back() - 1);
+    return device;
 }
 
 EngineLocks::EngineLocks(const std::string& database, std::string folder, std::string holder)
@@ -48,9 +57,7 @@ void EngineLocks::TakeDevices(Connection& connection) {
         }
         LockFile lock(folder_ + "/pagerfwd-" + device);
         if (!lock.TryTake(holder_)) {
-            throw EngineTaken("port \"" + port + "\", /dev/" + device +
-                              ": used already by pagerfwd " + lock.Holder() +
-                              " (for another database)");
+            throw EngineTaken(TakenPort(port, device, lock.Holder()));
         }
         locks_.push_back(std::move(lock));
         devices_.insert(device);

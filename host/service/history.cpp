@@ -75,6 +75,7 @@ PageStory StoryOf(Connection& connection, const PageKey& key) {
 
 std::vector<PageStory> StoriesOf(Connection& connection, const std::vector<PageKey>& keys) {
     std::vector<PageStory> stories;
+    stories.reserve(keys.size());
     for (const PageKey& key : keys) {
         stories.push_back(StoryOf(connection, key));
     }

@@ -36,7 +36,7 @@ std::string AlarmOf(Connection& connection, const TracedPage& page) {
             break;
         }
         parts.tm_isdst = summer;
-        const std::string alarm = std::to_string(std::mktime(&parts));
+        std::string alarm = std::to_string(std::mktime(&parts));
         if (Owes(connection, alarm, page)) {
             return alarm;
         }
