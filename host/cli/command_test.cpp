@@ -7,12 +7,15 @@
 #include <string>
 #include <thread>
 
+#include "host/cli/elapsed.h"
 #include "host/cli/names.h"
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/test_results.h"
 #include "host/library/library.h"
+#include "host/service/backlog.h"
 #include "host/service/engine_locks.h"
+#include "host/service/history.h"
 #include "host/service/send_test_page.h"
 #include "host/service/test_pages.h"
 #include "host/site/site_tables.h"
@@ -41,6 +44,8 @@ class OwnEngine {
         : database_(program.database), locks_(program.database, program.locks, "test") {
         locks_.TakeDevices(connection);
         MindPendingPages(connection, sendPending);
+        MendAlarmStates(connection);
+        NoteEngineStart(connection);
         StartTrace(program);
         library_.emplace(program.library);
     }
@@ -83,6 +88,12 @@ int32_t AskRunningEngine(const Program& program, Lease& lease, const PagerRow& p
     return *answer;
 }
 
+int32_t SendShown(const Program& program, Lease& lease, const std::optional<OwnEngine>& engine,
+                  const PagerRow& pager) {
+    const Elapsed shown;
+    return engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager);
+}
+
 ExitCode Report(int32_t code, bool traced) {
     const TestResult* const result = FindTestResult(code);
     if (result == nullptr) {
@@ -116,8 +127,7 @@ ExitCode Test(const Program& program, const std::string& name, bool sendPending)
               << Shown(pager.number, encoding) << (engine ? "" : ", by the running engine")
               << " ...\n"
               << std::flush;
-    return Report(engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager),
-                  program.trace);
+    return Report(SendShown(program, lease, engine, pager), program.trace);
 }
 
 }  // namespace
