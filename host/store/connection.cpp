@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <utility>
 
 namespace host {
 namespace {
@@ -18,6 +19,10 @@ constexpr std::chrono::milliseconds kBusyTimeout{10000};
 constexpr const char* kSettings =
     "PRAGMA journal_mode = WAL;"
     "PRAGMA synchronous = FULL;";
+
+// More than the table store and the commands ever use; without a limit, a caller that builds a new
+// text each time would fill the memory.
+constexpr size_t kMostKept = 64;
 
 int OpenFlags(Connection::Mode mode) {
     // One thread at a time: SQLite's own mutexes aren't needed.
@@ -64,38 +69,59 @@ StoreError Connection::LastError() const {
     return StoreError(path_ + ": " + (database_ ? sqlite3_errmsg(database_.get()) : "no memory"));
 }
 
-void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
+void Connection::Finalizer::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }
 
-Statement::Statement(Connection& connection, const std::string& sql) : connection_(connection) {
-    sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v2(connection.database_.get(), sql.c_str(), static_cast<int>(sql.size()),
-                           &statement, nullptr) != SQLITE_OK) {
-        throw connection.LastError();
+Connection::KeptStatements::node_type Connection::Take(const std::string& sql) {
+    if (auto kept = kept_.extract(sql)) {
+        return kept;
     }
-    statement_.reset(statement);
+    sqlite3_stmt* made = nullptr;
+    if (sqlite3_prepare_v3(database_.get(), sql.c_str(), static_cast<int>(sql.size()),
+                           SQLITE_PREPARE_PERSISTENT, &made, nullptr) != SQLITE_OK) {
+        throw LastError();
+    }
+    std::unique_ptr<sqlite3_stmt, Finalizer> statement(made);
+    return kept_.extract(kept_.emplace(sql, std::move(statement)).first);
+}
+
+// What was borrowed from the caller is let go of here, and so is the statement's hold on the
+// database. Of two that were in use at once, the second is ended.
+void Connection::Keep(KeptStatements::node_type statement) noexcept {
+    sqlite3_reset(statement.mapped().get());
+    sqlite3_clear_bindings(statement.mapped().get());
+    if (kept_.size() < kMostKept) {
+        kept_.insert(std::move(statement));
+    }
+}
+
+Statement::Statement(Connection& connection, const std::string& sql)
+    : connection_(connection), kept_(connection.Take(sql)), statement_(kept_.mapped().get()) {}
+
+Statement::~Statement() {
+    connection_.Keep(std::move(kept_));
 }
 
 Statement& Statement::Bind(std::string_view text) {
     // A null pointer would bind NULL, which is not the empty text.
     const char* bytes = text.data() == nullptr ? "" : text.data();
-    if (sqlite3_bind_text64(statement_.get(), ++bound_, bytes, text.size(), SQLITE_STATIC,
-                            SQLITE_UTF8) != SQLITE_OK) {
+    if (sqlite3_bind_text64(statement_, ++bound_, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8) !=
+        SQLITE_OK) {
         throw connection_.LastError();
     }
     return *this;
 }
 
 Statement& Statement::Bind(int64_t number) {
-    if (sqlite3_bind_int64(statement_.get(), ++bound_, number) != SQLITE_OK) {
+    if (sqlite3_bind_int64(statement_, ++bound_, number) != SQLITE_OK) {
         throw connection_.LastError();
     }
     return *this;
 }
 
 bool Statement::Step() {
-    switch (sqlite3_step(statement_.get())) {
+    switch (sqlite3_step(statement_)) {
         case SQLITE_ROW:
             return true;
         case SQLITE_DONE:
@@ -111,16 +137,16 @@ void Statement::Run() {
 }
 
 std::string_view Statement::Text(int column) const {
-    const unsigned char* text = sqlite3_column_text(statement_.get(), column);
+    const unsigned char* text = sqlite3_column_text(statement_, column);
     return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }
 
 int64_t Statement::Number(int column) const {
-    return sqlite3_column_int64(statement_.get(), column);
+    return sqlite3_column_int64(statement_, column);
 }
 
 WriteTransaction::WriteTransaction(Connection& connection) : connection_(connection) {
-    connection_.Execute("BEGIN IMMEDIATE");
+    Statement(connection_, "BEGIN IMMEDIATE").Run();
 }
 
 WriteTransaction::~WriteTransaction() {
@@ -136,7 +162,7 @@ WriteTransaction::~WriteTransaction() {
 }
 
 void WriteTransaction::Commit() {
-    connection_.Execute("COMMIT");
+    Statement(connection_, "COMMIT").Run();
 }
 
 }  // namespace host

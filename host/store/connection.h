@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -46,14 +47,29 @@ class Connection {
         void operator()(sqlite3* database) const;
     };
 
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    using KeptStatements =
+        std::unordered_map<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>>;
+
+    // A prepared statement with its text: kept from an earlier use, or made.
+    KeptStatements::node_type Take(const std::string& sql);
+    void Keep(KeptStatements::node_type statement) noexcept;
+
     std::string path_;
     std::unique_ptr<sqlite3, Closer> database_;
+    KeptStatements kept_;  // those not in use; ended before the database closes
 };
 
+// A statement is prepared at its first use on a connection, and kept there for the next.
 // Parameters are bound and columns read; no value is ever part of the text of a statement.
 class Statement {
  public:
     Statement(Connection& connection, const std::string& sql);
+    ~Statement();
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
 
     // Binds the next parameter. A text is borrowed until the statement ends.
     Statement& Bind(std::string_view text);
@@ -68,12 +84,9 @@ class Statement {
     int64_t Number(int column) const;
 
  private:
-    struct Finalizer {
-        void operator()(sqlite3_stmt* statement) const;
-    };
-
     Connection& connection_;
-    std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+    Connection::KeptStatements::node_type kept_;
+    sqlite3_stmt* const statement_;  // the one within
     int bound_ = 0;
 };
 

@@ -11,6 +11,8 @@ namespace host {
 namespace {
 
 const std::string kHide = "UPDATE AlarmFwd_PagerEvents SET hidden_by = ";
+// The plus keeps SQLite from finding the event by its state, which nearly all events share.
+constexpr const char* kPending = " AND +PagerState = '2'";
 const std::string kDelete = "DELETE FROM AlarmFwd_PagerEvents";
 
 std::string EventsInSight(const std::vector<Term>& terms) {
@@ -34,10 +36,8 @@ std::vector<int32_t> OwnersThatEnded(Connection& connection, OwnerLock& owners) 
 }  // namespace
 
 int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner) {
-    std::vector<Term> pending = key;
-    pending.push_back({"PagerState", "=", "2"});
     const int32_t hidden =
-        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(pending), pending);
+        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(key) + kPending, key);
     return hidden + ChangeRows(connection, kDelete + EventsInSight(key), key);
 }
 

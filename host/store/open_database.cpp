@@ -20,19 +20,20 @@ int32_t OpenDatabase::Commit(Change change) {
 }
 
 const TableLayout& OpenDatabase::Layout(std::string_view table) {
-    for (const TableLayout& layout : layouts_) {
-        if (table == layout.table->name) {
-            return layout;
+    for (const std::shared_ptr<const TableLayout>& layout : layouts_) {
+        if (table == layout->table->name) {
+            return *layout;
         }
     }
-    TableLayout layout = ReadLayout(lease_.Database(), table);
-    if (layout.table == FindTable(kEvents) && HasOrphans(lease_.Database(), lease_.Owners())) {
+    const std::shared_ptr<const TableLayout> layout =
+        lease_.Layouts().Find(lease_.Database(), table);
+    if (layout->table == FindTable(kEvents) && HasOrphans(lease_.Database(), lease_.Owners())) {
         Commit([this] {
             BringBackOrphans(lease_.Database(), lease_.Owners());
             return 0;
         });
     }
-    return layouts_.emplace_back(std::move(layout));
+    return *layouts_.emplace_back(layout);
 }
 
 Rows OpenDatabase::Read(const TableLayout& layout, const std::vector<Term>& terms) {

@@ -9,10 +9,10 @@
 #define PAGERFWD_HOST_STORE_OPEN_DATABASE_H
 
 #include <cstdint>
-#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/store/pool.h"
 #include "host/store/rows.h"
@@ -54,7 +54,7 @@ class OpenDatabase {
     std::unique_ptr<WriteTransaction> TakeTransaction();
 
     Lease lease_;
-    std::list<TableLayout> layouts_;
+    std::vector<std::shared_ptr<const TableLayout>> layouts_;
     std::unique_ptr<WriteTransaction> transaction_;  // the lock, or changes not yet written
     bool locked_ = false;
     int32_t unwritten_ = 0;

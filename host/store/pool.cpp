@@ -38,27 +38,28 @@ class DatabaseFile {
     explicit DatabaseFile(std::string path)
         : path_(std::move(path)), identity_(IdentityOf(path_)), owners_(path_) {}
 
-    bool IsStillNamed() const { return IdentityOf(path_) == identity_; }
+    bool Is(const FileIdentity& file) const { return file == identity_; }
+    bool IsStillNamed() const { return Is(IdentityOf(path_)); }
     OwnerLock& Owners() { return owners_; }
 
-    std::unique_ptr<Connection> Take() {
+    std::unique_ptr<PooledConnection> Take() {
         {
             const std::lock_guard guard(mutex_);
             if (!idle_.empty()) {
-                std::unique_ptr<Connection> connection = std::move(idle_.back());
+                std::unique_ptr<PooledConnection> lent = std::move(idle_.back());
                 idle_.pop_back();
-                return connection;
+                return lent;
             }
         }
-        auto connection = std::make_unique<Connection>(path_);
-        RequireTables(*connection);
-        return connection;
+        auto lent = std::make_unique<PooledConnection>(path_);
+        RequireTables(lent->connection);
+        return lent;
     }
 
-    void GiveBack(std::unique_ptr<Connection> connection) {
+    void GiveBack(std::unique_ptr<PooledConnection> lent) {
         const std::lock_guard guard(mutex_);
-        if (!closed_ && !connection->InTransaction()) {
-            idle_.push_back(std::move(connection));
+        if (!closed_ && !lent->connection.InTransaction()) {
+            idle_.push_back(std::move(lent));
         }
     }
 
@@ -73,15 +74,17 @@ class DatabaseFile {
     const FileIdentity identity_;
     OwnerLock owners_;
     std::mutex mutex_;
-    bool closed_ = false;                            // guarded by mutex_
-    std::vector<std::unique_ptr<Connection>> idle_;  // guarded by mutex_
+    bool closed_ = false;                                  // guarded by mutex_
+    std::vector<std::unique_ptr<PooledConnection>> idle_;  // guarded by mutex_
 };
 
 namespace {
 
 struct Pool {
     std::mutex mutex;
-    std::map<std::string, std::shared_ptr<DatabaseFile>> files;  // guarded by mutex
+    // Guarded by mutex. The second is a short way: what a name, as it is given, led to last.
+    std::map<std::string, std::shared_ptr<DatabaseFile>> files;
+    std::map<std::string, std::shared_ptr<DatabaseFile>> last;
 };
 
 Pool& ThePool() {
@@ -91,23 +94,29 @@ Pool& ThePool() {
 }
 
 std::shared_ptr<DatabaseFile> FindFile(const std::string& path) {
-    // One name for a file, from wherever it is reached: the locks beside it go by the name.
-    const std::string name = std::filesystem::weakly_canonical(path).string();
     Pool& pool = ThePool();
     const std::lock_guard guard(pool.mutex);
+    const FileIdentity identity = IdentityOf(path);
+    std::shared_ptr<DatabaseFile>& last = pool.last[path];
+    if (last != nullptr && last->Is(identity)) {
+        return last;
+    }
+    // One name for a file, from wherever it is reached: the locks beside it go by the name.
+    const std::string name = std::filesystem::weakly_canonical(path).string();
     std::shared_ptr<DatabaseFile>& file = pool.files[name];
     if (file == nullptr || !file->IsStillNamed()) {
         file = std::make_shared<DatabaseFile>(name);
     }
+    last = file;
     return file;
 }
 
 }  // namespace
 
-Lease::Lease(const std::string& path) : file_(FindFile(path)), connection_(file_->Take()) {}
+Lease::Lease(const std::string& path) : file_(FindFile(path)), lent_(file_->Take()) {}
 
 Lease::~Lease() {
-    file_->GiveBack(std::move(connection_));
+    file_->GiveBack(std::move(lent_));
 }
 
 OwnerLock& Lease::Owners() {
@@ -121,6 +130,7 @@ void CloseDatabases() {
         file->Close();
     }
     pool.files.clear();
+    pool.last.clear();
 }
 
 }  // namespace host

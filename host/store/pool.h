@@ -13,10 +13,19 @@
 
 #include "host/store/connection.h"
 #include "host/store/owner_lock.h"
+#include "host/store/rows.h"
 
 namespace host {
 
 class DatabaseFile;
+
+// What is kept of a connection from one lease to the next.
+struct PooledConnection {
+    explicit PooledConnection(const std::string& path) : connection(path) {}
+
+    Connection connection;
+    KnownLayouts layouts;
+};
 
 // A connection, lent. It goes back when the lease ends, unless a transaction is stuck on it.
 class Lease {
@@ -28,12 +37,13 @@ class Lease {
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
 
-    Connection& Database() { return *connection_; }
+    Connection& Database() { return lent_->connection; }
+    KnownLayouts& Layouts() { return lent_->layouts; }
     OwnerLock& Owners();
 
  private:
     std::shared_ptr<DatabaseFile> file_;
-    std::unique_ptr<Connection> connection_;
+    std::unique_ptr<PooledConnection> lent_;
 };
 
 // Closes every connection that isn't lent; one that is, closes when it comes back.

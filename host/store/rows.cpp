@@ -36,27 +36,31 @@ std::string SelectStatement(const TableLayout& layout, const std::vector<Term>& 
            WhereInSight(*layout.table, terms) + " ORDER BY row_id";
 }
 
+// Grows when the tables of the database change, by whichever program.
+int64_t SchemaOf(Connection& connection) {
+    Statement statement(connection, "PRAGMA schema_version");
+    statement.Step();
+    return statement.Number(0);
+}
+
 // Copies the cells into one piece of memory: the rows, the cells of all rows, then their texts.
-OwnedRowSet Pack(const std::vector<std::string>& cells, size_t width) {
-    const size_t height = cells.size() / width;
-    size_t size = height * sizeof(char**) + cells.size() * sizeof(char*);
-    for (const std::string& cell : cells) {
-        size += cell.size() + 1;
-    }
-    void* memory = std::malloc(size);
+// Those are given one behind the other, a zero byte after each.
+OwnedRowSet Pack(const std::string& texts, size_t height, size_t width) {
+    const size_t count = height * width;
+    void* memory = std::malloc(height * sizeof(char**) + count * sizeof(char*) + texts.size());
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     auto** rows = static_cast<char***>(memory);
-    auto** pointers = reinterpret_cast<char**>(rows + height);
-    auto* text = reinterpret_cast<char*>(pointers + cells.size());
+    auto** cells = reinterpret_cast<char**>(rows + height);
+    auto* text = reinterpret_cast<char*>(cells + count);
+    std::memcpy(text, texts.data(), texts.size());
     for (size_t row = 0; row < height; ++row) {
-        rows[row] = pointers + row * width;
+        rows[row] = cells + row * width;
     }
-    for (const std::string& cell : cells) {
-        *pointers++ = text;
-        std::memcpy(text, cell.c_str(), cell.size() + 1);
-        text += cell.size() + 1;
+    for (size_t cell = 0; cell < count; ++cell) {
+        cells[cell] = text;
+        text += std::strlen(text) + 1;
     }
     return OwnedRowSet(rows);
 }
@@ -93,6 +97,22 @@ TableLayout ReadLayout(Connection& connection, std::string_view name) {
     return layout;
 }
 
+std::shared_ptr<const TableLayout> KnownLayouts::Find(Connection& connection,
+                                                      std::string_view table) {
+    const int64_t schema = SchemaOf(connection);
+    if (schema != schema_) {
+        layouts_.clear();
+        schema_ = schema;
+    }
+    for (const std::shared_ptr<const TableLayout>& layout : layouts_) {
+        if (table == layout->table->name) {
+            return layout;
+        }
+    }
+    return layouts_.emplace_back(
+        std::make_shared<const TableLayout>(ReadLayout(connection, table)));
+}
+
 void RowSetFree::operator()(DBAsciiRowSet rows) const {
     std::free(rows);
 }
@@ -100,17 +120,18 @@ void RowSetFree::operator()(DBAsciiRowSet rows) const {
 Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
     Statement statement(connection, SelectStatement(layout, terms));
     BindTerms(statement, terms);
-    std::vector<std::string> cells;
-    while (statement.Step()) {
-        for (size_t column = 0; column < layout.columns.size(); ++column) {
-            cells.emplace_back(statement.Text(static_cast<int>(column)));
+    const size_t width = layout.columns.size();
+    size_t height = 0;
+    std::string texts;
+    for (; statement.Step(); ++height) {
+        for (size_t column = 0; column < width; ++column) {
+            texts.append(statement.Text(static_cast<int>(column))).push_back('\0');
         }
     }
-    if (cells.empty()) {
+    if (height == 0) {
         return {};
     }
-    const size_t width = layout.columns.size();
-    return {static_cast<int32_t>(cells.size() / width), Pack(cells, width)};
+    return {static_cast<int32_t>(height), Pack(texts, height, width)};
 }
 
 }  // namespace host

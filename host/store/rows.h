@@ -30,6 +30,17 @@ struct TableLayout {
 // Throws StoreError when there is no such table, or not enough of it to be read.
 TableLayout ReadLayout(Connection& connection, std::string_view table);
 
+// The layouts of one connection's database, read again when its tables have changed. Each stays
+// valid for as long as it is held.
+class KnownLayouts {
+ public:
+    std::shared_ptr<const TableLayout> Find(Connection& connection, std::string_view table);
+
+ private:
+    int64_t schema_ = 0;
+    std::vector<std::shared_ptr<const TableLayout>> layouts_;
+};
+
 struct RowSetFree {
     void operator()(DBAsciiRowSet rows) const;
 };

@@ -34,7 +34,8 @@ constexpr const char* kFirstHostParts =
     "CREATE INDEX AlarmLog_ByNumber ON AlarmLog (alarmlogID);"
     "CREATE TABLE Host_Settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;";
 
-// What a service needs besides.
+// What a service needs besides, and an index for each question that is asked for every page, so
+// that none reads a table of many pages from end to end.
 //   alarm_group       of an alarm; routes go by it
 //   Host_Routes       see host/service/routes.h
 //   Host_Deliveries   see host/service/deliveries.h
@@ -44,6 +45,10 @@ constexpr const char* kFirstHostParts =
 constexpr const char* kServiceParts =
     "ALTER TABLE AlarmLog ADD COLUMN alarm_group TEXT NOT NULL DEFAULT '';"
     "CREATE INDEX AlarmLog_ByState ON AlarmLog (pagerstate);"
+    "CREATE INDEX Pagers_ByDescription ON AlarmFwd_PagerSetting (description);"
+    "CREATE INDEX Events_ByAlarm ON AlarmFwd_PagerEvents (AlmLogID);"
+    "CREATE INDEX Events_ByState ON AlarmFwd_PagerEvents (PagerState);"
+    "CREATE INDEX Events_Hidden ON AlarmFwd_PagerEvents (hidden_by) WHERE hidden_by IS NOT NULL;"
     "CREATE TABLE Host_Routes (route INTEGER PRIMARY KEY, alarm_groups TEXT NOT NULL,"
     " severities TEXT NOT NULL);"
     "CREATE TABLE Host_RoutePagers (route INTEGER NOT NULL, place INTEGER NOT NULL,"

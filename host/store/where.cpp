@@ -1,7 +1,16 @@
 // Selecting rows. Tested by tests/unit/host/store_contract_test.cpp.
 #include "host/store/where.h"
 
+#include <string_view>
+
 namespace host {
+namespace {
+
+bool IsUnequal(const Term& term) {
+    return term.sign == std::string_view("<>");
+}
+
+}  // namespace
 
 std::string WhereInSight(const Table& table, const std::vector<Term>& terms) {
     std::string clause;
@@ -9,7 +18,10 @@ std::string WhereInSight(const Table& table, const std::vector<Term>& terms) {
         clause += (clause.empty() ? " WHERE " : " AND ") + text;
     };
     for (const Term& term : terms) {
-        add(Quoted(term.column) + " " + term.sign + " ?");
+        const std::string column = Quoted(term.column);
+        // An index leads to what is below or above a value, but not to what is unequal.
+        add(IsUnequal(term) ? "(" + column + " < ? OR " + column + " > ?)"
+                            : column + " " + term.sign + " ?");
     }
     if (table.in_sight != nullptr) {
         add(table.in_sight);
@@ -20,6 +32,9 @@ std::string WhereInSight(const Table& table, const std::vector<Term>& terms) {
 void BindTerms(Statement& statement, const std::vector<Term>& terms) {
     for (const Term& term : terms) {
         statement.Bind(term.value);
+        if (IsUnequal(term)) {
+            statement.Bind(term.value);
+        }
     }
 }
 

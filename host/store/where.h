@@ -12,10 +12,11 @@
 
 namespace host {
 
-// " WHERE "a" = ? AND "b" <> ?": those rows for which all terms hold and which are in sight.
+// " WHERE "a" = ? AND ("b" < ? OR "b" > ?)": those rows for which all terms hold and which are in
+// sight.
 std::string WhereInSight(const Table& table, const std::vector<Term>& terms);
 
-// Binds the values of the terms, in their order.
+// Binds the values of the terms to the parameters of that clause.
 void BindTerms(Statement& statement, const std::vector<Term>& terms);
 
 // Runs a statement whose only parameters are those of the terms. Returns how many rows it changed.

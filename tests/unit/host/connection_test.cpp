@@ -73,6 +73,51 @@ TEST_F(StoreConnection, BindsTheEmptyTextAsAText) {
     EXPECT_EQ("text:text", statement.Text(0));
 }
 
+TEST_F(StoreConnection, AKeptStatementRemembersNothingOfItsLastUse) {
+    Connection connection(database);
+    const std::string question = "SELECT ifnull(?1, 'nothing') UNION ALL SELECT 'more'";
+    {
+        Statement first(connection, question);
+        first.Bind("something").Step();
+        EXPECT_EQ("something", first.Text(0));
+    }
+    Statement again(connection, question);
+    again.Step();
+    EXPECT_EQ("nothing", again.Text(0));
+}
+
+TEST_F(StoreConnection, RunsAStatementInTheMidstOfItsOwnRows) {
+    Connection connection(database);
+    const std::string question = "SELECT 'one' UNION ALL SELECT 'two'";
+    for (int round = 0; round < 2; ++round) {
+        Statement outer(connection, question);
+        outer.Step();
+        EXPECT_EQ("one", Ask(connection, question));
+        outer.Step();
+        EXPECT_EQ("two", outer.Text(0));
+    }
+}
+
+TEST_F(StoreConnection, KeepsAStatementThatHasFailed) {
+    Connection connection(database);
+    const std::string write = "INSERT INTO Host_Settings VALUES ('encoding', 'latin1')";
+    Statement(connection, write).Run();
+    EXPECT_THROW(Statement(connection, write).Run(), StoreError);
+    connection.Execute("DELETE FROM Host_Settings");
+    Statement(connection, write).Run();
+    EXPECT_EQ("latin1", ReadSetting(connection, "encoding"));
+}
+
+TEST_F(StoreConnection, ServesMoreStatementsThanItKeeps) {
+    Connection connection(database);
+    for (int round = 0; round < 2; ++round) {
+        for (int number = 0; number < 200; ++number) {
+            const std::string text = std::to_string(number);
+            ASSERT_EQ(text, Ask(connection, "SELECT " + text));
+        }
+    }
+}
+
 TEST_F(StoreConnection, UndoesWhatWasNotCommitted) {
     Connection connection(database);
     {

@@ -4,14 +4,31 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <utility>
 
 #include "host/store/rows.h"
+#include "host/store/where.h"
 #include "tests/unit/host/host_test.h"
 
 namespace host {
 namespace {
 
-class Schema : public HostTest {};
+class Schema : public HostTest {
+ protected:
+    // Those steps of a statement that read a whole table. A partial index is read whole as well,
+    // but holds only what is asked for.
+    static std::string FullReads(Connection& connection, const std::string& sql) {
+        std::string reads;
+        Statement plan(connection, "EXPLAIN QUERY PLAN " + sql);
+        while (plan.Step()) {
+            const std::string step(plan.Text(3));
+            if (step.rfind("SCAN ", 0) == 0 && step.find("USING") == std::string::npos) {
+                reads += step + "; ";
+            }
+        }
+        return reads;
+    }
+};
 
 TEST_F(Schema, HasTheLibrarysColumnsInTheirOrder) {
     Connection connection(database);
@@ -88,6 +105,27 @@ TEST_F(Schema, NeverShowsTheHostsOwnColumns) {
     Connection connection(database);
     EXPECT_EQ(-1, ReadLayout(connection, kEvents).IndexOf("hidden_by"));
     EXPECT_EQ(-1, ReadLayout(connection, kEvents).IndexOf("row_id"));
+}
+
+// What is asked for every page: none of it may read a table from end to end.
+TEST_F(Schema, HasAnIndexForEachQuestion) {
+    Connection connection(database);
+    const std::vector<std::pair<const char*, std::vector<Term>>> questions = {
+        {kAlarmLog, {{"alarmlogID", "=", "7"}}},
+        {kPagers, {{"description", "=", "duty"}}},
+        {kEvents, {{"AlmLogID", "=", "7"}}},
+        {kEvents, {{"AlmGroup", "=", "ops"}, {"AlmLogID", "=", "7"}, {"PagerDescr", "=", "duty"}}},
+        {kEvents, {{"PagerState", "<>", "2"}}},
+    };
+    for (const auto& [table, terms] : questions) {
+        const std::string clause = WhereInSight(*FindTable(table), terms);
+        EXPECT_EQ("", FullReads(connection, "SELECT * FROM " + Quoted(table) + clause));
+        EXPECT_EQ("", FullReads(connection, "DELETE FROM " + Quoted(table) + clause));
+    }
+    EXPECT_EQ("", FullReads(connection,
+                            "SELECT DISTINCT hidden_by FROM AlarmFwd_PagerEvents"
+                            " WHERE hidden_by IS NOT NULL"));
+    EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
 }
 
 TEST(ColumnNames, AreTheSameInEitherCase) {

@@ -230,6 +230,13 @@ TEST_F(TableAccess, WritesARowWithoutTheColumnsThatAnOldDatabaseLacks) {
     EXPECT_THAT(faults, ElementsAre("writing AlarmFwd_PagerEvents: there is no column ServerN"));
 }
 
+TEST_F(TableAccess, SeesThatAnotherProgramHasChangedATable) {
+    ASSERT_EQ(0, Events().Insert({{"AlmLogID", 7}, {"ServerN", "srv"}, {"PagerState", 2}}));
+    Connection(database).Execute("ALTER TABLE AlarmFwd_PagerEvents DROP COLUMN ServerN");
+    EXPECT_EQ(-1, Events().IndexOf("ServerN"));
+    EXPECT_THAT(Events().ReadAll("PagerState"), ElementsAre("2"));
+}
+
 TEST_F(TableAccess, ReportsAWriteThatFails) {
     Connection(database).Execute(
         "CREATE TRIGGER full BEFORE INSERT ON AlarmLog"
