@@ -20,7 +20,7 @@ class WorkingQueue {
         pagingQueue.CopyEntriesToNewQueue(&m_entries);
         m_next = m_entries.GetHeadPosition();
     }
-    ~WorkingQueue() { m_entries.RemoveAll(); }
+    ~WorkingQueue() { m_entries.ForgetEntries(); }
     WorkingQueue(const WorkingQueue&) = delete;
     WorkingQueue& operator=(const WorkingQueue&) = delete;
 

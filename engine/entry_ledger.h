@@ -17,8 +17,7 @@ struct ForwardQEntry;
 // Order      A thread that looks at entries holds an EntryUse from before it finds them until after
 //            it has let go of them.
 // Ownership  A noted entry that is in no queue belongs to the ledger.
-// Threads    Any. The ledger's lock is held while isQueued runs, which takes the queues' locks, and
-//            is never taken by a thread that holds one of those.
+// Threads    Any. The ledger's lock is held while isQueued and release run.
 class EntryLedger {
  public:
     using IsQueued = bool (*)(ForwardQEntry*);

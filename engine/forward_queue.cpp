@@ -35,6 +35,19 @@ ForwardQEntry* FindEntry(const CPtrList& list, Predicate satisfies) {
     return position != nullptr ? EntryAt(list, position) : nullptr;
 }
 
+// Null entries are allowed in a queue.
+void CountPlace(ForwardQEntry* entry, int32_t change) {
+    if (entry != nullptr) {
+        entry->places += change;
+    }
+}
+
+void CountPlaces(const CPtrList& list, int32_t change) {
+    for (POSITION next = list.GetHeadPosition(); next != nullptr;) {
+        CountPlace(static_cast<ForwardQEntry*>(list.GetNext(next)), change);
+    }
+}
+
 // The last position whose entry is due no later than the entry, or null.
 POSITION FindLastOlder(const CPtrList& list, ForwardQEntry* entry) {
     POSITION next = list.GetTailPosition();
@@ -62,20 +75,24 @@ CSM_ForwardQ::~CSM_ForwardQ() {
 bool CSM_ForwardQ::AddEntryToQueue(ForwardQEntry* entry) {
     const QueueLock guard(*this);
     try {
-        return AddHead(entry) != nullptr;
+        AddHead(entry);
     } catch (const std::bad_alloc&) {
         return false;
     }
+    CountPlace(entry, 1);
+    return true;
 }
 
 bool CSM_ForwardQ::InsertEntryInQueue(ForwardQEntry* entry) {
     const QueueLock guard(*this);
     const POSITION older = FindLastOlder(*this, entry);
     try {
-        return (older != nullptr ? InsertAfter(older, entry) : AddHead(entry)) != nullptr;
+        older != nullptr ? InsertAfter(older, entry) : AddHead(entry);
     } catch (const std::bad_alloc&) {
         return false;
     }
+    CountPlace(entry, 1);
+    return true;
 }
 
 ForwardQEntry* CSM_ForwardQ::TakeMatchingEntry(ForwardQEntry* entry) {
@@ -87,18 +104,31 @@ ForwardQEntry* CSM_ForwardQ::TakeMatchingEntry(ForwardQEntry* entry) {
     }
     ForwardQEntry* taken = EntryAt(*this, position);
     RemoveAt(position);
+    CountPlace(taken, -1);
     return taken;
 }
 
 ForwardQEntry* CSM_ForwardQ::TakeHeadEntry() {
     const QueueLock guard(*this);
-    return IsEmpty() ? nullptr : static_cast<ForwardQEntry*>(RemoveHead());
+    if (IsEmpty()) {
+        return nullptr;
+    }
+    auto* taken = static_cast<ForwardQEntry*>(RemoveHead());
+    CountPlace(taken, -1);
+    return taken;
 }
 
 int CSM_ForwardQ::CopyEntriesToNewQueue(CSM_ForwardQ* target) {
     const QueueLock guard(*this);
     target->AddTail(this);
+    CountPlaces(*this, 1);
     return GetCount();
+}
+
+void CSM_ForwardQ::ForgetEntries() {
+    const QueueLock guard(*this);
+    CountPlaces(*this, -1);
+    RemoveAll();
 }
 
 bool CSM_ForwardQ::EntryIsOlder(ForwardQEntry* a, ForwardQEntry* b) {
@@ -124,9 +154,4 @@ ForwardQEntry* CSM_ForwardQ::FindEntryByServerID(unsigned int id) {
 bool CSM_ForwardQ::HasEntries() {
     const QueueLock guard(*this);
     return !IsEmpty();
-}
-
-bool CSM_ForwardQ::Holds(ForwardQEntry* entry) {
-    const QueueLock guard(*this);
-    return Find(entry) != nullptr;
 }

@@ -2,6 +2,7 @@
 #ifndef PAGERFWD_ENGINE_FORWARD_QUEUE_H
 #define PAGERFWD_ENGINE_FORWARD_QUEUE_H
 
+#include <atomic>
 #include <cstdint>
 
 #include "linux/CTime.h"
@@ -34,6 +35,10 @@ struct ForwardQEntry {
     CString serverN;         // the server that raised the alarm
     uint32_t serverId = 0;   // nothing in this library sets it
     bool postponed = false;  // its last attempt failed without being counted
+
+    // How often it stands in queues, whichever they are: kept by them, so that nobody has to search
+    // queues of many pages for it.
+    std::atomic<int32_t> places{0};
 };
 
 // An ordered queue of pending pages. The process has two: the paging queue and the off-limit queue.
@@ -44,7 +49,8 @@ struct ForwardQEntry {
 //            time. It never frees the records an entry points to.
 // Threads    Every operation but the two comparisons holds the queue's own lock for its whole run.
 //            A sequence of operations is not atomic. The plain list operations of the base take no
-//            lock: they are for a queue that no other thread can see.
+//            lock and don't count an entry's places: they only look at entries, and only in a queue
+//            that no other thread can see.
 // Errors     An operation that can fail returns false or null, and has changed nothing.
 class CSM_ForwardQ : public CPtrList {
  public:
@@ -75,6 +81,9 @@ class CSM_ForwardQ : public CPtrList {
     // queue only, so target must be private to the caller.
     int CopyEntriesToNewQueue(CSM_ForwardQ* target);
 
+    // Unlinks all entries, which are not freed.
+    void ForgetEntries();
+
     // Whether a is due no later than b.
     static bool EntryIsOlder(ForwardQEntry* a, ForwardQEntry* b);
 
@@ -87,8 +96,8 @@ class CSM_ForwardQ : public CPtrList {
 
     bool HasEntries();
 
-    // Whether this very object is in the queue.
-    bool Holds(ForwardQEntry* entry);
+    // Whether this very object is in any queue.
+    static bool IsInAQueue(const ForwardQEntry& entry) { return entry.places > 0; }
 
  private:
     CCriticalSection m_lock;

@@ -51,8 +51,7 @@ EntryLedger& CPagerHdl::Entries() {
 }
 
 bool CPagerHdl::IsQueued(ForwardQEntry* e) {
-    return (m_pPagingQ != nullptr && m_pPagingQ->Holds(e)) ||
-           (m_pOffLimitQ != nullptr && m_pOffLimitQ->Holds(e));
+    return CSM_ForwardQ::IsInAQueue(*e);
 }
 
 void CPagerHdl::ReleaseQEntry(ForwardQEntry* e) {

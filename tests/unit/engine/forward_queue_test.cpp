@@ -223,14 +223,30 @@ TEST_F(ForwardQueue, FindsTheFirstEntryOfAServer) {
     EXPECT_EQ(nullptr, queue.FindEntryByServerID(6));
 }
 
-TEST_F(ForwardQueue, KnowsWhatItHoldsByIdentity) {
-    ForwardQEntry* entry = MakeEntry(7);
-    const std::unique_ptr<ForwardQEntry> equal(MakeEntry(7));
+TEST_F(ForwardQueue, SaysWhetherItHasEntries) {
     EXPECT_FALSE(queue.HasEntries());
-    Fill({entry});
+    Fill({MakeEntry(7)});
     EXPECT_TRUE(queue.HasEntries());
-    EXPECT_TRUE(queue.Holds(entry));
-    EXPECT_FALSE(queue.Holds(equal.get()));
+}
+
+TEST_F(ForwardQueue, AnEntryIsInAQueueUntilItHasLeftEveryPlace) {
+    const std::unique_ptr<ForwardQEntry> entry(MakeEntry(7));
+    const std::unique_ptr<ForwardQEntry> equal(MakeEntry(7));
+    const auto isQueued = [&] { return CSM_ForwardQ::IsInAQueue(*entry); };
+    EXPECT_FALSE(isQueued());
+    queue.AddEntryToQueue(entry.get());
+    queue.InsertEntryInQueue(entry.get());
+    CSM_ForwardQ copy;
+    queue.CopyEntriesToNewQueue(&copy);
+    EXPECT_FALSE(CSM_ForwardQ::IsInAQueue(*equal));
+
+    queue.RemoveEntryFromQueue(equal.get());
+    EXPECT_TRUE(isQueued());
+    queue.TakeHeadEntry();
+    EXPECT_TRUE(isQueued());
+    copy.ForgetEntries();
+    EXPECT_FALSE(isQueued());
+    EXPECT_TRUE(copy.IsEmpty());
 }
 
 // What is not freed here is told by the leak check, what is freed twice by the address check.
