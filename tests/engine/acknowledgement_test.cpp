@@ -81,6 +81,18 @@ TEST_F(Acknowledgement, OfOneOfTwoPagersLeavesTheOtherBeingPaged) {
     EXPECT_THAT(Rows(), IsEmpty());
 }
 
+TEST_F(Acknowledgement, OfAPageThatIsOverForgetsIt) {
+    for (const char* pager : {"sms", "once"}) {  // done, and given up
+        Forward(7, {pager});
+        UntilWorkerEnds();
+        EXPECT_EQ(1, m_pOffLimitQ->GetCount()) << pager;
+        EXPECT_EQ(1U, Rows().size()) << pager;
+        CPagerHdl::AckPagingAlarm(7);
+        EXPECT_EQ(0, m_pOffLimitQ->GetCount()) << pager;
+        EXPECT_THAT(Rows(), IsEmpty()) << pager;
+    }
+}
+
 // --- While a page is being sent
 
 TEST_F(Acknowledgement, DuringAnSmsPageThatSucceeds) {

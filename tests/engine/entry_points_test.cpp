@@ -53,6 +53,14 @@ TEST_F(EntryPoints, SecondStartChangesNothing) {
     EXPECT_EQ(handler, pagerHdl);
 }
 
+// A test page has left a facade behind, and no name.
+TEST_F(EntryPoints, StartTakesTheDatabaseOfItsOwnRecord) {
+    Test({"anna", kSms1});
+    Start();
+    EXPECT_STREQ("alarms", CPagerHdl::m_dB);
+    EXPECT_EQ(nullptr, m_dB) << "the next alarm's record names it";
+}
+
 TEST_F(EntryPoints, StopTakesItDownAndItCanBeStartedAgain) {
     Start();
     Stop();
@@ -167,8 +175,13 @@ TEST_F(EntryPoints, DatabaseOfTheFirstCallIsKept) {
     Start();
     const test_support::MemoryStore another("another");
     char name[] = "another";
-    info.dbName = name;
-    EXPECT_EQ(1, Forward(7, {"sms"}));
+    char group[] = "OPS/1";
+    char sms[] = "sms";
+    char* pagers[] = {sms};
+    char* groups[] = {group};
+    int32_t id = 7;
+    FwdSpecialInfoStr call{name, &id, nullptr, groups};
+    EXPECT_EQ(1, AlarmFwdPager(&call, group, nullptr, pagers, 1));
     EXPECT_STREQ("alarms", m_dB);
     EXPECT_TRUE(another.Calls().empty());
 }

@@ -40,6 +40,7 @@ TEST_F(OutOfMemory, RefusedAlarmIsFreedAndAnswered0) {
     EXPECT_EQ(kNodesPerBlock, m_pPagingQ->GetCount());
     EXPECT_EQ(10U, Rows().size());
     EXPECT_EQ(0, CPagerHdl::GetPagingState(11));
+    EXPECT_EQ(11, CountInTrace("InsertInPagingQueue: anna\n"));
     EXPECT_EQ(10, CountInTrace("Check4Dial\n"));
     EXPECT_EQ(1, Forward(12, {"anna"}));
 }

@@ -121,6 +121,11 @@ TEST_F(Retry, OtherPagesAreRepeatedUntilTheAttemptsAreUsedUp) {
     EXPECT_EQ("3", AlarmState(7));
 }
 
+TEST_F(Retry, SentPagesAreRepeatedAfterThePagersDelay) {
+    PageToTheEnd({"anna", kAlphanumeric, 2, 30});
+    EXPECT_THAT(CallMinutes(), ElementsAre(0, 30, 60));
+}
+
 TEST_F(Retry, WithoutRetriesThereIsOnePage) {
     for (const int type : {kSignal, kNumeric, kAlphanumeric, kNTT}) {
         store.Delete(kPagers, {"description", "anna"});

@@ -68,6 +68,7 @@ TEST_F(Threads, ForwardingAcknowledgingAndAskingAtOnce) {
                 case 2:
                     EXPECT_NE(1, CPagerHdl::GetPagingState(alarm));
                     EXPECT_EQ(1, CPagerHdl::GetServerState(4711));
+                    EXPECT_EQ(0, NXIsInTimeModel(database, "always"));
                     break;
                 case 3:
                     Forward(alarm, {"bert"});

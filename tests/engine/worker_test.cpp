@@ -83,6 +83,13 @@ TEST_F(Worker, WithNothingToDoNoneStarts) {
     EXPECT_EQ(0, CountInTrace("Start Check4DialThread\n"));
 }
 
+TEST_F(Worker, WithNothingToDoRowsThatAreOverAreStillRemoved) {
+    Start();
+    AddRow(99, "anna", 0, 3);
+    CPagerHdl::Check4Dial(nullptr, 0, 0, 0);
+    EXPECT_THAT(Rows(), IsEmpty());
+}
+
 TEST_F(Worker, PageQueuedWhileItSleepsIsSentInTheNextPass) {
     Start();
     Forward(7, {"sms"});
@@ -181,6 +188,26 @@ TEST_F(WorkerTime, GoesOnWithAPageThatIsGivenUp) {
 }
 
 TEST_F(WorkerTime, StaysAsItWasBehindAPageThatIsDone) {
+    SendFirst("sms");
+    EXPECT_EQ(1U, Pages().size());
+    EXPECT_EQ(1, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
+TEST_F(WorkerTime, StaysAsItWasBehindAPageThatIsAcknowledged) {
+    SetAlarmState(7, 1);
+    store.BeforeEach([](const std::string& call) {
+        if (call.find("AlmLogID  = 7") != std::string::npos) {
+            Wait(10s);  // the table takes its time to delete the rows
+        }
+    });
+    SendFirst("sms");
+    store.BeforeEach([](const std::string&) {});
+    EXPECT_THAT(Pages(), IsEmpty());
+    EXPECT_EQ(1, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
+TEST_F(WorkerTime, StaysAsItWasBehindAPageWhosePagerVanishes) {
+    DuringTheNextPage([this] { store.Delete(kPagers, {"description", "sms"}); });
     SendFirst("sms");
     EXPECT_EQ(1U, Pages().size());
     EXPECT_EQ(1, CountInTrace("Check4DialThreadLoop: Wait\n"));
