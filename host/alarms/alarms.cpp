@@ -46,12 +46,14 @@ bool IsUsed(Connection& connection, int64_t number) {
 int32_t FreeNumber(Connection& connection, std::time_t now) {
     constexpr int64_t kLast = std::numeric_limits<int32_t>::max();
     const int64_t first = now > 0 && now <= kLast ? static_cast<int64_t>(now) : 1;
-    for (int64_t number = first; number <= kLast; ++number) {
-        if (!IsUsed(connection, number)) {
-            return static_cast<int32_t>(number);
+    int64_t number = first;
+    while (IsUsed(connection, number)) {
+        number = number == kLast ? 1 : number + 1;
+        if (number == first) {
+            throw StoreError(connection.Path() + ": the alarm log has no number left");
         }
     }
-    throw StoreError(connection.Path() + ": the alarm log has no number left");
+    return static_cast<int32_t>(number);
 }
 
 }  // namespace

@@ -40,7 +40,8 @@ struct NewAlarm {
 };
 
 // Adds an alarm, as new, and returns its number: the time of raising, in seconds since 1970, or the
-// next number that is free. Within a transaction of its own.
+// next number that is free, after the last one of 32 bits from 1 on. Within a transaction of its
+// own.
 int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now);
 
 enum class Acknowledged { kNow, kBefore, kUnknown };

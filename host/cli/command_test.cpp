@@ -43,11 +43,13 @@ class OwnEngine {
     OwnEngine(const Program& program, Connection& connection, bool sendPending)
         : database_(program.database), locks_(program.database, program.locks, "test") {
         locks_.TakeDevices(connection);
+        MendAlarmStates(connection);
         MindPendingPages(connection, sendPending);
         MendAlarmStates(connection);
         NoteEngineStart(connection);
         StartTrace(program);
         library_.emplace(program.library);
+        NoteEngineStart(connection);
     }
 
     int32_t Send(const PagerRow& pager) const {

@@ -1,6 +1,10 @@
 // The backlog. Tested by tests/unit/host/backlog_test.cpp.
 #include "host/service/backlog.h"
 
+#include <string>
+
+#include "host/service/deliveries.h"
+
 namespace host {
 namespace {
 
@@ -34,22 +38,25 @@ int32_t MendAlarmStates(Connection& connection) {
 
 int32_t DiscardPages(Connection& connection, std::time_t raised_before) {
     WriteTransaction transaction(connection);
-    const auto limit = static_cast<int64_t>(raised_before);
-    Statement(connection,
-              "UPDATE AlarmLog SET pagerstate = '3' WHERE pagerstate = '2'"
-              " AND CAST(timestamp AS INTEGER) < ?")
-        .Bind(limit)
-        .Run();
+    const auto change = [&](const std::string& sql) {
+        Statement(connection, sql).Bind(static_cast<int64_t>(raised_before)).Run();
+        return connection.Changes();
+    };
+    const std::string of_these =
+        " IN (SELECT alarmlogID FROM AlarmLog WHERE pagerstate = '3'"
+        " AND CAST(timestamp AS INTEGER) < ?)";
+    change(
+        "UPDATE AlarmLog SET pagerstate = '3' WHERE pagerstate IN ('', '0', '2')"
+        " AND alarmack IN ('', '0') AND CAST(timestamp AS INTEGER) < ?");
     // Off limit first: the history tells then that they were given up.
-    Statement(connection,
-              "UPDATE AlarmFwd_PagerEvents SET PagerState = '3' WHERE PagerState = '2'"
-              " AND AlmLogID IN (SELECT alarmlogID FROM AlarmLog WHERE pagerstate = '3'"
-              "  AND CAST(timestamp AS INTEGER) < ?)")
-        .Bind(limit)
-        .Run();
-    const int32_t count = connection.Changes();
+    const int32_t pending = change(
+        "UPDATE AlarmFwd_PagerEvents SET PagerState = '3' WHERE PagerState = '2' AND AlmLogID" +
+        of_these);
+    const int32_t planned =
+        change("UPDATE Host_Deliveries SET answer = " + std::to_string(kGivenUp) +
+               " WHERE answer IS NULL AND alarm" + of_these);
     transaction.Commit();
-    return count;
+    return pending + planned;
 }
 
 }  // namespace host

@@ -19,11 +19,13 @@ Backlog LookAtBacklog(Connection& connection);
 
 // Alarms that are owed a page, though their state says that all pages have ended: the engine would
 // drop those pages. It happens where a process dies between the end of an alarm's one page and the
-// queueing of the next. Returns how many they were. To be called before the engine is started.
+// queueing of the next, or where the two happen at once. Returns how many they were. To be called
+// before the engine is started, and after a page was queued.
 int32_t MendAlarmStates(Connection& connection);
 
-// Gives up the pages of alarms that were raised before. Returns how many pages that were. To be
-// called before the engine is started.
+// Gives up the pages of alarms that were raised before: those that are pending, those still to be
+// queued, and those of alarms that were never taken up. Returns how many pages of the first two
+// kinds that were. To be called before the engine is started, behind MendAlarmStates.
 int32_t DiscardPages(Connection& connection, std::time_t raised_before);
 
 }  // namespace host

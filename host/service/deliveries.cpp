@@ -7,15 +7,17 @@ namespace host {
 namespace {
 
 constexpr const char* kSelect =
-    "SELECT alarm, place, alarm_group, pager, answer IS NOT NULL, answer FROM Host_Deliveries ";
+    "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer FROM "
+    "Host_Deliveries ";
 
 std::vector<Delivery> ReadAll(Statement& statement) {
     std::vector<Delivery> deliveries;
     while (statement.Step()) {
-        const bool answered = statement.Number(4) != 0;
-        const auto answer = static_cast<int32_t>(statement.Number(5));
+        const bool answered = statement.Number(5) != 0;
+        const auto answer = static_cast<int32_t>(statement.Number(6));
         deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
                               std::string(statement.Text(2)), std::string(statement.Text(3)),
+                              statement.Number(4),
                               answered ? std::optional<int32_t>(answer) : std::nullopt});
     }
     return deliveries;
@@ -27,7 +29,9 @@ Statement& BindKey(Statement& statement, const Delivery& delivery) {
 
 void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
                     const std::string& pager) {
-    Statement(connection, "INSERT OR REPLACE INTO Host_Deliveries VALUES (?, ?, ?, ?, NULL)")
+    Statement(connection,
+              "INSERT INTO Host_Deliveries VALUES (?, ?, ?, ?,"
+              " (SELECT coalesce(max(row_id), 0) FROM Host_History), NULL)")
         .Bind(alarm.number)
         .Bind(place)
         .Bind(alarm.group)
@@ -47,6 +51,7 @@ bool WentToSomebody(Connection& connection, const std::string& alarm) {
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers) {
     WriteTransaction transaction(connection);
+    Statement(connection, "DELETE FROM Host_Deliveries WHERE alarm = ?").Bind(alarm.number).Run();
     int64_t place = 0;
     for (const std::string& pager : pagers) {
         InsertDelivery(connection, alarm, place++, pager);
@@ -86,8 +91,8 @@ void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer
 bool WasEverQueued(Connection& connection, const Delivery& delivery) {
     Statement statement(connection,
                         "SELECT 1 FROM Host_History"
-                        " WHERE alarm = ? AND alarm_group = ? AND pager = ? LIMIT 1");
-    return BindKey(statement, delivery).Step();
+                        " WHERE alarm = ? AND alarm_group = ? AND pager = ? AND row_id > ?");
+    return BindKey(statement, delivery).Bind(delivery.since).Step();
 }
 
 void CloseAlarm(Connection& connection, const Alarm& alarm) {

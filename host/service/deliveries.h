@@ -23,6 +23,7 @@ struct Delivery {
     int64_t place = 0;  // within the alarm, in the order of the routes
     std::string group;
     std::string pager;
+    int64_t since = 0;              // the last row of Host_History when the alarm was taken up
     std::optional<int32_t> answer;  // none: open
 };
 
@@ -33,9 +34,11 @@ enum DeliveryAnswer : int32_t {
     kQueued = 1,
     kWasAcknowledged = 2,  // before its turn came
     kWasQueued = 3,        // by a process that died before it could note the answer
+    kGivenUp = 4,          // before its turn came, by the operator: the alarm was too old
 };
 
-// Takes up a new alarm: with no pager at all it needs no paging.
+// Takes up a new alarm: with no pager at all it needs no paging. What was noted of an earlier alarm
+// of this number is forgotten.
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 
@@ -45,7 +48,7 @@ bool HasOpenDeliveries(Connection& connection);
 
 void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer);
 
-// Whether the library has made this page before, however it ended.
+// Whether the library has made this page since the alarm was taken up, however it ended.
 bool WasEverQueued(Connection& connection, const Delivery& delivery);
 
 // After the last answer: an alarm that went to nobody is given up.

@@ -126,11 +126,19 @@ void NoteEngineStart(Connection& connection) {
 int32_t ForgetHistory(Connection& connection, std::time_t before) {
     WriteTransaction transaction(connection);
     Statement(connection,
-              "DELETE FROM Host_History WHERE at < ? AND alarm NOT IN"
+              "DELETE FROM Host_History AS old WHERE alarm <> '' AND NOT EXISTS"
+              " (SELECT 1 FROM Host_History WHERE alarm = old.alarm AND pager = old.pager"
+              "  AND alarm_group = old.alarm_group AND at >= ?)"
+              " AND alarm NOT IN"
               " (SELECT AlmLogID FROM AlarmFwd_PagerEvents WHERE PagerState = '2')")
         .Bind(static_cast<int64_t>(before))
         .Run();
     const int32_t count = connection.Changes();
+    // Starts of engines before every page that is left.
+    connection.Execute(
+        "DELETE FROM Host_History WHERE alarm = '' AND row_id <"
+        " (SELECT coalesce(min(row_id), 9223372036854775807)"
+        "  FROM Host_History WHERE alarm <> '')");
     Statement(connection,
               "DELETE FROM Host_Deliveries WHERE answer IS NOT NULL AND alarm NOT IN"
               " (SELECT alarm FROM Host_History)")

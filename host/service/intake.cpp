@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "host/alarms/states.h"
+#include "host/service/backlog.h"
 #include "host/service/routes.h"
 #include "host/site/site_tables.h"
 
@@ -24,13 +25,9 @@ bool NeedsNoPaging(const Alarm& alarm) {
     return alarm.acknowledged || alarm.state == kStateAcknowledged;
 }
 
-// Another page of the alarm may have ended meanwhile, and its fold says that all have.
-void SayBeingPaged(Connection& connection, const Alarm& alarm) {
-    if (alarm.state == kStateBeingPaged) {
-        return;
-    }
+void SetState(Connection& connection, const Alarm& alarm, const char* state) {
     WriteTransaction transaction(connection);
-    SetPagerState(connection, alarm.row, kStateBeingPaged);
+    SetPagerState(connection, alarm.row, state);
     transaction.Commit();
 }
 
@@ -71,9 +68,7 @@ void Intake::TakeUp(Connection& connection, const Alarm& alarm,
         log_.Error(name +
                    ": its number can't be used: it isn't one, or another alarm has it; "
                    "nobody is paged");
-        WriteTransaction transaction(connection);
-        SetPagerState(connection, alarm.row, kStateOffLimit);
-        transaction.Commit();
+        SetState(connection, alarm, kStateOffLimit);
     } else {
         PlanDeliveries(connection, alarm, pagers);
         if (pagers.empty()) {
@@ -109,10 +104,25 @@ std::optional<int32_t> Intake::AnswerFor(Connection& connection, const Delivery&
     if (NeedsNoPaging(*alarm)) {
         return kWasAcknowledged;
     }
-    SayBeingPaged(connection, *alarm);
-    const int32_t answer = forward_(*alarm, delivery);
+    const int32_t answer = Call(connection, *alarm, delivery);
     if (IsPassing(connection, delivery, answer)) {
         return std::nullopt;
+    }
+    return answer;
+}
+
+// While the alarm's state says that it is being paged: it may say something else, where its other
+// pages have ended already, or do so at this moment.
+int32_t Intake::Call(Connection& connection, const Alarm& alarm, const Delivery& delivery) {
+    const bool all_ended = alarm.state != kStateBeingPaged;
+    if (all_ended) {
+        SetState(connection, alarm, kStateBeingPaged);
+    }
+    const int32_t answer = forward_(alarm, delivery);
+    if (answer == kQueued) {
+        MendAlarmStates(connection);
+    } else if (all_ended) {
+        SetState(connection, alarm, alarm.state.c_str());
     }
     return answer;
 }

@@ -36,6 +36,7 @@ class Intake {
     bool HandOver(Connection& connection, const Delivery& delivery);
     std::optional<int32_t> AnswerFor(Connection& connection, const Delivery& delivery,
                                      const std::optional<Alarm>& alarm);
+    int32_t Call(Connection& connection, const Alarm& alarm, const Delivery& delivery);
     bool IsPassing(Connection& connection, const Delivery& delivery, int32_t answer);
     void Report(const Delivery& delivery, int32_t answer);
     std::string Name(const Delivery& delivery) const;

@@ -67,13 +67,13 @@ void Service::Run(StopSignal& stop) {
 
 void Service::LookAtPendingPages() {
     Connection& connection = lease_.Database();
+    MendAlarmStates(connection);
     if (options_.discard_older) {
         const std::time_t before =
             std::time(nullptr) - static_cast<std::time_t>(options_.discard_older->count());
         log_.Info("pages of older alarms that are given up: " +
                   std::to_string(DiscardPages(connection, before)));
     }
-    MendAlarmStates(connection);
     const Backlog backlog = LookAtBacklog(connection);
     if (backlog.pages > 0) {
         log_.Warning(std::to_string(backlog.pages) +
