@@ -45,6 +45,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddInit(app, program);
     AddCheck(app, program);
     AddExplain(app, program);
+    AddExport(app, program);
     AddImport(app, program);
     AddTest(app, program);
     AddInHours(app, program);

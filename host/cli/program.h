@@ -51,6 +51,7 @@ struct Program {
 void AddAlarm(CLI::App& app, Program& program);
 void AddCheck(CLI::App& app, Program& program);
 void AddExplain(CLI::App& app, Program& program);
+void AddExport(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);

@@ -19,8 +19,12 @@ void Findings::Add(int line, Finding::Severity severity, std::string what, std::
     const auto behind =
         std::upper_bound(findings_.begin(), findings_.end(), line,
                          [](int wanted, const Finding& finding) { return wanted < finding.line; });
-    findings_.insert(behind,
-                     {line, severity, std::move(what), std::move(consequence), std::move(remedy)});
+    findings_.insert(behind, {line, severity, std::move(what), std::move(consequence),
+                              std::move(remedy), name_ ? name_(line) : std::string()});
+}
+
+std::string Findings::Where(int line) const {
+    return name_ ? "in " + name_(line) : "on line " + std::to_string(line);
 }
 
 size_t Findings::Count(Finding::Severity severity) const {
@@ -31,9 +35,10 @@ size_t Findings::Count(Finding::Severity severity) const {
 
 std::string Describe(const std::string& file, const Finding& finding) {
     const char* severity = finding.severity == Finding::Severity::kError ? "error" : "warning";
-    return Printable(file) + ":" + std::to_string(finding.line) + ": " + severity + ": " +
-           Printable(finding.what) + "\n    " + Printable(finding.consequence) + "\n    " +
-           Printable(finding.remedy) + "\n";
+    const std::string place =
+        finding.place.empty() ? ":" + std::to_string(finding.line) : ": " + finding.place;
+    return Printable(file) + place + ": " + severity + ": " + Printable(finding.what) + "\n    " +
+           Printable(finding.consequence) + "\n    " + Printable(finding.remedy) + "\n";
 }
 
 std::string Summary(const Findings& findings) {

@@ -101,4 +101,49 @@ std::string_view NameOfDay(size_t day) {
     return kDays.at(day);
 }
 
+std::string WriteHours(const Day& day) {
+    if (day.none() || day.all()) {
+        return day.none() ? "none" : "24h";
+    }
+    std::string hours;
+    for (size_t from = 0; from < kHoursInDay; ++from) {
+        if (!day.test(from)) {
+            continue;
+        }
+        size_t to = from;
+        while (to < kHoursInDay && day.test(to)) {
+            ++to;
+        }
+        hours += (hours.empty() ? "" : ",") + std::to_string(from) + "-" + std::to_string(to);
+        from = to;
+    }
+    return hours;
+}
+
+std::vector<WrittenHours> WriteWeek(const Week& week) {
+    std::vector<WrittenHours> written;
+    for (size_t first = 0; first < kDaysInWeek;) {
+        const Day day = DayOf(week, first);
+        size_t last = first;
+        while (last + 1 < kDaysInWeek && DayOf(week, last + 1) == day) {
+            ++last;
+        }
+        if (day.any()) {
+            const std::string days(kDays.at(first));
+            written.push_back(
+                {last == first ? days : days + "-" + std::string(kDays.at(last)), WriteHours(day)});
+        }
+        first = last + 1;
+    }
+    return written;
+}
+
+Day DayOf(const Week& week, size_t day) {
+    Day hours;
+    for (size_t hour = 0; hour < kHoursInDay; ++hour) {
+        hours.set(hour, week.test(day * kHoursInDay + hour));
+    }
+    return hours;
+}
+
 }  // namespace host

@@ -31,6 +31,19 @@ Day ParseHours(std::string_view text);
 
 std::string_view NameOfDay(size_t day);
 
+// The same, written: "8-12,13-18", "24h", "none".
+std::string WriteHours(const Day& day);
+
+// {"mon-fri", "8-18"}, {"sat", "9-12"}: days that follow each other and are alike, together; days
+// without an hour are left out.
+struct WrittenHours {
+    std::string days;
+    std::string hours;
+};
+std::vector<WrittenHours> WriteWeek(const Week& week);
+
+Day DayOf(const Week& week, size_t day);
+
 }  // namespace host
 
 #endif

@@ -32,8 +32,8 @@ void CheckDescription(const Site& site, size_t index, Findings& findings) {
     for (size_t before = 0; before < index; ++before) {
         if (site.pagers[before].description.value == description.value) {
             findings.Error(description.line,
-                           "pager " + InQuotes(description.value) + " is there already, on line " +
-                               std::to_string(site.pagers[before].line),
+                           "pager " + InQuotes(description.value) + " is there already, " +
+                               findings.Where(site.pagers[before].line),
                            "Neither of the two could be reached.",
                            "Give each pager a description of its own.");
             return;
@@ -93,11 +93,11 @@ const char* PartFor(const Pager& pager) {
 
 void CheckService(const Port& port, const Pager& pager, Findings& findings) {
     if (!port.modem.value) {
-        findings.Error(pager.port.line,
-                       PagerCalled(pager) + ": port " + InQuotes(port.name.value) + " has no modem",
-                       "Such a port dials numbers that are built in and reach nobody.",
-                       "Name a port with a modem, or set modem = true on line " +
-                           std::to_string(port.line) + ".");
+        findings.Error(
+            pager.port.line,
+            PagerCalled(pager) + ": port " + InQuotes(port.name.value) + " has no modem",
+            "Such a port dials numbers that are built in and reach nobody.",
+            "Name a port with a modem, or set modem = true " + findings.Where(port.line) + ".");
     } else if (DialFor(port, pager)->value.empty()) {
         findings.Error(pager.line,
                        PagerCalled(pager) + ": port " + InQuotes(port.name.value) +

@@ -101,8 +101,8 @@ void CheckTwice(const Site& site, size_t index, Findings& findings) {
     for (size_t before = 0; before < index; ++before) {
         if (site.ports[before].name.value == name.value) {
             findings.Error(name.line,
-                           "port " + InQuotes(name.value) + " is there already, on line " +
-                               std::to_string(site.ports[before].line),
+                           "port " + InQuotes(name.value) + " is there already, " +
+                               findings.Where(site.ports[before].line),
                            "Only the first of the two would count.",
                            "Give this one its own name, or take it out.");
             return;

@@ -15,11 +15,10 @@ std::string HoursCalled(const TimeModel& model) {
 void CheckName(const Site& site, const TimeModel& model, Findings& findings) {
     const TimeModel* first = FindTimeModel(site, model.name.value);
     if (first != &model) {
-        findings.Error(
-            model.name.line,
-            HoursCalled(model) + " are there already, on line " + std::to_string(first->line),
-            "Only the first of the two would count.",
-            "Give these their own name, or take them out.");
+        findings.Error(model.name.line,
+                       HoursCalled(model) + " are there already, " + findings.Where(first->line),
+                       "Only the first of the two would count.",
+                       "Give these their own name, or take them out.");
     }
 }
 
@@ -32,7 +31,7 @@ void NoteDays(const TimeModel& model, const DayHours& hours, SaidOn& saidOn, Fin
         if (saidOn[day] != 0) {
             findings.Error(hours.days.line,
                            HoursCalled(model) + ": " + std::string(NameOfDay(day)) +
-                               " is said already, on line " + std::to_string(saidOn[day]),
+                               " is said already, " + findings.Where(saidOn[day]),
                            "It could not be told which of the two holds.", "Say each day once.");
             return;
         }

@@ -1,10 +1,13 @@
-// The commands that look at things: trace, as the built program.
+// The commands that look at things, as the built program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "host/store/connection.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
@@ -17,6 +20,80 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::StartsWith;
+
+std::string ReadWhole(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+constexpr const char* kSite =
+    "encoding = \"latin1\"\n\n[[port]]\nname = \"COM 1\"\nbaud = 9600\nflow = \"none\"\n"
+    "modem = true\ninit = \"AT&F\"\nreset = \"ATZ\"\n\n[port.pager]\ndial = \"ATDT0,\"\n"
+    "prompt = \">\"\ndata = 8\nparity = \"none\"\nstop = 1\n\n[port.sms1]\nprotocol = \"TAP\"\n"
+    "dial = \"ATDT1\"\ndata = 7\nparity = \"even\"\nstop = 1\n\n[port.sms2]\nprotocol = \"UCP\"\n"
+    "dial = \"ATDT2\"\ndata = 8\nparity = \"none\"\nstop = 1\n\n[[hours]]\nname = \"office\"\n"
+    "mon-fri = \"8-18\"\n\n[[hours]]\nname = \"always\"\nall = true\n\n[[pager]]\n"
+    "description = \"duty \\\"A\\\"\"\nowner = \"J\xC3\xBCrgen\"\nport = \"COM 1\"\ntype = "
+    "\"sms1\"\n"
+    "number = \"5550111\"\nretries = 5\ndelay = 45\nhours = \"always\"\n";
+
+class SiteCommands : public ::testing::Test {
+ protected:
+    SiteCommands() {
+        unsetenv("PAGERFWD_DATABASE");
+        EXPECT_EQ(0, Run({"init"}).exit_code);
+        WriteFile("site.toml", kSite);
+        EXPECT_EQ(0, Run({"import", "site.toml"}).exit_code);
+    }
+
+    static ProgramRun Run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), PAGERFWD_PROGRAM);
+        return RunProgram(arguments);
+    }
+
+    static void Execute(const char* sql) {
+        host::Connection connection("pagerfwd.db");
+        connection.Execute(sql);
+    }
+
+    const test_support::TempDir folder;
+};
+
+// --- export.
+
+TEST_F(SiteCommands, ExportWhatWasImported) {
+    const ProgramRun run = Run({"export"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ(kSite, run.out);
+}
+
+TEST_F(SiteCommands, ExportToAFileThatIsNotThereYet) {
+    const ProgramRun run = Run({"export", "copy.toml"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ("copy.toml: written\n", run.out);
+    EXPECT_EQ(kSite, ReadWhole("copy.toml"));
+    WriteFile("copy.toml", "mine");
+    const ProgramRun refused = Run({"export", "copy.toml"});
+    EXPECT_EQ(2, refused.exit_code);
+    EXPECT_THAT(refused.err, HasSubstr("copy.toml: is there already"));
+    EXPECT_EQ("mine", ReadWhole("copy.toml"));
+    EXPECT_EQ(0, Run({"export", "--force", "copy.toml"}).exit_code);
+    EXPECT_EQ(kSite, ReadWhole("copy.toml"));
+    EXPECT_EQ(3, Run({"export", "none/copy.toml"}).exit_code);
+}
+
+TEST_F(SiteCommands, ExportWhatImportWouldRefuseAndSaySo) {
+    Execute("UPDATE AlarmFwd_COMProperties SET PagerParity = 'Mark'");
+    const ProgramRun run = Run({"export"});
+    EXPECT_EQ(1, run.exit_code);
+    EXPECT_THAT(run.out, HasSubstr("parity = \"Mark\""));
+    EXPECT_THAT(run.err,
+                AllOf(HasSubstr("row 1 of AlarmFwd_COMProperties: error: port \"COM 1\", pager: "
+                                "parity \"Mark\" is refused"),
+                      HasSubstr("can't be imported before")));
+}
+
+// --- trace.
 
 class TraceCommand : public ::testing::Test {
  protected:
