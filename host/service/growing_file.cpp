@@ -19,12 +19,15 @@ GrowingFile::~GrowingFile() {
     Close();
 }
 
-bool GrowingFile::Open() {
-    if (file_ < 0) {
-        file_ = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-        position_ = 0;
+bool GrowingFile::Open(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) {
+        return false;
     }
-    return file_ >= 0;
+    Close();
+    file_ = file;
+    position_ = 0;
+    return true;
 }
 
 void GrowingFile::Close() {
@@ -34,15 +37,29 @@ void GrowingFile::Close() {
     }
 }
 
-bool GrowingFile::IsReplaced() const {
+bool GrowingFile::IsOpenOne(const std::string& path) const {
     struct stat open_one {};
     struct stat named {};
-    return fstat(file_, &open_one) == 0 && stat(path_.c_str(), &named) == 0 &&
-           (open_one.st_ino != named.st_ino || open_one.st_dev != named.st_dev);
+    return fstat(file_, &open_one) == 0 && stat(path.c_str(), &named) == 0 &&
+           open_one.st_ino == named.st_ino && open_one.st_dev == named.st_dev;
+}
+
+std::string GrowingFile::Aside(int number) const {
+    return number == 0 ? path_ : path_ + "." + std::to_string(number);
+}
+
+// The file that was begun when the one that is open was moved aside.
+std::string GrowingFile::Successor() const {
+    for (int number = 1; number <= kMostAside; ++number) {
+        if (IsOpenOne(Aside(number))) {
+            return Aside(number - 1);
+        }
+    }
+    return path_;
 }
 
 std::string GrowingFile::Read() {
-    if (!Open()) {
+    if (file_ < 0 && !Open(path_)) {
         return {};
     }
     struct stat status {};
@@ -53,8 +70,7 @@ std::string GrowingFile::Read() {
     const ssize_t size = pread(file_, bytes.data(), bytes.size(), position_);
     bytes.resize(size > 0 ? static_cast<size_t>(size) : 0);
     position_ += static_cast<off_t>(bytes.size());
-    if (bytes.empty() && IsReplaced()) {
-        Close();
+    if (bytes.empty() && !IsOpenOne(path_) && Open(Successor())) {
         return Read();
     }
     return bytes;
@@ -66,8 +82,7 @@ void GrowingFile::MoveAside() {
         return;
     }
     for (int number = kMostAside - 1; number >= 0; --number) {
-        const std::string from = number == 0 ? path_ : path_ + "." + std::to_string(number);
-        std::rename(from.c_str(), (path_ + "." + std::to_string(number + 1)).c_str());
+        std::rename(Aside(number).c_str(), Aside(number + 1).c_str());
     }
 }
 

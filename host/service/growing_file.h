@@ -1,7 +1,7 @@
 // Reads a file that another part of the process writes, as it grows.
 //
-// The file may be emptied and begun anew, and may be moved aside. What was written before it is
-// emptied and not yet read is lost.
+// The file may be emptied and begun anew, and may be moved aside; those moved aside are read first.
+// What was written before it is emptied and not yet read is lost.
 //
 // Threads    One.
 #ifndef PAGERFWD_HOST_SERVICE_GROWING_FILE_H
@@ -30,8 +30,10 @@ class GrowingFile {
     void MoveAside();
 
  private:
-    bool Open();
-    bool IsReplaced() const;
+    bool Open(const std::string& path);
+    bool IsOpenOne(const std::string& path) const;
+    std::string Aside(int number) const;
+    std::string Successor() const;
     void Close();
 
     const std::string path_;

@@ -42,11 +42,11 @@ class Teller {
     }
 
     void BeingPaged(const PageChange& change) {
-        const bool is_first = story_.queued == 0;
-        if (is_first) {
+        const bool is_queued = story_.queued == 0 || story_.end != PageEnd::kPending;
+        if (is_queued) {
             story_.queued = change.at;
         }
-        if (is_first || starts_ || story_.end != PageEnd::kPending) {
+        if (is_queued || starts_) {
             story_.due = change.at;
         } else if (change.tries > story_.tries) {
             story_.due += static_cast<std::time_t>(delay_) * kMinute;

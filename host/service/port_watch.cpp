@@ -7,6 +7,7 @@ namespace host {
 namespace {
 
 // Trace texts of the library, behind "12:34:56" and a tabulator.
+constexpr size_t kStamp = 8;
 constexpr std::string_view kNotOpened = "COM port cannot be opened!";
 constexpr std::string_view kTransferred = "Message transfered!";
 
@@ -29,11 +30,10 @@ void PortWatch::Read(std::string_view trace) {
 }
 
 void PortWatch::ReadLine(std::string_view line) {
-    const size_t tab = line.find('\t');
-    if (tab == std::string_view::npos) {
+    if (line.size() <= kStamp || line[kStamp] != '\t') {
         return;
     }
-    const std::string_view text = line.substr(tab + 1);
+    const std::string_view text = line.substr(kStamp + 1);
     if (text == kNotOpened) {
         taken_ = true;
     } else if (text == kTransferred) {

@@ -22,6 +22,9 @@ std::vector<const SaidText*> TextsOf(const Site& site) {
     for (const TimeModel& model : site.timeModels) {
         texts.push_back(&model.name);
     }
+    for (const Route& route : site.routes) {
+        texts.push_back(&route.groups);
+    }
     return texts;
 }
 
