@@ -128,6 +128,78 @@ TEST_F(Schema, HasAnIndexForEachQuestion) {
     EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
 }
 
+// --- A database that was made before there was a service.
+
+// Everything that the database is made of.
+std::vector<std::string> Anatomy(Connection& connection) {
+    std::vector<std::string> parts;
+    Statement statement(connection,
+                        "SELECT type || ' ' || name || ': ' || coalesce(sql, '')"
+                        " FROM sqlite_schema ORDER BY type, name");
+    while (statement.Step()) {
+        parts.emplace_back(statement.Text(0));
+    }
+    return parts;
+}
+
+class OldSchema : public HostTest {
+ protected:
+    OldSchema() {
+        for (const Table& table : Tables()) {
+            std::string sql =
+                "CREATE TABLE \"" + std::string(table.name) + "\" (row_id INTEGER PRIMARY KEY";
+            for (const std::string& column : table.columns) {
+                sql += ", \"" + column + "\" TEXT NOT NULL DEFAULT ''";
+            }
+            old.Execute((sql + ")").c_str());
+        }
+        old.Execute(
+            "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN hidden_by INTEGER;"
+            "CREATE INDEX AlarmLog_ByNumber ON AlarmLog (alarmlogID);"
+            "CREATE TABLE Host_Settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
+            "PRAGMA user_version = 1");
+    }
+
+    Connection old{"old.db", Connection::Mode::kCreate};
+};
+
+TEST_F(OldSchema, IsRefusedUntilItIsBroughtUpToDate) {
+    EXPECT_THROW(RequireTables(old), StoreError);
+    EXPECT_EQ(Made::kNewerParts, CreateTables(old));
+    RequireTables(old);
+    EXPECT_EQ(Made::kNothing, CreateTables(old));
+}
+
+TEST_F(OldSchema, BecomesWhatANewDatabaseIs) {
+    CreateTables(old);
+    Connection fresh(database);
+    EXPECT_EQ(Anatomy(fresh), Anatomy(old));
+}
+
+TEST_F(OldSchema, KeepsWhatItHolds) {
+    old.Execute(
+        "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmName) VALUES ('7', '2', 'PLANT/1');"
+        "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, PagerDescr, PagerState, hidden_by)"
+        " VALUES ('7', 'duty', '2', 4711);"
+        "INSERT INTO Host_Settings VALUES ('encoding', 'shift_jis')");
+    CreateTables(old);
+    EXPECT_EQ("shift_jis", ReadSetting(old, "encoding"));
+    Statement statement(old,
+                        "SELECT alarmName || '|' || alarm_group || '|' || PagerDescr || '|' ||"
+                        " hidden_by FROM AlarmLog JOIN AlarmFwd_PagerEvents"
+                        " ON AlmLogID = alarmlogID");
+    ASSERT_TRUE(statement.Step());
+    EXPECT_EQ("PLANT/1||duty|4711", statement.Text(0));
+}
+
+TEST_F(OldSchema, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
+    old.Execute("CREATE TABLE Host_History (another TEXT)");
+    const std::vector<std::string> before = Anatomy(old);
+    EXPECT_THROW(CreateTables(old), StoreError);
+    EXPECT_EQ(before, Anatomy(old));
+    EXPECT_THROW(RequireTables(old), StoreError);
+}
+
 TEST(ColumnNames, AreTheSameInEitherCase) {
     EXPECT_TRUE(SameColumn("Pagerstate", "PagerState"));
     EXPECT_FALSE(SameColumn("Pagerstate", "Pagerstates"));

@@ -238,6 +238,50 @@ TEST(SiteFile, ReportsWhatIsMissing) {
                             "3: hours.name is missing"));
 }
 
+// --- Routes, and lists of texts.
+
+TEST(SiteFile, HasRoutes) {
+    const ReadSite read = ParseSite(R"([[route]]
+groups = "PLANT/*"
+severities = ["critical",
+              "major"]
+pagers = ["duty",
+
+          "night"]
+[[route]]
+)");
+    EXPECT_THAT(read.findings.All(), IsEmpty());
+    ASSERT_EQ(2U, read.site.routes.size());
+    const Route& route = read.site.routes[0];
+    EXPECT_EQ(1, route.line);
+    EXPECT_EQ("PLANT/*", route.groups.value);
+    ASSERT_EQ(2U, route.severities.size());
+    EXPECT_EQ("critical", route.severities[0].value);
+    EXPECT_EQ("major", route.severities[1].value);
+    EXPECT_EQ(4, route.severities[1].line);
+    ASSERT_EQ(2U, route.pagers.size());
+    EXPECT_EQ("duty", route.pagers[0].value);
+    EXPECT_EQ("night", route.pagers[1].value);
+    EXPECT_EQ(7, route.pagers[1].line);
+
+    const Route& bare = read.site.routes[1];
+    EXPECT_EQ(8, bare.line);
+    EXPECT_EQ("*", bare.groups.value);
+    EXPECT_THAT(bare.severities, IsEmpty());
+    EXPECT_THAT(bare.pagers, IsEmpty());
+}
+
+TEST(SiteFile, ReportsWhatIsNoListOfTexts) {
+    EXPECT_THAT(
+        Mistakes("[[route]]\npagers = \"duty\"\nseverities = [\"minor\",\n3,\n[\"major\"]]\n"),
+        ElementsAre("2: route.pagers has to be a list of texts, as [\"one\", \"two\"]",
+                    "4: route.severities has to be a list of texts, as [\"one\", \"two\"]",
+                    "5: route.severities has to be a list of texts, as [\"one\", \"two\"]"));
+    EXPECT_THAT(Mistakes("[[route]]\npager = [\"duty\"]\ngroups = [\"a\"]\n"),
+                ElementsAre("2: unknown key \"pager\" in route",
+                            "3: route.groups has to be a text between double quotes"));
+}
+
 TEST(SiteFile, SaysWhatToDo) {
     const Finding missing = ParseSite("[[port]]\n").findings.All().at(0);
     EXPECT_EQ("Add a line: name = \"...\"", missing.remedy);

@@ -2,8 +2,11 @@
 // it has until its standard input ends.
 //   store_process DATABASE lock            holds the lock of the alarm log
 //   store_process DATABASE count           adds 1 to the state of alarm 7, fifty times, under the
-//   lock store_process DATABASE delete-event    deletes the event of alarm 7 and pager "duty"
+//                                          lock
+//   store_process DATABASE delete-event    deletes the event of alarm 7 and pager "duty"
 //   store_process DATABASE own             says its owner number, which it keeps
+//   store_process DATABASE engine          holds the locks of an engine
+//   store_process FILE lock-file           holds the lock file
 #include <pagerfwd/table_access.h>
 
 #include <functional>
@@ -11,6 +14,8 @@
 #include <map>
 #include <string>
 
+#include "host/service/engine_locks.h"
+#include "host/service/lock_file.h"
 #include "host/store/owner_lock.h"
 #include "tests/unit/host/table_client.h"
 
@@ -53,11 +58,24 @@ void Own(const std::string& database) {
     SayAndWait(std::to_string(owners.Mine()));
 }
 
+void HoldEngine(const std::string& database) {
+    host::Connection connection(database);
+    host::EngineLocks locks(database, ".", "a test");
+    locks.TakeDevices(connection);
+    SayAndWait("taken");
+}
+
+void HoldLockFile(const std::string& path) {
+    host::LockFile lock(path);
+    SayAndWait(lock.TryTake("a test") ? "taken" : "refused");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const std::map<std::string, std::function<void(const std::string&)>> parts = {
-        {"lock", HoldLock}, {"count", Count}, {"delete-event", DeleteEvent}, {"own", Own}};
+        {"lock", HoldLock}, {"count", Count},       {"delete-event", DeleteEvent},
+        {"own", Own},       {"engine", HoldEngine}, {"lock-file", HoldLockFile}};
     const auto part = argc == 3 ? parts.find(argv[2]) : parts.end();
     if (part == parts.end()) {
         return 2;

@@ -1,0 +1,105 @@
+// What an engine finds when it starts.
+#include "host/service/backlog.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/service/history.h"
+#include "host/store/pending.h"
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+
+class ABacklog : public ServiceTest {
+ protected:
+    // An alarm with a page in this state.
+    void Add(int32_t alarm, const char* alarm_state, int32_t page_state, time_t raised = kNow) {
+        AddAlarm(std::to_string(alarm), alarm_state, "ops", raised);
+        WriteEvent(alarm, "duty", page_state);
+    }
+    std::vector<std::string> PageStates() {
+        return Rows("PagerState FROM AlarmFwd_PagerEvents ORDER BY row_id");
+    }
+};
+
+TEST_F(ABacklog, IsEmptyWhereNothingIsPending) {
+    Add(7, "4", 4);
+    EXPECT_EQ(0, LookAtBacklog(connection).pages);
+    EXPECT_EQ(0, LookAtBacklog(connection).oldest);
+}
+
+TEST_F(ABacklog, CountsPagesAndKnowsTheOldestAlarm) {
+    Add(7, "2", 2, kNow - 100);
+    WriteEvent(7, "night", 2);
+    Add(8, "2", 2, kNow - 900);
+    Add(9, "1", 2, kNow - 5000);  // acknowledged
+    Add(10, "2", 3, kNow - 5000);
+    EXPECT_EQ(3, LookAtBacklog(connection).pages);
+    EXPECT_EQ(kNow - 900, LookAtBacklog(connection).oldest);
+}
+
+TEST_F(ABacklog, IsMendedWhereAnAlarmStillOwesAPage) {
+    Add(5, "0", 2);
+    Add(6, "1", 2);
+    Add(7, "3", 2);
+    Add(8, "4", 2);
+    Add(9, "4", 4);
+    EXPECT_EQ(2, MendAlarmStates(connection));
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog ORDER BY row_id"),
+                ElementsAre("0", "1", "2", "2", "4"));
+    EXPECT_EQ(0, MendAlarmStates(connection));
+}
+
+TEST_F(ABacklog, IsNeverMendedAgainstAnAcknowledgement) {
+    Add(7, "4", 2);
+    Execute("DROP TRIGGER AlarmLog_StaysAcknowledged; UPDATE AlarmLog SET alarmack = '1'");
+    EXPECT_EQ(0, MendAlarmStates(connection));
+    EXPECT_EQ("4", StateOf("7"));
+}
+
+// --- Giving up.
+
+TEST_F(ABacklog, IsGivenUpWhereItsAlarmIsOld) {
+    Add(7, "2", 2, kNow - 61);
+    WriteEvent(7, "night", 2);
+    WriteEvent(7, "over", 4);
+    Add(8, "2", 2, kNow - 60);
+    EXPECT_EQ(2, DiscardPages(connection, kNow - 60));
+    EXPECT_EQ("3", StateOf("7"));
+    EXPECT_EQ("2", StateOf("8"));
+    EXPECT_THAT(PageStates(), ElementsAre("3", "3", "4", "2"));
+    EXPECT_EQ(PageEnd::kOffLimit, PagesOf(connection, "7").at(0).end);
+    EXPECT_EQ(0, DiscardPages(connection, kNow - 60));
+}
+
+TEST_F(ABacklog, IsGivenUpWhereItsPagesWereNotYetQueued) {
+    AddAlarm("7", "2", "ops", kNow - 61);
+    AddAlarm("8", "2", "ops", kNow - 60);
+    Execute(
+        "INSERT INTO Host_Deliveries VALUES ('7', 0, 'ops', 'duty', 0, NULL),"
+        " ('7', 1, 'ops', 'night', 0, 1), ('8', 0, 'ops', 'duty', 0, NULL)");
+    EXPECT_EQ(1, DiscardPages(connection, kNow - 60));
+    EXPECT_THAT(Rows("coalesce(answer, '-') FROM Host_Deliveries ORDER BY alarm, place"),
+                ElementsAre("4", "1", "-"));
+}
+
+TEST_F(ABacklog, IsGivenUpWhereItsAlarmWasNeverTakenUp) {
+    AddAlarm("7", "0", "ops", kNow - 61);
+    AddAlarm("8", "", "ops", kNow - 61);
+    AddAlarm("9", "0", "ops", kNow - 60);
+    DiscardPages(connection, kNow - 60);
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog ORDER BY row_id"), ElementsAre("3", "3", "0"));
+}
+
+TEST_F(ABacklog, KeepsAcknowledgedAlarmsAcknowledgedWhenItIsGivenUp) {
+    Add(7, "2", 2, kNow - 61);
+    AcknowledgeAlarm(connection, 7, kNow);
+    DiscardPages(connection, kNow - 60);
+    EXPECT_EQ("1", StateOf("7"));
+}
+
+}  // namespace
+}  // namespace host

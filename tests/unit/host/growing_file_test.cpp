@@ -1,0 +1,136 @@
+// A file that is read as it grows.
+#include "host/service/growing_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "tests/support/temp_dir.h"
+#include "tests/unit/host/files.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kName = "trace.txt";
+
+class AGrowingFile : public ::testing::Test {
+ protected:
+    static void Add(const std::string& text, const char* name = kName) {
+        std::ofstream(name, std::ios::binary | std::ios::app) << text;
+    }
+    static std::string Aside(int number) {
+        std::ifstream file(std::string(kName) + "." + std::to_string(number));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    const test_support::TempDir folder;
+    GrowingFile file{kName};
+};
+
+TEST_F(AGrowingFile, MayBeMissing) {
+    EXPECT_EQ("", file.Read());
+    Add("one");
+    EXPECT_EQ("one", file.Read());
+}
+
+TEST_F(AGrowingFile, IsReadOnce) {
+    Add("one");
+    EXPECT_EQ("one", file.Read());
+    EXPECT_EQ("", file.Read());
+    Add("two");
+    Add("three");
+    EXPECT_EQ("twothree", file.Read());
+    EXPECT_EQ(11, file.Position());
+}
+
+TEST_F(AGrowingFile, HoldsAnyBytes) {
+    const std::string bytes("a\0b\n\xFF", 5);
+    Add(bytes);
+    EXPECT_EQ(bytes, file.Read());
+}
+
+TEST_F(AGrowingFile, ComesInPiecesWhereItIsLarge) {
+    constexpr size_t kMost = size_t{1} << 20;
+    const std::string text = std::string(kMost, 'a') + "b";
+    Add(text);
+    EXPECT_EQ(std::string(kMost, 'a'), file.Read());
+    EXPECT_EQ("b", file.Read());
+    EXPECT_EQ("", file.Read());
+}
+
+TEST_F(AGrowingFile, MayBeEmptiedAndBegunAnew) {
+    Add("a long text");
+    file.Read();
+    WriteFile(kName, "new");
+    EXPECT_EQ("new", file.Read());
+    WriteFile(kName, "");
+    EXPECT_EQ("", file.Read());
+    Add("newer");
+    EXPECT_EQ("newer", file.Read());
+}
+
+TEST_F(AGrowingFile, IsReadToItsEndWhenItWasMovedAside) {
+    Add("one");
+    EXPECT_EQ("one", file.Read());
+    Add("two");
+    file.MoveAside();
+    Add("three", "trace.txt.1");  // its writer had it open
+    Add("new");
+    EXPECT_EQ("twothree", file.Read());
+    EXPECT_EQ("new", file.Read());
+    EXPECT_EQ(3, file.Position());
+}
+
+TEST_F(AGrowingFile, IsReadToItsEndWhenAnotherTookItsPlace) {
+    Add("one");
+    EXPECT_EQ("one", file.Read());
+    std::filesystem::rename(kName, "elsewhere");
+    EXPECT_EQ("", file.Read());
+    Add("two", "elsewhere");
+    EXPECT_EQ("two", file.Read());
+    Add("new");
+    EXPECT_EQ("new", file.Read());
+}
+
+TEST_F(AGrowingFile, IsMovedAsideFiveTimes) {
+    for (const char* text : {"1", "2", "3", "4", "5", "6", "7"}) {
+        Add(text);
+        file.MoveAside();
+    }
+    EXPECT_FALSE(std::filesystem::exists(kName));
+    EXPECT_EQ("7", Aside(1));
+    EXPECT_EQ("6", Aside(2));
+    EXPECT_EQ("3", Aside(5));
+    EXPECT_FALSE(std::filesystem::exists("trace.txt.6"));
+}
+
+TEST_F(AGrowingFile, IsNotMovedAsideWhereThereIsNothingInIt) {
+    file.MoveAside();
+    EXPECT_FALSE(std::filesystem::exists("trace.txt.1"));
+    WriteFile(kName, "");
+    file.MoveAside();
+    EXPECT_TRUE(std::filesystem::exists(kName));
+    Add("one");
+    file.MoveAside();
+    file.MoveAside();
+    EXPECT_EQ("one", Aside(1));
+}
+
+// Moved aside and begun anew twice between two looks, as when the engine is made anew.
+TEST_F(AGrowingFile, LosesNothingThatWasMovedAsideTwice) {
+    Add("one");
+    EXPECT_EQ("one", file.Read());
+    file.MoveAside();
+    Add("two");
+    file.MoveAside();
+    Add("three");
+    EXPECT_EQ("two", file.Read());
+    EXPECT_EQ("three", file.Read());
+    EXPECT_EQ("", file.Read());
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,360 @@
+// New alarms, handed over to a library that is made up.
+#include "host/service/intake.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+struct ProcessDied {};
+
+class AnIntake : public ServiceTest {
+ protected:
+    AnIntake() {
+        Execute("INSERT INTO Host_Routes VALUES (1, 'ops', ''), (2, 'o*', '')");
+        Route(1, {"b", "a"});
+        Route(2, {"a", "c"});
+        for (const char* pager : {"a", "b", "c"}) {
+            AddPager(pager);
+        }
+    }
+
+    void Route(int64_t number, const std::vector<std::string>& pagers) {
+        int64_t place = 0;
+        for (const std::string& pager : pagers) {
+            Statement(connection, "INSERT INTO Host_RoutePagers VALUES (?, ?, ?)")
+                .Bind(number)
+                .Bind(place++)
+                .Bind(pager)
+                .Run();
+        }
+    }
+
+    // The library: what it is called with, "7 to b", and the row that it writes when it says yes.
+    int32_t Forward(const Alarm& alarm, const Delivery& delivery) {
+        EXPECT_EQ("2", StateOf(alarm.number));
+        calls.push_back(delivery.alarm + " to " + delivery.pager);
+        if (dies_before_call == calls.size()) {
+            throw ProcessDied();
+        }
+        const int32_t answer = answers.count(delivery.pager) != 0 ? answers[delivery.pager] : 1;
+        if (answer == 1) {
+            WriteEvent(std::stoi(alarm.number), delivery.pager.c_str(), 2, 0,
+                       delivery.group.c_str());
+        }
+        if (dies_after_call == calls.size()) {
+            throw ProcessDied();
+        }
+        return answer;
+    }
+
+    void Run() { intake->Run(connection); }
+
+    // The process that comes next.
+    void Restart() {
+        dies_before_call = dies_after_call = 0;
+        calls.clear();
+        Make();
+        Run();
+    }
+    void Make() {
+        intake.emplace(
+            Encoding::kLatin1,
+            [this](const Alarm& alarm, const Delivery& delivery) {
+                return Forward(alarm, delivery);
+            },
+            log);
+    }
+
+    // "b 1": the pagers of alarm 7 and the answers noted, "b -" where there is none yet.
+    std::vector<std::string> Noted(const std::string& alarm = "7") {
+        return Rows("pager || ' ' || coalesce(answer, '-') FROM Host_Deliveries WHERE alarm = '" +
+                    alarm + "' ORDER BY place");
+    }
+
+    std::optional<Intake> intake;
+    std::vector<std::string> calls;
+    std::map<std::string, int32_t> answers;
+    size_t dies_before_call = 0;
+    size_t dies_after_call = 0;
+
+    void SetUp() override { Make(); }
+};
+
+TEST_F(AnIntake, HandsAnAlarmToEachPagerOfItsRoutesOnce) {
+    AddAlarm("7");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
+    EXPECT_EQ("2", StateOf("7"));
+    Run();
+    EXPECT_EQ(3U, calls.size());
+    EXPECT_THAT(said.str(), HasSubstr("<6>alarm 7 (ops) to \"b\": queued\n"));
+}
+
+TEST_F(AnIntake, TakesAlarmsInTheirOrder) {
+    AddAlarm("7");
+    AddAlarm("8", "");
+    AddAlarm("9", "2");
+    AddAlarm("10", "4");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c", "8 to b", "8 to a", "8 to c"));
+}
+
+// --- Processes that die.
+
+TEST_F(AnIntake, GoesOnAfterADeathBeforeTheCall) {
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c -"));
+    Restart();
+    EXPECT_THAT(calls, ElementsAre("7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
+}
+
+TEST_F(AnIntake, CallsNotAgainAfterADeathBetweenAnswerAndNote) {
+    AddAlarm("7");
+    dies_after_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c -"));
+    Restart();
+    EXPECT_THAT(calls, ElementsAre("7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 3", "c 1"));
+}
+
+TEST_F(AnIntake, CallsNotAgainWhenThePageHasEndedBeforeTheNote) {
+    AddAlarm("7");
+    dies_after_call = 1;
+    EXPECT_THROW(Run(), ProcessDied);
+    RewriteEvent(7, "b", 4, 0);
+    OpenTable(database, "AlarmFwd_PagerEvents")
+        .Delete("WHERE AlarmFwd_PagerEvents.PagerState <> 2");
+    Restart();
+    EXPECT_THAT(calls, ElementsAre("7 to a", "7 to c"));
+}
+
+// --- Acknowledgements.
+
+TEST_F(AnIntake, PagesNobodyForAnAlarmThatWasAcknowledgedWhileItWasNew) {
+    AddAlarm("7");
+    AcknowledgeAlarm(connection, 7, kNow);
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group)"
+        " VALUES ('8', '0', '1', 'ops')");
+    Run();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_EQ("1", StateOf("7"));
+    EXPECT_EQ("1", StateOf("8"));
+}
+
+TEST_F(AnIntake, StopsAtAnAcknowledgementBeforeAPagersTurn) {
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    dies_before_call = 0;
+    AcknowledgeAlarm(connection, 7, kNow);
+    Run();
+    EXPECT_EQ(2U, calls.size());
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 2", "c 2"));
+    EXPECT_EQ("1", StateOf("7"));
+}
+
+TEST_F(AnIntake, StopsAtAStateOfOneThatAnotherProgramHasWritten) {
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    Execute("UPDATE AlarmLog SET pagerstate = '1'");
+    Run();
+    EXPECT_EQ(2U, calls.size());
+    EXPECT_EQ("1", StateOf("7"));
+}
+
+// --- Answers.
+
+TEST_F(AnIntake, TellsOfAPagerThatIsUnknownAndGoesOn) {
+    Execute("DELETE FROM AlarmFwd_PagerSetting WHERE description = 'a'");
+    answers["a"] = -1;
+    AddAlarm("7");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -1", "c 1"));
+    EXPECT_THAT(said.str(), HasSubstr("<3>error: alarm 7 (ops) to \"a\": there is no such pager"));
+    EXPECT_EQ("2", StateOf("7"));
+}
+
+TEST_F(AnIntake, GivesUpAnAlarmThatWentToNobody) {
+    Execute("DELETE FROM AlarmFwd_PagerSetting");
+    answers = {{"a", -1}, {"b", -1}, {"c", -1}};
+    AddAlarm("7");
+    Run();
+    EXPECT_EQ(3U, calls.size());
+    EXPECT_EQ("3", StateOf("7"));
+}
+
+TEST_F(AnIntake, TriesAgainAfterTenSecondsWhatTheLibraryCouldNotRead) {
+    answers["a"] = -1;  // though there is such a pager
+    AddAlarm("7");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c -"));
+    EXPECT_FALSE(intake->WantsAgain(kNow + 9));
+    EXPECT_TRUE(intake->WantsAgain(kNow + 10));
+    pagersim::VirtualClock::Set(kNow + 9);
+    Run();
+    EXPECT_EQ(2U, calls.size());
+    pagersim::VirtualClock::Set(kNow + 10);
+    answers.clear();
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
+    EXPECT_FALSE(intake->WantsAgain(kNow + 1000));
+}
+
+TEST_F(AnIntake, TriesAgainWhenTheLibraryDoesNotSeeTheAlarm) {
+    answers["b"] = 0;
+    AddAlarm("7");
+    Run();
+    EXPECT_THAT(Noted(), ElementsAre("b -", "a -", "c -"));
+    EXPECT_TRUE(intake->WantsAgain(kNow + 10));
+}
+
+TEST_F(AnIntake, TakesUpNewAlarmsWhileItWaits) {
+    answers["b"] = -1;
+    AddAlarm("7");
+    Run();
+    AddAlarm("8");
+    Run();
+    EXPECT_EQ(1U, calls.size());
+    EXPECT_EQ("2", StateOf("8"));
+    EXPECT_THAT(Noted("8"), ElementsAre("b -", "a -", "c -"));
+}
+
+TEST_F(AnIntake, LeavesAnAlarmThatHasGone) {
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    Execute("DELETE FROM AlarmLog");
+    Run();
+    EXPECT_EQ(2U, calls.size());
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 0", "c 0"));
+    EXPECT_THAT(said.str(), HasSubstr("\"c\": the alarm has gone from the alarm log"));
+}
+
+// --- Alarms whose other pages have ended.
+
+TEST_F(AnIntake, KeepsTheEndOfAnAlarmWhoseLastPagerIsUnknown) {
+    Execute("DELETE FROM AlarmFwd_PagerSetting WHERE description IN ('a', 'c')");
+    answers = {{"a", -1}, {"c", -1}};
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    dies_before_call = 0;
+    Execute("UPDATE AlarmLog SET pagerstate = '4'");  // the page to b is done
+    Run();
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -1", "c -1"));
+    EXPECT_EQ("4", StateOf("7"));
+}
+
+TEST_F(AnIntake, PagesAgainForAnAlarmWhoseOtherPagesHaveEnded) {
+    AddAlarm("7");
+    dies_before_call = 2;
+    EXPECT_THROW(Run(), ProcessDied);
+    dies_before_call = 0;
+    RewriteEvent(7, "b", 3, 6);
+    Execute("UPDATE AlarmLog SET pagerstate = '3'");
+    Run();
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
+    EXPECT_EQ("2", StateOf("7"));
+}
+
+// The fold of a page that ends while the next is being queued says that all have ended.
+TEST_F(AnIntake, MendsTheStateThatAFoldHasWrittenMeanwhile) {
+    AddAlarm("7");
+    Execute(
+        "CREATE TRIGGER Fold AFTER INSERT ON AlarmFwd_PagerEvents WHEN NEW.PagerDescr = 'c'"
+        " BEGIN UPDATE AlarmLog SET pagerstate = '4'; END");
+    Run();
+    EXPECT_EQ("2", StateOf("7"));
+}
+
+// --- Routes and numbers.
+
+TEST_F(AnIntake, TellsOfAnAlarmThatNoRouteTakes) {
+    AddAlarm("7", "0", "elsewhere");
+    Run();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_THAT(Noted(), IsEmpty());
+    EXPECT_THAT(said.str(),
+                HasSubstr("<4>warning: alarm 7 (elsewhere): no route leads to a pager"));
+    EXPECT_THAT(NewAlarms(connection), IsEmpty());
+    EXPECT_THAT(OpenAlarms(connection), IsEmpty());
+}
+
+TEST_F(AnIntake, RefusesNumbersThatTwoAlarmsHave) {
+    AddAlarm("7");
+    AddAlarm("7");
+    Run();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog"), ElementsAre("3", "3"));
+    EXPECT_THAT(said.str(), HasSubstr("<3>error: alarm 7 (ops): its number can't be used"));
+}
+
+TEST_F(AnIntake, RefusesWhatIsNoNumberOfTheLibrary) {
+    for (const char* number : {"", "x", "7x", " 7", "07", "+7", "7.0", "2147483648", "-2147483649",
+                               "99999999999999999999"}) {
+        AddAlarm(number);
+        Run();
+        EXPECT_EQ("3", StateOf(number)) << number;
+    }
+    EXPECT_THAT(calls, IsEmpty());
+    AddAlarm("2147483647");
+    AddAlarm("-2147483648");
+    Run();
+    EXPECT_EQ(6U, calls.size());
+}
+
+TEST_F(AnIntake, HandsTextsOverAsTheyAre) {
+    const std::string pager = "a\"b'%s;--" + std::string(65536, 'x');
+    const std::string group = "o\"'%n" + std::string(65536, 'y');
+    Route(2, {});
+    Execute("DELETE FROM Host_RoutePagers");
+    Route(2, {pager});
+    AddPager(pager);
+    AddAlarm("7", "0", group);
+    dies_after_call = 1;
+    EXPECT_THROW(Run(), ProcessDied);
+    EXPECT_THAT(calls, ElementsAre("7 to " + pager));
+    Restart();
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_THAT(Noted(), ElementsAre(pager + " 3"));
+    EXPECT_THAT(faults, IsEmpty());
+}
+
+// Another program may begin its numbers anew, or ask for an alarm's pages once more.
+TEST_F(AnIntake, PagesForANumberThatWasUsedBefore) {
+    AddAlarm("7");
+    Run();
+    for (const char* pager : {"a", "b", "c"}) {
+        RewriteEvent(7, pager, 4, 0);
+    }
+    Execute("DELETE FROM AlarmLog");
+    AddAlarm("7");
+    calls.clear();
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
+}
+
+}  // namespace
+}  // namespace host

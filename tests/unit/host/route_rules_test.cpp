@@ -1,0 +1,72 @@
+// What is wrong with a route.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/site/site_check.h"
+#include "host/site/site_file.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// "error 12: there is no pager ..." for each finding on a sound site with this route, which begins
+// in line 10.
+std::vector<std::string> Findings(const std::string& route) {
+    constexpr const char* kSite =
+        "[[port]]\nname = \"COM 1\"\n[port.sms1]\ndial = \"ATDT1\"\n"
+        "[[pager]]\ndescription = \"duty\"\ntype = \"sms1\"\nnumber = \"1\"\nport = \"COM 1\"\n"
+        "[[route]]\n";
+    ReadSite read = ParseSite(kSite + route);
+    CheckSite(read.site, read.findings);
+    std::vector<std::string> said;
+    for (const Finding& finding : read.findings.All()) {
+        said.push_back((finding.severity == Finding::Severity::kError ? "error " : "warning ") +
+                       std::to_string(finding.line) + ": " + finding.what);
+    }
+    return said;
+}
+
+TEST(RouteRules, FindNothingWrongWithASoundRoute) {
+    EXPECT_THAT(Findings("pagers = [\"duty\"]\n"), IsEmpty());
+    EXPECT_THAT(Findings("groups = \"PLANT/*\"\npagers = [\"duty\"]\n"
+                         "severities = [\"critical\", \"major\", \"minor\", \"informational\", "
+                         "\"unknown\"]\n"),
+                IsEmpty());
+}
+
+TEST(RouteRules, FindASeverityThatNoAlarmHas) {
+    EXPECT_THAT(
+        Findings("groups = \"A\"\npagers = [\"duty\"]\nseverities = [\"minor\",\n\"Major\"]\n"),
+        ElementsAre("error 14: route for \"A\": there is no severity \"Major\""));
+}
+
+TEST(RouteRules, FindAPagerThatIsNotThere) {
+    EXPECT_THAT(Findings("pagers = [\n\"duty\",\n\"nobody\"]\n"),
+                ElementsAre("error 13: route for \"*\": there is no pager \"nobody\""));
+}
+
+TEST(RouteRules, FindAPagerThatStandsTwice) {
+    EXPECT_THAT(Findings("pagers = [\"duty\",\n\"duty\"]\n"),
+                ElementsAre("warning 12: route for \"*\": pager \"duty\" stands twice"));
+}
+
+TEST(RouteRules, FindARouteToNobody) {
+    EXPECT_THAT(Findings("groups = \"A\"\n"),
+                ElementsAre("warning 10: route for \"A\": names no pager"));
+    EXPECT_THAT(Findings("pagers = []\n"),
+                ElementsAre("warning 10: route for \"*\": names no pager"));
+}
+
+TEST(RouteRules, FindAGroupThatNoAlarmOfTheSiteCanHave) {
+    EXPECT_THAT(
+        Findings("groups = \"\u6771\"\npagers = [\"duty\"]\n"),
+        ElementsAre("error 11: the text \"\u6771\" holds '\u6771' (U+6771), which latin1 doesn't "
+                    "have"));
+    EXPECT_THAT(Findings("groups = \"a\\u0007\"\npagers = [\"duty\"]\n"),
+                ElementsAre("error 11: the text \"a\a\" holds the control character U+0007"));
+}
+
+}  // namespace
+}  // namespace host

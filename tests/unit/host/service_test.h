@@ -1,0 +1,87 @@
+// The fixture of tests on the service's parts: a database with all tables, under the virtual clock,
+// and what such tests write and read in it.
+#ifndef PAGERFWD_TESTS_UNIT_HOST_SERVICE_TEST_H
+#define PAGERFWD_TESTS_UNIT_HOST_SERVICE_TEST_H
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/service/operator_log.h"
+#include "host/store/connection.h"
+#include "sim/testing.h"
+#include "tests/unit/host/host_test.h"
+#include "tests/unit/host/table_client.h"
+
+class ServiceTest : public HostTest {
+ protected:
+    static constexpr time_t kNow = pagersim::VirtualClock::kDefaultStart;
+
+    void Execute(const std::string& sql) { connection.Execute(sql.c_str()); }
+
+    // The cells of every row, "a|b|c".
+    std::vector<std::string> Rows(const std::string& sql) {
+        std::vector<std::string> rows;
+        host::Statement statement(connection, "SELECT " + sql);
+        while (statement.Step()) {
+            rows.emplace_back(statement.Text(0));
+        }
+        return rows;
+    }
+
+    void AddAlarm(const std::string& number, const std::string& state = "0",
+                  const std::string& group = "ops", time_t raised = kNow) {
+        host::Statement(connection,
+                        "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group,"
+                        " severity, timestamp) VALUES (?, ?, '0', ?, '1', ?)")
+            .Bind(number)
+            .Bind(state)
+            .Bind(group)
+            .Bind(int64_t{raised})
+            .Run();
+    }
+    std::string StateOf(const std::string& number) {
+        const std::vector<std::string> states =
+            Rows("pagerstate FROM AlarmLog WHERE alarmlogID = '" + number + "'");
+        return states.size() == 1 ? states[0] : std::to_string(states.size()) + " rows";
+    }
+
+    void AddPager(const std::string& name, int retries = 5, int delay = 45) {
+        host::Statement(connection,
+                        "INSERT INTO AlarmFwd_PagerSetting (description, numretries, retrydelay)"
+                        " VALUES (?, ?, ?)")
+            .Bind(name)
+            .Bind(int64_t{retries})
+            .Bind(int64_t{delay})
+            .Run();
+    }
+
+    // An event, as the library writes it.
+    void WriteEvent(int32_t alarm, const char* pager, int32_t state, int32_t tries = 0,
+                    const char* group = "ops") const {
+        ASSERT_EQ(0, OpenTable(database, "AlarmFwd_PagerEvents")
+                         .Insert({{"AlmLogID", alarm},
+                                  {"AlmGroup", group},
+                                  {"PagerDescr", pager},
+                                  {"PagerState", state},
+                                  {"PagerRetries", tries}}));
+    }
+    int32_t DeleteEvent(int32_t alarm, const std::string& pager) const {
+        return OpenTable(database, "AlarmFwd_PagerEvents")
+            .Delete("WHERE AlmGroup = \"ops\" AND AlmLogID = " + std::to_string(alarm) +
+                    " AND PagerDescr = \"" + pager + "\"");
+    }
+    // The library rewrites an event by these two.
+    void RewriteEvent(int32_t alarm, const char* pager, int32_t state, int32_t tries) const {
+        ASSERT_EQ(1, DeleteEvent(alarm, pager));
+        WriteEvent(alarm, pager, state, tries);
+    }
+
+    const pagersim::VirtualClock clock{kNow};
+    host::Connection connection{database};
+    std::ostringstream said;
+    host::OperatorLog log{said, true};
+};
+
+#endif

@@ -1,0 +1,85 @@
+// Test pages that another process asks for.
+#include "host/service/test_pages.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/unit/host/child_process.h"
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class AskedTestPages : public ServiceTest {
+ protected:
+    // A process that has asked for a page, and waits.
+    struct Asker {
+        Asker(AskedTestPages& test, const std::string& pager)
+            : process({STORE_PROCESS, test.database, "own"}) {
+            test.Execute("INSERT INTO Host_TestPages (asked_by, pager) VALUES (" +
+                         process.ReadLine() + ", '" + pager + "')");
+        }
+        ChildProcess process;
+    };
+
+    std::string Next() {
+        const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
+        return next ? next->pager : "none";
+    }
+
+    OwnerLock owners{database};
+};
+
+TEST_F(AskedTestPages, AreAnsweredOneByOne) {
+    const int64_t first = AskForTestPage(connection, owners, "duty");
+    const int64_t second = AskForTestPage(connection, owners, "night");
+    EXPECT_NE(first, second);
+    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, first));
+
+    const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
+    ASSERT_TRUE(next);
+    EXPECT_EQ(first, next->asked);
+    EXPECT_EQ("duty", next->pager);
+    AnswerTestPage(connection, first, 7);
+    EXPECT_EQ(7, TestPageAnswer(connection, first));
+    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, second));
+    EXPECT_EQ("night", Next());
+    AnswerTestPage(connection, second, 0);
+    EXPECT_EQ(0, TestPageAnswer(connection, second));
+    EXPECT_EQ("none", Next());
+}
+
+TEST_F(AskedTestPages, AreForgottenByWhoAsked) {
+    const int64_t asked = AskForTestPage(connection, owners, "duty");
+    ForgetTestPage(connection, asked);
+    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, asked));
+    EXPECT_EQ("none", Next());
+    EXPECT_THAT(Rows("pager FROM Host_TestPages"), IsEmpty());
+}
+
+TEST_F(AskedTestPages, MayComeFromAnotherProcess) {
+    const Asker asker(*this, "duty");
+    EXPECT_EQ("duty", Next());
+}
+
+TEST_F(AskedTestPages, AreNobodysWhenTheAskerHasDied) {
+    Asker dead(*this, "first");
+    Asker ended(*this, "second");
+    const Asker waiting(*this, "third");
+    dead.process.Kill();
+    EXPECT_EQ(0, ended.process.Finish());
+    EXPECT_EQ("third", Next());
+    EXPECT_THAT(Rows("pager FROM Host_TestPages"), ElementsAre("third"));
+}
+
+TEST_F(AskedTestPages, KeepTheirPagersName) {
+    const std::string name = "a\"b'c%s\x93\xFA;--";
+    AskForTestPage(connection, owners, name);
+    EXPECT_EQ(name, Next());
+}
+
+}  // namespace
+}  // namespace host

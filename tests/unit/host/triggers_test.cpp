@@ -1,0 +1,124 @@
+// What the database does by itself: an acknowledged alarm stays so, and every change of an event is
+// noted.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/unit/host/child_process.h"
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// --- Acknowledged alarms.
+
+class AnAcknowledgedAlarm : public ServiceTest {
+ protected:
+    AnAcknowledgedAlarm() {
+        AddAlarm("7", "2");
+        AddAlarm("8", "2");
+        EXPECT_EQ(Acknowledged::kNow, AcknowledgeAlarm(connection, 7, kNow));
+    }
+
+    // As the library writes the fold of an alarm's pages.
+    int32_t Fold(int32_t state) const {
+        return OpenTable(database, "AlarmLog")
+            .Set("WHERE alarmlogID = 7", {{"pagerstate", state}}, 'n');
+    }
+};
+
+TEST_F(AnAcknowledgedAlarm, IsInStateOneAtOnce) {
+    EXPECT_EQ("1", StateOf("7"));
+    EXPECT_EQ("2", StateOf("8"));
+}
+
+TEST_F(AnAcknowledgedAlarm, StaysThereWhateverIsWritten) {
+    for (const int32_t state : {0, 1, 2, 3, 4, 22}) {
+        EXPECT_EQ(1, Fold(state));  // the library counts its row all the same
+        EXPECT_EQ("1", StateOf("7")) << state;
+    }
+    Execute("UPDATE AlarmLog SET pagerstate = ''");
+    EXPECT_EQ("1", StateOf("7"));
+    EXPECT_EQ("", StateOf("8"));
+}
+
+TEST_F(AnAcknowledgedAlarm, MayBeAcknowledgedByAnyProgram) {
+    Execute("UPDATE AlarmLog SET alarmack = '1', acktime = '978948000' WHERE alarmlogID = '8'");
+    EXPECT_EQ("1", StateOf("8"));
+    Execute("UPDATE AlarmLog SET alarmack = '0' WHERE alarmlogID = '8'");
+    Execute("UPDATE AlarmLog SET pagerstate = '2' WHERE alarmlogID = '8'");
+    EXPECT_EQ("2", StateOf("8"));
+}
+
+// --- The history.
+
+class AHistory : public ServiceTest {
+ protected:
+    // "written 2/0", one for each change.
+    std::vector<std::string> Changes(const std::string& pager = "duty") {
+        return Rows(
+            "change || ' ' || state || '/' || tries FROM Host_History WHERE alarm = '7'"
+            " AND alarm_group = 'ops' AND pager = '" +
+            pager + "' ORDER BY row_id");
+    }
+};
+
+TEST_F(AHistory, HasEveryStepOfAPage) {
+    WriteEvent(7, "duty", 2);
+    RewriteEvent(7, "duty", 2, 0);
+    RewriteEvent(7, "duty", 2, 1);
+    RewriteEvent(7, "duty", 3, 2);
+    EXPECT_THAT(Changes(),
+                ElementsAre("written 2/0", "taken out 2/0", "written 2/0", "taken out 2/0",
+                            "written 2/1", "taken out 2/1", "written 3/2"));
+    // As every start of the engine does.
+    EXPECT_EQ(1, OpenTable(database, "AlarmFwd_PagerEvents")
+                     .Delete("WHERE AlarmFwd_PagerEvents.PagerState <> 2"));
+    EXPECT_EQ("removed 3/2", Changes().back());
+}
+
+TEST_F(AHistory, HasTheRemovalOfAnAlarmsEvents) {
+    WriteEvent(7, "duty", 2);
+    WriteEvent(7, "night", 2, 3);
+    EXPECT_EQ(2, OpenTable(database, "AlarmFwd_PagerEvents")
+                     .Delete("WHERE AlarmFwd_PagerEvents.AlmLogID  = 7"));
+    EXPECT_THAT(Changes(), ElementsAre("written 2/0", "removed 2/0"));
+    EXPECT_THAT(Changes("night"), ElementsAre("written 2/3", "removed 2/3"));
+}
+
+TEST_F(AHistory, HasChangesInPlace) {
+    WriteEvent(7, "duty", 2);
+    OpenTable(database, "AlarmFwd_PagerEvents")
+        .Set("WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND PagerDescr = \"duty\"",
+             {{"Pagerstate", 3}, {"PagerRetries", 4}});
+    EXPECT_THAT(Changes(), ElementsAre("written 2/0", "changed 3/4"));
+}
+
+TEST_F(AHistory, HasTheDeathOfAProcessBetweenDeleteAndInsert) {
+    WriteEvent(7, "duty", 2);
+    ChildProcess another({STORE_PROCESS, database, "delete-event"});
+    EXPECT_EQ("deleted", another.ReadLine());
+    another.Kill();
+    OpenTable(database, "AlarmFwd_PagerEvents").ReadAll("PagerDescr");
+    EXPECT_THAT(Changes(), ElementsAre("written 2/0", "taken out 2/0", "brought back 2/0"));
+}
+
+TEST_F(AHistory, HasTheTimeOfEachChange) {
+    WriteEvent(7, "duty", 2);
+    pagersim::VirtualClock::Set(kNow + 90);
+    RewriteEvent(7, "duty", 4, 0);
+    EXPECT_THAT(Rows("at - 978948000 FROM Host_History ORDER BY row_id"),
+                ElementsAre("0", "90", "90"));
+}
+
+TEST_F(AHistory, HasTextsAsTheyAre) {
+    const std::string text = "a\"b'c%s\x93\xFA;--" + std::string(65536, 'x');
+    WriteEvent(7, text.c_str(), 2);
+    EXPECT_THAT(Rows("pager FROM Host_History"), ElementsAre(text));
+    EXPECT_THAT(faults, IsEmpty());
+}
+
+}  // namespace
+}  // namespace host
