@@ -185,8 +185,10 @@ class CCOMHdl {
     static CString FormatNTT(CString text);
     static CString NTTChar(char c);
 
-    // --- The trace, one line a call. Never reports a failure.
+    // --- The trace, one line a call. Never reports a failure. The second form makes a text of the
+    // --- characters only if it is written.
     static void WritePageProtocolEntry(CString text);
+    static void WritePageProtocolEntry(const char* text);
 
     // --- SMS protocols. The rows stay the handler's.
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
 #include "modem/COMHdl.h"
@@ -71,28 +72,27 @@ std::string_view CodeOf(unsigned char byte) {
     return kTable[isLowerCase ? _mbctoupper(byte) & 0xFFU : byte];
 }
 
-void Append(CString& digits, std::string_view code) {
-    digits += CString(code.data(), static_cast<int>(code.size()));
+CString TextOf(std::string_view digits) {
+    return {digits.data(), static_cast<int>(digits.size())};
 }
 
 }  // namespace
 
 CString CCOMHdl::NTTChar(char c) {
-    CString digits;
-    Append(digits, CodeOf(static_cast<unsigned char>(c)));
-    return digits;
+    return TextOf(CodeOf(static_cast<unsigned char>(c)));
 }
 
 CString CCOMHdl::FormatNTT(CString text) {
-    CString digits;
+    std::string digits;  // not a CString, which has no spare room and moves with each code
     const auto* bytes = reinterpret_cast<const unsigned char*>(static_cast<const char*>(text));
     const int length = text.GetLength();
+    digits.reserve(2 * static_cast<size_t>(length));
     for (int at = 0; at < length;) {
         const int size = static_cast<int>(_mbclen(bytes + at));
-        Append(digits, size > 1 ? kUnlisted : CodeOf(bytes[at]));
+        digits += size > 1 ? kUnlisted : CodeOf(bytes[at]);
         at += std::max(size, 1);
     }
-    return digits;
+    return TextOf(digits);
 }
 
 CString NTTDialCommand(const CString& message) {

@@ -3,19 +3,18 @@
 
 #include "modem/printable_form.h"
 
-#include <array>
-#include <cstdio>
-
 namespace {
 
-constexpr size_t kShownWidth = 4;
-
+// Four characters: "< d>", "<20>". Kept: a byte from 128 up is negative and would give <ffffff82>;
+// the trace has always shown only the beginning.
 void AppendCode(std::string& shown, signed char byte) {
-    std::array<char, 16> code{};
-    snprintf(code.data(), code.size(), "<%2x>", static_cast<unsigned>(byte));
-    // Kept: four characters of it. A byte from 128 up is negative and would give <ffffff82>; the
-    // trace has always shown only the beginning.
-    shown.append(code.data(), kShownWidth);
+    constexpr char kDigits[] = "0123456789abcdef";
+    if (byte < 0) {
+        shown += "<fff";
+        return;
+    }
+    const auto code = static_cast<unsigned>(byte);
+    shown += {'<', code < 16 ? ' ' : kDigits[code / 16], kDigits[code % 16], '>'};
 }
 
 }  // namespace
@@ -23,6 +22,7 @@ void AppendCode(std::string& shown, signed char byte) {
 std::string PrintableForm(const void* bytes, size_t count) {
     const auto* byte = static_cast<const signed char*>(bytes);
     std::string shown;
+    shown.reserve(count);
     for (; count > 0; ++byte, --count) {
         if (*byte > ' ') {
             shown += static_cast<char>(*byte);

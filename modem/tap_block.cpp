@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace {
 
@@ -16,6 +17,14 @@ constexpr char kCR[] = "\r";
 // The lowest four bits: 0 to 9, then ':' ';' '<' '=' '>' '?'.
 char Digit(uint32_t value) {
     return static_cast<char>('0' + (value & 0xFU));
+}
+
+size_t Size(const CString& text) {
+    return static_cast<size_t>(text.GetLength());
+}
+
+CString TextOf(const std::string& bytes) {
+    return {bytes.data(), static_cast<int>(bytes.size())};
 }
 
 }  // namespace
@@ -30,6 +39,10 @@ CString CheckSum(CString text) {
 }
 
 CString CreateD1Block(CString number, CString message) {
-    const CString summed = kSTX + number + kCR + message + kCR + kETX;
-    return summed + CheckSum(summed) + kCR;
+    std::string block = kSTX;  // not a CString, which has no spare room and moves with each part
+    block.append(number, Size(number)).append(kCR).append(message, Size(message));
+    block.append(kCR).append(kETX);
+    const CString sum = CheckSum(TextOf(block));
+    block.append(sum, Size(sum)).append(kCR);
+    return TextOf(block);
 }

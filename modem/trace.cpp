@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "linux/CTime.h"
 #include "linux/win_system.h"
@@ -21,12 +23,22 @@ constexpr char kSwitch[] = "NX_PAGEPROT";  // an environment variable; its value
 constexpr char kFileName[] = "pageprot.txt";
 constexpr mode_t kFileMode = 0644;
 
-// Hour, minute and second, padded with blanks: " 7: 5: 9".
-CString TimePrefix() {
-    const CTime now = CTime::GetCurrentTime();
-    CString prefix;
-    prefix.Format("%2d:%2d:%2d\t", now.GetHour(), now.GetMinute(), now.GetSecond());
-    return prefix;
+// Hour, minute and second, padded with blanks: " 7: 5: 9". Converted once for all three, since each
+// conversion looks whether the time zone has changed.
+std::string TimePrefix() {
+    tm now{};
+    CTime::GetCurrentTime().GetLocalTm(&now);
+    char prefix[40];
+    const int length =
+        snprintf(prefix, sizeof prefix, "%2d:%2d:%2d\t", now.tm_hour, now.tm_min, now.tm_sec);
+    return {prefix, static_cast<size_t>(length)};
+}
+
+// What a trace call does while nothing is written.
+void PauseUnwritten() {
+    CCOMHdl::LockTrace();
+    Sleep(CCOMHdl::MPeekWait);
+    CCOMHdl::UnlockTrace();
 }
 
 // Negative when the file can neither be opened nor made.
@@ -49,23 +61,30 @@ void CCOMHdl::StartTrace() {
 }
 
 void CCOMHdl::WritePageProtocolEntry(CString text) {
-    LockTrace();
     if (!Tracing()) {
-        Sleep(MPeekWait);
-        UnlockTrace();
+        PauseUnwritten();
         return;
     }
-    const CString line = TimePrefix() + text + "\n";
+    LockTrace();
+    std::string line = TimePrefix();
+    line.append(text, static_cast<size_t>(text.GetLength())).push_back('\n');
     const int file = OpenFile();
     if (file < 0) {
         // Kept: the lock stays taken. This thread goes on, its trace calls re-enter the lock; every
         // other thread's next trace call waits for good.
         return;
     }
-    [[maybe_unused]] const ssize_t written =
-        write(file, static_cast<const char*>(line), static_cast<size_t>(line.GetLength()));
+    [[maybe_unused]] const ssize_t written = write(file, line.data(), line.size());
     close(file);
     UnlockTrace();
+}
+
+void CCOMHdl::WritePageProtocolEntry(const char* text) {
+    if (Tracing()) {
+        WritePageProtocolEntry(CString(text));
+    } else {
+        PauseUnwritten();
+    }
 }
 
 bool Tracing() {
@@ -73,23 +92,27 @@ bool Tracing() {
 }
 
 void Trace(const char* format, ...) {
-    if (Tracing()) {
-        va_list arguments;
-        va_start(arguments, format);
-        CCOMHdl::trace.FormatV(format, arguments);
-        va_end(arguments);
+    if (!Tracing()) {
+        PauseUnwritten();
+        return;
     }
+    va_list arguments;
+    va_start(arguments, format);
+    CCOMHdl::trace.FormatV(format, arguments);
+    va_end(arguments);
     CCOMHdl::WritePageProtocolEntry(CCOMHdl::trace);
 }
 
 void TraceUnlocked(const char* format, ...) {
-    CString text;
-    if (Tracing()) {
-        va_list arguments;
-        va_start(arguments, format);
-        text.FormatV(format, arguments);
-        va_end(arguments);
+    if (!Tracing()) {
+        PauseUnwritten();
+        return;
     }
+    CString text;
+    va_list arguments;
+    va_start(arguments, format);
+    text.FormatV(format, arguments);
+    va_end(arguments);
     CCOMHdl::WritePageProtocolEntry(text);
 }
 

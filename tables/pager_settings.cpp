@@ -1,8 +1,7 @@
 // The table of pagers. Tested by tests/unit/tables/pager_settings_test.cpp.
 #include "tables/pager_settings.h"
 
-#include "linux/XString.h"
-#include "modem/COMHdl.h"
+#include "modem/trace.h"
 #include "tables/record_columns.h"
 #include "tables/table_names.h"
 #include "tables/table_session.h"
@@ -42,17 +41,15 @@ CDB_PagerSettings::CDB_PagerSettings(const char* databaseName)
     : CDB_Table(databaseName, kPagerSettingsTable) {}
 
 Pager* CDB_PagerSettings::GetPager(const char* description) {
-    CString trace;  // its own, so that the look-up never waits for a dial in progress
-    trace.Format("CDB_PagerSettings::GetPager: %s: ", TextOrEmpty(description));
-    CCOMHdl::WritePageProtocolEntry(trace);
+    // Unlocked, so that the look-up never waits for a dial in progress.
+    TraceUnlocked("CDB_PagerSettings::GetPager: %s: ", TextOrEmpty(description));
 
     DatabaseSession session(Database());
     if (!session.OpenTable(Table())) {
         return nullptr;
     }
     const RowSet rows(session, kDescription, description);
-    trace.Format("CDB_PagerSettings::GetPager:Count: %d\n", rows.Count());
-    CCOMHdl::WritePageProtocolEntry(trace);
+    TraceUnlocked("CDB_PagerSettings::GetPager:Count: %d\n", rows.Count());
     if (rows.Count() != 1) {
         return nullptr;
     }
