@@ -1,39 +1,82 @@
-// pagerfwd check: every mistake in a site file. Tested by tests/unit/host/cli_test.cpp.
+// pagerfwd check: every mistake in a site file, or in a database. Tested by
+// tests/unit/host/cli_test.cpp and tools_cli_test.cpp.
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <string>
 
+#include "host/cli/findings_json.h"
 #include "host/cli/program.h"
 #include "host/cli/site_input.h"
+#include "host/site/database_check.h"
+#include "host/site/sending_rules.h"
+#include "host/store/pool.h"
 #include "host/text/printable.h"
 
 namespace host {
 namespace {
 
-ExitCode Check(const std::string& path) {
-    const ReadSite read = LoadSite(path);
-    if (read.findings.All().empty()) {
-        std::cout << Printable(path) << ": no mistakes\n";
-        return kDone;
+// What a site with dead numbers has to expect: no mistake, and worth knowing.
+void PrintCost(const Site& site) {
+    if (const Pager* const pager = CostliestPager(site)) {
+        const DeadNumber cost = CostOfDeadNumber(site, *pager);
+        std::cout << "note: an alarm whose number has gone dead takes up to "
+                  << (cost.Seconds() + 59) / 60 << " minutes of the line (pager \""
+                  << Printable(pager->description.value) << "\": " << cost.calls
+                  << " calls of up to " << cost.seconds_each << " s)\n";
     }
-    PrintFindings(std::cout, path, read.findings);
-    return read.findings.HasErrors() ? kNo : kDone;
+}
+
+ExitCode Report(const std::string& name, const Site& site, const Findings& findings, bool json) {
+    if (json) {
+        std::cout << Written(FindingsAsJson(name, findings)) << "\n";
+    } else if (findings.All().empty()) {
+        std::cout << Printable(name) << ": no mistakes\n";
+        PrintCost(site);
+    } else {
+        PrintFindings(std::cout, name, findings);
+    }
+    return findings.HasErrors() ? kNo : kDone;
+}
+
+ExitCode CheckFile(const std::string& path, bool json) {
+    const ReadSite read = LoadSite(path);
+    return Report(path, read.site, read.findings, json);
+}
+
+ExitCode CheckTables(const std::string& database, bool json) {
+    Lease lease(database);
+    const ReadBack read = CheckDatabase(lease.Database());
+    const ExitCode code = Report(database, read.site, read.findings, json);
+    if (!json && code == kNo) {
+        std::cout
+            << "To mend them: pagerfwd export site.toml, edit it, pagerfwd import site.toml\n";
+    }
+    return code;
 }
 
 }  // namespace
 
 void AddCheck(CLI::App& app, Program& program) {
-    CLI::App* const command =
-        app.add_subcommand("check", "Say every mistake in a site file, with its line");
+    CLI::App* const command = app.add_subcommand(
+        "check", "Say every mistake in a site file or, without one, in the database");
     const auto path = std::make_shared<std::string>();
-    command->add_option("FILE", *path, "The site file (TOML)")->required();
+    const auto json = std::make_shared<bool>(false);
+    command->add_option("FILE", *path, "The site file (TOML)");
+    command->add_flag("--json", *json, "The findings as JSON");
     command->footer(
-        "Neither a database nor a modem is touched. Errors keep the file from being imported;\n"
-        "warnings don't.\n\n"
-        "Example:\n"
-        "  pagerfwd check site.toml\n");
-    command->callback([path, &program] { program.command = [path] { return Check(*path); }; });
+        "Each mistake is said with its line or row, what would come of it, and what to do. Errors\n"
+        "keep a file from being imported; warnings don't. No modem is touched; of a database also\n"
+        "its tables, and the texts of pages that are pending, are looked at.\n\n"
+        "Examples:\n"
+        "  pagerfwd check site.toml\n"
+        "  pagerfwd --database site.db check\n"
+        "  pagerfwd check site.toml --json | jq -r '.findings[].what'\n");
+    command->callback([path, json, &program] {
+        program.command = [path, json, &program] {
+            return path->empty() ? CheckTables(program.database, *json) : CheckFile(*path, *json);
+        };
+    });
 }
 
 }  // namespace host

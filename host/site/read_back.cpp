@@ -10,7 +10,6 @@
 #include "host/site/hours.h"
 #include "host/site/rules.h"
 #include "host/site/site_tables.h"
-#include "host/site/stored_tables.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
 #include "host/store/schema.h"
@@ -195,6 +194,10 @@ void CheckAlways(const Site& site, Findings& findings) {
 
 ReadBack ReadSiteBack(Connection& connection) {
     StoredTables tables(connection);
+    return ReadSiteBack(connection, tables);
+}
+
+ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     ReadBack read{{}, tables.MakeFindings()};
     const Encoding encoding = EncodingOf(connection);
     read.site.encoding.value = WordFor(encoding);

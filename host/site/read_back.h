@@ -7,6 +7,7 @@
 
 #include "host/site/findings.h"
 #include "host/site/site.h"
+#include "host/site/stored_tables.h"
 #include "host/store/connection.h"
 
 namespace host {
@@ -20,6 +21,9 @@ struct ReadBack {
 
 // Throws StoreError where nothing can be read at all.
 ReadBack ReadSiteBack(Connection& connection);
+
+// The same, with `tables` to go on reading from.
+ReadBack ReadSiteBack(Connection& connection, StoredTables& tables);
 
 }  // namespace host
 

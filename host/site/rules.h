@@ -13,6 +13,7 @@ void CheckRoutes(const Site& site, Findings& findings);
 void CheckPorts(const Site& site, Findings& findings);
 void CheckPagers(const Site& site, Findings& findings);
 void CheckTimeModels(const Site& site, Findings& findings);
+void CheckSending(const Site& site, Findings& findings);
 void CheckTexts(const Site& site, Findings& findings);
 
 inline std::string InQuotes(const std::string& text) {

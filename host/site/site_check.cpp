@@ -10,6 +10,7 @@ void CheckSite(const Site& site, Findings& findings) {
     CheckPagers(site, findings);
     CheckTimeModels(site, findings);
     CheckRoutes(site, findings);
+    CheckSending(site, findings);
     CheckTexts(site, findings);
 }
 
