@@ -13,6 +13,7 @@
 #include "host/explain/explanation.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
+#include "host/text/json.h"
 #include "host/text/printable.h"
 #include "host/text_helpers.h"
 #include "linux/tty.h"
@@ -92,7 +93,25 @@ void Print(const std::string& name, const Explanation& explanation) {
     }
 }
 
-ExitCode Explain(const Program& program, const std::string& name, const std::string& text) {
+Json AsJson(const std::string& name, const Explanation& explanation) {
+    Json steps = Json::array();
+    for (const ExplainedStep& step : explanation.steps) {
+        Json pieces = Json::array();
+        for (const ExplainedPiece& piece : step.pieces) {
+            pieces.push_back({{"bytes", Quoted(piece.bytes)}, {"meaning", piece.meaning}});
+        }
+        steps.push_back({{"what", step.what}, {"bytes", Quoted(step.Bytes())}, {"pieces", pieces}});
+    }
+    return {{"pager", name},
+            {"type", explanation.type},
+            {"mode", explanation.mode},
+            {"settings", explanation.settings},
+            {"steps", std::move(steps)},
+            {"notes", explanation.notes}};
+}
+
+ExitCode Explain(const Program& program, const std::string& name, const std::string& text,
+                 bool json) {
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
     const PagerRow row = FindOnePager(lease.Database(), name, encoding);
@@ -112,7 +131,12 @@ ExitCode Explain(const Program& program, const std::string& name, const std::str
     pager.pagerNumber = number.data();
     const UsablePort usable = MakeUsable(*portRow);
     try {
-        Print(name, ExplainPage(pager, *usable.port, Encode(text, encoding)));
+        const Explanation explanation = ExplainPage(pager, *usable.port, Encode(text, encoding));
+        if (json) {
+            std::cout << Written(AsJson(name, explanation)) << "\n";
+        } else {
+            Print(name, explanation);
+        }
     } catch (const NotEncodable& character) {
         throw Failure(kUsage, std::string("the site's lines can't carry ") + character.what() +
                                   "; leave it out of --text");
@@ -129,6 +153,8 @@ void AddExplain(CLI::App& app, Program& program) {
     const auto text = std::make_shared<std::string>("test");
     command->add_option("PAGER", *name, "The pager's description in the site file")->required();
     command->add_option("--text", *text, "The alarm's text; without it, that of a test page");
+    const auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "The explanation as JSON");
     command->footer(
         "Line settings, dial command, and every byte of the dialogue, field by field, as the "
         "library\n"
@@ -136,8 +162,10 @@ void AddExplain(CLI::App& app, Program& program) {
         "Examples:\n"
         "  pagerfwd --database site.db explain \"duty phone\"\n"
         "  pagerfwd --database site.db explain \"duty phone\" --text \"Door 3 is open\"\n");
-    command->callback([name, text, &program] {
-        program.command = [name, text, &program] { return Explain(program, *name, *text); };
+    command->callback([name, text, json, &program] {
+        program.command = [name, text, json, &program] {
+            return Explain(program, *name, *text, *json);
+        };
     });
 }
 

@@ -9,6 +9,7 @@
 #include "host/library/library.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
+#include "host/text/json.h"
 #include "host/text/printable.h"
 
 namespace host {
@@ -17,18 +18,26 @@ namespace {
 constexpr int32_t kAllowed = 0;
 constexpr int32_t kBarred = 1;
 
-ExitCode InHours(const Program& program, const std::string& name) {
+ExitCode Answer(const std::string& name, bool allowed, bool json) {
+    if (json) {
+        std::cout << Written({{"hours", name}, {"allowed", allowed}}) << "\n";
+    } else {
+        std::cout << "hours \"" << Printable(name)
+                  << "\": " << (allowed ? "a page may leave now" : "no page leaves in this hour")
+                  << "\n";
+    }
+    return allowed ? kDone : kNo;
+}
+
+ExitCode InHours(const Program& program, const std::string& name, bool json) {
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
     const Library library(program.library);
-    const std::string shown = "hours \"" + Printable(name) + "\"";
     switch (library.NXIsInTimeModel(program.database.c_str(), InTables(name, encoding).c_str())) {
         case kAllowed:
-            std::cout << shown << ": a page may leave now\n";
-            return kDone;
+            return Answer(name, true, json);
         case kBarred:
-            std::cout << shown << ": no page leaves in this hour\n";
-            return kNo;
+            return Answer(name, false, json);
         default:
             throw Failure(kUsage,
                           "there are no hours \"" + name + "\"; " +
@@ -43,12 +52,14 @@ void AddInHours(CLI::App& app, Program& program) {
         app.add_subcommand("in-hours", "Say whether a page may leave in the current hour");
     const auto name = std::make_shared<std::string>();
     command->add_option("MODEL", *name, "The name of hours in the site file")->required();
+    const auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "The answer as JSON");
     command->footer(
         "The local time counts.\n\n"
         "Example:\n"
         "  pagerfwd --database site.db in-hours office && echo page away\n");
-    command->callback([name, &program] {
-        program.command = [name, &program] { return InHours(program, *name); };
+    command->callback([name, json, &program] {
+        program.command = [name, json, &program] { return InHours(program, *name, *json); };
     });
 }
 

@@ -49,6 +49,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddImport(app, program);
     AddTest(app, program);
     AddInHours(app, program);
+    AddHours(app, program);
     AddRun(app, program);
     AddAlarm(app, program);
     AddStatus(app, program);

@@ -52,6 +52,7 @@ void AddAlarm(CLI::App& app, Program& program);
 void AddCheck(CLI::App& app, Program& program);
 void AddExplain(CLI::App& app, Program& program);
 void AddExport(CLI::App& app, Program& program);
+void AddHours(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);

@@ -93,6 +93,137 @@ TEST_F(SiteCommands, ExportWhatImportWouldRefuseAndSaySo) {
                       HasSubstr("can't be imported before")));
 }
 
+// --- check.
+
+TEST_F(SiteCommands, CheckTheDatabaseWithoutAFile) {
+    const ProgramRun sound = Run({"check"});
+    EXPECT_EQ(0, sound.exit_code) << sound.out;
+    Execute("UPDATE AlarmFwd_COMProperties SET Baud = '1'");
+    const ProgramRun run = Run({"check"});
+    EXPECT_EQ(1, run.exit_code);
+    EXPECT_THAT(
+        run.out,
+        AllOf(HasSubstr("pagerfwd.db: row 1 of AlarmFwd_COMProperties: error: port "
+                        "\"COM 1\": 1 is no speed of the serial line driver\n    Every page"),
+              HasSubstr("\nTo mend them: pagerfwd export site.toml")));
+    EXPECT_EQ(3, Run({"--database", "none.db", "check"}).exit_code);
+}
+
+TEST_F(SiteCommands, CheckInJson) {
+    WriteFile("bad.toml", "\n[[port]]\nname = \"COM 1\"\nbaud = 1\n");
+    const ProgramRun run = Run({"check", "bad.toml", "--json"});
+    EXPECT_EQ(1, run.exit_code);
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_EQ("bad.toml", json["file"]);
+    EXPECT_EQ(1, json["errors"]);
+    EXPECT_EQ(4, json["findings"][0]["line"]);
+    EXPECT_EQ("error", json["findings"][0]["severity"]);
+    Execute("UPDATE AlarmFwd_COMProperties SET Baud = '1'");
+    EXPECT_EQ("row 1 of AlarmFwd_COMProperties",
+              nlohmann::json::parse(Run({"check", "--json"}).out)["findings"][0]["place"]);
+}
+
+// --- explain, in-hours.
+
+TEST_F(SiteCommands, ExplainInJson) {
+    const auto json = nlohmann::json::parse(Run({"explain", "duty \"A\"", "--json"}).out);
+    EXPECT_EQ("duty \"A\"", json["pager"]);
+    EXPECT_EQ("ATDT1<cr>", json["steps"][0]["bytes"]);
+    EXPECT_TRUE(json["notes"].is_array());
+}
+
+TEST_F(SiteCommands, AnswerInJson) {
+    const ProgramRun run = Run({"--library", FAKE_LIBRARY, "in-hours", "office", "--json"});
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_EQ("office", json["hours"]);
+    EXPECT_EQ(run.exit_code == 0, json["allowed"].get<bool>());
+}
+
+// --- hours.
+
+constexpr const char* kOffice =
+    "hours \"office\"\n"
+    "#     0        8        16\n"
+    "mon   ........ xxxxxxxx xx......\n"
+    "tue   ........ xxxxxxxx xx......\n"
+    "wed   ........ xxxxxxxx xx......\n"
+    "thu   ........ xxxxxxxx xx......\n"
+    "fri   ........ xxxxxxxx xx......\n"
+    "sat   ........ ........ ........\n"
+    "sun   ........ ........ ........\n";
+
+TEST_F(SiteCommands, ShowHoursAsAGrid) {
+    const ProgramRun run = Run({"hours", "show", "office"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ(kOffice, run.out);
+    EXPECT_THAT(Run({"hours", "show"}).out,
+                AllOf(StartsWith(kOffice), HasSubstr("\n\nhours \"always\"\n")));
+    const auto json = nlohmann::json::parse(Run({"hours", "show", "office", "--json"}).out);
+    EXPECT_EQ("8-18", json[0]["week"]["mon"]);
+    EXPECT_EQ("none", json[0]["week"]["sun"]);
+}
+
+TEST_F(SiteCommands, ChangeHoursByOptions) {
+    const ProgramRun run =
+        Run({"hours", "edit", "office", "--set", "Mon-Fri 08-17", "--set", "sat 9-12"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out, AllOf(HasSubstr("\nfri   ........ xxxxxxxx x.......\n"),
+                               HasSubstr("\nsat   ........ .xxx.... ........\n")));
+    EXPECT_THAT(Run({"export"}).out, HasSubstr("mon-fri = \"8-17\"\nsat = \"9-12\"\n"));
+    EXPECT_EQ("hours \"office\": unchanged\n",
+              Run({"hours", "edit", "office", "--set", "sat 9-12"}).out);
+}
+
+TEST_F(SiteCommands, AddHoursOnlyWhenAsked) {
+    const ProgramRun refused = Run({"hours", "edit", "night", "--set", "mon-sun 0-6"});
+    EXPECT_EQ(2, refused.exit_code);
+    EXPECT_THAT(refused.err,
+                AllOf(HasSubstr("there are no hours \"night\""), HasSubstr("--create")));
+    EXPECT_EQ(0, Run({"hours", "edit", "night", "--set", "mon-sun 0-6", "--create"}).exit_code);
+    EXPECT_THAT(Run({"hours", "show", "night"}).out, HasSubstr("sun   xxxxxx.. "));
+    EXPECT_THAT(Run({"hours", "edit", "night", "--set", "mon-sun none"}).err,
+                HasSubstr("none is ever sent"));
+}
+
+TEST_F(SiteCommands, ChangeHoursInTheEditorOfTheUser) {
+    setenv("EDITOR", "sed -i 's/^sun.*/sun x....... ........ ......../'", 1);
+    const ProgramRun run = Run({"hours", "edit", "office"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("\nsun   x....... ........ ........\n"));
+
+    setenv("EDITOR", "true", 1);
+    EXPECT_EQ("hours \"office\": unchanged\n", Run({"hours", "edit", "office"}).out);
+
+    setenv("EDITOR", "false", 1);
+    EXPECT_EQ(3, Run({"hours", "edit", "office"}).exit_code);
+    unsetenv("EDITOR");
+}
+
+TEST_F(SiteCommands, KeepWhatWasTypedWhereItIsNoWeek) {
+    setenv("EDITOR", "sed -i 's/^sun.*/sun y/'", 1);
+    setenv("TMPDIR", ".", 1);
+    const ProgramRun run = Run({"hours", "edit", "office"});
+    unsetenv("EDITOR");
+    unsetenv("TMPDIR");
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("line 9: sun: \"y\" is neither x"));
+    const size_t at = run.err.find("kept in ");
+    ASSERT_NE(std::string::npos, at);
+    const std::string path = run.err.substr(at + 8, run.err.find('\n', at) - at - 8);
+    EXPECT_THAT(ReadWhole(path.c_str()), HasSubstr("\nsun y\n"));
+    EXPECT_EQ(kOffice, Run({"hours", "show", "office"}).out);
+}
+
+TEST_F(SiteCommands, SayWhatIsWrongWithHours) {
+    EXPECT_EQ(2, Run({"hours"}).exit_code);
+    EXPECT_THAT(Run({"hours", "show", "nights"}).err,
+                HasSubstr("hours of this database: \"office\", \"always\""));
+    const ProgramRun run = Run({"hours", "edit", "office", "--set", "mon 17-8"});
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("--set: \"17-8\" ends before it begins"));
+    EXPECT_EQ(kOffice, Run({"hours", "show", "office"}).out);
+}
+
 // --- trace.
 
 class TraceCommand : public ::testing::Test {
