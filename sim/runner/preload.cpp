@@ -59,7 +59,7 @@ std::optional<std::string> FindPreload() {
     if (named != nullptr)
         return IsReadable(named) ? std::optional<std::string>(named) : std::nullopt;
     const std::string folder = OwnFolder();
-    for (const char* const place : {"/", "/../lib/"}) {
+    for (const char* const place : {"/", "/../lib/", "/../" PAGERSIM_LIBRARY_FOLDER "/"}) {
         const std::string path = folder + place + kName;
         if (IsReadable(path))
             return path;

@@ -7,7 +7,8 @@
 
 namespace pagersim {
 
-// libpagersim-preload.so: what PAGERSIM_PRELOAD names, else beside this program or in ../lib.
+// libpagersim-preload.so: what PAGERSIM_PRELOAD names, else beside this program, in ../lib, as in a
+// build folder, or where it is installed, seen from this program.
 std::optional<std::string> FindPreload();
 
 // The value of LD_PRELOAD: the runtime of the sanitizer that this program itself runs with, if any,

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <string>
+
 #include "modem/COMHdl.h"
 
 namespace {
@@ -47,6 +50,19 @@ TEST_F(LongestPage, FollowsTheLongestDialogue) {
     EXPECT_EQ(kFixed + 120000 + 600000, LongestPageMs());
     CCOMHdl::MNTTWaitForAnswer = 500000;
     EXPECT_EQ(kFixed + 120000 + 622000, LongestPageMs());
+}
+
+// The system ends a service by force when it takes longer than its unit says.
+TEST_F(LongestPage, IsOverBeforeTheServiceIsEndedByForce) {
+    const std::string key = "TimeoutStopSec=";
+    std::ifstream unit(SERVICE_UNIT);
+    std::string line;
+    while (std::getline(unit, line) && line.rfind(key, 0) != 0) {
+    }
+    size_t digits = 0;
+    const int minutes = std::stoi(line.substr(key.size()), &digits);
+    ASSERT_EQ("min", line.substr(key.size() + digits));
+    EXPECT_LT(LongestPageMs(), minutes * 60 * 1000);
 }
 
 }  // namespace

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs a build into a clean root, compares what is there with a list, and uses it.
+# Usage: install_test.sh BUILD-FOLDER LIBRARY-FOLDER COMPILER [FLAGS]
+set -euo pipefail
+build=$1 library=usr/$2
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+
+DESTDIR=$root cmake --install "$build" --prefix /usr >/dev/null
+
+# The texts of docs/ come and go, and are left out.
+diff -u <(sort "$here/installed.txt") \
+    <(cd "$root" && find . -type f ! -path './usr/share/doc/pagerfwd/*.*' -o -type f -name '*.toml' |
+        sed "s|^\./$library/|LIB/|; s|^\./||" | sort)
+
+# No path of the build folder or of the root in what is text.
+if grep -rIlE "$(dirname "$build")|$root" "$root"; then
+    echo "these files name folders of the build" >&2
+    exit 1
+fi
+"$here/try_installed.sh" "$root" "$library" "${@:3}"

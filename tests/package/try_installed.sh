@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Uses what is installed below a root, and nothing else: a site with two alarms on simulated lines,
+# and a small host in C that finds the library by pkg-config and by CMake.
+# Usage: try_installed.sh ROOT LIBRARY-FOLDER COMPILER [FLAGS]    the folder as below the root
+set -euo pipefail
+root=$1 compiler=$3 flags=${4:-}
+library=$root/$2
+here=$(cd "$(dirname "$0")" && pwd)
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+export PATH=$root/usr/bin:$PATH PAGERFWD_LOCKS=$folder LD_LIBRARY_PATH=$library
+unset PAGERSIM_PRELOAD PAGERFWD_DATABASE
+examples=$root/usr/share/doc/pagersim/examples
+
+simulated() { pagersim --quiet --exchange "$examples/exchange.toml" --clock clock "$@"; }
+
+[ "$(command -v pagerfwd)" = "$root/usr/bin/pagerfwd" ]
+pagerfwd init
+pagerfwd import "$root/usr/share/doc/pagerfwd/examples/site.toml"
+simulated --expect nothing -- pagerfwd alarm raise --group OFFICE/1 --severity minor --server lobby \
+    "Door 3 is open" >number
+# The SMS once; the others, which nobody confirms, as often as the site says.
+simulated --expect "tap:5550111=OFFICE/Minor/lobby/Door 3 is open" \
+    --expect "plain:2002=" --expect "plain:2002=" --expect "plain:2002=" \
+    --expect "ntt:5550103=3/LOBBY" --expect "ntt:5550103=3/LOBBY" --expect "ntt:5550103=3/LOBBY" \
+    -- pagerfwd run --until-done
+pagerfwd status | tee status
+[ "$(grep -c "$(cat number)" status)" = 3 ]
+
+export PKG_CONFIG_PATH=$library/pkgconfig
+# shellcheck disable=SC2046,SC2086
+"$compiler" $flags -std=c11 -Wall -Wextra -Werror "$here/host.c" -o small_host \
+    $(pkg-config --cflags --libs pagerfwd)
+simulated --expect nothing -- ./small_host
+
+cmake -G Ninja -S "$here/find_package" -B build -D CMAKE_C_COMPILER="$compiler" \
+    -D CMAKE_C_FLAGS="$flags" -D CMAKE_PREFIX_PATH="$root/usr" >cmake.log
+cmake --build build >>cmake.log || { cat cmake.log; exit 1; }
+simulated --expect nothing -- build/host
