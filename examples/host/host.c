@@ -1,6 +1,6 @@
 /*
  * A host of libPagerFwd.so, as small as one can be: it makes an alarm, has one page sent for it,
- * and ends when the alarm needs no more paging. memory_tables.c and text_helpers.c supply what the
+ * and ends when the alarm needs no more paging. table_access.c and text_helpers.c supply what the
  * library asks of it.
  */
 #include <pagerfwd/pagerfwd.h>

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Holds the lists of the guides to the sources: nothing is missing, nothing is invented.
-# Usage: check_lists.sh SOURCE-FOLDER failures|results|keys|words|code
+# Usage: check_lists.sh SOURCE-FOLDER failures|results|keys|words|code|links
 set -euo pipefail
 export LC_ALL=C
 cd "$1"
@@ -111,6 +111,31 @@ check_code() {
     done
 }
 
+# Every link within the project leads somewhere: a file, and a heading of it.
+check_links() {
+    local document link target heading missing=0
+    for document in ./*.md docs/*.md; do
+        while IFS= read -r link; do
+            target=${link%%#*} heading=${link#"$target"}
+            target=$(dirname "$document")/${target:-$(basename "$document")}
+            if [ ! -e "$target" ]; then
+                echo "$document: there is no $target"
+                missing=1
+            elif [ -n "$heading" ] && ! headings_of "$target" | grep -qFx -- "${heading#\#}"; then
+                echo "$document: $target has no heading $heading"
+                missing=1
+            fi
+        done < <(tr '\n' ' ' <"$document" | grep -oE '\]\([^)]*\)' | sed 's/^](//; s/)$//' |
+            grep -v '^[a-z]*:')
+    done
+    return $missing
+}
+
+# As the usual viewers name them: small letters, blanks as hyphens, no signs.
+headings_of() {
+    sed -n 's/^#\{1,\} //p' "$1" | tr '[:upper:]' '[:lower:]' | sed 's/[^a-z0-9 _-]//g; s/ /-/g'
+}
+
 stands_somewhere() {
     local file text
     text=$(cat "$1")
@@ -131,7 +156,7 @@ case $2 in
         compare <(results_in_sources | sort -u) \
             <(first_cells docs/operator-guide.md '### Results' | sort -u)
         ;;
-    keys | words | code) "check_$2" ;;
+    keys | words | code | links) "check_$2" ;;
     *)
         echo "unknown check: $2" >&2
         exit 2

@@ -9,8 +9,8 @@
 #   <!-- $ command -->   is run too, unseen by the reader
 #   ```toml and ```c blocks whose first line is a comment with a file's name alone are written to
 #                        that file
-# All blocks of a document share a new folder, in which examples, include and lib lie as in a
-# checkout. The program runs on simulated lines, those of exchange.toml; its clock begins on a Monday
+# All blocks of a document share a new folder, in which examples, include, scripts and build/release
+# lie as in a checkout. The program runs on simulated lines, those of exchange.toml; its clock begins on a Monday
 # at ten and goes on from one command to the next.
 set -uo pipefail
 shopt -s extglob
@@ -21,8 +21,10 @@ compiler_flags=("$@")
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
-ln -s "$source/examples" "$source/include" "$source/scripts" "$lib" .
-[ "$(basename "$lib")" = lib ] || mv "$(basename "$lib")" lib
+ln -s "$source/examples" "$source/include" "$source/scripts" .
+mkdir -p build/release
+ln -s "$bin" build/release/bin
+ln -s "$lib" build/release/lib
 cp "$source/examples/exchange.toml" .
 
 export PATH=$bin:$PATH PAGERFWD_LOCKS=$folder PAGERFWD_BIN=$bin TZ=UTC
