@@ -1,0 +1,95 @@
+// What happens in each run of the crash test: the site, what the service does and when, and how
+// often each page is then sent. The process that is killed and the one that judges share this and
+// the words of the ledger, nothing else.
+#ifndef PAGERFWD_TESTS_PROOF_CRASH_SCENARIO_H
+#define PAGERFWD_TESTS_PROOF_CRASH_SCENARIO_H
+
+#include <array>
+#include <string_view>
+
+namespace proof::crash {
+
+// --- Where a run is killed. The order is that of kPhaseNames.
+
+enum class Phase { kOther, kBeforeAnswer, kRewriting, kDial, kTransfer, kAccepted, kAsleep };
+
+constexpr std::array<std::string_view, 7> kPhaseNames = {
+    "elsewhere", "before the answer", "between delete and insert",
+    "dial",      "transfer",          "accepted but row not yet rewritten",
+    "asleep"};
+
+// --- The ledger: a file that every life of a run adds lines to, each whole before it goes on.
+//
+//   forward ALARM PAGER            AlarmFwdPager is called
+//   answer ALARM PAGER RESULT      ... and has answered
+//   acknowledge ALARM              the alarm log is written
+//   acknowledged ALARM WALL        ... and is
+//   restart                        the engine is stopped and started, in one process
+//   dial ALARM PAGER WALL          a call is placed
+//   received ALARM PAGER WALL RECIPIENT TEXT
+//   killed PHASE ALARM PAGER STAGE WALL WRITING   WRITING 1: within a write of the store
+//   row ALARM PAGER RETRIES STATE  at the end: a row of the events table
+//   alarm ALARM STATE              at the end: the alarm log
+//   end
+
+constexpr const char* kLedger = "ledger";
+constexpr const char* kCensus = "census";  // a digit for each point: the phase it lies in
+constexpr const char* kDatabase = "site.db";
+
+// --- The site. Texts without blanks.
+
+struct PagerPlan {
+    const char* name;
+    const char* type;
+    const char* number;
+    int retries;
+    int delay_minutes;
+    int sends;  // how often a page is received when nothing goes wrong
+    int calls;  // how often it is dialled then, but for a centre that is busy at first
+};
+
+constexpr std::array<PagerPlan, 7> kPagerPlans = {{
+    {"tap", "sms1", "5550111", 5, 45, 1, 1},
+    {"ucp", "sms2", "5550112", 3, 15, 1, 1},
+    {"plain", "alphanumeric", "5550100@3003", 1, 10, 2, 2},
+    {"numeric", "numeric", "5550100@2002", 0, 10, 1, 1},
+    {"signal", "signal", "5550104@", 0, 10, 1, 1},
+    {"ntt", "ntt", "5550103", 0, 10, 1, 1},
+    {"lost", "alphanumeric", "5550999@1", 1, 5, 0, 4},  // its number reaches nobody
+}};
+
+// --- What the service does, in seconds after the beginning.
+
+enum class Deed { kForward, kAcknowledge, kRestart };
+
+struct Action {
+    int at;
+    Deed deed;
+    int alarm = 0;
+    const char* pager = "";
+};
+
+constexpr std::array<Action, 14> kActions = {{
+    {0, Deed::kForward, 1, "tap"},  // the centre is busy at this first call
+    {0, Deed::kForward, 1, "plain"},
+    {200, Deed::kForward, 2, "ucp"},
+    {250, Deed::kForward, 3, "numeric"},
+    {250, Deed::kForward, 3, "ntt"},
+    {400, Deed::kForward, 4, "lost"},
+    {600, Deed::kForward, 5, "plain"},
+    {630, Deed::kForward, 6, "signal"},
+    {900, Deed::kAcknowledge, 5},
+    {1500, Deed::kForward, 7, "tap"},
+    {1500, Deed::kForward, 7, "plain"},
+    {1510, Deed::kRestart},
+    {1530, Deed::kForward, 8, "ucp"},
+    {1600, Deed::kForward, 9, "numeric"},
+}};
+
+constexpr int kAlarms = 9;
+constexpr int kForwards = 12;
+constexpr int kBusyCalls = 1;  // of the TAP centre
+
+}  // namespace proof::crash
+
+#endif

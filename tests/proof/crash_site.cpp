@@ -1,0 +1,395 @@
+// One life of a run of the crash test: a service with the engine, on the SQLite store and a
+// simulated exchange, in virtual time. It takes up where the ledger says that the life before it
+// was killed.
+//   crash_site make        makes the database
+//   crash_site run POINT   does what is left to do; kills itself at the POINT-th point, -1: at
+//   none,
+//                          0: at none, but writes a census of the points
+// A point is anything that can be told from outside: a call of the table access, before and after;
+// a write or sync of the store's files; bytes on the line; ten seconds of virtual time.
+#include <fcntl.h>
+#include <pagerfwd/pagerfwd.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "engine/pager_hdl.h"
+#include "host/alarms/alarms.h"
+#include "host/site/site_file.h"
+#include "host/site/site_tables.h"
+#include "host/store/connection.h"
+#include "host/store/pool.h"
+#include "host/store/schema.h"
+#include "linux/win_system.h"
+#include "sim/centres/ntt_exchange.h"
+#include "sim/centres/plain_service.h"
+#include "sim/centres/signal_service.h"
+#include "sim/centres/tap_centre.h"
+#include "sim/centres/ucp_centre.h"
+#include "sim/phone/modem.h"
+#include "sim/testing.h"
+#include "tests/proof/crash_scenario.h"
+#include "tests/proof/file_calls.h"
+#include "tests/proof/page_watch.h"
+
+namespace proof::crash {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::time_t kStart = pagersim::VirtualClock::kDefaultStart;
+constexpr std::time_t kDownTime = 20;       // from a kill to the next life
+constexpr unsigned kMostRealSeconds = 120;  // a life takes a moment
+constexpr auto kStep = 50ms;                // five times the usual one: fewer looks at a quiet line
+
+// --- The ledger.
+
+class Ledger {
+ public:
+    Ledger() : file_(open(kLedger, O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0644)) {}
+
+    template <typename... Words>
+    void Write(const Words&... words) {
+        std::ostringstream line;
+        ((line << words << ' '), ...);
+        const std::string text = line.str() + "\n";
+        if (write(file_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+            std::abort();
+        }
+    }
+
+    static std::vector<std::vector<std::string>> Read() {
+        std::vector<std::vector<std::string>> lines;
+        std::ifstream file(kLedger);
+        for (std::string line; std::getline(file, line);) {
+            std::istringstream words(line);
+            lines.emplace_back(std::istream_iterator<std::string>(words),
+                               std::istream_iterator<std::string>());
+        }
+        return lines;
+    }
+
+ private:
+    const int file_;
+};
+
+// --- Points.
+
+class Points {
+ public:
+    Points(Ledger& ledger, long target) : ledger_(ledger), target_(target) {}
+
+    void Pass(bool by_clock = false) {
+        const Flight flight = watch_ != nullptr ? watch_->Flight() : Flight{};
+        const Phase phase = PhaseOf(flight, by_clock);
+        const std::lock_guard<SpinLock> guard(lock_);
+        if (target_ == 0) {
+            census_ += static_cast<char>('0' + static_cast<int>(phase));
+        } else if (++passed_ == target_) {
+            ledger_.Write("killed", static_cast<int>(phase), flight.page.alarm,
+                          flight.page.alarm != 0 ? flight.page.pager : "-",
+                          static_cast<int>(flight.stage), time(nullptr), writing_ ? 1 : 0);
+            kill(getpid(), SIGKILL);
+        }
+    }
+
+    void Watch(const PageWatch* watch) { watch_ = watch; }
+    void SetForwarding(bool forwarding) { forwarding_ = forwarding; }
+    void SetWriting(bool writing) { writing_ = writing; }
+    const std::string& Census() const { return census_; }
+
+ private:
+    Phase PhaseOf(const Flight& flight, bool by_clock) const {
+        if (flight.rewriting) {
+            return Phase::kRewriting;
+        }
+        if (forwarding_ && std::this_thread::get_id() == service_) {
+            return Phase::kBeforeAnswer;
+        }
+        switch (flight.stage) {
+            case Stage::kDialling:
+                return Phase::kDial;
+            case Stage::kTransferring:
+                return Phase::kTransfer;
+            case Stage::kAccepted:
+                return Phase::kAccepted;
+            case Stage::kSettingUp:
+                return Phase::kOther;
+            case Stage::kNone:
+                break;
+        }
+        return by_clock && CPagerHdl::checkAlready ? Phase::kAsleep : Phase::kOther;
+    }
+
+    Ledger& ledger_;
+    const long target_;
+    const std::thread::id service_ = std::this_thread::get_id();
+    const PageWatch* watch_ = nullptr;
+    std::atomic<bool> forwarding_{false};
+    static inline thread_local bool writing_ = false;
+    SpinLock lock_;
+    long passed_ = 0;
+    std::string census_;
+};
+
+Points* points = nullptr;  // for the hooks of the files
+
+// --- The site.
+
+std::string SiteText() {
+    std::ostringstream text;
+    text << R"(
+encoding = "latin1"
+[[port]]
+name = "COM 1"
+baud = 9600
+modem = true
+[port.pager]
+dial = "ATDT"
+prompt = ">"
+[port.sms1]
+protocol = "TAP"
+dial = "ATDT5550101"
+data = 7
+parity = "even"
+[port.sms2]
+protocol = "UCP"
+dial = "ATDT5550102"
+[[hours]]
+name = "always"
+all = true
+)";
+    for (const PagerPlan& pager : kPagerPlans) {
+        text << "[[pager]]\ndescription = \"" << pager.name << "\"\nport = \"COM 1\"\ntype = \""
+             << pager.type << "\"\nnumber = \"" << pager.number << "\"\nretries = " << pager.retries
+             << "\ndelay = " << pager.delay_minutes << "\nhours = \"always\"\n";
+    }
+    return text.str();
+}
+
+void MakeDatabase() {
+    const host::ReadSite read = host::ParseSite(SiteText());
+    host::Connection connection(kDatabase, host::Connection::Mode::kCreate);
+    host::CreateTables(connection);
+    host::StoreSite(connection, read.site);
+    for (int alarm = 1; alarm <= kAlarms; ++alarm) {
+        host::Statement(connection,
+                        "INSERT INTO AlarmLog (alarmlogID, pagerstate, severity, details)"
+                        " VALUES (?, '2', '2', ?)")
+            .Bind(int64_t{alarm})
+            .Bind("pump" + std::to_string(alarm))
+            .Run();
+    }
+}
+
+template <typename MakeCentre>
+pagersim::Subscriber Reachable(const char* name, const char* number, MakeCentre make) {
+    pagersim::Subscriber subscriber;
+    subscriber.name = name;
+    subscriber.numbers = {number};
+    subscriber.make_centre = make;
+    return subscriber;
+}
+
+void AddCentres(pagersim::Exchange& exchange, int busy_calls) {
+    auto tap = Reachable("tap", "5550101", [] {
+        return std::make_unique<pagersim::TapCentre>(pagersim::TapOptions{});
+    });
+    tap.busy_calls = busy_calls;
+    exchange.Add(std::move(tap));
+    exchange.Add(Reachable("ucp", "5550102", [] {
+        return std::make_unique<pagersim::UcpCentre>(pagersim::UcpOptions{});
+    }));
+    exchange.Add(Reachable("plain", "5550100", [] {
+        return std::make_unique<pagersim::PlainService>(pagersim::PlainOptions{});
+    }));
+    auto ntt =
+        Reachable("ntt", "5550103", [] { return std::make_unique<pagersim::NttExchange>(); });
+    ntt.has_modem = false;
+    exchange.Add(std::move(ntt));
+    auto signal =
+        Reachable("signal", "5550104", [] { return std::make_unique<pagersim::SignalService>(); });
+    signal.has_modem = false;
+    exchange.Add(std::move(signal));
+}
+
+// --- What the lives before this one have done.
+
+struct Past {
+    std::time_t now = kStart;
+    size_t begun = 0;  // of kActions
+    int busy_left = kBusyCalls;
+};
+
+Past ReadPast() {
+    Past past;
+    for (const auto& words : Ledger::Read()) {
+        if (words[0] == "forward" || words[0] == "acknowledge" || words[0] == "restart") {
+            ++past.begun;
+        } else if (words[0] == "dial" && words[2] == "tap") {
+            past.busy_left = 0;
+        } else if (words[0] == "killed") {
+            past.now = std::atol(words[5].c_str()) + kDownTime;
+        }
+    }
+    return past;
+}
+
+// --- The service.
+
+class Service {
+ public:
+    Service(Ledger& ledger, Points& passing) : ledger_(ledger), points_(passing) {}
+
+    void Start() {
+        int32_t none = 0;
+        FwdSpecialInfoStr info{database_, &none, nullptr, nullptr};
+        StartAlarmFwdPager(&info);
+    }
+
+    void Do(const Action& action) {
+        switch (action.deed) {
+            case Deed::kForward:
+                return Forward(action.alarm, action.pager);
+            case Deed::kAcknowledge:
+                return Acknowledge(action.alarm);
+            case Deed::kRestart:
+                ledger_.Write("restart");
+                StopAlarmFwdPager();
+                return Start();
+        }
+    }
+
+ private:
+    void Forward(int alarm, const char* pager) {
+        std::string server = "SRV1";
+        std::string group = "OPS/1";
+        std::string name = pager;
+        char* names[] = {name.data()};
+        char* groups[] = {group.data()};
+        int32_t id = alarm;
+        FwdSpecialInfoStr info{database_, &id, nullptr, groups};
+        ledger_.Write("forward", alarm, pager);
+        points_.SetForwarding(true);
+        points_.Pass();
+        const int32_t result = AlarmFwdPager(&info, server.data(), nullptr, names, 1);
+        points_.Pass();
+        points_.SetForwarding(false);
+        ledger_.Write("answer", alarm, pager, result);
+    }
+
+    void Acknowledge(int alarm) {
+        ledger_.Write("acknowledge", alarm);
+        {
+            host::Connection connection(kDatabase);
+            host::AcknowledgeAlarm(connection, alarm, time(nullptr));
+        }
+        ledger_.Write("acknowledged", alarm, time(nullptr));
+    }
+
+    Ledger& ledger_;
+    Points& points_;
+    char database_[8] = "site.db";
+};
+
+void WriteEnd(Ledger& ledger) {
+    host::Connection connection(kDatabase);
+    host::Statement rows(connection,
+                         "SELECT AlmLogID, PagerDescr, PagerRetries, PagerState"
+                         " FROM AlarmFwd_PagerEvents");
+    while (rows.Step()) {
+        ledger.Write("row", rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3));
+    }
+    host::Statement alarms(connection, "SELECT alarmlogID, pagerstate FROM AlarmLog");
+    while (alarms.Step()) {
+        ledger.Write("alarm", alarms.Text(0), alarms.Text(1));
+    }
+    ledger.Write("end");
+}
+
+PageWatch::Hooks HooksFor(Ledger& ledger) {
+    PageWatch::Hooks hooks;
+    hooks.at_each_step = [] { points->Pass(); };
+    hooks.dials = [&ledger](const PageKey& page) {
+        ledger.Write("dial", page.alarm, page.pager, time(nullptr));
+    };
+    hooks.delivers = [&ledger](const PageKey& page, const pagersim::Event& event) {
+        ledger.Write("received", page.alarm, page.pager, time(nullptr), event.recipient,
+                     event.text.empty() ? "-" : event.text);
+    };
+    return hooks;
+}
+
+void RunLife(long target) {
+    Ledger ledger;
+    const Past past = ReadPast();
+    const pagersim::VirtualClock clock(past.now);
+    Points passing(ledger, target);
+    points = &passing;
+    PageWatch watch(HooksFor(ledger));
+    passing.Watch(&watch);
+    SetTableWatcher(&watch);
+    SetFileHooks(
+        [](FileDeed, int) {
+            points->SetWriting(true);
+            points->Pass();
+        },
+        [](FileDeed, int) {
+            points->Pass();
+            points->SetWriting(false);
+        });
+    SkipSyncs();
+    pagersim::VirtualClock::SetStep(kStep);
+    pagersim::Exchange exchange;
+    AddCentres(exchange, past.busy_left);
+    const pagersim::AttachedLine line(
+        1, std::make_unique<pagersim::Modem>("COM 1", pagersim::ModemOptions{}, exchange, watch));
+
+    Service service(ledger, passing);
+    service.Start();
+    for (size_t next = past.begun; next < kActions.size() || CPagerHdl::checkAlready;) {
+        while (next < kActions.size() && time(nullptr) - kStart >= kActions[next].at) {
+            service.Do(kActions[next++]);
+        }
+        passing.Pass(true);
+        Sleep(10000);
+    }
+    StopAlarmFwdPager();
+    SetTableWatcher(nullptr);
+    SetFileHooks(nullptr, nullptr);
+    if (target == 0) {
+        std::ofstream(kCensus) << passing.Census();
+    }
+    WriteEnd(ledger);
+    host::CloseDatabases();
+}
+
+}  // namespace
+}  // namespace proof::crash
+
+int main(int argc, char** argv) {
+    const std::string word = argc > 1 ? argv[1] : "";
+    if (word == "make" && argc == 2) {
+        proof::crash::MakeDatabase();
+        return 0;
+    }
+    if (word == "run" && argc == 3) {
+        alarm(proof::crash::kMostRealSeconds);
+        proof::crash::RunLife(std::atol(argv[2]));
+        return 0;
+    }
+    std::cerr << "crash_site make | crash_site run POINT\n";
+    return 2;
+}

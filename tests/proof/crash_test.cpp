@@ -1,0 +1,209 @@
+// The crash test: runs of a service that is killed (SIGKILL) at some point, started again, and run
+// to its end; each is judged by its ledger.
+//   crash_test SITE_PROGRAM KILLS [FOLDER]   FOLDER keeps the ledgers of runs that fail
+// Prints how many kills fell into each phase. Fails when a run does, or a phase has too few.
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <map>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/proof/crash_judge.h"
+#include "tests/support/temp_dir.h"
+
+namespace proof::crash {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kLeastKills = 20;       // a phase, or the run proves nothing about it
+constexpr size_t kPlannedKills = 30;  // a phase, at least
+// Two runs need not write the store's files in exactly the same steps, so that a few points at the
+// end may not be reached.
+constexpr double kSpareRuns = 1.02;
+constexpr const char* kTemplate = "../template.db";
+constexpr const char* kAtNoPoint = "-1";
+constexpr int kMostComplaints = 20;  // printed
+
+// The exit code; a signal's number negative.
+int Run(const std::string& program, std::vector<std::string> words) {
+    words.insert(words.begin(), program);
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    pid_t process = -1;
+    if (posix_spawn(&process, program.c_str(), nullptr, nullptr, arguments.data(), environ) != 0) {
+        throw std::runtime_error("can't be started: " + program);
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+void Require(bool holds, const std::string& what) {
+    if (!holds) {
+        throw std::runtime_error(what);
+    }
+}
+
+// The working directory, emptied, with a fresh database.
+void Prepare() {
+    for (const auto& entry : fs::directory_iterator(".")) {
+        fs::remove_all(entry.path());
+    }
+    fs::copy_file(kTemplate, kDatabase);
+}
+
+// The points of a run without a crash, by the phase they lie in.
+std::map<Phase, std::vector<long>> TakeCensus(const std::string& program) {
+    Prepare();
+    Require(Run(program, {"run", "0"}) == 0, "the run without a crash failed");
+    std::ifstream ledger(kLedger);
+    for (const std::string& complaint : Judge(ledger).complaints) {
+        throw std::runtime_error("the run without a crash: " + complaint);
+    }
+    std::ifstream census(kCensus);
+    std::map<Phase, std::vector<long>> points;
+    long point = 0;
+    for (char digit = 0; census.get(digit);) {
+        points[static_cast<Phase>(digit - '0')].push_back(++point);
+    }
+    return points;
+}
+
+// So many of them, evenly spread.
+std::vector<long> Spread(const std::vector<long>& points, size_t count) {
+    std::vector<long> chosen;
+    for (size_t i = 0; i < count && !points.empty(); ++i) {
+        chosen.push_back(points[(2 * i + 1) * points.size() / (2 * count)]);
+    }
+    return chosen;
+}
+
+// A share for each phase, and the rest wherever it falls.
+std::vector<long> Plan(const std::map<Phase, std::vector<long>>& points, size_t runs) {
+    std::vector<long> plan;
+    std::vector<long> all;
+    const size_t share = std::max(kPlannedKills, runs / (kPhaseNames.size() + 3));
+    for (const auto& [phase, in_phase] : points) {
+        all.insert(all.end(), in_phase.begin(), in_phase.end());
+        if (phase != Phase::kOther) {
+            const std::vector<long> chosen = Spread(in_phase, share);
+            plan.insert(plan.end(), chosen.begin(), chosen.end());
+        }
+    }
+    std::sort(all.begin(), all.end());
+    const std::vector<long> rest = Spread(all, runs > plan.size() ? runs - plan.size() : 0);
+    plan.insert(plan.end(), rest.begin(), rest.end());
+    return plan;
+}
+
+Verdict RunOnce(const std::string& program, long point) {
+    Prepare();
+    const int first = Run(program, {"run", std::to_string(point)});
+    const int second = first == -SIGKILL ? Run(program, {"run", kAtNoPoint}) : 0;
+    std::ifstream ledger(kLedger);
+    Verdict verdict = Judge(ledger);
+    if (first != -SIGKILL && first != 0) {
+        verdict.complaints.push_back("the first life ended with " + std::to_string(first));
+    }
+    if (second != 0) {
+        verdict.complaints.push_back("the second life ended with " + std::to_string(second));
+    }
+    return verdict;
+}
+
+class Tally {
+ public:
+    Tally(int wanted, fs::path kept) : wanted_(wanted), kept_(std::move(kept)) {}
+
+    void Count(long point, const Verdict& verdict) {
+        if (verdict.killed) {
+            ++kills_.at(static_cast<size_t>(*verdict.killed));
+        }
+        if (verdict.complaints.empty()) {
+            return;
+        }
+        ++failed_;
+        for (const std::string& complaint : verdict.complaints) {
+            if (++complaints_ <= kMostComplaints) {
+                std::cerr << "killed at point " << point << ": " << complaint << "\n";
+            }
+        }
+        if (!kept_.empty()) {
+            fs::copy_file(kLedger, kept_ / ("ledger-" + std::to_string(point)),
+                          fs::copy_options::overwrite_existing);
+        }
+    }
+
+    bool Report() const {
+        const int all = std::accumulate(kills_.begin(), kills_.end(), 0);
+        bool enough = all >= wanted_;
+        std::cout << all << " kills by phase:\n";
+        for (size_t i = 0; i < kills_.size(); ++i) {
+            const bool few = i != static_cast<size_t>(Phase::kOther) && kills_[i] < kLeastKills;
+            enough = enough && !few;
+            std::cout << "  " << kPhaseNames[i] << ": " << kills_[i] << (few ? "  too few" : "")
+                      << "\n";
+        }
+        std::cout << (failed_ == 0 ? "no page lost, none sent too often"
+                                   : std::to_string(failed_) + " runs failed")
+                  << std::endl;
+        return enough && failed_ == 0;
+    }
+
+ private:
+    const int wanted_;
+    const fs::path kept_;
+    std::array<int, kPhaseNames.size()> kills_{};
+    int failed_ = 0;
+    int complaints_ = 0;
+};
+
+bool RunTest(const std::string& program, int kills, const fs::path& kept) {
+    const test_support::TempDir folder;
+    Require(Run(program, {"make"}) == 0, "the database can't be made");
+    fs::rename(kDatabase, "template.db");
+    fs::create_directory("run");
+    fs::current_path("run");
+    setenv("PAGERFWD_LOCKS", fs::current_path().c_str(), 1);
+
+    Tally tally(kills, kept);
+    for (const long point : Plan(TakeCensus(program), static_cast<size_t>(kills * kSpareRuns))) {
+        tally.Count(point, RunOnce(program, point));
+    }
+    return tally.Report();
+}
+
+}  // namespace
+}  // namespace proof::crash
+
+int main(int argc, char** argv) {
+    if (argc != 3 && argc != 4) {
+        std::cerr << "crash_test SITE_PROGRAM KILLS [FOLDER]\n";
+        return 2;
+    }
+    try {
+        const int kills = std::atoi(argv[2]);
+        const std::filesystem::path kept =
+            argc == 4 ? std::filesystem::absolute(argv[3]) : std::filesystem::path();
+        return proof::crash::RunTest(argv[1], kills, kept) ? 0 : 1;
+    } catch (const std::exception& fault) {
+        std::cerr << "crash_test: " << fault.what() << "\n";
+        return 1;
+    }
+}

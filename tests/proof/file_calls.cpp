@@ -1,0 +1,75 @@
+// pwrite, fsync and fdatasync, which is how the store's files are written.
+#include "tests/proof/file_calls.h"
+
+#include <dlfcn.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace proof {
+namespace {
+
+FileHook hook_before = nullptr;
+FileHook hook_after = nullptr;
+bool skips_syncs = false;
+thread_local bool within = false;
+
+template <typename Function>
+Function Next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+template <typename Work>
+auto Watched(FileDeed deed, int fd, Work work) {
+    const bool outermost = !within;
+    within = true;
+    if (outermost && hook_before != nullptr) {
+        hook_before(deed, fd);
+    }
+    const auto result = work();
+    if (outermost && hook_after != nullptr) {
+        hook_after(deed, fd);
+    }
+    within = !outermost;
+    return result;
+}
+
+}  // namespace
+
+void SetFileHooks(FileHook before, FileHook after) {
+    hook_before = before;
+    hook_after = after;
+}
+
+void SkipSyncs() {
+    skips_syncs = true;
+}
+
+}  // namespace proof
+
+using proof::FileDeed;
+using proof::Next;
+using proof::Watched;
+
+extern "C" {
+ssize_t pwrite(int fd, const void* bytes, size_t size, off_t offset) {
+    static const auto next = Next<ssize_t (*)(int, const void*, size_t, off_t)>("pwrite");
+    return Watched(FileDeed::kWrite, fd, [=] { return next(fd, bytes, size, offset); });
+}
+
+ssize_t pwrite64(int fd, const void* bytes, size_t size, int64_t offset) {
+    static const auto next = Next<ssize_t (*)(int, const void*, size_t, int64_t)>("pwrite64");
+    return Watched(FileDeed::kWrite, fd, [=] { return next(fd, bytes, size, offset); });
+}
+
+int fsync(int fd) {
+    static const auto next = Next<int (*)(int)>("fsync");
+    return Watched(FileDeed::kSync, fd, [=] { return proof::skips_syncs ? 0 : next(fd); });
+}
+
+int fdatasync(int fd) {
+    static const auto next = Next<int (*)(int)>("fdatasync");
+    return Watched(FileDeed::kSync, fd, [=] { return proof::skips_syncs ? 0 : next(fd); });
+}
+}
