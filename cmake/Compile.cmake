@@ -18,6 +18,13 @@ if(PAGERFWD_SANITIZE)
     add_link_options(-fsanitize=${PAGERFWD_SANITIZE})
 endif()
 
+# Where the distribution keeps its libraries of our word size.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    set(PAGERFWD_LIBRARY_FOLDER i386-linux-gnu)
+else()
+    set(PAGERFWD_LIBRARY_FOLDER x86_64-linux-gnu)
+endif()
+
 # A layer of libPagerFwd.so, as objects: the library and the tests link the same ones.
 function(pagerfwd_layer name)
     cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
