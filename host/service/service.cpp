@@ -62,7 +62,17 @@ void Service::Run(StopSignal& stop) {
     NotifyManager("STOPPING=1");
     log_.Info("ending; a page on the line is finished first");
     Stop();
+    TellLastFigures();
     log_.Info("ended");
+}
+
+void Service::TellLastFigures() {
+    metrics_at_ = 0;
+    try {
+        WriteMetrics();
+    } catch (const StoreError& failure) {
+        log_.Error(failure.what());
+    }
 }
 
 void Service::LookAtPendingPages() {
@@ -136,7 +146,7 @@ bool Service::IsDone() {
     }
     Connection& connection = lease_.Database();
     return NewAlarms(connection).empty() && !HasOpenDeliveries(connection) &&
-           CountPendingPages(connection) == 0;
+           !HasPagesInHand(connection);
 }
 
 int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {

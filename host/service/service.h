@@ -52,6 +52,7 @@ class Service {
     int32_t Forward(const Alarm& alarm, const Delivery& delivery);
     void SendTestPages();
     void WriteMetrics();
+    void TellLastFigures();
     void RenewEngine();
     void ForgetOldHistory();
 
