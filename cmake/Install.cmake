@@ -72,7 +72,8 @@ endfunction()
 function(install_unit)
     install(CODE "
         file(READ \"${PROJECT_SOURCE_DIR}/packaging/pagerfwd.service\" unit)
-        string(REPLACE /usr/bin/ \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/\" unit \"\${unit}\")
+        string(REPLACE /usr/bin/pagerfwd \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/pagerfwd\"
+               unit \"\${unit}\")
         file(WRITE \"${PROJECT_BINARY_DIR}/pagerfwd.service\" \"\${unit}\")"
         COMPONENT host)
     install(FILES ${PROJECT_BINARY_DIR}/pagerfwd.service DESTINATION lib/systemd/system

@@ -23,17 +23,17 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libpagerfwd)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "library that forwards alarms to pagers over modems
- A service loads libPagerFwd.so and gives it alarms. The library keeps a page
- for each pager until it is delivered, acknowledged or given up, and sends it
- by a Hayes modem with TAP, UCP, a plain dialogue or NTT digits. It reads and
- writes the tables of the service that loads it.")
+A service loads libPagerFwd.so and gives it alarms. The library keeps a page
+for each pager until it is delivered, acknowledged or given up, and sends it
+by a Hayes modem with TAP, UCP, a plain dialogue or NTT digits. It reads and
+writes the tables of the service that loads it.")
 
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libpagerfwd-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libpagerfwd ${this_version}, libc6-dev")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libpagerfwd ${this_version}")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "library that forwards alarms to pagers - development files
- Headers of libPagerFwd.so and of the functions that a service supplies for
- it, for use with pkg-config and CMake.")
+Headers of libPagerFwd.so and of the functions that a service supplies for
+it, for use with pkg-config and CMake.")
 
 set(CPACK_DEBIAN_HOST_PACKAGE_NAME pagerfwd)
 set(CPACK_DEBIAN_HOST_PACKAGE_SECTION comm)
@@ -45,18 +45,18 @@ set(CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA
     ${PROJECT_SOURCE_DIR}/packaging/debian/prerm
     ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_COMPONENT_HOST_DESCRIPTION "pages people about alarms, over modems
- A service with a command line that takes alarms, finds the pagers and mobile
- phones that they concern, minds the hours of each, and sends the pages by
- modem until somebody acknowledges. Ports, pagers, hours and routes stand in a
- site file; alarms and pages are kept in an SQLite database.")
+A service with a command line that takes alarms, finds the pagers and mobile
+phones that they concern, minds the hours of each, and sends the pages by
+modem until somebody acknowledges. Ports, pagers, hours and routes stand in a
+site file; alarms and pages are kept in an SQLite database.")
 
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME pagersim)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_ENHANCES pagerfwd)
 set(CPACK_COMPONENT_SIMULATOR_DESCRIPTION "simulated modems and paging centres under a virtual clock
- Runs a 32-bit program, such as pagerfwd, on simulated serial lines: Hayes
- modems, and TAP, UCP, plain and NTT paging centres that behave well or
- badly. Waiting takes no real time. Reports what each centre has understood.")
+Runs a 32-bit program, such as pagerfwd, on simulated serial lines: Hayes
+modems, and TAP, UCP, plain and NTT paging centres that behave well or
+badly. Waiting takes no real time. Reports what each centre has understood.")
 
 # What Debian wants beside what is installed anywhere.
 file(READ CHANGELOG.md changes)
@@ -71,7 +71,6 @@ compressed(${PROJECT_BINARY_DIR}/changelog changelog.Debian.gz)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} upper)
     set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
-    set(CPACK_DEBIAN_${upper}_DESCRIPTION ${CPACK_COMPONENT_${upper}_DESCRIPTION})
     install(FILES packaging/debian/copyright ${PROJECT_BINARY_DIR}/changelog.gz
                   ${PROJECT_BINARY_DIR}/changelog.Debian.gz
             DESTINATION ${PAGERFWD_DOC_ROOT}/${package} COMPONENT ${component})

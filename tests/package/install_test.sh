@@ -12,7 +12,14 @@ DESTDIR=$root cmake --install "$build" --prefix /usr >/dev/null
 # The texts of docs/ come and go, and are left out.
 diff -u <(sort "$here/installed.txt") \
     <(cd "$root" && find . -type f ! -path './usr/share/doc/pagerfwd/*.*' -o -type f -name '*.toml' |
-        sed "s|^\./$library/|LIB/|; s|^\./||" | sort)
+        sed "s|^\./$library/|LIB/|; s|^\./||; s|Targets-[a-z]*|Targets-BUILD|" | sort)
+
+# The unit runs the program that is installed with it.
+DESTDIR=$root/elsewhere cmake --install "$build" --prefix /opt/pages --component host >/dev/null
+unit=$root/elsewhere/opt/pages/lib/systemd/system/pagerfwd.service
+[ "$(grep -c '^Exec.*=/opt/pages/bin/pagerfwd ' "$unit")" = 2 ]
+grep -q '^Exec.*=/usr/bin/chmod ' "$unit"
+rm -r "$root/elsewhere"
 
 # No path of the build folder or of the root in what is text.
 if grep -rIlE "$(dirname "$build")|$root" "$root"; then
