@@ -12,8 +12,9 @@ namespace pagersim {
 // A line's descriptors are below that.
 constexpr int kDescriptorLimit = 4096;
 
-// Whose a descriptor is. Port 0: not one of ours.
-struct LineDescriptor {
+// Whose a descriptor is. Port 0: not one of ours. Aligned so that every compiler sees that it is
+// stored at once.
+struct alignas(8) LineDescriptor {
     int32_t com;
     uint32_t connection;
 };
