@@ -5,6 +5,7 @@
 #define PAGERFWD_TESTS_PROOF_CRASH_SCENARIO_H
 
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace proof::crash {
@@ -17,6 +18,41 @@ constexpr std::array<std::string_view, 7> kPhaseNames = {
     "elsewhere", "before the answer", "between delete and insert",
     "dial",      "transfer",          "accepted but row not yet rewritten",
     "asleep"};
+
+// The point at which a process kills itself: the so manyth of those that lie in a phase. Threads
+// need not come to their points in the same order in two runs; how many lie in a phase hardly
+// changes.
+struct Target {
+    enum class Kind { kNone, kCensus, kPoint };
+
+    Kind kind = Kind::kNone;
+    Phase phase = Phase::kOther;
+    long nth = 0;
+};
+
+// As a word of the command line: "none", "census", "3.17".
+inline std::string WordFor(const Target& target) {
+    switch (target.kind) {
+        case Target::Kind::kNone:
+            return "none";
+        case Target::Kind::kCensus:
+            return "census";
+        case Target::Kind::kPoint:
+            break;
+    }
+    return std::to_string(static_cast<int>(target.phase)) + "." + std::to_string(target.nth);
+}
+
+inline Target TargetFor(const std::string& word) {
+    if (word == "none") {
+        return {};
+    }
+    if (word == "census") {
+        return {Target::Kind::kCensus};
+    }
+    const auto phase = static_cast<Phase>(std::stoi(word));
+    return {Target::Kind::kPoint, phase, std::stol(word.substr(word.find('.') + 1))};
+}
 
 // --- The ledger: a file that every life of a run adds lines to, each whole before it goes on.
 //

@@ -2,9 +2,8 @@
 // simulated exchange, in virtual time. It takes up where the ledger says that the life before it
 // was killed.
 //   crash_site make        makes the database
-//   crash_site run POINT   does what is left to do; kills itself at the POINT-th point, -1: at
-//   none,
-//                          0: at none, but writes a census of the points
+//   crash_site run TARGET   does what is left to do; kills itself at the target, or writes a census
+//                           of the points (crash_scenario.h has the words)
 // A point is anything that can be told from outside: a call of the table access, before and after;
 // a write or sync of the store's files; bytes on the line; ten seconds of virtual time.
 #include <fcntl.h>
@@ -89,15 +88,16 @@ class Ledger {
 
 class Points {
  public:
-    Points(Ledger& ledger, long target) : ledger_(ledger), target_(target) {}
+    Points(Ledger& ledger, const Target& target) : ledger_(ledger), target_(target) {}
 
     void Pass(bool by_clock = false) {
         const Flight flight = watch_ != nullptr ? watch_->Flight() : Flight{};
         const Phase phase = PhaseOf(flight, by_clock);
         const std::lock_guard<SpinLock> guard(lock_);
-        if (target_ == 0) {
+        if (target_.kind == Target::Kind::kCensus) {
             census_ += static_cast<char>('0' + static_cast<int>(phase));
-        } else if (++passed_ == target_) {
+        } else if (target_.kind == Target::Kind::kPoint && phase == target_.phase &&
+                   ++passed_ == target_.nth) {
             ledger_.Write("killed", static_cast<int>(phase), flight.page.alarm,
                           flight.page.alarm != 0 ? flight.page.pager : "-",
                           static_cast<int>(flight.stage), time(nullptr), writing_ ? 1 : 0);
@@ -134,13 +134,13 @@ class Points {
     }
 
     Ledger& ledger_;
-    const long target_;
+    const Target target_;
     const std::thread::id service_ = std::this_thread::get_id();
     const PageWatch* watch_ = nullptr;
     std::atomic<bool> forwarding_{false};
     static inline thread_local bool writing_ = false;
     SpinLock lock_;
-    long passed_ = 0;
+    long passed_ = 0;  // in the target's phase
     std::string census_;
 };
 
@@ -332,7 +332,7 @@ PageWatch::Hooks HooksFor(Ledger& ledger) {
     return hooks;
 }
 
-void RunLife(long target) {
+void RunLife(const Target& target) {
     Ledger ledger;
     const Past past = ReadPast();
     const pagersim::VirtualClock clock(past.now);
@@ -369,7 +369,7 @@ void RunLife(long target) {
     StopAlarmFwdPager();
     SetTableWatcher(nullptr);
     SetFileHooks(nullptr, nullptr);
-    if (target == 0) {
+    if (target.kind == Target::Kind::kCensus) {
         std::ofstream(kCensus) << passing.Census();
     }
     WriteEnd(ledger);
@@ -387,9 +387,9 @@ int main(int argc, char** argv) {
     }
     if (word == "run" && argc == 3) {
         alarm(proof::crash::kMostRealSeconds);
-        proof::crash::RunLife(std::atol(argv[2]));
+        proof::crash::RunLife(proof::crash::TargetFor(argv[2]));
         return 0;
     }
-    std::cerr << "crash_site make | crash_site run POINT\n";
+    std::cerr << "crash_site make | crash_site run TARGET\n";
     return 2;
 }

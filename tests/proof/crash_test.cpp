@@ -34,7 +34,6 @@ constexpr size_t kPlannedKills = 30;  // a phase, at least
 // end may not be reached.
 constexpr double kSpareRuns = 1.02;
 constexpr const char* kTemplate = "../template.db";
-constexpr const char* kAtNoPoint = "-1";
 constexpr int kMostComplaints = 20;  // printed
 
 // The exit code; a signal's number negative.
@@ -68,54 +67,59 @@ void Prepare() {
     fs::copy_file(kTemplate, kDatabase);
 }
 
-// The points of a run without a crash, by the phase they lie in.
-std::map<Phase, std::vector<long>> TakeCensus(const std::string& program) {
+// The points of a run without a crash, in their order.
+std::vector<Target> TakeCensus(const std::string& program) {
     Prepare();
-    Require(Run(program, {"run", "0"}) == 0, "the run without a crash failed");
+    Require(Run(program, {"run", WordFor({Target::Kind::kCensus})}) == 0,
+            "the run without a crash failed");
     std::ifstream ledger(kLedger);
     for (const std::string& complaint : Judge(ledger).complaints) {
         throw std::runtime_error("the run without a crash: " + complaint);
     }
     std::ifstream census(kCensus);
-    std::map<Phase, std::vector<long>> points;
-    long point = 0;
+    std::vector<Target> points;
+    std::map<Phase, long> passed;
     for (char digit = 0; census.get(digit);) {
-        points[static_cast<Phase>(digit - '0')].push_back(++point);
+        const auto phase = static_cast<Phase>(digit - '0');
+        points.push_back({Target::Kind::kPoint, phase, ++passed[phase]});
     }
     return points;
 }
 
 // So many of them, evenly spread.
-std::vector<long> Spread(const std::vector<long>& points, size_t count) {
-    std::vector<long> chosen;
+std::vector<Target> Spread(const std::vector<Target>& points, size_t count) {
+    std::vector<Target> chosen;
     for (size_t i = 0; i < count && !points.empty(); ++i) {
         chosen.push_back(points[(2 * i + 1) * points.size() / (2 * count)]);
     }
     return chosen;
 }
 
+std::vector<Target> InPhase(const std::vector<Target>& points, Phase phase) {
+    std::vector<Target> in_phase;
+    std::copy_if(points.begin(), points.end(), std::back_inserter(in_phase),
+                 [phase](const Target& point) { return point.phase == phase; });
+    return in_phase;
+}
+
 // A share for each phase, and the rest wherever it falls.
-std::vector<long> Plan(const std::map<Phase, std::vector<long>>& points, size_t runs) {
-    std::vector<long> plan;
-    std::vector<long> all;
+std::vector<Target> Plan(const std::vector<Target>& points, size_t runs) {
+    std::vector<Target> plan;
     const size_t share = std::max(kPlannedKills, runs / (kPhaseNames.size() + 3));
-    for (const auto& [phase, in_phase] : points) {
-        all.insert(all.end(), in_phase.begin(), in_phase.end());
-        if (phase != Phase::kOther) {
-            const std::vector<long> chosen = Spread(in_phase, share);
-            plan.insert(plan.end(), chosen.begin(), chosen.end());
-        }
+    for (size_t phase = 1; phase < kPhaseNames.size(); ++phase) {
+        const std::vector<Target> chosen =
+            Spread(InPhase(points, static_cast<Phase>(phase)), share);
+        plan.insert(plan.end(), chosen.begin(), chosen.end());
     }
-    std::sort(all.begin(), all.end());
-    const std::vector<long> rest = Spread(all, runs > plan.size() ? runs - plan.size() : 0);
+    const std::vector<Target> rest = Spread(points, runs > plan.size() ? runs - plan.size() : 0);
     plan.insert(plan.end(), rest.begin(), rest.end());
     return plan;
 }
 
-Verdict RunOnce(const std::string& program, long point) {
+Verdict RunOnce(const std::string& program, const Target& point) {
     Prepare();
-    const int first = Run(program, {"run", std::to_string(point)});
-    const int second = first == -SIGKILL ? Run(program, {"run", kAtNoPoint}) : 0;
+    const int first = Run(program, {"run", WordFor(point)});
+    const int second = first == -SIGKILL ? Run(program, {"run", WordFor({})}) : 0;
     std::ifstream ledger(kLedger);
     Verdict verdict = Judge(ledger);
     if (first != -SIGKILL && first != 0) {
@@ -131,7 +135,7 @@ class Tally {
  public:
     Tally(int wanted, fs::path kept) : wanted_(wanted), kept_(std::move(kept)) {}
 
-    void Count(long point, const Verdict& verdict) {
+    void Count(const Target& point, const Verdict& verdict) {
         if (verdict.killed) {
             ++kills_.at(static_cast<size_t>(*verdict.killed));
         }
@@ -141,11 +145,11 @@ class Tally {
         ++failed_;
         for (const std::string& complaint : verdict.complaints) {
             if (++complaints_ <= kMostComplaints) {
-                std::cerr << "killed at point " << point << ": " << complaint << "\n";
+                std::cerr << "killed at point " << WordFor(point) << ": " << complaint << "\n";
             }
         }
         if (!kept_.empty()) {
-            fs::copy_file(kLedger, kept_ / ("ledger-" + std::to_string(point)),
+            fs::copy_file(kLedger, kept_ / ("ledger-" + WordFor(point)),
                           fs::copy_options::overwrite_existing);
         }
     }
@@ -183,7 +187,7 @@ bool RunTest(const std::string& program, int kills, const fs::path& kept) {
     setenv("PAGERFWD_LOCKS", fs::current_path().c_str(), 1);
 
     Tally tally(kills, kept);
-    for (const long point : Plan(TakeCensus(program), static_cast<size_t>(kills * kSpareRuns))) {
+    for (const Target& point : Plan(TakeCensus(program), static_cast<size_t>(kills * kSpareRuns))) {
         tally.Count(point, RunOnce(program, point));
     }
     return tally.Report();
