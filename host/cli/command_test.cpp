@@ -21,6 +21,7 @@
 #include "host/site/site_tables.h"
 #include "host/store/pending.h"
 #include "host/store/pool.h"
+#include "host/text/json.h"
 #include "host/text/printable.h"
 #include "host/text_helpers.h"
 
@@ -96,26 +97,40 @@ int32_t SendShown(const Program& program, Lease& lease, const std::optional<OwnE
     return engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager);
 }
 
-ExitCode Report(int32_t code, bool traced) {
+const TestResult& MeaningOf(int32_t code) {
     const TestResult* const result = FindTestResult(code);
     if (result == nullptr) {
         throw Failure(kCannot,
                       "the library gave a result that is not known: " + std::to_string(code));
     }
-    if (result->exit == kDone) {
-        std::cout << result->meaning << "\n";
+    return *result;
+}
+
+ExitCode Report(const TestResult& result, bool traced) {
+    if (result.exit == kDone) {
+        std::cout << result.meaning << "\n";
         return kDone;
     }
     std::cout << "not sent\n" << std::flush;
-    std::string message = std::string(result->meaning) + " (result " +
-                          std::to_string(result->code) + ")\n    " + result->remedy;
-    message += traced ? "\n    The trace of the dialogue: pageprot.txt"
+    std::string message = std::string(result.meaning) + " (result " + std::to_string(result.code) +
+                          ")\n    " + result.remedy;
+    message += traced ? "\n    The trace of the dialogue: pagerfwd trace"
                       : "\n    To see every step of the dialogue, add: --trace";
     std::cerr << "pagerfwd: " << message << "\n";
-    return result->exit;
+    return result.exit;
 }
 
-ExitCode Test(const Program& program, const std::string& name, bool sendPending) {
+ExitCode ReportAsJson(const TestResult& result, const std::string& name) {
+    std::cout << Written({{"pager", name},
+                          {"sent", result.exit == kDone},
+                          {"result", result.code},
+                          {"meaning", result.meaning},
+                          {"remedy", result.remedy}})
+              << "\n";
+    return result.exit;
+}
+
+ExitCode Test(const Program& program, const std::string& name, bool sendPending, bool json) {
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
     const PagerRow pager = FindOnePager(lease.Database(), name, encoding);
@@ -125,11 +140,14 @@ ExitCode Test(const Program& program, const std::string& name, bool sendPending)
         engine.emplace(program, lease.Database(), sendPending);
     }
 
+    if (json) {
+        return ReportAsJson(MeaningOf(SendShown(program, lease, engine, pager)), name);
+    }
     std::cout << "test page to \"" << Printable(name) << "\", number "
               << Shown(pager.number, encoding) << (engine ? "" : ", by the running engine")
               << " ...\n"
               << std::flush;
-    return Report(SendShown(program, lease, engine, pager), program.trace);
+    return Report(MeaningOf(SendShown(program, lease, engine, pager)), program.trace);
 }
 
 }  // namespace
@@ -140,16 +158,18 @@ void AddTest(CLI::App& app, Program& program) {
     const auto sendPending = std::make_shared<bool>(false);
     command->add_option("PAGER", *name, "The pager's description in the site file")->required();
     command->add_flag("--send-pending", *sendPending, "Let pages that are pending go out too");
+    const auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "What became of it, as JSON");
     command->footer(
         "The page leaves whatever the pager's hours are, and is tried once. It can take minutes:\n"
         "the exit code says what became of it. Where an engine is running for this database, that\n"
         "engine sends it, behind the pages before it.\n\n"
         "Examples:\n"
         "  pagerfwd --database site.db test \"duty phone\"\n"
-        "  pagerfwd --database site.db --trace test \"duty phone\"; less pageprot.txt\n");
-    command->callback([name, sendPending, &program] {
-        program.command = [name, sendPending, &program] {
-            return Test(program, *name, *sendPending);
+        "  pagerfwd --database site.db --trace test \"duty phone\"; pagerfwd trace\n");
+    command->callback([name, sendPending, json, &program] {
+        program.command = [name, sendPending, json, &program] {
+            return Test(program, *name, *sendPending, *json);
         };
     });
 }

@@ -126,6 +126,17 @@ TEST_F(TestPage, OverAModemThatIsSwitchedOffIsResult8) {
     EXPECT_THAT(run.err, HasSubstr("the modem didn't answer"));
 }
 
+TEST_F(TestPage, SaysInJsonWhatBecameOfIt) {
+    const ProgramRun run =
+        Simulated(std::string(kModem) + kTap, {}, {"test", "duty phone", "--json"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out, AllOf(::testing::StartsWith("{\n  \"pager\": \"duty phone\",\n"),
+                               HasSubstr("\"sent\": true"), HasSubstr("\"result\": 0")));
+    const ProgramRun failed = Simulated(kModem, {}, {"test", "duty phone", "--json"});
+    EXPECT_EQ(6, failed.exit_code);
+    EXPECT_THAT(failed.out, AllOf(HasSubstr("\"sent\": false"), HasSubstr("\"result\": 6")));
+}
+
 // --- Hours, through the library and the clock.
 
 TEST_F(TestPage, MayLeaveInTheHoursOfTheSite) {
