@@ -62,10 +62,8 @@ function(install_host)
     install(FILES packaging/pagerfwd.sysusers DESTINATION lib/sysusers.d RENAME pagerfwd.conf
             COMPONENT host)
     install_unit()
-    if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/pagerfwd.bash-completion)
-        install(FILES packaging/pagerfwd.bash-completion RENAME pagerfwd COMPONENT host
-                DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
-    endif()
+    install(FILES host/completion/pagerfwd.bash RENAME pagerfwd COMPONENT host
+            DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endfunction()
 
 # A unit names its program by the whole path, which is known only when the prefix is.
