@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <sstream>
 
 #include "host/cli/program.h"
 #include "host/store/connection.h"
@@ -63,6 +64,23 @@ int Complain(const std::exception& reason, ExitCode code) {
     return code;
 }
 
+// What the command line's own messages say; they quote its arguments.
+void PrintLines(std::ostream& out, const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        out << Printable(line) << "\n";
+    }
+}
+
+ExitCode EndParsing(const CLI::App& app, const CLI::ParseError& end) {
+    std::ostringstream out;
+    std::ostringstream err;
+    const bool asked = app.exit(end, out, err) == 0;
+    PrintLines(std::cout, out.str());
+    PrintLines(std::cerr, err.str());
+    return asked ? kDone : kUsage;
+}
+
 int Run(const Program& program) {
     try {
         const ExitCode code = program.command();
@@ -90,7 +108,7 @@ int Main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kUsage;
+        return EndParsing(app, error);
     }
     const int code = Run(program);
     CloseDatabases();
