@@ -12,7 +12,8 @@ namespace host {
 // by a process count: if it has ended, the start brings them back.
 int64_t CountPendingPages(Connection& connection);
 
-// Whether an engine still has a page in hand, be it only to drop it since its alarm was acknowledged.
+// Whether an engine still has a page in hand, be it only to drop it since its alarm was
+// acknowledged.
 bool HasPagesInHand(Connection& connection);
 
 }  // namespace host
