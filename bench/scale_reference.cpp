@@ -11,8 +11,7 @@ namespace {
 
 constexpr const char* kSettings =
     "PRAGMA journal_mode = WAL;"
-    "PRAGMA synchronous = FULL;"
-    "CREATE INDEX IF NOT EXISTS Reference_ByAlarm ON AlarmFwd_PagerEvents (AlmLogID)";
+    "PRAGMA synchronous = FULL;";
 
 }  // namespace
 
