@@ -8,6 +8,9 @@ namespace {
 // looks count as one at the time.
 constexpr int kQuietLooksPerStep = 100;
 
+// One that looks at the time over and over and at no line, as with a device that is gone, too.
+constexpr int kTimeLooksPerStep = 1000;
+
 // Requires: locked.
 void TakeStep() {
     ProgramThread& me = *Me();
@@ -37,10 +40,11 @@ void NoteQuietLook(unsigned lines) {
 void NoteActivity() {
     Me()->quiet_lines = 0;
     Me()->quiet_looks = 0;
+    Me()->time_looks = 0;
 }
 
 Micros LookAtWallClock() {
-    if (IsServed() && Me()->quiet_lines != 0) {
+    if (IsServed() && (Me()->quiet_lines != 0 || ++Me()->time_looks >= kTimeLooksPerStep)) {
         const Locked locked;
         TakeStep();
     }

@@ -65,6 +65,7 @@ struct ProgramThread {
     // The thread's own.
     unsigned quiet_lines = 0;  // where its latest look found nothing
     int quiet_looks = 0;       // how many such looks since it last looked at the time
+    int time_looks = 0;        // how many looks at the time since it last did anything else
 };
 
 // The calling thread's record; null when it isn't registered (yet, or any more).

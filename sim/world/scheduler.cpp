@@ -50,6 +50,7 @@ void Scheduler::Reset() {
     for (auto& thread : threads_) {
         thread->quiet_lines = 0;
         thread->quiet_looks = 0;
+        thread->time_looks = 0;
         if (thread->wait != nullptr && thread->wait->kind != WaitKind::kOutside)
             Wake(*thread, Waking::kStop);
     }
@@ -110,6 +111,7 @@ void Scheduler::KeepOnly(ProgramThread* me) {
 Waking Scheduler::WaitFor(ProgramThread& me, Wait& wait) {
     me.quiet_lines = 0;
     me.quiet_looks = 0;
+    me.time_looks = 0;
     Leave(me, wait);
     while (me.wait != nullptr) {
         LetTimePass();
