@@ -120,7 +120,16 @@ ForwardQEntry* CSM_ForwardQ::TakeHeadEntry() {
 
 int CSM_ForwardQ::CopyEntriesToNewQueue(CSM_ForwardQ* target) {
     const QueueLock guard(*this);
-    target->AddTail(this);
+    const int before = target->GetCount();
+    try {
+        target->AddTail(this);
+    } catch (...) {
+        // What was copied is still this queue's alone.
+        while (target->GetCount() > before) {
+            target->RemoveTail();
+        }
+        throw;
+    }
     CountPlaces(*this, 1);
     return GetCount();
 }

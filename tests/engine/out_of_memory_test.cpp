@@ -133,6 +133,25 @@ TEST_F(OutOfMemory, HandlerThatMissesAPartDoesNotComeUp) {
     EXPECT_EQ(8, nth) << "seven parts";
 }
 
+// A copy that is not finished must not leave entries to two owners: each would free them.
+TEST_F(OutOfMemory, CopyThatIsNotFinishedTakesBackWhatItHasCopied) {
+    Start();
+    for (int alarm = 1; alarm <= kNodesPerBlock; ++alarm) {
+        Queue(alarm, "anna");
+    }
+    {
+        CSM_ForwardQ copy;
+        copy.AddEntryToQueue(MakeEntry(11, "anna"));  // and nine of its nodes are left
+        const FailingSize fault(kNodeBlock);
+        EXPECT_THROW(m_pPagingQ->CopyEntriesToNewQueue(&copy), std::bad_alloc);
+        EXPECT_EQ(1, copy.GetCount());
+        auto* own = static_cast<ForwardQEntry*>(copy.GetHead());
+        EXPECT_TRUE(copy.RemoveEntryFromQueue(own));
+        CPagerHdl::FreeQEntry(own);
+    }
+    EXPECT_THAT(EntriesIn(m_pPagingQ), ::testing::SizeIs(kNodesPerBlock));
+}
+
 TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoFacade) {
     const FailingSize fault(sizeof(CPagerFwd));
     EXPECT_THROW(Start(), std::bad_alloc);
