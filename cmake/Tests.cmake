@@ -10,11 +10,14 @@ target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile gmock)
 target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
 # Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
+# ALONE: its tests have the machine to themselves. Two threads of the program under test begin at
+# once there, and what is expected is what they do when neither has to wait for a processor.
 function(pagerfwd_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE pagerfwd_compile -Wl,--no-as-needed pagersim_preload
                                           -Wl,--as-needed ${ARG_LINKS} gmock_main)
     target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300
+                         RUN_SERIAL ${ARG_ALONE})
 endfunction()

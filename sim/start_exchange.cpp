@@ -76,15 +76,25 @@ RunningExchange* running = nullptr;
     _exit(kUsageError);
 }
 
+void PlugInLater(const LineEntry& entry, std::time_t start) {
+    const Locked locked;
+    TheWorld().LineOn(entry.com)->PlugOut();
+    TheWorld().Threads().Events().Add(std::chrono::seconds(entry.there_from - start), nullptr,
+                                      [com = entry.com] { TheWorld().LineOn(com)->PlugIn(); });
+}
+
 void StartWorld(const ExchangeFile& file, std::time_t start) {
     World& world = TheWorld();
     world.Start(start);
     world.SetStep(Milliseconds{NumberIn("PAGERSIM_STEP", Milliseconds{10}.count())});
     for (const CentreEntry& centre : file.centres)
         running->exchange.Add(BuildSubscriber(centre, start));
-    for (const LineEntry& line : file.lines)
+    for (const LineEntry& line : file.lines) {
         world.AddLine(line.com, std::make_unique<Modem>(PortName(line.com), line.modem,
                                                         running->exchange, running->record));
+        if (line.there_from > start)
+            PlugInLater(line, start);
+    }
 }
 
 // Runs a command of the file. The clock file has this instant first: for the command, and for the

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/cli/program.h"
@@ -15,7 +16,7 @@ namespace {
 
 struct RunOptions {
     bool until_done = false;
-    std::string discard_older;
+    std::optional<std::string> discard_older;
     std::string metrics;
 };
 
@@ -49,8 +50,8 @@ ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
     service.locks = program.locks;
     service.until_done = options.until_done;
     service.metrics = options.metrics;
-    if (!options.discard_older.empty()) {
-        service.discard_older = ParseAge(options.discard_older);
+    if (options.discard_older) {
+        service.discard_older = ParseAge(*options.discard_older);
     }
     return service;
 }

@@ -141,7 +141,9 @@ int32_t ForgetHistory(Connection& connection, std::time_t before) {
         "  FROM Host_History WHERE alarm <> '')");
     Statement(connection,
               "DELETE FROM Host_Deliveries WHERE answer IS NOT NULL AND alarm NOT IN"
-              " (SELECT alarm FROM Host_History)")
+              " (SELECT alarm FROM Host_History) AND alarm NOT IN"
+              " (SELECT alarmlogID FROM AlarmLog WHERE CAST(timestamp AS INTEGER) >= ?)")
+        .Bind(static_cast<int64_t>(before))
         .Run();
     Statement(connection, "DELETE FROM Host_Sends WHERE at < ?")
         .Bind(static_cast<int64_t>(before))

@@ -57,8 +57,8 @@ std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm)
 // Notes that an engine starts: what it writes then makes pages due.
 void NoteEngineStart(Connection& connection);
 
-// Forgets pages that have ended and have not changed since then. Returns how many changes that
-// were.
+// Forgets pages that have ended and have not changed since then, and the answers for older alarms
+// that came to no page. Returns how many changes that were.
 int32_t ForgetHistory(Connection& connection, std::time_t before);
 
 }  // namespace host

@@ -146,7 +146,7 @@ bool Service::IsDone() {
     }
     Connection& connection = lease_.Database();
     return NewAlarms(connection).empty() && !HasOpenDeliveries(connection) &&
-           !HasPagesInHand(connection);
+           CountPendingPages(connection) == 0 && !HasAcknowledgedPages(connection);
 }
 
 int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {

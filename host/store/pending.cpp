@@ -15,10 +15,11 @@ int64_t CountPendingPages(Connection& connection) {
     return statement.Number(0);
 }
 
-bool HasPagesInHand(Connection& connection) {
+bool HasAcknowledgedPages(Connection& connection) {
     return Statement(connection,
                      "SELECT 1 FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2'"
-                     " AND EXISTS (SELECT 1 FROM AlarmLog WHERE alarmlogID = event.AlmLogID)"
+                     " AND EXISTS (SELECT 1 FROM AlarmLog"
+                     "  WHERE alarmlogID = event.AlmLogID AND pagerstate = '1')"
                      " AND EXISTS (SELECT 1 FROM AlarmFwd_PagerSetting"
                      "  WHERE description = event.PagerDescr) LIMIT 1")
         .Step();

@@ -27,6 +27,17 @@ int ComNumber(std::string_view port) {
     return port.size() == 1 && port[0] >= '1' && port[0] <= '9' ? port[0] - '0' : 0;
 }
 
+void TakeInstant(TomlTable& table, const std::string& key, std::time_t& instant) {
+    std::string text;
+    if (!table.Take(key, text))
+        return;
+    const auto parsed = ParseInstant(text);
+    if (parsed)
+        instant = *parsed;
+    else
+        table.Mistake(key, "must be an instant, as \"2001-01-08 10:20:00\"");
+}
+
 LineEntry ReadLine(TomlTable& table) {
     LineEntry line;
     ModemOptions& modem = line.modem;
@@ -36,6 +47,7 @@ LineEntry ReadLine(TomlTable& table) {
     line.com = ComNumber(port);
     if (is_text && line.com == 0)
         table.Mistake("port", "must be \"COM 1\" to \"COM 9\"");
+    TakeInstant(table, "there_from", line.there_from);
     table.Take("powered", modem.powered);
     table.Take("answer_delay_ms", modem.answer_delay);
     table.Take("answer_gap_ms", modem.answer_gap);
@@ -185,14 +197,9 @@ Expectation ReadExpectation(TomlTable& table) {
 
 PlannedCommand ReadCommand(TomlTable& table) {
     PlannedCommand command;
-    std::string time;
     table.Require("time", "\"2001-01-08 10:20:00\"");
     table.Require("run", "\"pagerfwd alarm ack 1\"");
-    const bool is_text = table.Take("time", time);
-    if (const auto instant = ParseInstant(time))
-        command.time = *instant;
-    else if (is_text)
-        table.Mistake("time", "must be an instant, as \"2001-01-08 10:20:00\"");
+    TakeInstant(table, "time", command.time);
     table.Take("run", command.run);
     table.Finish();
     return command;

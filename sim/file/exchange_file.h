@@ -19,7 +19,8 @@
 namespace pagersim {
 
 struct LineEntry {
-    int com = 0;  // 1 to 9
+    int com = 0;                 // 1 to 9
+    std::time_t there_from = 0;  // until then the device can't be opened
     ModemOptions modem;
 };
 

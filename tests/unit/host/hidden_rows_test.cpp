@@ -180,6 +180,20 @@ TEST_F(PendingPages, HaveAnAlarmThatIsPagedAndAPagerThatIsKnown) {
     EXPECT_EQ(1, Count());
 }
 
+TEST_F(PendingPages, AreToBeDroppedWhereTheirAlarmIsAcknowledged) {
+    const auto has_acknowledged = [this] {
+        Connection connection(database);
+        return HasAcknowledgedPages(connection);
+    };
+    AddEvent(7, "duty", 2);    // still paged
+    AddEvent(8, "duty", 4);    // done
+    AddEvent(9, "duty", 2);    // no alarm
+    AddEvent(8, "nobody", 2);  // no pager
+    EXPECT_FALSE(has_acknowledged());
+    AddEvent(8, "duty", 2);
+    EXPECT_TRUE(has_acknowledged());
+}
+
 TEST_F(PendingPages, AreCountedWhenTheyAreHiddenToo) {
     AddEvent(7, "duty", 2);
     const Deleter deleter(database);

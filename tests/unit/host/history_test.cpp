@@ -272,11 +272,14 @@ TEST_F(TheHistory, KeepsTheStartsThatExplainPendingPages) {
 
 TEST_F(TheHistory, ForgetsDeliveriesWithIt) {
     Execute(
-        "INSERT INTO Host_Deliveries VALUES ('7', 0, 'ops', 'duty', 0, 1),"
+        "INSERT INTO Host_Deliveries VALUES ('5', 0, 'ops', 'duty', 0, -1),"
+        " ('6', 0, 'ops', 'duty', 0, -1), ('7', 0, 'ops', 'duty', 0, 1),"
         " ('8', 0, 'ops', 'duty', 0, 1), ('9', 0, 'ops', 'duty', 0, NULL)");
+    AddAlarm("5", "3", "ops", kNow + 1);
+    AddAlarm("6", "3", "ops", kNow);
     WriteEvent(8, "duty", 2);
     ForgetHistory(connection, kNow + 1);
-    EXPECT_THAT(Rows("alarm FROM Host_Deliveries ORDER BY alarm"), ElementsAre("8", "9"));
+    EXPECT_THAT(Rows("alarm FROM Host_Deliveries ORDER BY alarm"), ElementsAre("5", "8", "9"));
 }
 
 }  // namespace

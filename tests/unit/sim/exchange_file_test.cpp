@@ -50,6 +50,14 @@ TEST(ExchangeFile, LineByItsDefaults) {
     EXPECT_EQ(Answer::kNoCarrier, line.modem.phone.unknown_number);
 }
 
+TEST(ExchangeFile, LineThatComesLater) {
+    EXPECT_EQ(0, LineWith("").there_from);
+    EXPECT_EQ(*ParseInstant("2001-01-08 10:20:00"),
+              LineWith("there_from = \"2001-01-08 10:20:00\"\n").there_from);
+    EXPECT_THAT(Read(std::string(kLine) + "there_from = \"soon\"\n").mistakes,
+                ElementsAre(HasSubstr("must be an instant")));
+}
+
 TEST(ExchangeFile, EveryKeyOfALine) {
     const ModemOptions modem =
         LineWith(
@@ -198,7 +206,8 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
         {line + kTap + "knocks = 0\n",
          "x.toml:7: knocks must be a whole number from 1 to 2147483647"},
         {line + kTap + "prompt = \">\"\n", "x.toml:7: [[centre]] knows no prompt; it knows "},
-        {line + "colour = \"red\"\n", "x.toml:3: [[line]] knows no colour; it knows port, powered"},
+        {line + "colour = \"red\"\n",
+         "x.toml:3: [[line]] knows no colour; it knows port, there_from, powered"},
         {line + "[[expect]]\ncentre = \"b\"\nrecipient = \"1\"\n",
          "x.toml:4: centre names no [[centre]] of this file"},
         {line + "[[expect]]\n", "x.toml:3: [[expect]] needs centre"},

@@ -1,0 +1,165 @@
+// `pagerfwd run` through the real library, on simulated lines: a site whose rules are over soon,
+// and what others do meanwhile.
+//
+// The clock stands at 2001-01-08 10:00:00 at first, and goes on from one run to the next. An alarm
+// is taken up at once; the page to "duty" is on the line from then on, and transferred after some
+// 18 s. A pass of the worker later, at about 10:01:25, the page to "osaka" follows, and after it,
+// until about 10:02:30, the one to "tech".
+#ifndef PAGERFWD_TESTS_E2E_RUN_FIXTURE_H
+#define PAGERFWD_TESTS_E2E_RUN_FIXTURE_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/store/connection.h"
+#include "tests/support/temp_dir.h"
+#include "tests/unit/host/child_process.h"
+#include "tests/unit/host/files.h"
+
+class RunTest : public ::testing::Test {
+ protected:
+    static constexpr time_t kNow = 978948000;
+
+    // "duty" is paged once, "osaka" once, "tech" twice.
+    static constexpr const char* kSite = R"([[port]]
+name = "COM 1"
+[port.pager]
+dial = "ATDT0,"
+[port.sms1]
+dial = "ATDT0,5550101"
+[[pager]]
+description = "duty"
+type = "sms1"
+number = "5550111"
+retries = 2
+delay = 1
+[[pager]]
+description = "tech"
+type = "numeric"
+number = "5550100@2002"
+retries = 1
+delay = 1
+[[pager]]
+description = "osaka"
+type = "ntt"
+number = "5550103"
+retries = 0
+delay = 1
+[[route]]
+groups = "ALL/*"
+pagers = ["duty", "tech", "osaka"]
+[[route]]
+groups = "DUTY/*"
+pagers = ["duty"]
+)";
+
+    RunTest() {
+        setenv("TZ", "UTC", 1);
+        MakeSite("pagerfwd.db", kSite);
+    }
+
+    static void MakeSite(const std::string& database, const std::string& site) {
+        WriteFile("site.toml", site);
+        RunProgram({PAGERFWD_PROGRAM, "--database", database, "init"});
+        const ProgramRun run =
+            RunProgram({PAGERFWD_PROGRAM, "--database", database, "import", "site.toml"});
+        EXPECT_EQ(0, run.exit_code) << run.err;
+    }
+
+    // Adds an alarm, and returns its number.
+    static int32_t Raise(const std::string& group, time_t raised = kNow) {
+        host::Connection connection("pagerfwd.db");
+        return RaiseAlarm(connection, {group, "1", "pumps", "x"}, raised);
+    }
+    static void Execute(const std::string& sql) {
+        host::Connection("pagerfwd.db").Execute(sql.c_str());
+    }
+    static std::vector<std::string> Rows(const std::string& sql) {
+        std::vector<std::string> rows;
+        host::Connection connection("pagerfwd.db");
+        host::Statement statement(connection, "SELECT " + sql);
+        while (statement.Step()) {
+            rows.emplace_back(statement.Text(0));
+        }
+        return rows;
+    }
+    static std::string StateOf(int32_t alarm) {
+        return Rows("pagerstate FROM AlarmLog WHERE alarmlogID = " + std::to_string(alarm)).at(0);
+    }
+
+    // A command at a second of the first day after 10:00:00. Others are added to `exchange`.
+    void At(int second, const std::string& command) {
+        char time[32];
+        const time_t instant = kNow + second;
+        tm parts{};
+        std::strftime(time, sizeof time, "%Y-%m-%d %H:%M:%S", gmtime_r(&instant, &parts));
+        exchange += "[[at]]\ntime = \"" + std::string(time) + "\"\nrun = '''" + command + "'''\n";
+    }
+    static std::string Pagerfwd(const std::string& arguments) {
+        return std::string(PAGERFWD_PROGRAM) + " " + arguments;
+    }
+
+    std::vector<std::string> CommandOf(const std::vector<std::string>& arguments) const {
+        WriteFile("exchange.toml", exchange);
+        std::vector<std::string> command = {
+            PAGERSIM_PROGRAM, "--quiet",     "--clock", "clock",
+            "--report",       "report.json", "--",      PAGERFWD_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return command;
+    }
+
+    // Runs pagerfwd on the lines, and keeps count of the pages that the centres understand.
+    ProgramRun Simulated(const std::vector<std::string>& arguments) {
+        const ProgramRun run = RunProgram(CommandOf(arguments));
+        CountPages();
+        return run;
+    }
+    void CountPages() {
+        std::ifstream file("report.json");
+        const nlohmann::json report = nlohmann::json::parse(file);
+        for (const nlohmann::json& page : report["pages"]) {
+            ++pages[page["centre"].get<std::string>()];
+        }
+    }
+    ProgramRun RunUntilDone() { return Simulated({"run", "--until-done"}); }
+
+    // "duty done 1", one for each page, by pager.
+    static std::vector<std::string> Stories() {
+        std::vector<std::string> stories;
+        const nlohmann::json status =
+            nlohmann::json::parse(RunProgram({PAGERFWD_PROGRAM, "status", "--json"}).out);
+        for (const char* part : {"pending", "ended"}) {
+            for (const nlohmann::json& page : status[part]) {
+                stories.push_back(page["pager"].get<std::string>() + " " +
+                                  page["state"].get<std::string>() + " " +
+                                  std::to_string(page["tries"].get<int>()));
+            }
+        }
+        std::sort(stories.begin(), stories.end());
+        return stories;
+    }
+
+    static std::string TextOf(const std::string& path) {
+        std::ifstream file(path);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    const test_support::TempDir folder;
+    std::string exchange =
+        "[[line]]\nport = \"COM 1\"\n"
+        "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n"
+        "[[centre]]\nname = \"ntt\"\nprotocol = \"ntt\"\nnumbers = [\"5550103\"]\n"
+        "[[centre]]\nname = \"plain\"\nprotocol = \"plain\"\nnumbers = [\"5550100\"]\n";
+    std::map<std::string, int> pages;  // by centre
+};
+
+#endif

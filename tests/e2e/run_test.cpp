@@ -1,0 +1,260 @@
+// `pagerfwd run`: alarms to their end, acknowledgements, ends that are asked for, faults.
+#include "tests/e2e/run_fixture.h"
+
+#include <filesystem>
+
+namespace {
+
+using ::testing::_;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::Pair;
+using ::testing::SizeIs;
+
+class Run : public RunTest {};
+
+TEST_F(Run, PagesEveryPagerAsTheRulesSay) {
+    const int32_t alarm = Raise("ALL/1");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("ntt", 1), Pair("plain", 2), Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka off limit 1", "tech off limit 2"));
+    EXPECT_EQ("3", StateOf(alarm));
+    EXPECT_THAT(run.err, AllOf(HasSubstr("2001-01-08 10:00:00 serving ./pagerfwd.db\n"),
+                               HasSubstr("(ALL/1) to \"duty\": queued\n"),
+                               HasSubstr("(ALL/1) to \"tech\": queued\n"),
+                               HasSubstr("(ALL/1) to \"osaka\": queued\n"), HasSubstr(" ended\n"),
+                               Not(HasSubstr("error"))));
+}
+
+TEST_F(Run, PagesPagersOfEveryType) {
+    MakeSite("pagerfwd.db", TextOf(EXAMPLES "/site.toml"));
+    exchange = TextOf(EXAMPLES "/exchange.toml");
+    const int32_t alarm = Raise("PLANT/017");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    // Plain and NTT pagers are paged until their retries are used up, an SMS service once.
+    EXPECT_THAT(pages, ElementsAre(Pair("ntt", 3), Pair("plain", 3 + 3 + 2), Pair("tap", 1),
+                                   Pair("ucp", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("Osaka office off limit 3", "duty phone done 1",
+                                       "engineer off limit 3", "manager phone done 1",
+                                       "porter off limit 2", "technician off limit 3"));
+    EXPECT_EQ("3", StateOf(alarm));
+}
+
+TEST_F(Run, TakesAlarmsThatAreRaisedMeanwhile) {
+    At(30, Pagerfwd("alarm raise --group DUTY/1 --server pumps 'Pump 3' >/dev/null"));
+    At(200, "kill -TERM $PPID");
+    EXPECT_EQ(0, Simulated({"run"}).exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog"), ElementsAre("4"));
+}
+
+TEST_F(Run, TakesAlarmsThatAnotherProgramWrites) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, alarmName, severity, timestamp)"
+        " VALUES ('7', 'DUTY/1', '1', '978948000')");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+}
+
+TEST_F(Run, EndsByItselfWhenNothingIsPending) {
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(pages, IsEmpty());
+}
+
+// --- Ends that are asked for.
+
+class RunEnds : public Run, public ::testing::WithParamInterface<const char*> {
+ protected:
+    void EndAt(int second) { At(second, std::string("kill -") + GetParam() + " $PPID"); }
+};
+
+TEST_P(RunEnds, BetweenTwoPages) {
+    EndAt(60);
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("2001-01-08 10:01:00 ended\n"));
+}
+
+TEST_P(RunEnds, NotInTheMiddleOfAPage) {
+    Raise("ALL/1");
+    EndAt(12);  // it dials
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("a page on the line is finished first\n"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka pending 0", "tech pending 0"));
+
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("ntt", 1), Pair("plain", 2), Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka off limit 1", "tech off limit 2"));
+}
+
+INSTANTIATE_TEST_SUITE_P(By, RunEnds, ::testing::Values("TERM", "INT"));
+
+TEST_F(Run, TellsOfPagesThatArePendingFromBefore) {
+    Raise("ALL/1");
+    At(12, "kill -TERM $PPID");
+    Simulated({"run"});
+    EXPECT_THAT(RunUntilDone().err, HasSubstr("warning: 2 page(s) are pending from before"));
+}
+
+// --- Acknowledgements. One page is on the line, two wait.
+
+class RunAcknowledged : public Run, public ::testing::WithParamInterface<int> {};
+
+TEST_P(RunAcknowledged, WhileAPageIsOnTheLine) {
+    const int32_t alarm = Raise("ALL/1");
+    At(GetParam(), Pagerfwd("alarm ack " + std::to_string(alarm) + " >/dev/null"));
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    // Which of the three is first depends on how far the handing over is when the worker begins.
+    EXPECT_THAT(pages, ElementsAre(Pair(_, 1)));
+    EXPECT_EQ("1", StateOf(alarm));
+    EXPECT_THAT(Stories(), AllOf(SizeIs(3), Not(Contains(HasSubstr("pending")))));
+}
+
+// The modem is initialised; it dials; the centre answers; it transfers; it hangs up.
+INSTANTIATE_TEST_SUITE_P(At, RunAcknowledged, ::testing::Values(3, 10, 17, 18, 19, 21));
+
+TEST_F(Run, SendsNoFurtherPageToAPagerThatRepeatsItself) {
+    const int32_t alarm = Raise("ALL/1");
+    // The first page to "tech" is on the line.
+    At(143, Pagerfwd("alarm ack " + std::to_string(alarm) + " >/dev/null"));
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("ntt", 1), Pair("plain", 1), Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka off limit 1", "tech acknowledged 1"));
+    EXPECT_EQ("1", StateOf(alarm));
+}
+
+// Between the delete and the insert of a page's row, and so before its fold.
+TEST_F(Run, SendsNoFurtherPageWhenTheAcknowledgementComesWhileARowIsRewritten) {
+    Execute(
+        "CREATE TRIGGER Acknowledge AFTER UPDATE OF hidden_by ON AlarmFwd_PagerEvents"
+        " WHEN NEW.hidden_by IS NOT NULL AND NEW.PagerDescr = 'duty'"
+        " BEGIN UPDATE AlarmLog SET alarmack = '1'; END");
+    const int32_t alarm = Raise("ALL/1");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_EQ("1", StateOf(alarm));
+    EXPECT_THAT(Stories(),
+                ElementsAre("duty done 1", "osaka acknowledged 0", "tech acknowledged 0"));
+}
+
+// --- Old pages.
+
+TEST_F(Run, GivesUpOldPagesWhenItIsTold) {
+    constexpr time_t kHour = 60 * 60;
+    const int32_t old = Raise("ALL/1", kNow - 13 * kHour);
+    At(1, "kill -KILL $PPID");
+    Simulated({"run"});
+    const int32_t untouched = Raise("ALL/2", kNow - 13 * kHour);
+    const int32_t young = Raise("DUTY/1", kNow - 11 * kHour);
+    const ProgramRun run = Simulated({"run", "--until-done", "--discard-older-than", "12h"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("pages of older alarms that are given up: 3\n"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_EQ("3", StateOf(old));
+    EXPECT_EQ("3", StateOf(untouched));
+    EXPECT_EQ("4", StateOf(young));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "duty off limit 0", "osaka off limit 0",
+                                       "tech off limit 0"));
+}
+
+TEST_F(Run, RefusesAnAgeThatIsNone) {
+    for (const char* age : {"", "12", "h", "12x", "-1h", "12hh", "1.5h", "100000h"}) {
+        const ProgramRun run = Simulated({"run", "--until-done", "--discard-older-than", age});
+        EXPECT_EQ(2, run.exit_code) << age;
+    }
+    for (const char* age : {"0m", "90m", "12h", "3d"}) {
+        EXPECT_EQ(0, Simulated({"run", "--until-done", "--discard-older-than", age}).exit_code)
+            << age;
+    }
+}
+
+// --- Faults.
+
+TEST_F(Run, TellsTheOperatorOfAWriteThatFails) {
+    Execute(
+        "CREATE TRIGGER Full BEFORE INSERT ON AlarmFwd_PagerEvents"
+        " BEGIN SELECT RAISE(ABORT, 'no room left'); END");
+    Raise("DUTY/1");
+    At(100, "kill -TERM $PPID");
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("2001-01-08 10:00:00 error: "));
+    EXPECT_THAT(run.err, HasSubstr("no room left"));
+    EXPECT_THAT(Rows("answer FROM Host_Deliveries"), ElementsAre("1"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+}
+
+TEST_F(Run, TriesAgainWhereItCantNoteAnAnswer) {
+    Execute(
+        "CREATE TRIGGER Full BEFORE UPDATE OF answer ON Host_Deliveries"
+        " BEGIN SELECT RAISE(ABORT, 'no room left'); END");
+    Raise("ALL/1");
+    At(300, "kill -TERM $PPID");
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_THAT(run.err, HasSubstr("no room left; trying again\n"));
+    Execute("DROP TRIGGER Full");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("ntt", 1), Pair("plain", 2), Pair("tap", 1)));
+    EXPECT_THAT(Rows("answer FROM Host_Deliveries ORDER BY place"), ElementsAre("3", "1", "1"));
+}
+
+TEST_F(Run, RefusesToStartWhereItCantTrace) {
+    std::filesystem::create_directory("pageprot.txt");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("pageprot.txt: the trace can't be written in this folder"));
+}
+
+TEST_F(Run, NeedsTables) {
+    EXPECT_EQ(3, Simulated({"--database", "none.db", "run"}).exit_code);
+}
+
+TEST_F(Run, KeepsTheTraceOfTheRunBefore) {
+    Raise("DUTY/1");
+    RunUntilDone();
+    EXPECT_THAT(TextOf("pageprot.txt"), HasSubstr("Message transfered!"));
+    RunUntilDone();
+    EXPECT_THAT(TextOf("pageprot.txt"), Not(HasSubstr("Message transfered!")));
+    EXPECT_THAT(TextOf("pageprot.txt.1"), HasSubstr("Message transfered!"));
+}
+
+// --- Ports.
+
+TEST_F(Run, TakesUpAPortThatComesLater) {
+    exchange.replace(0, std::string("[[line]]\n").size(),
+                     "[[line]]\nthere_from = \"2001-01-08 10:07:00\"\n");
+    Raise("DUTY/1");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, AllOf(HasSubstr("error: a port that could not be opened stays taken"),
+                               HasSubstr("making the engine anew, to open its ports again")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 3"));
+}
+
+TEST_F(Run, GivesUpThePagesOfAPortThatNeverComes) {
+    exchange.replace(0, std::string("[[line]]\n").size(),
+                     "[[line]]\nthere_from = \"2002-01-08 10:07:00\"\n");
+    Raise("DUTY/1");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, IsEmpty());
+    EXPECT_THAT(Stories(), ElementsAre("duty off limit 3"));
+}
+
+TEST_F(Run, SurvivesADeviceThatVanishes) {
+    exchange.replace(0, std::string("[[line]]\n").size(), "[[line]]\nvanish_after = 40\n");
+    Raise("DUTY/1");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+}
+
+}  // namespace
