@@ -37,7 +37,7 @@ Fate Exchange::PlaceCall(Subscriber& subscriber) {
         --subscriber.busy_calls;
         return Fate::kBusy;
     }
-    return subscriber.fate;
+    return subscriber.fates ? subscriber.fates() : subscriber.fate;
 }
 
 Subscriber* Exchange::WithNumber(const std::string& number) {

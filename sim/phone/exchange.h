@@ -26,6 +26,7 @@ struct Subscriber {
     bool has_modem = true;  // false: it listens to voice and tones, no carrier ever comes up
     Fate fate = Fate::kAnswered;
     int busy_calls = 0;                // the first so many calls find it busy
+    std::function<Fate()> fates = {};  // of each call behind those; fate, when there is none
     Milliseconds answers_after{4000};  // of ringing
     Milliseconds response{100};        // what it says comes so much later, but for a greeting
     unsigned speed = 0;                // bits per second of the way to it; 0: no limit

@@ -83,6 +83,7 @@ void PageWatch::Record(const Event& event) {
 void PageWatch::NoteLine(const Event& event) {
     switch (event.kind) {
         case EventKind::kOpens: {
+            hooks_.opens();
             const std::lock_guard<SpinLock> guard(lock_);
             if (InWorker()) {  // else the ports are explored
                 flight_.page = looked_up_;

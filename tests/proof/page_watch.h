@@ -56,7 +56,8 @@ class SpinLock {
 class PageWatch : public TableWatcher, public pagersim::Recorder {
  public:
     struct Hooks {
-        std::function<void()> at_each_step = [] {};                         // anything at all
+        std::function<void()> at_each_step = [] {};  // anything at all
+        std::function<void()> opens = [] {};         // the program opens the line
         std::function<void(const PageKey&)> dials = [](const PageKey&) {};  // a call is placed
         std::function<void(const PageKey&, const pagersim::Event&)> delivers =
             [](const PageKey&, const pagersim::Event&) {};

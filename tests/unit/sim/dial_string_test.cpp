@@ -191,5 +191,15 @@ TEST(Exchange, FirstCallsFindItBusy) {
     EXPECT_EQ(Fate::kNoAnswer, Exchange::PlaceCall(subscriber));
 }
 
+TEST(Exchange, EachCallCanHaveAFateOfItsOwn) {
+    Subscriber subscriber;
+    subscriber.busy_calls = 1;
+    int calls = 0;
+    subscriber.fates = [&calls] { return ++calls == 1 ? Fate::kNoCarrier : Fate::kAnswered; };
+    EXPECT_EQ(Fate::kBusy, Exchange::PlaceCall(subscriber));
+    EXPECT_EQ(Fate::kNoCarrier, Exchange::PlaceCall(subscriber));
+    EXPECT_EQ(Fate::kAnswered, Exchange::PlaceCall(subscriber));
+}
+
 }  // namespace
 }  // namespace pagersim
