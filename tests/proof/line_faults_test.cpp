@@ -6,8 +6,10 @@
 // A centre that speaks a protocol with a checksum and has confirmed a page has it word for word.
 #include <gtest/gtest.h>
 #include <pagerfwd/pagerfwd.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <set>
 #include <string>
@@ -26,6 +28,33 @@
 #include "tests/proof/faulty_line.h"
 #include "tests/support/memory_store.h"
 #include "tests/support/temp_dir.h"
+
+namespace {
+
+// What becomes of the program's writes to the line: the first so many are as ever; then the device
+// takes nothing for so many tries, and after that three bytes at a time. Negative: as ever.
+int writes_until_blocked = -1;
+int blocked_tries = 0;
+int writes = 0;  // to the line, that took something
+
+}  // namespace
+
+extern "C" {
+ssize_t __real_write(int fd, const void* bytes, size_t count);
+ssize_t __wrap_write(int fd, const void* bytes, size_t count) {
+    if (isatty(fd) == 0) {
+        return __real_write(fd, bytes, count);
+    }
+    const bool is_slow = writes_until_blocked >= 0 && writes >= writes_until_blocked;
+    if (is_slow && blocked_tries > 0) {
+        --blocked_tries;
+        errno = EAGAIN;
+        return -1;
+    }
+    ++writes;
+    return __real_write(fd, bytes, is_slow ? std::min<size_t>(count, 3) : count);
+}
+}
 
 namespace proof {
 namespace {
@@ -246,6 +275,27 @@ TEST_P(LineFaults, AnswersSplitAtEveryByteChangeNothing) {
         EXPECT_TRUE(WasDelivered()) << "split at byte " << nth;
     }
     ExpectThatAllIsWell(count);
+}
+
+// The bytes wait, and then go through in pieces.
+TEST_P(LineFaults, LineThatBlocksForAWhile) {
+    constexpr int kTries = 25;  // five seconds
+    writes = 0;
+    CountBytes();
+    const int all = writes;
+    for (int nth = 0; nth < all; ++nth) {
+        writes = 0;
+        writes_until_blocked = nth;
+        blocked_tries = kTries;
+        const auto begun = pagersim::VirtualClock::Now();
+        const int code = Page();
+        writes_until_blocked = -1;
+        EXPECT_EQ(0, code) << "blocked at write " << nth;
+        EXPECT_TRUE(WasDelivered()) << "blocked at write " << nth;
+        EXPECT_EQ(0, blocked_tries) << "blocked at write " << nth;
+        EXPECT_GT(pagersim::VirtualClock::Now() - begun, 5s) << "blocked at write " << nth;
+    }
+    ExpectThatAllIsWell(0);
 }
 
 // Pagers with a carrier to lose.
