@@ -1,0 +1,75 @@
+// What became of an alarm.
+#include "host/service/alarm_story.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/service/deliveries.h"
+#include "host/service/sends.h"
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+
+class AlarmStory : public ServiceTest {
+ protected:
+    AlarmStory() {
+        AddPager("duty");
+        AddAlarm("7", "2");
+    }
+
+    // "duty: sent (24 s)", line by line.
+    std::vector<std::string> Tell() {
+        std::vector<std::string> lines;
+        for (const StoryLine& line : TellAlarm(connection, *FindAlarm(connection, "7"))) {
+            lines.push_back((line.pager.empty() ? "" : line.pager + ": ") + line.what +
+                            (line.more.empty() ? "" : " (" + line.more + ")"));
+        }
+        return lines;
+    }
+    void AddSend(TracedPage::Outcome outcome, const char* reason = "") {
+        Send send;
+        send.at = kNow;
+        send.seconds = 24;
+        send.alarm = "7";
+        send.pager = "duty";
+        send.outcome = outcome;
+        send.reason = reason;
+        RecordSend(connection, send);
+    }
+};
+
+TEST_F(AlarmStory, BeginsWithItsRaising) {
+    EXPECT_THAT(Tell(), ElementsAre("raised"));
+}
+
+TEST_F(AlarmStory, TellsEverySendingAndTheEnd) {
+    WriteEvent(7, "duty", 2);
+    AddSend(TracedPage::Outcome::kNotSent, "busy");
+    AddSend(TracedPage::Outcome::kOutsideHours);
+    AddSend(TracedPage::Outcome::kSent);
+    RewriteEvent(7, "duty", 4, 0);
+    EXPECT_THAT(Tell(),
+                ElementsAre("raised", "duty: queued", "duty: not sent (24 s: busy)",
+                            "duty: outside hours (24 s)", "duty: sent (24 s)", "duty: done"));
+}
+
+TEST_F(AlarmStory, TellsWhoWasNeverPaged) {
+    PlanDeliveries(connection, *FindAlarm(connection, "7"), {"duty", "nobody", "late"});
+    const std::vector<Delivery> deliveries = OpenDeliveries(connection);
+    NoteAnswer(connection, deliveries.at(1), kPagerUnknown);
+    NoteAnswer(connection, deliveries.at(2), kWasAcknowledged);
+    EXPECT_THAT(Tell(), ElementsAre("raised", "duty: waits to be queued",
+                                    "nobody: not queued (there is no such pager)",
+                                    "late: not queued (the alarm was acknowledged before)"));
+}
+
+TEST_F(AlarmStory, TellsTheAcknowledgement) {
+    AcknowledgeAlarm(connection, 7, kNow + 60);
+    EXPECT_THAT(Tell(), ElementsAre("raised", "acknowledged"));
+}
+
+}  // namespace
+}  // namespace host

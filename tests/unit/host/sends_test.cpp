@@ -1,0 +1,107 @@
+// The record of every sending.
+#include "host/service/sends.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "tests/unit/host/service_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using Outcome = TracedPage::Outcome;
+
+class Sends : public ServiceTest {
+ protected:
+    Sends() {
+        setenv("TZ", "UTC", 1);
+        WriteEvent(978948000, "duty", 2);
+    }
+
+    // A page of the alarm 978948000 to "duty", as the trace tells it.
+    static TracedPage Page() {
+        TracedPage page;
+        page.day = kNow / (24 * 60 * 60);
+        page.second = 10 * 60 * 60 + 7;
+        page.seconds = 24;
+        page.pager = "duty";
+        page.alarm = "ops";
+        page.raised = "01/08/01 / 10:00:00";
+        page.port = "COM 1";
+        page.outcome = Outcome::kSent;
+        return page;
+    }
+    Send Of(const TracedPage& page, std::time_t now = kNow + 100) {
+        return SendOf(connection, page, now);
+    }
+};
+
+TEST_F(Sends, BelongToTheAlarmWhoseNumberTheTraceWritesAsATime) {
+    const Send send = Of(Page());
+    EXPECT_EQ("978948000", send.alarm);
+    EXPECT_EQ("duty", send.pager);
+    EXPECT_EQ("COM 1", send.port);
+    EXPECT_EQ(24, send.seconds);
+    EXPECT_EQ(kNow + 31, send.at);
+}
+
+TEST_F(Sends, BelongToNoAlarmThatOwesNoSuchPage) {
+    TracedPage page = Page();
+    page.raised = "01/08/01 / 10:00:01";
+    EXPECT_EQ("", Of(page).alarm);
+    page = Page();
+    page.alarm = "other";
+    EXPECT_EQ("", Of(page).alarm);
+    page = Page();
+    page.raised = "some time";
+    EXPECT_EQ("", Of(page).alarm);
+    page = Page();
+    page.test = true;
+    EXPECT_EQ("", Of(page).alarm);
+}
+
+TEST_F(Sends, EndNowWhereTheTraceDoesNotSayTheDay) {
+    TracedPage page = Page();
+    page.day.reset();
+    EXPECT_EQ(kNow + 100, Of(page).at);
+    EXPECT_EQ(kNow + 20, Of(Page(), kNow + 20).at);  // never later than now
+}
+
+TEST_F(Sends, AreRecorded) {
+    Send send = Of(Page());
+    RecordSend(connection, send);
+    for (const Outcome outcome : {Outcome::kNotSent, Outcome::kOutsideHours, Outcome::kCutOff}) {
+        send.outcome = outcome;
+        send.result = 7;
+        send.reason = "the centre's \"no\"";
+        RecordSend(connection, send);
+    }
+    const std::vector<Send> sends = SendsOf(connection, "978948000");
+    ASSERT_THAT(sends, SizeIs(4));
+    EXPECT_EQ(Outcome::kSent, sends[0].outcome);
+    EXPECT_EQ(Outcome::kNotSent, sends[1].outcome);
+    EXPECT_EQ(Outcome::kOutsideHours, sends[2].outcome);
+    EXPECT_EQ(Outcome::kCutOff, sends[3].outcome);
+    EXPECT_EQ(7, sends[1].result);
+    EXPECT_EQ("the centre's \"no\"", sends[1].reason);
+    EXPECT_THAT(SendsOf(connection, "1"), IsEmpty());
+}
+
+TEST_F(Sends, TellWhenAPageLastGotThrough) {
+    Send send = Of(Page());
+    RecordSend(connection, send);
+    send.at += 60;
+    RecordSend(connection, send);
+    send.at += 60;
+    send.outcome = Outcome::kNotSent;
+    RecordSend(connection, send);
+    EXPECT_EQ((std::map<std::string, std::time_t>{{"COM 1", kNow + 91}}),
+              LastSuccesses(connection));
+}
+
+}  // namespace
+}  // namespace host
