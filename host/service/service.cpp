@@ -146,7 +146,7 @@ bool Service::IsDone() {
     }
     Connection& connection = lease_.Database();
     return NewAlarms(connection).empty() && !HasOpenDeliveries(connection) &&
-           CountPendingPages(connection) == 0 && !HasAcknowledgedPages(connection);
+           !HasPagesInHand(connection);
 }
 
 int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {

@@ -12,9 +12,9 @@ namespace host {
 // by a process count: if it has ended, the start brings them back.
 int64_t CountPendingPages(Connection& connection);
 
-// Whether there are pages whose alarm has been acknowledged: a running engine drops them within a
-// minute.
-bool HasAcknowledgedPages(Connection& connection);
+// Whether an engine still has a page in hand, be it only to drop it since its alarm was
+// acknowledged.
+bool HasPagesInHand(Connection& connection);
 
 }  // namespace host
 

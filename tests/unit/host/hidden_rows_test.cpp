@@ -180,18 +180,17 @@ TEST_F(PendingPages, HaveAnAlarmThatIsPagedAndAPagerThatIsKnown) {
     EXPECT_EQ(1, Count());
 }
 
-TEST_F(PendingPages, AreToBeDroppedWhereTheirAlarmIsAcknowledged) {
-    const auto has_acknowledged = [this] {
+TEST_F(PendingPages, AreInHandUntilTheyAreDroppedToo) {
+    const auto in_hand = [this] {
         Connection connection(database);
-        return HasAcknowledgedPages(connection);
+        return HasPagesInHand(connection);
     };
-    AddEvent(7, "duty", 2);    // still paged
-    AddEvent(8, "duty", 4);    // done
+    AddEvent(7, "duty", 4);    // done
     AddEvent(9, "duty", 2);    // no alarm
-    AddEvent(8, "nobody", 2);  // no pager
-    EXPECT_FALSE(has_acknowledged());
-    AddEvent(8, "duty", 2);
-    EXPECT_TRUE(has_acknowledged());
+    AddEvent(7, "nobody", 2);  // no pager
+    EXPECT_FALSE(in_hand());
+    AddEvent(8, "duty", 2);  // acknowledged
+    EXPECT_TRUE(in_hand());
 }
 
 TEST_F(PendingPages, AreCountedWhenTheyAreHiddenToo) {
