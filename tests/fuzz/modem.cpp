@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "linux/win_serial.h"
 #include "linux/win_system.h"
 #include "modem/COMHdl.h"
 #include "sim/testing.h"
@@ -104,6 +105,8 @@ std::vector<std::string> Needed(const Page& page) {
 void Send(CCOMHdl& handler, const Page& page, const std::string& said) {
     const int port = handler.OpenCOMPort("COM 1", page.protocol);
     if (port < 0) {
+        // The handle of a port whose settings are refused stays open, by rule.
+        CloseHandle(CCOMHdl::ComHandle);
         return;
     }
     Expect(port == 0, "the one port is taken");
