@@ -1,10 +1,10 @@
 // Reading of TOML by toml++. Tested by tests/unit/host/site_file_test.cpp.
 #include "host/site/toml_reader.h"
 
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <utility>
+
+#include "support/toml.h"
 
 namespace host {
 namespace {
@@ -45,14 +45,16 @@ struct TomlDocument::State {
 TomlDocument::TomlDocument(std::string_view text, Findings& findings)
     : state_(std::make_unique<State>()) {
     state_->findings = &findings;
-    try {
-        state_->table = toml::parse(text);
-    } catch (const toml::parse_error& error) {
-        state_->is_toml = false;
-        findings.Error(LineOf(error.source()), std::string(error.description()),
-                       "The file can't be read beyond this line.",
-                       "Texts stand between double quotes, tables begin with [[port]].");
+    toml::parse_result parsed = toml::parse(text);
+    if (parsed.succeeded()) {
+        state_->table = std::move(parsed).table();
+        return;
     }
+    const toml::parse_error& error = parsed.error();
+    state_->is_toml = false;
+    findings.Error(LineOf(error.source()), std::string(error.description()),
+                   "The file can't be read beyond this line.",
+                   "Texts stand between double quotes, tables begin with [[port]].");
 }
 
 TomlDocument::~TomlDocument() = default;

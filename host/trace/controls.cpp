@@ -1,24 +1,19 @@
 // Control characters by name. Tested by tests/unit/host/trace_test.cpp.
-#include <array>
 #include <cctype>
 #include <charconv>
 
 #include "host/trace/traced_page.h"
+#include "support/control_names.h"
 
 namespace host {
 namespace {
 
-constexpr std::array<std::string_view, 32> kNames = {
-    "nul", "soh", "stx", "etx", "eot", "enq", "ack", "bel", "bs",  "ht",  "lf",
-    "vt",  "ff",  "cr",  "so",  "si",  "dle", "dc1", "dc2", "dc3", "dc4", "nak",
-    "syn", "etb", "can", "em",  "sub", "esc", "fs",  "gs",  "rs",  "us"};
-constexpr unsigned char kDelete = 0x7F;
-
 std::string Named(unsigned char byte) {
-    if (byte < kNames.size()) {
-        return "<" + std::string(kNames.at(byte)) + ">";
+    if (byte < support::kControlNames.size()) {
+        return "<" + std::string(support::kControlNames.at(byte)) + ">";
     }
-    return byte == kDelete ? "<del>" : std::string(1, static_cast<char>(byte));
+    return byte == support::kDelete ? "<" + std::string(support::kDeleteName) + ">"
+                                    : std::string(1, static_cast<char>(byte));
 }
 
 constexpr size_t kCodeSize = 4;  // "< d>", "<1b>", and "<fff" for a byte from 128 up

@@ -12,12 +12,8 @@
 #include <utility>
 #include <vector>
 
-// As the distribution's header-only form, without exceptions: mistakes in a file are no exceptions.
-#define TOML_HEADER_ONLY 1
-#define TOML_EXCEPTIONS 0
-#include <toml++/toml.h>
-
 #include "sim/far_end.h"
+#include "support/toml.h"
 
 namespace pagersim {
 

@@ -3,15 +3,10 @@
 
 #include <array>
 
+#include "support/control_names.h"
+
 namespace pagersim {
 namespace {
-
-// The names of ASCII (ANSI X3.4) for 0x00 to 0x1f.
-constexpr std::array<std::string_view, 32> kControlNames = {
-    "nul", "soh", "stx", "etx", "eot", "enq", "ack", "bel", "bs",  "ht",  "lf",
-    "vt",  "ff",  "cr",  "so",  "si",  "dle", "dc1", "dc2", "dc3", "dc4", "nak",
-    "syn", "etb", "can", "em",  "sub", "esc", "fs",  "gs",  "rs",  "us"};
-constexpr unsigned char kDelete = 0x7f;
 
 std::string Hex(unsigned char byte) {
     constexpr std::string_view kDigits = "0123456789abcdef";
@@ -19,14 +14,14 @@ std::string Hex(unsigned char byte) {
 }
 
 std::string Name(unsigned char byte) {
-    if (byte < kControlNames.size())
-        return std::string(kControlNames[byte]);
-    return byte == kDelete ? "del" : Hex(byte);
+    if (byte < support::kControlNames.size())
+        return std::string(support::kControlNames[byte]);
+    return byte == support::kDelete ? std::string(support::kDeleteName) : Hex(byte);
 }
 
 std::string PrintableByte(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte < kDelete)
+    if (byte >= 0x20 && byte < support::kDelete)
         return {c};
     return "<" + Name(byte) + ">";
 }

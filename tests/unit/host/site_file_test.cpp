@@ -189,6 +189,19 @@ TEST(SiteFile, ThatIsNoTomlIsOneMistakeWithItsLine) {
     EXPECT_THAT(read.site.ports, IsEmpty());
 }
 
+// Letters outside of quotes, where only a blank or a text may stand: the reader of TOML once took
+// those of some alphabets for impossible there.
+TEST(SiteFile, WithLettersOutsideOfQuotesIsOneMistakeWithItsLine) {
+    for (const char* text :
+         {"name = \u00F6l", "name = \u0431", "name = \u3042", "name = \uFF71", "[\u048Fager]",
+          "\u00F6l = 1", "[[hours]]\u2003\u00F6", "name\u3000= \"x\""}) {
+        const ReadSite read = ParseSite(std::string("encoding = \"latin1\"\n") + text + "\n");
+        EXPECT_FALSE(read.is_toml) << text;
+        ASSERT_EQ(1U, read.findings.All().size()) << text;
+        EXPECT_EQ(2, read.findings.All()[0].line) << text;
+    }
+}
+
 TEST(SiteFile, ThatIsNotUtf8IsOneMistakeWithItsLine) {
     const ReadSite read = ParseSite("encoding = \"latin1\"\n# J\xFCrgen\n");
     EXPECT_FALSE(read.is_toml);
