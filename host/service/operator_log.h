@@ -1,14 +1,18 @@
 // What a running service tells its operator: a line a message, on standard error.
 //
 // Under a journal (the environment variable JOURNAL_STREAM is set) each line begins with its level,
-// "<4>", as journals take it; elsewhere with the local time.
+// "<4>", as journals take it; elsewhere with the local time. A trouble that lasts doesn't bury the
+// rest: a warning or an error that says the same as the line before is written once a minute, and
+// how often it came in between before the next line.
 //
 // Threads    Any.
 #ifndef PAGERFWD_HOST_SERVICE_OPERATOR_LOG_H
 #define PAGERFWD_HOST_SERVICE_OPERATOR_LOG_H
 
+#include <ctime>
 #include <mutex>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace host {
@@ -32,10 +36,16 @@ class OperatorLog {
     static constexpr Level kInfo{6, ""};
 
     void Write(const Level& level, std::string_view message);
+    // The lock is held.
+    bool IsRepeated(const Level& level, std::string_view message, std::time_t now) const;
+    void Put(const Level& level, std::string_view message, std::time_t now);
 
-    std::mutex mutex_;
-    std::ostream& out_;  // guarded by mutex_
+    std::mutex mutex_;  // guards all that follows
+    std::ostream& out_;
     const bool journal_;
+    std::string latest_;
+    std::time_t latest_at_ = 0;
+    int unsaid_ = 0;  // times the latest came again
 };
 
 }  // namespace host

@@ -2,6 +2,7 @@
 #include "host/service/operator_log.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <sstream>
@@ -44,11 +45,47 @@ TEST_F(TheLog, MakesTextsFitForATerminal) {
     EXPECT_EQ("<4>warning: a\\x1b[2Jb\\x0ac\\xff 100%s \u6771\n", out.str());
 }
 
+TEST_F(TheLog, SaysTroubleThatLastsOnceAMinute) {
+    OperatorLog log(out, true);
+    for (int second = 0; second < 60; ++second) {
+        log.Error("disk full");
+        sleep(1);
+    }
+    EXPECT_EQ("<3>error: disk full\n", out.str());
+    log.Error("disk full");
+    EXPECT_EQ(
+        "<3>error: disk full\n"
+        "<6>the line before came 59 more time(s)\n"
+        "<3>error: disk full\n",
+        out.str());
+}
+
+TEST_F(TheLog, SaysHowOftenTroubleCameBeforeItSaysSomethingElse) {
+    OperatorLog log(out, true);
+    log.Warning("disk full");
+    log.Warning("disk full");
+    log.Info("serving");
+    log.Warning("disk full");
+    EXPECT_EQ(
+        "<4>warning: disk full\n"
+        "<6>the line before came 1 more time(s)\n"
+        "<6>serving\n"
+        "<4>warning: disk full\n",
+        out.str());
+}
+
+TEST_F(TheLog, SaysWhatIsNoTroubleEachTime) {
+    OperatorLog log(out, true);
+    log.Info("test page sent");
+    log.Info("test page sent");
+    EXPECT_EQ("<6>test page sent\n<6>test page sent\n", out.str());
+}
+
 TEST_F(TheLog, HasWholeLinesFromEveryThread) {
     OperatorLog log(out, true);
     const auto write = [&log] {
         for (int i = 0; i < 500; ++i) {
-            log.Error("a line that is written by two threads");
+            log.Info("a line that is written by two threads");
         }
     };
     std::thread other(write);
@@ -57,7 +94,7 @@ TEST_F(TheLog, HasWholeLinesFromEveryThread) {
     std::istringstream lines(out.str());
     int count = 0;
     for (std::string line; std::getline(lines, line); ++count) {
-        ASSERT_EQ("<3>error: a line that is written by two threads", line);
+        ASSERT_EQ("<6>a line that is written by two threads", line);
     }
     EXPECT_EQ(1000, count);
 }
