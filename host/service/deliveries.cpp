@@ -46,6 +46,14 @@ bool WentToSomebody(Connection& connection, const std::string& alarm) {
     return statement.Bind(alarm).Step();
 }
 
+// Of an alarm that these pagers get. One that goes to nobody ends as one that reached nobody.
+const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm) {
+    if (alarm.acknowledged) {
+        return kStateAcknowledged;
+    }
+    return pagers.empty() ? kStateOffLimit : kStateBeingPaged;
+}
+
 }  // namespace
 
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
@@ -56,7 +64,7 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
     for (const std::string& pager : pagers) {
         InsertDelivery(connection, alarm, place++, pager);
     }
-    SetPagerState(connection, alarm.row, pagers.empty() ? kStateAcknowledged : kStateBeingPaged);
+    SetPagerState(connection, alarm.row, StateWith(pagers, alarm));
     transaction.Commit();
 }
 

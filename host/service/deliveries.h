@@ -37,8 +37,8 @@ enum DeliveryAnswer : int32_t {
     kGivenUp = 4,          // before its turn came, by the operator: the alarm was too old
 };
 
-// Takes up a new alarm: with no pager at all it needs no paging. What was noted of an earlier alarm
-// of this number is forgotten.
+// Takes up a new alarm: with no pager at all it is off limit at once. What was noted of an earlier
+// alarm of this number is forgotten.
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 

@@ -297,6 +297,7 @@ TEST_F(AnIntake, TellsOfAnAlarmThatNoRouteTakes) {
     EXPECT_THAT(Noted(), IsEmpty());
     EXPECT_THAT(said.str(),
                 HasSubstr("<4>warning: alarm 7 (elsewhere): no route leads to a pager"));
+    EXPECT_EQ("3", StateOf("7"));
     EXPECT_THAT(NewAlarms(connection), IsEmpty());
     EXPECT_THAT(OpenAlarms(connection), IsEmpty());
 }
