@@ -14,32 +14,14 @@
 #include <thread>
 #include <vector>
 
-#include "sim/testing.h"
+#include "tests/unit/sim/timed_log.h"
 
 using namespace std::chrono_literals;
 
 namespace pagersim {
 namespace {
 
-class LocksTest : public testing::Test {
- protected:
-    // Writes into the log who did something, and when.
-    void Log(const std::string& who) {
-        const std::lock_guard<std::mutex> hold(log_lock);
-        log += who + "@" + std::to_string(VirtualClock::Now().count()) + " ";
-    }
-
-    std::string Log() {
-        const std::lock_guard<std::mutex> hold(log_lock);
-        return log;
-    }
-
-    VirtualClock clock;
-
- private:
-    std::mutex log_lock;
-    std::string log;
-};
+using LocksTest = TimedLogTest;
 
 TEST_F(LocksTest, AMutexHeldOverASleepIsWaitedForInVirtualTime) {
     std::mutex mutex;

@@ -13,32 +13,14 @@
 #include <thread>
 #include <vector>
 
-#include "sim/testing.h"
+#include "tests/unit/sim/timed_log.h"
 
 using namespace std::chrono_literals;
 
 namespace pagersim {
 namespace {
 
-class ThreadsTest : public testing::Test {
- protected:
-    // Writes into the log who did something, and when.
-    void Log(const std::string& who) {
-        const std::lock_guard<std::mutex> hold(log_lock);
-        log += who + "@" + std::to_string(VirtualClock::Now().count()) + " ";
-    }
-
-    std::string Log() {
-        const std::lock_guard<std::mutex> hold(log_lock);
-        return log;
-    }
-
-    VirtualClock clock;
-
- private:
-    std::mutex log_lock;
-    std::string log;
-};
+using ThreadsTest = TimedLogTest;
 
 TEST_F(ThreadsTest, TwoSleepSideBySide) {
     std::thread a([this] {
