@@ -28,6 +28,11 @@ else()
     set(PAGERFWD_LIBRARY_FOLDER x86_64-linux-gnu)
 endif()
 
+option(PAGERFWD_COVERAGE "Count which lines of the library run" OFF)
+if(PAGERFWD_COVERAGE)
+    add_link_options(--coverage)
+endif()
+
 # A layer of libPagerFwd.so, as objects: the library and the tests link the same ones.
 function(pagerfwd_layer name)
     cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
@@ -35,4 +40,7 @@ function(pagerfwd_layer name)
     set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
     target_link_libraries(${name} PUBLIC pagerfwd_compile ${ARG_USES})
+    if(PAGERFWD_COVERAGE)
+        target_compile_options(${name} PRIVATE --coverage -fprofile-update=atomic)
+    endif()
 endfunction()

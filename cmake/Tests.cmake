@@ -8,6 +8,9 @@ add_executable(pagerfwd_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_LIST_DIR}/
 target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile gmock)
 target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
+# What tests the library's own files: scripts/coverage counts their lines by it.
+add_custom_target(library_tests)
+
 # Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
 # ALONE: its tests have the machine to themselves. Two threads of the program under test begin at
 # once there, and what is expected is what they do when neither has to wait for a processor.
@@ -20,4 +23,8 @@ function(pagerfwd_test name)
     # The program whole, not each of its tests: most of them take less time than its start.
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 600 RUN_SERIAL ${ARG_ALONE})
+    if("pagerfwd_linux" IN_LIST ARG_LINKS)
+        add_dependencies(library_tests ${name})
+        set_tests_properties(${name} PROPERTIES LABELS library)
+    endif()
 endfunction()
