@@ -4,6 +4,7 @@
 #include "engine/locked.h"
 #include "engine/pager_hdl.h"
 #include "engine/records.h"
+#include "linux/out_of_memory.h"
 #include "modem/trace.h"
 
 namespace {
@@ -58,7 +59,8 @@ WorkerThread& CPagerHdl::Worker() {
 }
 
 // The look at the flag and its setting are one step, so that there is never a second worker. When
-// the system has no thread to give, the pages stay pending until the next call.
+// the system has no thread to give, the pages stay pending until the next call; when it has no
+// memory for a condition, so do the inactive rows.
 void CPagerHdl::Check4Dial(void*, unsigned, unsigned, unsigned long) {
     TraceUnlocked("Check4Dial\n");
     const DialLock guard(lockDial);
@@ -66,7 +68,7 @@ void CPagerHdl::Check4Dial(void*, unsigned, unsigned, unsigned long) {
         TraceUnlocked("Check4Dial: Already running\n");
         return;
     }
-    pagerFwdEvents->DeleteInactiveEvents();
+    MemorySufficesFor([] { pagerFwdEvents->DeleteInactiveEvents(); });
     if (!m_pPagingQ->HasEntries()) {
         TraceUnlocked("Check4Dial: Nothing to do\n");
         return;
@@ -78,15 +80,13 @@ void CPagerHdl::Check4Dial(void*, unsigned, unsigned, unsigned long) {
 }
 
 void* CPagerHdl::Check4DialThread(void*) {
-    {
-        CDB_AlarmLog alarmLog(m_dB);
-        TraceUnlocked("Start Check4DialThread\n");
-        while (MayContinue()) {
-            TraceUnlocked("Loop Check4DialThread\n");
-            RunPass(alarmLog);
-            TraceUnlocked("Check4DialThread: sleep\n");
-            Worker().Pause(kPauseMs);
-        }
+    TraceUnlocked("Start Check4DialThread\n");
+    while (MayContinue()) {
+        TraceUnlocked("Loop Check4DialThread\n");
+        // A pass that can't even begin is made up for by the next.
+        MemorySufficesFor(RunPass);
+        TraceUnlocked("Check4DialThread: sleep\n");
+        Worker().Pause(kPauseMs);
     }
     TraceUnlocked("End Check4DialThread\n");
     Worker().AnnounceEnd();
@@ -107,8 +107,9 @@ bool CPagerHdl::MayContinue() {
     return false;
 }
 
-void CPagerHdl::RunPass(CDB_AlarmLog& alarmLog) {
+void CPagerHdl::RunPass() {
     const EntryUse use(Entries());
+    CDB_AlarmLog alarmLog(m_dB);
     WorkingQueue working(*m_pPagingQ);
     working.Trace();
     CTime now = CTime::GetCurrentTime();
@@ -116,9 +117,12 @@ void CPagerHdl::RunPass(CDB_AlarmLog& alarmLog) {
         if (Worker().StopRequested()) {
             return;
         }
-        if (TreatEntry(alarmLog, entry, now)) {
-            now = CTime::GetCurrentTime();
-        }
+        // An entry that memory runs out for stays as it is until the next pass.
+        MemorySufficesFor([&] {
+            if (TreatEntry(alarmLog, entry, now)) {
+                now = CTime::GetCurrentTime();
+            }
+        });
     }
 }
 

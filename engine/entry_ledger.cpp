@@ -2,15 +2,23 @@
 // Tested by tests/unit/engine/entry_ledger_test.cpp.
 #include "engine/entry_ledger.h"
 
+#include <utility>
+
+#include "engine/forward_queue.h"
+
 void EntryLedger::Note(ForwardQEntry* entry) {
     const std::lock_guard<std::mutex> guard(m_lock);
-    m_noted.insert(entry);
+    if (!entry->isNoted) {
+        entry->isNoted = true;
+        entry->nextNoted = std::exchange(m_firstNoted, entry);
+        ++m_notedCount;
+    }
     SettleIfUnused();
 }
 
 size_t EntryLedger::NotedCount() {
     const std::lock_guard<std::mutex> guard(m_lock);
-    return m_noted.size();
+    return m_notedCount;
 }
 
 void EntryLedger::Enter() {
@@ -28,10 +36,13 @@ void EntryLedger::SettleIfUnused() {
     if (m_uses > 0) {
         return;
     }
-    for (ForwardQEntry* entry : m_noted) {
+    while (m_firstNoted != nullptr) {
+        ForwardQEntry* const entry = m_firstNoted;
+        m_firstNoted = std::exchange(entry->nextNoted, nullptr);
+        entry->isNoted = false;
         if (!m_isQueued(entry)) {
             m_release(entry);
         }
     }
-    m_noted.clear();
+    m_notedCount = 0;
 }

@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <mutex>
-#include <set>
 
 struct ForwardQEntry;
 
@@ -27,7 +26,8 @@ class EntryLedger {
     EntryLedger(const EntryLedger&) = delete;
     EntryLedger& operator=(const EntryLedger&) = delete;
 
-    // Noting an entry again, or one that is put back into a queue afterwards, is no mistake.
+    // Noting an entry again, or one that is put back into a queue afterwards, is no mistake. Needs
+    // no memory.
     void Note(ForwardQEntry* entry);
 
     // How many entries wait to be freed.
@@ -43,7 +43,8 @@ class EntryLedger {
     const Release m_release;
     std::mutex m_lock;
     // Guarded by m_lock.
-    std::set<ForwardQEntry*> m_noted;
+    ForwardQEntry* m_firstNoted = nullptr;  // and on by nextNoted
+    size_t m_notedCount = 0;
     int m_uses = 0;
 };
 

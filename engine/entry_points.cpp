@@ -1,6 +1,7 @@
 // The functions that a service calls, but for NXIsInTimeModel, which stands with the time models.
 // Tested by tests/engine/entry_points_test.cpp.
 #include <mutex>
+#include <new>
 
 #include "engine/pager_fwd.h"
 #include "engine/pager_hdl.h"
@@ -24,11 +25,28 @@ CPagerFwd* Facade(const FwdSpecialInfoStr& info) {
     return EnsureFacade(info);
 }
 
+// The answer of a call, or the one for a call that memory ran out in. Only an engine that doesn't
+// come up for want of memory is told by the exception: the service could take no answer for it.
+template <typename Call>
+int32_t AnswerOf(Call call, int32_t ifNoMemory) {
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        if (!CPagerHdl::IsRunning()) {
+            throw;
+        }
+        return ifNoMemory;
+    }
+}
+
 }  // namespace
 
 PAGERFWD_EXPORT int32_t AlarmFwdPager(FwdSpecialInfoStr* info, char* serverName, char* extra,
                                       char** pagerNames, int32_t pagerCount) {
-    return Facade(*info)->AlarmFwdPager(info, serverName, extra, pagerNames, pagerCount);
+    const auto call = [&] {
+        return Facade(*info)->AlarmFwdPager(info, serverName, extra, pagerNames, pagerCount);
+    };
+    return AnswerOf(call, kNotQueued);
 }
 
 PAGERFWD_EXPORT void StartAlarmFwdPager(FwdSpecialInfoStr* info) {
@@ -47,5 +65,9 @@ PAGERFWD_EXPORT void StopAlarmFwdPager(void) {
 
 PAGERFWD_EXPORT int32_t TestPager(FwdSpecialInfoStr* info, char* description, char* pagerNumber,
                                   char* comPort, char* pagerType, char* timeModel) {
-    return Facade(*info)->TestPager(info, description, pagerNumber, comPort, pagerType, timeModel);
+    const auto call = [&] {
+        return Facade(*info)->TestPager(info, description, pagerNumber, comPort, pagerType,
+                                        timeModel);
+    };
+    return AnswerOf(call, kNoPort);
 }

@@ -18,8 +18,9 @@
 // Ownership  Owns neither record it points to; CPagerHdl::FreeQEntry releases both with the entry.
 // Threads    Constant once the entry is in a queue: pagerDescr, alarmLogEntry, almGroup, serverN.
 //            Guarded by CPagerHdl::lock: pagerFwdEvent, state, retries. The worker's own:
-//            queueTime, postponed. The texts are never copied as CString, only as characters, since
-//            their reference counts are not atomic.
+//            queueTime, postponed. Guarded by the ledger's lock: isNoted, nextNoted. The texts are
+//            never copied as CString, only as characters, since their reference counts are not
+//            atomic.
 struct ForwardQEntry {
     ForwardQEntry() = default;
     ForwardQEntry(const ForwardQEntry&) = delete;
@@ -39,6 +40,10 @@ struct ForwardQEntry {
     // How often it stands in queues, whichever they are: kept by them, so that nobody has to search
     // queues of many pages for it.
     std::atomic<int32_t> places{0};
+
+    // The ledger's, which must need no memory to note an entry.
+    bool isNoted = false;
+    ForwardQEntry* nextNoted = nullptr;
 };
 
 // An ordered queue of pending pages. The process has two: the paging queue and the off-limit queue.

@@ -8,6 +8,7 @@
 #include "engine/page_text.h"
 #include "engine/pager_hdl.h"
 #include "engine/records.h"
+#include "linux/out_of_memory.h"
 #include "modem/COMHdl.h"
 #include "modem/trace.h"
 #include "tables/time_models.h"
@@ -76,22 +77,40 @@ void TraceModemFailure(const char* text) {
     CCOMHdl::MainModemError = true;
 }
 
+// Whether a modem step succeeds. One that memory runs out for fails like any other, with its code:
+// what has to follow a failed step follows.
+template <typename Step>
+bool Succeeds(Step step, ModemResult failure, int* result) {
+    bool done = false;
+    if (!MemorySufficesFor([&] { done = step(); })) {
+        Store(result, failure);
+    }
+    return done;
+}
+
 // From the modem's reset to the message; whether the page was delivered.
 bool Transmit(CCOMHdl& ccom, int port, unsigned char protocol, const PageContent& page,
               int* result) {
-    if (!ccom.InitModem(port, result)) {
+    const auto init = [&] { return ccom.InitModem(port, result); };
+    const auto dial = [&] {
+        return ccom.Dial(port, page.dialPrefix, protocol, page.number, page.waitForConnect, result);
+    };
+    const auto transfer = [&] {
+        return ccom.TransMsg(port, page.number, page.message, protocol, result);
+    };
+    if (!Succeeds(init, kModemInitFailed, result)) {
         TraceModemFailure("Cannot Initialize the modem!");
         return false;
     }
     TraceUnlocked("Before Dial");
-    if (!ccom.Dial(port, page.dialPrefix, protocol, page.number, page.waitForConnect, result)) {
+    if (!Succeeds(dial, kDialFailed, result)) {
         TraceModemFailure("Dialing fails!");
         return false;
     }
     TraceUnlocked("After Dial");
     if (!page.number.IsEmpty()) {
         TraceUnlocked("Before TransMsg");
-        if (!ccom.TransMsg(port, page.number, page.message, protocol, result)) {
+        if (!Succeeds(transfer, kTransferFailed, result)) {
             TraceModemFailure("Message NOT transfered!");
             return false;
         }
@@ -103,7 +122,8 @@ bool Transmit(CCOMHdl& ccom, int port, unsigned char protocol, const PageContent
 
 // After a first modem error, failures of hanging up are no news.
 void HangUp(CCOMHdl& ccom, int port) {
-    if (!ccom.ResetModem(port) && !CCOMHdl::MainModemError) {
+    const auto reset = [&] { return ccom.ResetModem(port); };
+    if (!Succeeds(reset, kModemSuccess, nullptr) && !CCOMHdl::MainModemError) {
         TraceUnlocked("Reset Modem fails");
     }
     TraceUnlocked("Before CloseComPort");
@@ -114,6 +134,9 @@ void HangUp(CCOMHdl& ccom, int port) {
 
 bool SendThroughModem(const ForwardQEntry& entry, const Pager& pager, int* result) {
     CCOMHdl& ccom = *CPagerHdl::ccom;
+    // Composed before a port is taken, so that memory that runs out here costs no port.
+    const PageContent page =
+        ComposePage(pager.pagerType, TextOrEmpty(pager.pagerNumber), SourceOf(entry));
     const auto protocol = static_cast<unsigned char>(pager.pagerType);
     const int port = ccom.OpenCOMPort(TextOrEmpty(pager.comPort), protocol);
     if (port < 0) {
@@ -121,8 +144,6 @@ bool SendThroughModem(const ForwardQEntry& entry, const Pager& pager, int* resul
         Store(result, kNoPort);
         return false;
     }
-    const PageContent page =
-        ComposePage(pager.pagerType, TextOrEmpty(pager.pagerNumber), SourceOf(entry));
     TraceUnlocked("Message to send: %s", Chars(page.message));
     const bool delivered = Transmit(ccom, port, protocol, page, result);
     HangUp(ccom, port);
@@ -167,8 +188,15 @@ bool CPagerHdl::PagerSendMessage(ForwardQEntry* entry, bool test, Pager* testPag
     const Locked<CCriticalSection> guard(lockSend);
     TraceUnlocked("*** START PAGING ***");
     CCOMHdl::MainModemError = false;
-    const bool delivered =
-        test ? SendTestPage(*entry, *testPager, result) : SendDuePage(*entry, result);
+    bool delivered = false;
+    const bool ended = MemorySufficesFor([&] {
+        delivered = test ? SendTestPage(*entry, *testPager, result) : SendDuePage(*entry, result);
+    });
+    if (!ended) {
+        // It has not got as far as a line, and fails like a page that finds none.
+        CCOMHdl::ModemTest = false;
+        Store(result, kNoPort);
+    }
     TraceUnlocked("*** END PAGING ***");
     return delivered;
 }

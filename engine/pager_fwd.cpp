@@ -8,6 +8,7 @@
 #include "engine/chars.h"
 #include "engine/pager_hdl.h"
 #include "engine/records.h"
+#include "linux/out_of_memory.h"
 #include "modem/trace.h"
 #include "tables/owned_text.h"
 
@@ -41,10 +42,18 @@ CString BringUp(const FwdSpecialInfoStr& info) {
     return m_dB;
 }
 
-bool Forward(const FwdSpecialInfoStr& info, const char* serverName, const Pager& pager,
-             const char* alarmGroup) {
-    return CPagerHdl::PagingAlarm(pager.description, serverName, alarmGroup, long{*info.alarmLogId},
-                                  0);
+// Queues a page to the i-th pager.
+ForwardResult Forward(const FwdSpecialInfoStr& info, const char* serverName,
+                      CDB_PagerSettings& pagerSettings, const char* pagerName, int32_t i) {
+    TraceUnlocked("AlarmFwdPager: %s\n", pagerName);
+    const OwnedPager pager(pagerSettings.GetPager(pagerName));
+    if (!pager) {
+        TraceUnlocked("AlarmFwdPager: pager not found\n");
+        return kNoPagerFound;
+    }
+    const bool queued = CPagerHdl::PagingAlarm(pager->description, serverName, info.alarmGroups[i],
+                                               long{*info.alarmLogId}, 0);
+    return queued ? kQueued : kNotQueued;
 }
 
 // A page that is sent at once stands in no queue and belongs to no alarm.
@@ -90,15 +99,15 @@ CPagerFwd::~CPagerFwd() {
 int32_t CPagerFwd::AlarmFwdPager(FwdSpecialInfoStr* info, const char* serverName, const char*,
                                  char** pagerNames, int32_t pagerCount) {
     CDB_PagerSettings pagerSettings(BringUp(*info));
-    int32_t result = -1;
+    int32_t result = kNoPagerFound;
     for (int32_t i = 0; i < pagerCount; ++i) {
-        TraceUnlocked("AlarmFwdPager: %s\n", pagerNames[i]);
-        const OwnedPager pager(pagerSettings.GetPager(pagerNames[i]));
-        if (!pager) {
-            TraceUnlocked("AlarmFwdPager: pager not found\n");
-            continue;
+        // A page that memory runs out for is not queued; the next pager has its turn.
+        ForwardResult each = kNotQueued;
+        MemorySufficesFor(
+            [&] { each = Forward(*info, serverName, pagerSettings, pagerNames[i], i); });
+        if (each != kNoPagerFound) {
+            result = each;
         }
-        result = Forward(*info, serverName, *pager, info->alarmGroups[i]) ? 1 : 0;
     }
     return result;
 }
@@ -113,17 +122,20 @@ int32_t CPagerFwd::TestPager(FwdSpecialInfoStr* info, const char* description,
         madeHere = EnsureHandler();
     }
 
-    OwnedPager pager(new Pager{});
-    pager->description = CopyText(TextOrEmpty(description));
-    pager->pagerNumber = CopyText(TextOrEmpty(pagerNumber));
-    pager->comPort = CopyText(TextOrEmpty(comPort));
-    pager->pagerType = static_cast<int32_t>(strtol(TextOrEmpty(pagerType), nullptr, 10));
-    pager->timeModel = CopyText(TextOrEmpty(timeModel));
     int result = kNoPort;  // if the handler could not come up
-    if (CPagerHdl::IsRunning()) {
-        TestPage page;
-        CPagerHdl::PagerSendMessage(&page.entry, true, pager.get(), &result);
-    }
+    // Whatever becomes of the page, the handler that was made for it goes.
+    MemorySufficesFor([&] {
+        OwnedPager pager(new Pager{});
+        pager->description = CopyText(TextOrEmpty(description));
+        pager->pagerNumber = CopyText(TextOrEmpty(pagerNumber));
+        pager->comPort = CopyText(TextOrEmpty(comPort));
+        pager->pagerType = static_cast<int32_t>(strtol(TextOrEmpty(pagerType), nullptr, 10));
+        pager->timeModel = CopyText(TextOrEmpty(timeModel));
+        if (CPagerHdl::IsRunning()) {
+            TestPage page;
+            CPagerHdl::PagerSendMessage(&page.entry, true, pager.get(), &result);
+        }
+    });
 
     const EngineGuard guard(engineLock);
     delete[] m_dB;

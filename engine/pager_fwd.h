@@ -19,9 +19,19 @@ extern char* m_dB;  // the database name, owned: a heap copy, freed with array d
 // sent or queued.
 extern std::mutex engineLock;
 
+// What AlarmFwdPager answers.
+enum ForwardResult : int32_t {
+    kQueued = 1,
+    kNotQueued = 0,
+    kNoPagerFound = -1,
+};
+
 // Order      Made before the handler: construction forgets a handler that was there. Destruction
 //            takes the handler down, which can take as long as a page.
 // Threads    Construction and destruction require engineLock; the two methods take it.
+// Errors     std::bad_alloc from the construction of it and of a handler, and where the database's
+//            name can't be copied. Otherwise a page that memory runs out for is not queued, or
+//            fails.
 class CPagerFwd {
  public:
     explicit CPagerFwd(const char* dbName);

@@ -54,7 +54,10 @@ extern CSM_ForwardQ* m_pOffLimitQ;
 //            lock, for an entry's state and its table row. Each is taken before the locks of
 //            modem/, of a queue and of the table access. lock and lockDial are never held together,
 //            and no lock is held from one operation to the next.
-// Errors     Flags and null records. Words go to the trace.
+// Errors     Flags and null records. Words go to the trace. Memory that runs out is std::bad_alloc
+//            from the constructor, AckPagingAlarm, AckAllPagingAlarms, the queries, GetPager and
+//            the making of entries, with nothing half done that a second call doesn't do; elsewhere
+//            a page is refused, fails or stays pending.
 class CPagerHdl {
  public:
     // dbName is copied. The handler is up afterwards if IsRunning says so: not when memory ran out,
@@ -152,7 +155,7 @@ class CPagerHdl {
 
     // --- The rows of entries in the events table. A row is replaced by delete, then insert.
 
-    static bool AddEntryToEventsDB(ForwardQEntry* e);     // always true
+    static bool AddEntryToEventsDB(ForwardQEntry* e);     // false: no memory; all is as before
     static bool UpdateEntryInEventsDB(ForwardQEntry* e);  // only a row that is there; always true
     static void RemoveEntryFromEventsDB(ForwardQEntry* e);
     static void RemoveEntryFromEventsDB(long almLogId);  // all rows of the alarm
@@ -214,7 +217,7 @@ class CPagerHdl {
     // The worker's.
     static WorkerThread& Worker();
     static bool MayContinue();
-    static void RunPass(CDB_AlarmLog& alarmLog);
+    static void RunPass();
     static bool TreatEntry(CDB_AlarmLog& alarmLog, ForwardQEntry* e, const CTime& now);
     static void DropAcknowledged(ForwardQEntry* e);
     static bool FollowSuccess(ForwardQEntry* e);

@@ -5,15 +5,19 @@
 #include "engine/chars.h"
 #include "engine/locked.h"
 #include "engine/pager_hdl.h"
+#include "engine/records.h"
 
 ForwardQEntry* CPagerHdl::CreateQEntry(PagerFwdEvent* ev, CString pagerDescr, unsigned retries,
                                        ForwardState state, long almLogId, CString almGroup,
                                        TRAP_SEVERITY severity, CString serverN) {
-    AlarmLogEntry* alarm = m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId));
-    if (alarm == nullptr) {
+    OwnedAlarm alarm(m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId)));
+    if (!alarm) {
         return nullptr;
     }
-    return CreateQEntry(ev, pagerDescr, retries, state, alarm, almGroup, severity, serverN);
+    ForwardQEntry* entry =
+        CreateQEntry(ev, pagerDescr, retries, state, alarm.get(), almGroup, severity, serverN);
+    static_cast<void>(alarm.release());  // the entry has it now
+    return entry;
 }
 
 // The texts get buffers of their own: other threads will reach the entry.

@@ -4,6 +4,7 @@
 
 #include "engine/pager_hdl.h"
 #include "engine/records.h"
+#include "linux/out_of_memory.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ struct StartUpTables {
 
 // The entry of a row whose page is still owed, or null. A row whose alarm needs no more paging is
 // deleted from the table; one whose alarm or pager can't be found stays there untouched.
-ForwardQEntry* TakeUp(OwnedEvent row, StartUpTables& tables, CDB_PagerFwdEvents& events) {
+ForwardQEntry* EntryOf(OwnedEvent row, StartUpTables& tables, CDB_PagerFwdEvents& events) {
     const OwnedFwdInfo alarm(tables.alarmLog.GetAlarmLogFwdInfo(row->almLogId));
     const OwnedPager pager(tables.pagerSettings.GetPager(row->pagerDescr));
     if (!alarm || !pager) {
@@ -29,6 +30,13 @@ ForwardQEntry* TakeUp(OwnedEvent row, StartUpTables& tables, CDB_PagerFwdEvents&
     if (entry != nullptr) {
         static_cast<void>(row.release());  // the entry has it now
     }
+    return entry;
+}
+
+// A row that there is no memory for stays in the table, for the next start.
+ForwardQEntry* TakeUp(OwnedEvent row, StartUpTables& tables, CDB_PagerFwdEvents& events) {
+    ForwardQEntry* entry = nullptr;
+    MemorySufficesFor([&] { entry = EntryOf(std::move(row), tables, events); });
     return entry;
 }
 

@@ -2,6 +2,7 @@
 // Tested by tests/engine/queue_operations_test.cpp.
 #include "engine/chars.h"
 #include "engine/pager_hdl.h"
+#include "engine/records.h"
 #include "modem/trace.h"
 
 namespace {
@@ -16,15 +17,17 @@ bool CPagerHdl::PagingAlarm(CString pagerDescr, CString serverN, CString almGrou
                             unsigned retries) {
     TraceUnlocked("PagingAlarm: %s %s %s\n%s\n", Chars(pagerDescr), Chars(serverN), Chars(almGroup),
                   TextOrEmpty(m_dB));
-    AlarmLogEntry* alarm = m_pAlarmLogSet != nullptr
-                               ? m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId))
-                               : nullptr;
-    if (alarm == nullptr) {
+    OwnedAlarm alarm(m_pAlarmLogSet != nullptr
+                         ? m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId))
+                         : nullptr);
+    if (!alarm) {
         TraceUnlocked("PagingAlarm: No AlarmLog Entry\n");
         return false;
     }
-    return PagingAlarm(CreateQEntry(nullptr, pagerDescr, retries, kForwardBeingPaged, alarm,
-                                    almGroup, alarm->severity, serverN));
+    ForwardQEntry* entry = CreateQEntry(nullptr, pagerDescr, retries, kForwardBeingPaged,
+                                        alarm.get(), almGroup, alarm->severity, serverN);
+    static_cast<void>(alarm.release());  // the entry has it now
+    return PagingAlarm(entry);
 }
 
 bool CPagerHdl::PagingAlarm(ForwardQEntry* entry) {

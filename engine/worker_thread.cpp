@@ -2,6 +2,9 @@
 // Tested by tests/unit/engine/worker_thread_test.cpp.
 #include "engine/worker_thread.h"
 
+#include <new>
+#include <utility>
+
 #include "linux/win_system.h"
 
 namespace {
@@ -12,8 +15,8 @@ constexpr int kWithoutLimit = -1;
 
 bool WorkerThread::Start(Body body) {
     Join(kWithoutLimit);
-    auto run = std::make_unique<Run>();
-    if (!run->stop.IsOpen() || !run->ended.IsOpen()) {
+    std::unique_ptr<Run> run(new (std::nothrow) Run);
+    if (run == nullptr || !run->stop.IsOpen() || !run->ended.IsOpen()) {
         return false;
     }
     m_run = std::move(run);

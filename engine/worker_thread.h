@@ -12,8 +12,8 @@
 // Order      One thread at a time; the body calls AnnounceEnd as the last thing it does.
 // Threads    Start and Stop are called by the owner's threads, one at a time; the other three by
 //            the thread itself. StopRequested may be called by both.
-// Errors     Start answers false, and nothing runs, when the system is out of threads or
-//            descriptors.
+// Errors     Start answers false, and nothing runs, when the system is out of threads, descriptors
+//            or memory.
 class WorkerThread {
  public:
     using Body = void* (*)(void*);

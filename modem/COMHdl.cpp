@@ -54,7 +54,7 @@ CCriticalSection CCOMHdl::lock;
 CString CCOMHdl::trace;
 CCriticalSection CCOMHdl::lockTrace;
 
-CCOMHdl::CCOMHdl(const char* dbName) {
+CCOMHdl::CCOMHdl(const char* dbName) try {
     COMHdl = this;
 
     const char* name = dbName != nullptr ? dbName : "";
@@ -72,9 +72,15 @@ CCOMHdl::CCOMHdl(const char* dbName) {
     ExploreCOMPorts();
     StartTrace();
     FillSmsTable();
+} catch (...) {
+    ForgetHandler();  // half made, it gets no destructor
 }
 
 CCOMHdl::~CCOMHdl() {
+    ForgetHandler();
+}
+
+void CCOMHdl::ForgetHandler() {
     FreeCOMPorts();
     pDBComPorts.reset();
     COMHdl = nullptr;

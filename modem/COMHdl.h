@@ -110,7 +110,8 @@ struct SmsProtocol {
 //            read and set, by any thread at any time.
 // Locks      `lock` before `lockTrace`, never the reverse.
 // Errors     Texts go to the trace only; operations answer a flag and the codes above. None throws
-//            on its own.
+//            on its own. Memory that runs out is std::bad_alloc, but not from CloseCOMPort and the
+//            trace; OpenCOMPort has then given the port back.
 class CCOMHdl {
  public:
     // Probes COM1 to COM9, and starts an empty trace if tracing is wanted. dbName is copied.
@@ -185,8 +186,8 @@ class CCOMHdl {
     static CString FormatNTT(CString text);
     static CString NTTChar(char c);
 
-    // --- The trace, one line a call. Never reports a failure. The second form makes a text of the
-    // --- characters only if it is written.
+    // --- The trace, one line a call. Never reports a failure: what can't be written is lost. The
+    // --- second form makes a text of the characters only if it is written.
     static void WritePageProtocolEntry(CString text);
     static void WritePageProtocolEntry(const char* text);
 
@@ -270,6 +271,7 @@ class CCOMHdl {
     static void FillSmsTable();
 
     static void FreeCOMPorts();
+    static void ForgetHandler();  // of the construction, when it ends early or is over
 
     static int COMPortCount();  // entries of COMPortTable before the first null one
     static int FindCOMPort(const CString& name);  // its index, or -1
@@ -278,6 +280,7 @@ class CCOMHdl {
     static int ChooseCOMPort(const CString& port);  // an index, now in use, or an OpenResult
     static int ChooseAnyCOMPort();
     static int ChooseNamedCOMPort(const CString& name);
+    int OpenTakenPort(int index, unsigned char protocol);          // the index or an OpenResult
     int OpenDevice(const CString& device);                         // 0 or an OpenResult
     static int SetLine(const CString& mode, const CString& flow);  // 0 or an OpenResult
 

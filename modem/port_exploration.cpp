@@ -6,26 +6,43 @@
 #include "modem/port_row.h"
 #include "tables/com_ports.h"
 
+namespace {
+
+// The device that is looked at, open until then.
+struct ProbedDevice {
+    ProbedDevice() = default;
+    ~ProbedDevice() { CloseHandle(handle); }
+    ProbedDevice(const ProbedDevice&) = delete;
+    ProbedDevice& operator=(const ProbedDevice&) = delete;
+
+    const HANDLE handle = CCOMHdl::ComHandle;
+};
+
+struct RowGiver {
+    void operator()(DBComPort* row) const { CDB_ComPorts::FreeComPort(row); }
+};
+using OwnedRow = std::unique_ptr<DBComPort, RowGiver>;
+
+}  // namespace
+
 void CCOMHdl::ExploreCOMPorts() {
     FreeCOMPorts();
     size_t found = 0;
     for (int number = 1; number <= kMaxPorts; ++number) {
-        CString device;
-        device.Format("COM%d", number);
-        OpenComm(device, 0, 0);
+        CString name;
+        name.Format("COM%d", number);
+        OpenComm(name, 0, 0);
         if (ComHandle == INVALID_HANDLE_VALUE) {
             continue;
         }
+        const ProbedDevice device;
         CString description;
         description.Format("COM %d", number);
-        DBComPort* row = pDBComPorts->FindComPort(description);
-        if (row != nullptr) {
+        if (const OwnedRow row{pDBComPorts->FindComPort(description)}) {
             std::unique_ptr<ComPort> port = MakeComPort(*row);
-            port->handle = ComHandle;
+            port->handle = device.handle;
             COMPortTable[found++] = port.release();
-            CDB_ComPorts::FreeComPort(row);
         }
-        CloseHandle(ComHandle);
     }
 }
 

@@ -92,6 +92,16 @@ int CCOMHdl::OpenCOMPort(CString port, unsigned char protocol) {
     if (index < 0) {
         return index;
     }
+    try {
+        return OpenTakenPort(index, protocol);
+    } catch (...) {
+        // Memory ran out, and the port is not to blame: the next page may have it.
+        CloseCOMPort(index);
+        throw;
+    }
+}
+
+int CCOMHdl::OpenTakenPort(int index, unsigned char protocol) {
     ComPort& taken = *COMPortTable[index];
     TracePort(taken, protocol);
 

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "linux/CTime.h"
+#include "linux/out_of_memory.h"
 #include "linux/win_system.h"
 #include "modem/COMHdl.h"
 
@@ -41,6 +42,14 @@ void PauseUnwritten() {
     CCOMHdl::UnlockTrace();
 }
 
+// The line as the file gets it; false when there is no memory for it.
+bool MakeLine(const CString& text, std::string* line) {
+    return MemorySufficesFor([&] {
+        *line = TimePrefix();
+        line->append(text, static_cast<size_t>(text.GetLength())).push_back('\n');
+    });
+}
+
 // Negative when the file can neither be opened nor made.
 int OpenFile() {
     const int file = open(kFileName, O_WRONLY | O_APPEND | O_CLOEXEC);
@@ -66,8 +75,11 @@ void CCOMHdl::WritePageProtocolEntry(CString text) {
         return;
     }
     LockTrace();
-    std::string line = TimePrefix();
-    line.append(text, static_cast<size_t>(text.GetLength())).push_back('\n');
+    std::string line;
+    if (!MakeLine(text, &line)) {
+        UnlockTrace();
+        return;
+    }
     const int file = OpenFile();
     if (file < 0) {
         // Kept: the lock stays taken. This thread goes on, its trace calls re-enter the lock; every
@@ -80,11 +92,11 @@ void CCOMHdl::WritePageProtocolEntry(CString text) {
 }
 
 void CCOMHdl::WritePageProtocolEntry(const char* text) {
-    if (Tracing()) {
-        WritePageProtocolEntry(CString(text));
-    } else {
+    if (!Tracing()) {
         PauseUnwritten();
+        return;
     }
+    MemorySufficesFor([text] { WritePageProtocolEntry(CString(text)); });
 }
 
 bool Tracing() {
@@ -98,9 +110,11 @@ void Trace(const char* format, ...) {
     }
     va_list arguments;
     va_start(arguments, format);
-    CCOMHdl::trace.FormatV(format, arguments);
+    const bool formatted = MemorySufficesFor([&] { CCOMHdl::trace.FormatV(format, arguments); });
     va_end(arguments);
-    CCOMHdl::WritePageProtocolEntry(CCOMHdl::trace);
+    if (formatted) {
+        CCOMHdl::WritePageProtocolEntry(CCOMHdl::trace);
+    }
 }
 
 void TraceUnlocked(const char* format, ...) {
@@ -111,9 +125,11 @@ void TraceUnlocked(const char* format, ...) {
     CString text;
     va_list arguments;
     va_start(arguments, format);
-    text.FormatV(format, arguments);
+    const bool formatted = MemorySufficesFor([&] { text.FormatV(format, arguments); });
     va_end(arguments);
-    CCOMHdl::WritePageProtocolEntry(text);
+    if (formatted) {
+        CCOMHdl::WritePageProtocolEntry(text);
+    }
 }
 
 int HandleNumber(HANDLE handle) {

@@ -6,6 +6,8 @@
 //
 // Many formats end in "L:%%d %%s". Kept: no second formatting follows, the line ends in the
 // characters L:%d %s, and readers of traces are used to it.
+//
+// A line that there is no memory for is lost, and nothing else: no call here fails or throws.
 #ifndef PAGERFWD_MODEM_TRACE_H
 #define PAGERFWD_MODEM_TRACE_H
 

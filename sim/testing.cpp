@@ -118,6 +118,10 @@ int AttachedLine::Closes() const {
     return Ask<int>(com_, [](const Line& line) { return line.Closes(); });
 }
 
+bool IsInSimulation() {
+    return IsInside();
+}
+
 ScriptedLine::ScriptedLine(int com) {
     auto script = std::make_unique<Script>();
     script_ = script.get();

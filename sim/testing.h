@@ -98,6 +98,10 @@ class PAGERSIM_API AttachedLine {
     const int com_;
 };
 
+// Whether the calling thread runs the simulation's code or a far end's. For a test's own allocator
+// and the like, which has to tell the program from the world around it.
+PAGERSIM_API bool IsInSimulation();
+
 class Script;
 
 // A line whose far end follows a script: no modem, no centre. Steps are added in order and played

@@ -152,10 +152,11 @@ int32_t CDB_PagerFwdEvents::SetForwardState(const char* almGroup, int32_t almLog
     if (!session.OpenTable(Table())) {
         return -1;
     }
+    // Before the list, which only the call frees.
+    const std::string condition = WhereKeyIs(almGroup, almLogId, pagerDescr);
     ElementList changes(session);
     changes.Add(kPagerState, state);
-    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(),
-                                        WhereKeyIs(almGroup, almLogId, pagerDescr).c_str(),
+    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(), condition.c_str(),
                                         changes.Take(), 'y', 'y');
 }
 
@@ -166,11 +167,11 @@ int32_t CDB_PagerFwdEvents::SetPagerForwarded(const char* almGroup, int32_t almL
     if (!session.OpenTable(Table())) {
         return -1;
     }
+    const std::string condition = WhereKeyIs(almGroup, almLogId, pagerDescr);
     ElementList changes(session);
     // Kept: the lower-case s; table stores know the column by this name too.
     changes.Add("Pagerstate", state).Add(kPagerRetries, retries);
-    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(),
-                                        WhereKeyIs(almGroup, almLogId, pagerDescr).c_str(),
+    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(), condition.c_str(),
                                         changes.Take(), 'y', 'y');
 }
 

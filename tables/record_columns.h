@@ -38,9 +38,10 @@ Field FieldOf(Field Record::*field);
 
 template <auto Field>
 void FillText(decltype(RecordOf(Field))& record, const char* cell) {
+    char* const copy = CopyText(cell);
     char*& text = record.*Field;
     delete[] text;  // of a column that was filled before
-    text = CopyText(cell);
+    text = copy;
 }
 
 // For numbers and for the open codes.

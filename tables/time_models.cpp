@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "linux/CTime.h"
+#include "linux/out_of_memory.h"
 #include "tables/table_names.h"
 #include "tables/table_session.h"
 
@@ -16,9 +17,25 @@ constexpr int kColumns = 7 * 24 + 1;
 
 static_assert(sizeof(TimeModel) == kColumns + 1);
 
+constexpr int32_t kAllowed = 0;
+constexpr int32_t kBarred = 1;
+constexpr int32_t kNoAnswer = -1;
+
 // From 1 (Sunday) ... 7 (Saturday) to 0 (Monday) ... 6 (Sunday).
 int ModelDay(int dayOfWeek) {
     return (dayOfWeek + 5) % 7;
+}
+
+int32_t AskTimeModel(const char* databaseName, const char* description) {
+    CDB_TimeModels timeModels(databaseName);
+    const std::unique_ptr<TimeModel> model(timeModels.FindTimeModel(description));
+    if (model == nullptr) {
+        return kNoAnswer;
+    }
+    const CTime now = CTime::GetCurrentTime();
+    const bool allowed =
+        CDB_TimeModels::IsHourSet(model.get(), ModelDay(now.GetDayOfWeek()), now.GetHour());
+    return allowed ? kAllowed : kBarred;
 }
 
 }  // namespace
@@ -49,15 +66,10 @@ bool CDB_TimeModels::IsHourSet(const TimeModel* model, int day, int hour) {
 extern "C" [[gnu::visibility("default")]] int32_t NXIsInTimeModel(
     const char* databaseName, const char* timeModelDescription) {
     if (databaseName == nullptr || timeModelDescription == nullptr) {
-        return -1;
+        return kNoAnswer;
     }
-    CDB_TimeModels timeModels(databaseName);
-    const std::unique_ptr<TimeModel> model(timeModels.FindTimeModel(timeModelDescription));
-    if (model == nullptr) {
-        return -1;
-    }
-    const CTime now = CTime::GetCurrentTime();
-    const bool allowed =
-        CDB_TimeModels::IsHourSet(model.get(), ModelDay(now.GetDayOfWeek()), now.GetHour());
-    return allowed ? 0 : 1;
+    int32_t answer = kNoAnswer;
+    // The service may be written in C: no exception gets there.
+    MemorySufficesFor([&] { answer = AskTimeModel(databaseName, timeModelDescription); });
+    return answer;
 }

@@ -11,6 +11,9 @@
  * Ownership  The library only reads its arguments and keeps no pointer into them.
  * Errors     Reported by the results below and, in words, in the trace: the file "pageprot.txt"
  *            in the working directory, written when the environment variable NX_PAGEPROT exists.
+ *            Memory that runs out makes a page fail, or a call answer 0, 5 or -1. Only where the
+ *            engine can't come up for want of it, std::bad_alloc passes on to the caller, and the
+ *            next call tries again.
  */
 #ifndef PAGERFWD_PAGERFWD_H
 #define PAGERFWD_PAGERFWD_H

@@ -1,8 +1,12 @@
 // The global operators new and delete, with faults.
 #include "tests/engine/allocation_faults.h"
 
+#include <atomic>
+#include <climits>
 #include <cstdlib>
 #include <new>
+
+#include "sim/testing.h"
 
 namespace {
 
@@ -11,7 +15,28 @@ thread_local bool hasFailed = false;
 thread_local size_t failingSize = 0;
 thread_local int failuresLeft = 0;  // of that size
 
+enum class Watched { kNobody, kCaller, kWorker };
+std::atomic<Watched> watched{Watched::kNobody};
+std::atomic<int> counted{0};
+int firstFailing = 0;  // by its count
+int lastFailing = 0;
+thread_local bool isCaller = false;  // the test's own thread
+thread_local bool isInLibrary = false;
+thread_local int outside = 0;
+
+bool IsTheLibrarys() {
+    const bool isWatched = watched == Watched::kCaller ? isCaller && isInLibrary
+                                                       : watched == Watched::kWorker && !isCaller;
+    return isWatched && outside == 0 && !pagersim::IsInSimulation();
+}
+
 void* Allocate(size_t size) {
+    if (IsTheLibrarys()) {
+        const int count = ++counted;
+        if (count >= firstFailing && count <= lastFailing) {
+            return nullptr;
+        }
+    }
     if (failuresLeft > 0 && size == failingSize) {
         --failuresLeft;
         return nullptr;
@@ -59,6 +84,42 @@ FailingSize::~FailingSize() {
     failuresLeft = 0;
 }
 
+FailingLibrary::FailingLibrary(Whose whose, int nth, int howMany) {
+    isCaller = true;
+    counted = 0;
+    firstFailing = nth > 0 ? nth : INT_MAX;
+    lastFailing = howMany < INT_MAX - nth ? nth + howMany - 1 : INT_MAX;
+    watched = whose == Whose::kCallers ? Watched::kCaller : Watched::kWorker;
+}
+
+FailingLibrary::~FailingLibrary() {
+    watched = Watched::kNobody;
+}
+
+int FailingLibrary::Count() {
+    return counted;
+}
+
+bool FailingLibrary::HasHappened() {
+    return counted >= firstFailing;
+}
+
+InLibrary::InLibrary() {
+    isInLibrary = true;
+}
+
+InLibrary::~InLibrary() {
+    isInLibrary = false;
+}
+
+void NotTheLibrary::Begin() {
+    ++outside;
+}
+
+void NotTheLibrary::End() {
+    --outside;
+}
+
 void* operator new(size_t size) {
     return AllocateOrThrow(size);
 }
@@ -81,5 +142,11 @@ void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }
 void operator delete[](void* memory, size_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }

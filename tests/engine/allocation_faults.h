@@ -18,6 +18,41 @@ class FailingNothrow {
     static bool HasHappened();
 };
 
+// While it lives, what the library allocates is counted, and from the nth allocation on so many
+// fail. The library's are those of the worker, or those of the thread that made this while it is
+// inside an InLibrary; but neither what the simulation allocates nor what is done inside a
+// NotTheLibrary.
+class FailingLibrary {
+ public:
+    enum class Whose { kCallers, kWorkers };
+
+    // nth 0: none fails.
+    FailingLibrary(Whose whose, int nth, int howMany = 1);
+    ~FailingLibrary();
+    FailingLibrary(const FailingLibrary&) = delete;
+    FailingLibrary& operator=(const FailingLibrary&) = delete;
+
+    static int Count();
+    // Whether there were so many.
+    static bool HasHappened();
+};
+
+// The thread that made the FailingLibrary calls the library.
+class InLibrary {
+ public:
+    InLibrary();
+    ~InLibrary();
+    InLibrary(const InLibrary&) = delete;
+    InLibrary& operator=(const InLibrary&) = delete;
+};
+
+// The library calls out of itself. May nest, and end in another function.
+class NotTheLibrary {
+ public:
+    static void Begin();
+    static void End();
+};
+
 // While it lives, the next so many allocations of exactly this size, by the thread that made it,
 // fail: null from the form that can answer it, std::bad_alloc from the other.
 class FailingSize {

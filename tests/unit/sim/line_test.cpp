@@ -29,6 +29,7 @@ struct EchoLog {
     std::vector<std::string> calls;
     std::string heard;
     Wire* wire = nullptr;
+    bool was_in_simulation = false;
 };
 
 class Echo : public FarEnd {
@@ -41,6 +42,7 @@ class Echo : public FarEnd {
     }
     void Heard(std::string_view bytes) override {
         log_.heard += bytes;
+        log_.was_in_simulation = IsInSimulation();
         log_.wire->Send(bytes);
     }
     void SettingsChanged(const termios& settings) override {
@@ -147,6 +149,14 @@ TEST_F(LineTest, BytesGoThroughUnchanged) {
     std::string back(256, ' ');
     EXPECT_EQ(256, read(fd, back.data(), back.size()));
     EXPECT_EQ(all, back);
+    close(fd);
+}
+
+TEST_F(LineTest, AFarEndIsInTheSimulationTheProgramIsNot) {
+    const int fd = Open();
+    EXPECT_EQ(1, write(fd, "x", 1));
+    EXPECT_TRUE(log.was_in_simulation);
+    EXPECT_FALSE(IsInSimulation());
     close(fd);
 }
 
