@@ -25,6 +25,7 @@ struct Kill {
     PageKey page;  // in flight
     Stage stage;
     bool writing;
+    int unfolded;  // an alarm, or 0
 };
 
 // What a ledger tells, line by line.
@@ -87,7 +88,8 @@ void Note(Story& story, const Words& words) {
         story.kill = Kill{static_cast<Phase>(Number(words[1])),
                           {Number(words[2]), words[3]},
                           static_cast<Stage>(Number(words[4])),
-                          words[6] == "1"};
+                          words[6] == "1",
+                          Number(words[7])};
     } else if (what == "row") {
         if (Number(words[4]) == kBeingPaged) {
             story.still_pending.push_back({Number(words[1]), words[2]});
@@ -167,11 +169,11 @@ void JudgePage(const Story& story, const PageKey& key, const Page& page,
     }
 }
 
-// The fold of an alarm's pages is written after the row: a crash between the two leaves the alarm
+// The fold of an alarm's pages is written after the row: a crash between the two leaves this alarm
 // as being paged, though nothing is owed any more.
 void JudgeAlarms(const Story& story, std::vector<std::string>& complaints) {
     for (const auto& [alarm, state] : story.alarm_states) {
-        const bool may_lag = story.kill && story.kill->phase != Phase::kAsleep;
+        const bool may_lag = story.kill && story.kill->unfolded == alarm;
         const bool asked_for = std::any_of(
             story.pages.begin(), story.pages.end(),
             [&](const auto& page) { return page.first.alarm == alarm && page.second.answered; });

@@ -53,22 +53,22 @@ TEST_F(CrashJudge, HasNothingAgainstARunThatGoesWell) {
 }
 
 TEST_F(CrashJudge, NoticesALostPage) {
-    EXPECT_THAT(ComplaintsAbout(answered + "killed 6 0 - 0 1010 0\n" + end),
+    EXPECT_THAT(ComplaintsAbout(answered + "killed 6 0 - 0 1010 0 0\n" + end),
                 ElementsAre("alarm 2 for ucp was received 0 times, not 1 to 1"));
 }
 
 TEST_F(CrashJudge, LetsGoOfAPageThatWasNotAnswered) {
-    EXPECT_THAT(ComplaintsAbout("forward 2 ucp\nkilled 1 0 - 0 1010 0\n" + end), IsEmpty());
+    EXPECT_THAT(ComplaintsAbout("forward 2 ucp\nkilled 1 0 - 0 1010 0 0\n" + end), IsEmpty());
     EXPECT_THAT(ComplaintsAbout("forward 2 ucp\nanswer 2 ucp 0\n" + end), IsEmpty());
 }
 
 TEST_F(CrashJudge, NoticesAPageThatIsSentAgainThoughItsRowSaidSo) {
-    EXPECT_THAT(ComplaintsAbout(answered + received + "killed 6 0 - 0 1040 0\n" + received + end),
+    EXPECT_THAT(ComplaintsAbout(answered + received + "killed 6 0 - 0 1040 0 0\n" + received + end),
                 ElementsAre("alarm 2 for ucp was received 2 times, not 1 to 1"));
 }
 
 TEST_F(CrashJudge, ExpectsAPageAgainWhoseRowWasNotRewritten) {
-    const std::string killed = "killed 5 2 ucp 4 1035 0\n";
+    const std::string killed = "killed 5 2 ucp 4 1035 0 0\n";
     EXPECT_THAT(ComplaintsAbout(answered + received + killed + received + end), IsEmpty());
     EXPECT_THAT(ComplaintsAbout(answered + received + killed + end),
                 ElementsAre("alarm 2 for ucp was received 1 times, not 2 to 2"));
@@ -77,14 +77,14 @@ TEST_F(CrashJudge, ExpectsAPageAgainWhoseRowWasNotRewritten) {
 }
 
 TEST_F(CrashJudge, TakesEitherWithinAWrite) {
-    const std::string killed = "killed 5 2 ucp 4 1035 1\n";
+    const std::string killed = "killed 5 2 ucp 4 1035 1 0\n";
     EXPECT_THAT(ComplaintsAbout(answered + received + killed + received + end), IsEmpty());
     EXPECT_THAT(ComplaintsAbout(answered + received + killed + end), IsEmpty());
 }
 
 TEST_F(CrashJudge, NoticesTooManyCalls) {
     const std::string dial = "dial 2 ucp 1020\n";
-    const std::string killed = "killed 3 2 ucp 2 1021 0\n";
+    const std::string killed = "killed 3 2 ucp 2 1021 0 0\n";
     EXPECT_THAT(ComplaintsAbout(answered + dial + killed + dial + received + end), IsEmpty());
     EXPECT_THAT(ComplaintsAbout(answered + dial + killed + dial + dial + received + end),
                 ElementsAre("alarm 2 for ucp was dialled 3 times"));
@@ -112,8 +112,20 @@ TEST_F(CrashJudge, NoticesWhatIsStillOwed) {
                 ElementsAre("alarm 2 for ucp is still pending", "alarm 2 is still being paged"));
 }
 
+TEST_F(CrashJudge, LetsAnAlarmLagOnlyWhereItsFoldWasDue) {
+    const std::string end_of_lag = "alarm 2 2\nend\n";
+    EXPECT_THAT(ComplaintsAbout(answered + received + "killed 0 0 - 0 1040 0 2\n" + end_of_lag),
+                IsEmpty());
+    for (const char* killed : {"killed 0 0 - 0 1040 0 0\n", "killed 0 0 - 0 1040 0 3\n",
+                               "killed 3 3 ntt 2 1040 1 0\n", ""}) {
+        EXPECT_THAT(ComplaintsAbout(answered + received + killed + end_of_lag),
+                    ElementsAre("alarm 2 is still being paged"))
+            << killed;
+    }
+}
+
 TEST_F(CrashJudge, NoticesARunThatDoesNotEnd) {
-    EXPECT_THAT(ComplaintsAbout(answered + "killed 6 0 - 0 1010 0\n"),
+    EXPECT_THAT(ComplaintsAbout(answered + "killed 6 0 - 0 1010 0 0\n"),
                 ElementsAre("the second life did not come to its end"));
 }
 

@@ -63,7 +63,9 @@ inline Target TargetFor(const std::string& word) {
 //   restart                        the engine is stopped and started, in one process
 //   dial ALARM PAGER WALL          a call is placed
 //   received ALARM PAGER WALL RECIPIENT TEXT
-//   killed PHASE ALARM PAGER STAGE WALL WRITING   WRITING 1: within a write of the store
+//   killed PHASE ALARM PAGER STAGE WALL WRITING UNFOLDED
+//                                  WRITING 1: within a write of the store; UNFOLDED: the alarm
+//                                  whose row was put back and whose state was not yet written, or 0
 //   row ALARM PAGER RETRIES STATE  at the end: a row of the events table
 //   alarm ALARM STATE              at the end: the alarm log
 //   end

@@ -100,7 +100,8 @@ class Points {
                    ++passed_ == target_.nth) {
             ledger_.Write("killed", static_cast<int>(phase), flight.page.alarm,
                           flight.page.alarm != 0 ? flight.page.pager : "-",
-                          static_cast<int>(flight.stage), time(nullptr), writing_ ? 1 : 0);
+                          static_cast<int>(flight.stage), time(nullptr), writing_ ? 1 : 0,
+                          flight.unfolded);
             kill(getpid(), SIGKILL);
         }
     }

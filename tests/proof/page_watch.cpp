@@ -40,6 +40,10 @@ Flight PageWatch::Flight() const {
 void PageWatch::Before(const TableCall& call) {
     hooks_.at_each_step();
     NoteLookUp(call);
+    if (call.deed == TableDeed::kInsert && call.table == kEvents && InWorker()) {
+        const std::lock_guard<SpinLock> guard(lock_);
+        flight_.unfolded = looked_up_.alarm;
+    }
 }
 
 void PageWatch::After(const TableCall& call, int32_t result) {
@@ -54,6 +58,9 @@ void PageWatch::After(const TableCall& call, int32_t result) {
                 flight_.stage = Stage::kNone;
             }
             flight_.rewriting = false;
+        }
+        if (call.deed == TableDeed::kWrite && call.table == kAlarmLog && InWorker()) {
+            flight_.unfolded = 0;
         }
     }
     hooks_.at_each_step();

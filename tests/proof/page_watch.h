@@ -33,6 +33,8 @@ struct Flight {
     PageKey page;
     Stage stage = Stage::kNone;
     bool rewriting = false;  // its row, or that of a page being queued, is deleted and not yet back
+    int unfolded = 0;  // the alarm whose row is being put back, or is, and whose state is not yet
+                       // written; 0: none
 };
 
 // For short looks at the state, also inside the simulation, where no mutex may be waited for.

@@ -91,6 +91,6 @@ WRAPPED(DBAsciiAccessSQLConditionDelete,
         (proof::TableCall{TableDeed::kDelete, TextOrEmpty(table), {}, TextOrEmpty(condition)}),
         (handle, table, condition, flag))
 WRAPPED(DBAsciiAccessWrite, (DBAsciiHandle handle, const char* table, int32_t* lockResult),
-        (proof::TableCall{TableDeed::kOther, TextOrEmpty(table), {}, {}}),
+        (proof::TableCall{TableDeed::kWrite, TextOrEmpty(table), {}, {}}),
         (handle, table, lockResult))
 }

@@ -8,7 +8,7 @@
 
 namespace proof {
 
-enum class TableDeed { kRead, kInsert, kChange, kDelete, kOther };
+enum class TableDeed { kRead, kInsert, kChange, kDelete, kWrite, kOther };
 
 struct TableCall {
     TableDeed deed;
