@@ -41,8 +41,12 @@ class Teller {
         starts_ = false;
     }
 
+    // The row of a page on the line while its alarm is acknowledged is removed and written again:
+    // the library does not queue it anew.
     void BeingPaged(const PageChange& change) {
-        const bool is_queued = story_.queued == 0 || story_.end != PageEnd::kPending;
+        const bool goes_on =
+            story_.end == PageEnd::kPending || story_.end == PageEnd::kAcknowledged;
+        const bool is_queued = story_.queued == 0 || !goes_on;
         if (is_queued) {
             story_.queued = change.at;
         }

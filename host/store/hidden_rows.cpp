@@ -12,7 +12,9 @@ namespace {
 
 const std::string kHide = "UPDATE AlarmFwd_PagerEvents SET hidden_by = ";
 // The plus keeps SQLite from finding the event by its state, which nearly all events share.
-constexpr const char* kPending = " AND +PagerState = '2'";
+constexpr const char* kOwed =
+    " AND +PagerState = '2' AND NOT EXISTS (SELECT 1 FROM AlarmLog"
+    " WHERE alarmlogID = AlarmFwd_PagerEvents.AlmLogID AND pagerstate = '1')";
 const std::string kDelete = "DELETE FROM AlarmFwd_PagerEvents";
 
 std::string EventsInSight(const std::vector<Term>& terms) {
@@ -37,7 +39,7 @@ std::vector<int32_t> OwnersThatEnded(Connection& connection, OwnerLock& owners) 
 
 int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner) {
     const int32_t hidden =
-        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(key) + kPending, key);
+        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(key) + kOwed, key);
     return hidden + ChangeRows(connection, kDelete + EventsInSight(key), key);
 }
 

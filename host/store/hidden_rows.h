@@ -8,6 +8,8 @@
 //   - a delete of all events of its alarm is final for it too;
 //   - when the process has ended without either, the next opening of the table, by whomever, brings
 //     the event back at its old place.
+// A page whose alarm is acknowledged is owed to nobody: its event is deleted for good. The library
+// deletes it so, and inserts none, when it finds it at its start.
 //
 // Requires   A write transaction on the connection, in each of these.
 // Errors     StoreError.
@@ -27,8 +29,8 @@ namespace host {
 // What a condition on the events table needs in addition.
 inline constexpr const char* kInSight = "hidden_by IS NULL";
 
-// Hides the events in state 2 that the key selects and deletes those in other states. Returns how
-// many events that were.
+// Hides the events in state 2 that the key selects, and deletes those in other states or of an
+// acknowledged alarm. Returns how many events that were.
 int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner);
 
 // Deletes the alarm's events, those out of sight too. Returns how many were in sight.

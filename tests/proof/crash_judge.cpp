@@ -206,10 +206,7 @@ Verdict Judge(std::istream& ledger) {
         JudgePage(story, key, page, verdict.complaints);
     }
     for (const PageKey& key : story.still_pending) {
-        // The row of an acknowledged alarm that the second life finds at its start stays, hidden.
-        if (story.begun_acknowledging.count(key.alarm) == 0) {
-            verdict.complaints.push_back(Name(key) + " is still pending");
-        }
+        verdict.complaints.push_back(Name(key) + " is still pending");
     }
     JudgeAlarms(story, verdict.complaints);
     return verdict;

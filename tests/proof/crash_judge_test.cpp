@@ -110,6 +110,9 @@ TEST_F(CrashJudge, NoticesAPageAfterItsAcknowledgement) {
 TEST_F(CrashJudge, NoticesWhatIsStillOwed) {
     EXPECT_THAT(ComplaintsAbout(answered + received + "row 2 ucp 0 2\nalarm 2 2\nend\n"),
                 ElementsAre("alarm 2 for ucp is still pending", "alarm 2 is still being paged"));
+    EXPECT_THAT(ComplaintsAbout(answered + "acknowledge 2\nacknowledged 2 1000\nrow 2 ucp 0 2\n"
+                                           "alarm 2 1\nend\n"),
+                ElementsAre("alarm 2 for ucp is still pending"));
 }
 
 TEST_F(CrashJudge, LetsAnAlarmLagOnlyWhereItsFoldWasDue) {

@@ -125,6 +125,29 @@ TEST_F(HiddenRows, AreDeletedForGoodWithTheirAlarm) {
     EXPECT_EQ(1, RowCount());
 }
 
+TEST_F(HiddenRows, AreNotThoseOfAnAcknowledgedAlarm) {
+    OpenTable(database, "AlarmLog").Insert({{"alarmlogID", 7}, {"pagerstate", 1}});
+    AddEvent(7, "duty", 2);
+    Deleter deleter(database);
+    EXPECT_EQ(0, RowCount());
+    deleter.process.Kill();
+    EXPECT_THAT(Pagers(), IsEmpty());
+}
+
+TEST_F(HiddenRows, AreThoseOfAnAlarmInAnyOtherState) {
+    OpenTable alarms(database, "AlarmLog");
+    ASSERT_EQ(0, alarms.Insert({{"alarmlogID", 7}, {"pagerstate", 0}}));
+    ASSERT_EQ(0, alarms.Insert({{"alarmlogID", 8}, {"pagerstate", 1}}));
+    AddEvent(7, "duty", 2);
+    for (const int32_t state : {0, 2, 3, 4, 11}) {
+        EXPECT_EQ(1, alarms.Set("WHERE alarmlogID = 7", {{"pagerstate", state}})) << state;
+        Deleter deleter(database);
+        EXPECT_EQ(1, RowCount()) << state;
+        deleter.process.Kill();
+        EXPECT_THAT(Pagers(), ElementsAre("duty")) << state;
+    }
+}
+
 TEST_F(HiddenRows, AreOnlyThoseInStateTwo) {
     for (const int32_t state : {0, 1, 3, 4, 22}) {
         AddEvent(7, "duty", state);
@@ -191,6 +214,9 @@ TEST_F(PendingPages, AreInHandUntilTheyAreDroppedToo) {
     EXPECT_FALSE(in_hand());
     AddEvent(8, "duty", 2);  // acknowledged
     EXPECT_TRUE(in_hand());
+    EXPECT_EQ(
+        1, Events().Delete("WHERE AlmGroup = \"ops\" AND AlmLogID = 8 AND PagerDescr = \"duty\""));
+    EXPECT_FALSE(in_hand()) << "as an engine does at its start";
 }
 
 TEST_F(PendingPages, AreCountedWhenTheyAreHiddenToo) {

@@ -126,6 +126,17 @@ TEST(Story, OfAPageWhoseAlarmIsAcknowledged) {
     EXPECT_EQ(PageEnd::kAcknowledged, Tell({{10, kWritten, "2", 0}, {12, kWritten, "1", 0}}).end);
 }
 
+TEST(Story, OfAPageThatIsOnTheLineWhenItsAlarmIsAcknowledged) {
+    std::vector<Change> changes = {
+        {10, kWritten, "2", 0}, {12, kRemoved, "2", 0}, {12, kWritten, "2", 1}};
+    EXPECT_EQ(PageEnd::kPending, Tell(changes, true).end);
+    EXPECT_EQ(10 * 60, Tell(changes, true).queued);
+    changes.push_back({13, kRemoved, "2", 1});
+    EXPECT_EQ(PageEnd::kAcknowledged, Tell(changes, true).end);
+    EXPECT_EQ(13 * 60, Tell(changes, true).ended);
+    EXPECT_EQ(10 * 60, Tell(changes, true).queued);
+}
+
 TEST(Story, OfAPageWhoseAlarmHasGone) {
     EXPECT_EQ(PageEnd::kDropped, Tell({{10, kWritten, "2", 1}, {12, kRemoved, "2", 1}}).end);
 }
