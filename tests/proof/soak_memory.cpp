@@ -62,10 +62,12 @@ Sample TakeSample(int hour, bool engine_up, long pages_sent, long kept_bytes) {
 
 std::vector<std::string> Growth(const std::vector<Sample>& samples) {
     std::vector<std::string> grown;
+    std::vector<Sample> up;
     std::vector<Sample> down;
-    std::copy_if(samples.begin(), samples.end(), std::back_inserter(down),
-                 [](const Sample& sample) { return !sample.engine_up; });
-    if (down.size() < 2) {
+    std::partition_copy(samples.begin(), samples.end(), std::back_inserter(up),
+                        std::back_inserter(down),
+                        [](const Sample& sample) { return sample.engine_up; });
+    if (up.empty() || down.size() < 2) {
         return {"too few samples"};
     }
     const Sample& first = down.front();
@@ -76,12 +78,14 @@ std::vector<std::string> Growth(const std::vector<Sample>& samples) {
     Compare(grown, "descriptors, engine down,", first.descriptors, last.descriptors, 0);
 
     const auto in_first = [](const Sample& each) { return each.hour <= kHoursOfDay; };
-    const auto in_last = [&](const Sample& each) { return each.hour > last.hour - kHoursOfDay; };
+    const auto in_last = [&](const Sample& each) {
+        return each.hour > up.back().hour - kHoursOfDay;
+    };
     const auto resident = [](const Sample& each) { return each.resident_pages; };
     const auto open = [](const Sample& each) { return each.descriptors; };
-    Compare(grown, "resident pages", Most(samples, in_first, resident),
-            Most(samples, in_last, resident), kResidentNoise);
-    Compare(grown, "descriptors", Most(samples, in_first, open), Most(samples, in_last, open), 0);
+    Compare(grown, "resident pages", Most(up, in_first, resident), Most(up, in_last, resident),
+            kResidentNoise);
+    Compare(grown, "descriptors", Most(up, in_first, open), Most(up, in_last, open), 0);
     return grown;
 }
 
