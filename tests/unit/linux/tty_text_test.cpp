@@ -33,6 +33,14 @@ std::string Print(const std::string& bytes) {
     return mkprint(bytes.data(), static_cast<int32_t>(bytes.size()));
 }
 
+// The first test: nothing has been printed in this process yet.
+TEST(PrintableText, IsEmptyWithoutAnyMemory) {
+    growths_left = 0;
+    EXPECT_STREQ("", mkprint("abc", 3));
+    growths_left = -1;
+    EXPECT_STREQ("abc", mkprint("abc", 3));
+}
+
 TEST(PrintableText, NamesEveryControlCode) {
     const char* const names[] = {"nul", "soh", "stx", "etx", "eot", "enq", "ack", "bel",
                                  "bs",  "ht",  "lf",  "vt",  "ff",  "cr",  "so",  "si",
