@@ -18,8 +18,8 @@ thread_local int failuresLeft = 0;  // of that size
 enum class Watched { kNobody, kCaller, kWorker };
 std::atomic<Watched> watched{Watched::kNobody};
 std::atomic<int> counted{0};
-int firstFailing = 0;  // by its count
-int lastFailing = 0;
+std::atomic<int> firstFailing{0};  // by its count
+std::atomic<int> lastFailing{0};
 thread_local bool isCaller = false;  // the test's own thread
 thread_local bool isInLibrary = false;
 thread_local int outside = 0;

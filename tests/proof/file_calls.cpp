@@ -4,14 +4,15 @@
 #include <dlfcn.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 namespace proof {
 namespace {
 
-FileHook hook_before = nullptr;
-FileHook hook_after = nullptr;
+std::atomic<FileHook> hook_before{nullptr};
+std::atomic<FileHook> hook_after{nullptr};
 bool skips_syncs = false;
 thread_local bool within = false;
 
@@ -20,17 +21,19 @@ Function Next(const char* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
+void Call(FileHook hook, bool outermost, FileDeed deed, int fd) {
+    if (outermost && hook != nullptr) {
+        hook(deed, fd);
+    }
+}
+
 template <typename Work>
 auto Watched(FileDeed deed, int fd, Work work) {
     const bool outermost = !within;
     within = true;
-    if (outermost && hook_before != nullptr) {
-        hook_before(deed, fd);
-    }
+    Call(hook_before, outermost, deed, fd);
     const auto result = work();
-    if (outermost && hook_after != nullptr) {
-        hook_after(deed, fd);
-    }
+    Call(hook_after, outermost, deed, fd);
     within = !outermost;
     return result;
 }
