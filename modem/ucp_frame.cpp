@@ -25,7 +25,6 @@ CString HexText(const CString& text) {
         *digit++ = kDigits[code >> 4U];
         *digit++ = kDigits[code & 0xFU];
     }
-    hex.ReleaseBuffer(2 * length);
     return hex;
 }
 

@@ -6,12 +6,12 @@ jobs=$(nproc)
 say() { printf '%s\n' "$*"; }
 
 # Builds a preset: quiet but for one line that moves, the log on failure. With a further option for
-# cmake, and one target instead of all, if they are given.
+# cmake, and these targets instead of all, if they are given.
 build() {
     local preset=$1 log="$root/build/$1.log" process
     mkdir -p "$root/build"
     (cd "$root" && cmake --preset "$preset" ${2:+"$2"} &&
-        cmake --build --preset "$preset" -j "$jobs" ${3:+--target "$3"}) \
+        cmake --build --preset "$preset" -j "$jobs" ${3:+--target "${@:3}"}) \
         >"$log" 2>&1 &
     process=$!
     while kill -0 "$process" 2>/dev/null; do
