@@ -56,7 +56,7 @@ CString SeverityName(const CStringArray* names, int32_t severity, const char* if
 void SplitPagerNumber(const char* pagerNumber, PageContent* page) {
     const CString whole(pagerNumber);
     const int at = whole.Find('@');
-    page->dialPrefix = at >= 0 ? whole.Left(at) : CString();
+    page->dialPrefix = whole.Left(at);  // nothing where there is no '@', at -1
     page->number = whole.Mid(at + 1);
 }
 
@@ -84,7 +84,7 @@ CString NumericCode(const PageSource& source) {
 PageContent ComposePage(int32_t pagerType, const char* pagerNumber, const PageSource& source) {
     PageContent page;
     SplitPagerNumber(pagerNumber, &page);
-    if (const int length = FactsOf(pagerType).textLength; length > 0) {
+    if (const int length = FactsOf(pagerType).textLength; length != kNoText) {
         page.message = AlarmText(source).Left(length);
     } else if (pagerType == kNumericPager) {
         page.numericCode = NumericCode(source);

@@ -10,30 +10,27 @@
 ForwardQEntry* CPagerHdl::CreateQEntry(PagerFwdEvent* ev, CString pagerDescr, unsigned retries,
                                        ForwardState state, long almLogId, CString almGroup,
                                        TRAP_SEVERITY severity, CString serverN) {
-    OwnedAlarm alarm(m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId)));
-    if (!alarm) {
+    AlarmLogEntry* alarm = m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId));
+    if (alarm == nullptr) {
         return nullptr;
     }
-    ForwardQEntry* entry =
-        CreateQEntry(ev, pagerDescr, retries, state, alarm.get(), almGroup, severity, serverN);
-    static_cast<void>(alarm.release());  // the entry has it now
-    return entry;
+    return CreateQEntry(ev, pagerDescr, retries, state, alarm, almGroup, severity, serverN);
 }
 
 // The texts get buffers of their own: other threads will reach the entry.
 ForwardQEntry* CPagerHdl::CreateQEntry(PagerFwdEvent* ev, CString pagerDescr, unsigned retries,
                                        ForwardState state, AlarmLogEntry* alarm, CString almGroup,
                                        TRAP_SEVERITY, CString serverN) {
+    OwnedAlarm owned(alarm);  // until the entry is whole
     auto entry = std::make_unique<ForwardQEntry>();
     entry->pagerFwdEvent = ev;
     entry->pagerDescr = Chars(pagerDescr);
     entry->queueTime = CTime::GetCurrentTime();
     entry->retries = retries;
     entry->state = state;
-    entry->alarmLogEntry = alarm;
     entry->almGroup = Chars(almGroup);
     entry->serverN = Chars(serverN);
-    entry->postponed = false;
+    entry->alarmLogEntry = owned.release();
     return entry.release();
 }
 

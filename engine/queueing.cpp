@@ -2,7 +2,6 @@
 // Tested by tests/engine/queue_operations_test.cpp.
 #include "engine/chars.h"
 #include "engine/pager_hdl.h"
-#include "engine/records.h"
 #include "modem/trace.h"
 
 namespace {
@@ -17,17 +16,15 @@ bool CPagerHdl::PagingAlarm(CString pagerDescr, CString serverN, CString almGrou
                             unsigned retries) {
     TraceUnlocked("PagingAlarm: %s %s %s\n%s\n", Chars(pagerDescr), Chars(serverN), Chars(almGroup),
                   TextOrEmpty(m_dB));
-    OwnedAlarm alarm(m_pAlarmLogSet != nullptr
-                         ? m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId))
-                         : nullptr);
-    if (!alarm) {
+    AlarmLogEntry* alarm = m_pAlarmLogSet != nullptr
+                               ? m_pAlarmLogSet->FindAlarmLogEntry(static_cast<int32_t>(almLogId))
+                               : nullptr;
+    if (alarm == nullptr) {
         TraceUnlocked("PagingAlarm: No AlarmLog Entry\n");
         return false;
     }
-    ForwardQEntry* entry = CreateQEntry(nullptr, pagerDescr, retries, kForwardBeingPaged,
-                                        alarm.get(), almGroup, alarm->severity, serverN);
-    static_cast<void>(alarm.release());  // the entry has it now
-    return PagingAlarm(entry);
+    return PagingAlarm(CreateQEntry(nullptr, pagerDescr, retries, kForwardBeingPaged, alarm,
+                                    almGroup, alarm->severity, serverN));
 }
 
 bool CPagerHdl::PagingAlarm(ForwardQEntry* entry) {
@@ -67,9 +64,6 @@ bool CPagerHdl::ReinsertInPagingQueue(ForwardQEntry* e, int minutes) {
         InsertInOffLimitQueue(e);
         return false;
     }
-    if (!UpdateEntryInEventsDB(e)) {
-        TakeOut(m_pPagingQ, e);
-        return false;
-    }
+    UpdateEntryInEventsDB(e);
     return true;
 }

@@ -11,13 +11,13 @@
 struct RecordGiver {
     void operator()(Pager* pager) const { CDB_PagerSettings::FreePager(pager); }
     void operator()(PagerFwdEvent* row) const { CDB_PagerFwdEvents::FreePagerFwdEvent(row); }
-    void operator()(AlarmLogFwdInfo* info) const { CDB_AlarmLog::FreeAlarmLogFwdInfo(info); }
     void operator()(AlarmLogEntry* alarm) const { CDB_AlarmLog::FreeAlarmLogEntry(alarm); }
+    void operator()(AlarmLogFwdInfo* info) const { CDB_AlarmLog::FreeAlarmLogFwdInfo(info); }
 };
 
 using OwnedPager = std::unique_ptr<Pager, RecordGiver>;
 using OwnedEvent = std::unique_ptr<PagerFwdEvent, RecordGiver>;
-using OwnedFwdInfo = std::unique_ptr<AlarmLogFwdInfo, RecordGiver>;
 using OwnedAlarm = std::unique_ptr<AlarmLogEntry, RecordGiver>;
+using OwnedFwdInfo = std::unique_ptr<AlarmLogFwdInfo, RecordGiver>;
 
 #endif

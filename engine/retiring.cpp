@@ -38,8 +38,7 @@ bool CPagerHdl::DeleteFromPagingQueue(long almLogId) {
         e = queue->FindEntryByAlmLogID(almLogId);
     }
     if (e != nullptr && !TakeOut(queue, e)) {
-        FreeQEntry(e);
-        return false;
+        return false;  // another has taken it out, and sees to it
     }
     RemoveEntryFromEventsDB(almLogId);
     return true;
@@ -65,10 +64,7 @@ bool CPagerHdl::InsertInOffLimitQueue(ForwardQEntry* e, CString, CString) {
 }
 
 void CPagerHdl::OffLimitOrDiscardEntry(ForwardQEntry* e) {
-    const EntryUse use(Entries());
-    if (!InsertInOffLimitQueue(e)) {
-        FreeQEntry(e);
-    }
+    InsertInOffLimitQueue(e);  // which never refuses
 }
 
 bool CPagerHdl::DeleteFromOffLimitQueue(long almLogId) {
@@ -79,6 +75,5 @@ bool CPagerHdl::DeleteFromOffLimitQueue(long almLogId) {
     }
     TakeOut(m_pOffLimitQ, e);
     RemoveEntryFromEventsDB(e);
-    FreeQEntry(e);
     return true;
 }

@@ -42,7 +42,7 @@ class FormatWalk {
     static constexpr int64_t kFloat = 128;
     static constexpr int64_t kFixedDigits = 312;  // the greatest double has 309 before the point
 
-    enum class Size { Plain, Short, Long, LongLong };
+    enum class Size { Plain, Long, LongLong };  // a short argument is passed as an int
 
     void WalkConversion();
     void SkipFlags();
@@ -168,9 +168,7 @@ void FormatWalk::TakeSize() {
         switch (*m_at) {
             case 'F':
             case 'N':
-                break;
             case 'h':
-                m_size = Size::Short;
                 break;
             case 'l':
                 m_size = m_size == Size::Long ? Size::LongLong : Size::Long;
@@ -217,7 +215,6 @@ int64_t FormatWalk::LengthOfText(bool isWide, int64_t atMost) {
 void FormatWalk::PassInteger() {
     switch (m_size) {
         case Size::Plain:
-        case Size::Short:
             Take<int>();
             break;
         case Size::Long:

@@ -11,6 +11,7 @@ namespace {
 using test_support::TraceEntries;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 class ModemControl : public ModemDialogue {
  protected:
@@ -119,6 +120,7 @@ TEST_F(ModemControl, InitialisesTheModem) {
         ElementsAre("OUT: +++!!!!", "ResetModem: +++", "OUT: ATHV1< d>< a>!!!!",
                     "ResetModem: ATHV1\r\n", "ResetModem: resStr:", "ATZ0\r", "OUT: ATZ0< d>!!!!",
                     "WaitString NO SUCCESS", "InitModem:", "AT&F0V1\r", "OUT: AT&F0V1< d>!!!!"));
+    EXPECT_THAT(TraceEntries(), Contains(HasSubstr(", CString WAIT_STRING, DWORD 1000, ")));
 }
 
 TEST_F(ModemControl, InitialisesAModemThatWasNotReset) {

@@ -62,6 +62,16 @@ TEST_F(PlainDialogue, AnswersAQuestionAskedDuringTheConnection) {
                             "TransMsg: jy + rn", "OUT: jy!!!!", "OUT: < d>!!!!"));
 }
 
+TEST_F(PlainDialogue, AnswersAQuestionThatIsTheFirstToBeHeard) {
+    Connect("?\r\nCONNECT 2400\r\n");
+    line.Hears("jy\r").Says("#");
+    line.Hears("4711\r").Says("#");
+    line.Hears("Pump\rjy\r").Says("\r\nNO CARRIER\r\n");
+
+    EXPECT_EQ(kDone, Page());
+    EXPECT_EQ("", line.Verdict());
+}
+
 TEST_F(PlainDialogue, WithoutAMessageConfirmsAtOnce) {
     Connect("CONNECT\r\n#");
     line.Hears("4711\r").Says("#");

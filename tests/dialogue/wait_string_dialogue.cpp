@@ -341,6 +341,17 @@ TEST_F(Matcher, PausesBeforeEachLook) {
     EXPECT_THAT(Elapsed(), IsAbout(500ms));
 }
 
+TEST_F(Matcher, PausesAlsoForTheShortestTime) {
+    const auto oneLook = [this] {
+        const auto before = Elapsed();
+        EXPECT_FALSE(WaitFor("OK", 0));
+        return Elapsed() - before;
+    };
+    const auto withoutPause = oneLook();
+    CCOMHdl::MPeekWait = 1;
+    EXPECT_EQ(withoutPause + 1ms, oneLook());
+}
+
 TEST_F(Matcher, PausesForEachTraceCallWhileTracingIsOff) {
     handler->CloseCOMPort(0);
     MakeHandler();

@@ -308,6 +308,14 @@ TEST_F(EntryPoints, TestPageIsTracedAsOne) {
     EXPECT_FALSE(CCOMHdl::ModemTest);
 }
 
+TEST_F(EntryPoints, TestPageShowsInTheWaitForTheCall) {
+    Start();
+    EXPECT_EQ(0, Test({"anna", kSms1}));
+    EXPECT_THAT(
+        test_support::TraceEntries(),
+        ::testing::Contains(::testing::HasSubstr(", CString CONNECT, DWORD 120000, BOOL 0 )")));
+}
+
 TEST_F(EntryPoints, PagerTypeIsReadAsANumber) {
     Start();
     char text[] = "anna";

@@ -46,6 +46,12 @@ TEST_F(Handler, TakesEverythingDown) {
     EXPECT_EQ(nullptr, CPagerHdl::PHSeverityStrings);
 }
 
+TEST_F(Handler, SeveritiesCanBeLoadedAgain) {
+    const CPagerHdl handler(database);
+    EXPECT_TRUE(CPagerHdl::LoadSeverityStrings());
+    EXPECT_EQ(5, CPagerHdl::PHSeverityStrings->GetSize());
+}
+
 TEST_F(Handler, SeveritiesAreCalledByTheirKeys) {
     const CPagerHdl handler(database);
     const CStringArray& names = *CPagerHdl::PHSeverityStrings;

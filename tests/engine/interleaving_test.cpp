@@ -5,7 +5,9 @@
 #include <mutex>
 #include <thread>
 
+#include "linux/win_serial.h"
 #include "linux/win_system.h"
+#include "modem/COMHdl.h"
 #include "tests/engine/engine_test.h"
 
 namespace {
@@ -210,6 +212,16 @@ TEST_F(Interleaving, AcknowledgementWhileTheStateIsBeingTold) {
     EXPECT_THAT(Rows(), IsEmpty());
 }
 
+TEST_F(Interleaving, AcknowledgementOfAPageThatAnotherTakesOutIsRefused) {
+    const NoWorker noWorker;
+    Queue(7, "sms");
+    BeforeTheTrace("DeleteFromPagingQueue: %d:%s\n",
+                   [] { EXPECT_TRUE(CPagerHdl::DeleteFromPagingQueue(7L)); });
+    EXPECT_FALSE(CPagerHdl::DeleteFromPagingQueue(7L));
+    EXPECT_THAT(EntriesIn(m_pPagingQ), IsEmpty());
+    EXPECT_THAT(Rows(), IsEmpty());
+}
+
 // --- Between two entries of a pass
 
 // The pass goes by its own list; only the alarm log tells it that a page isn't owed any more.
@@ -250,6 +262,20 @@ TEST_F(Interleaving, EntryQueuedDuringAPassWaitsForTheNext) {
     EXPECT_EQ(1U, Pages().size());
     UntilWorkerEnds();
     EXPECT_EQ(2U, Pages().size());
+}
+
+// --- At the end of a page
+
+TEST_F(Interleaving, PortThatCannotBeClosedIsTold) {
+    HANDLE opened = nullptr;
+    BeforeTheTrace("Before CloseComPort", [&opened] {
+        opened = CCOMHdl::COMPortTable[0]->handle.exchange(INVALID_HANDLE_VALUE);
+    });
+    Forward(7, {"sms"});
+    UntilWorkerEnds();
+    EXPECT_EQ(1, CountInTrace("Closing COM port fails!"));
+    EXPECT_EQ(1U, Pages().size()) << "the page counts";
+    CloseHandle(opened);
 }
 
 }  // namespace

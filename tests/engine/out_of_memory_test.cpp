@@ -111,6 +111,16 @@ TEST_F(OutOfMemory, EntryThatNoQueueTakesIsFreed) {
     EXPECT_THAT(Rows(), ElementsAre("1 anna 0 3"));
 }
 
+TEST_F(OutOfMemory, EntryThatNoQueueEverTookIsFreed) {
+    Start();
+    ForwardQEntry* entry = MakeEntry(1, "anna");
+    {
+        const FailingSize fault(kNodeBlock);
+        EXPECT_TRUE(CPagerHdl::InsertInOffLimitQueue(entry));
+    }
+    EXPECT_THAT(EntriesIn(m_pOffLimitQ), IsEmpty());
+}
+
 // The severity names, the queues and the table objects. A page that was pending stays so.
 TEST_F(OutOfMemory, HandlerThatMissesAPartDoesNotComeUp) {
     AddRow(1, "anna");
@@ -173,6 +183,12 @@ TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoHandler) {
         EXPECT_THROW(CPagerHdl handler(database), std::bad_alloc);
     }
     EXPECT_FALSE(CPagerHdl::IsRunning());
+    {
+        const FailingSize fault(sizeof(ForwardQEntry));  // the entry of that row
+        EXPECT_THROW(CPagerHdl handler(database), std::bad_alloc);
+    }
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    EXPECT_EQ(nullptr, CPagerHdl::m_pPagerEventsList);
     EXPECT_EQ(nullptr, m_pPagingQ);
     EXPECT_EQ(nullptr, CPagerHdl::ccom);
     Start();

@@ -48,6 +48,14 @@ TEST_F(StartUpPass, PendingRowIsQueuedAgain) {
     EXPECT_EQ(nullptr, CPagerHdl::m_pPagerEventsList);
 }
 
+TEST_F(StartUpPass, SucceedsWithRowsAndWithout) {
+    Start();
+    EXPECT_TRUE(CPagerHdl::InitializePagerQueue());
+    AddRow(7, "anna");
+    EXPECT_TRUE(CPagerHdl::InitializePagerQueue());
+    EXPECT_THAT(EntriesIn(m_pPagingQ), ElementsAre("7 anna"));
+}
+
 TEST_F(StartUpPass, RowsAreQueuedInTheirOrder) {
     AddRow(7, "anna");
     AddRow(7, "bert");

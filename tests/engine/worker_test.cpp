@@ -213,6 +213,21 @@ TEST_F(WorkerTime, StaysAsItWasBehindAPageWhosePagerVanishes) {
     EXPECT_EQ(1, CountInTrace("Check4DialThreadLoop: Wait\n"));
 }
 
+TEST_F(WorkerTime, StaysAsItWasBehindAPageThatWaits) {
+    AddAlarm(9);
+    Start();
+    {
+        const NoWorker noWorker;
+        Queue(8, "anna")->queueTime += CTimeSpan(5);
+        Queue(9, "anna")->queueTime += CTimeSpan(3600);
+        Queue(7, "sms");
+    }
+    CPagerHdl::Check4Dial(nullptr, 0, 0, 0);
+    Wait(50s);
+    EXPECT_EQ(1U, Pages().size());
+    EXPECT_EQ(2, CountInTrace("Check4DialThreadLoop: Wait\n"));
+}
+
 TEST_F(Worker, StartRemovesRowsThatAreOver) {
     Start();
     AddRow(99, "anna", 0, 3);

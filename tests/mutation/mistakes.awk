@@ -25,7 +25,8 @@ function swap(what, with, at, from) {
     }
 }
 
-# Decimal numbers, each one larger; not those that are a part of a name or of another number.
+# Decimal numbers, each one larger, or from a thousand on by a tenth, since those are milliseconds; not
+# those that are a part of a name or of another number.
 function larger(at, from, number, before, behind) {
     from = 1
     while (match(substr(bare, from), /[0-9]+/)) {
@@ -35,7 +36,8 @@ function larger(at, from, number, before, behind) {
         behind = substr(bare, at + RLENGTH, 1)
         from = at + RLENGTH
         if (before !~ /[A-Za-z_0-9.]/ && behind !~ /[A-TV-Za-tv-z_.]/)
-            emit(substr($0, 1, at - 1) (number + 1) substr($0, from))
+            emit(substr($0, 1, at - 1) (number + 0 < 1000 ? number + 1 : int(number * 1.1)) \
+                 substr($0, from))
     }
 }
 

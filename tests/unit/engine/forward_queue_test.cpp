@@ -229,6 +229,23 @@ TEST_F(ForwardQueue, SaysWhetherItHasEntries) {
     EXPECT_TRUE(queue.HasEntries());
 }
 
+TEST_F(ForwardQueue, AnEntryThatLeavesOneOfTwoPlacesIsStillInAQueue) {
+    const std::unique_ptr<ForwardQEntry> entry(MakeEntry(7));
+    const auto isQueued = [&] { return CSM_ForwardQ::IsInAQueue(*entry); };
+    queue.InsertEntryInQueue(entry.get());
+    EXPECT_TRUE(isQueued());
+
+    CSM_ForwardQ copy;
+    queue.CopyEntriesToNewQueue(&copy);
+    copy.TakeHeadEntry();
+    EXPECT_TRUE(isQueued());
+    queue.CopyEntriesToNewQueue(&copy);
+    copy.ForgetEntries();
+    EXPECT_TRUE(isQueued());
+    queue.TakeHeadEntry();
+    EXPECT_FALSE(isQueued());
+}
+
 TEST_F(ForwardQueue, AnEntryIsInAQueueUntilItHasLeftEveryPlace) {
     const std::unique_ptr<ForwardQEntry> entry(MakeEntry(7));
     const std::unique_ptr<ForwardQEntry> equal(MakeEntry(7));

@@ -48,6 +48,11 @@ TEST(Conditions, HoldAny32BitNumber) {
     }
 }
 
+TEST(Conditions, EndWhereTheirTextEnds) {
+    const std::string_view longer = "WHERE alarmlogID = 123";
+    EXPECT_EQ("AlarmLog: alarmlogID = 12", Read(longer.substr(0, longer.size() - 1)));
+}
+
 TEST(Conditions, HoldAnyText) {
     const std::string large(65536, 'x');
     for (const std::string& text :

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <initializer_list>
+#include <limits>
 #include <set>
 #include <vector>
 
@@ -274,6 +276,14 @@ TEST(ListBlock, TakesFreedNodesBack) {
     EXPECT_EQ(1, list.Blocks());
 }
 
+TEST(ListBlock, TakesNoNodeBackThatIsInUse) {
+    OpenList list{1, 2, 3};
+    list.RemoveAt(list.FindIndex(1));
+    list.AddTail(&values[4]);
+    list.AddTail(&values[5]);
+    EXPECT_EQ((Elements{1, 3, 4, 5}), ElementsOf(list));
+}
+
 TEST(ListNode, IsThreeWordsAndHoldsNothingAtFirst) {
     EXPECT_EQ(3 * sizeof(void*), OpenList::NodeSize());
     OpenList list{1, 2};
@@ -292,6 +302,12 @@ TEST(ListDeathTest, NoticesACountThatDoesNotFitItsNodes) {
     EXPECT_ASSERTION((list.m_nCount = 3, list.RemoveAll()), "./XList", "m_nCount == 0");
     EXPECT_ASSERTION((list.m_nCount = 0, list.RemoveAt(list.GetHeadPosition())), "./XList",
                      "m_nCount >= 0");
+}
+
+TEST(ListDeathTest, HasNoMoreElementsThanItCanCount) {
+    OpenList list;
+    EXPECT_ASSERTION((list.m_nCount = std::numeric_limits<int>::max(), list.AddTail(&values[0])),
+                     "./XList", "m_nCount < kMostElements");
 }
 
 // ---- CPlex
@@ -319,6 +335,15 @@ TEST(PlexDeathTest, NeedsElements) {
     CPlex* head = nullptr;
     EXPECT_ASSERTION(CPlex::Create(head, 0, 4), "./XList", "nMax > 0 && cbElement > 0");
     EXPECT_ASSERTION(CPlex::Create(head, 4, 0), "./XList", "nMax > 0 && cbElement > 0");
+}
+
+TEST(PlexDeathTest, HasNoMoreElementsThanMemory) {
+    constexpr size_t kMemory = std::numeric_limits<ptrdiff_t>::max() - sizeof(CPlex);
+    // As large that an unsigned can count them.
+    constexpr unsigned kSize = sizeof(size_t) > 4 ? std::numeric_limits<unsigned>::max() : 4;
+    CPlex* head = nullptr;
+    EXPECT_ASSERTION(CPlex::Create(head, static_cast<unsigned>(kMemory / kSize + 1), kSize),
+                     "./XList", "nMax <= (kMostMemory - sizeof(CPlex)) / cbElement");
 }
 
 }  // namespace

@@ -165,6 +165,14 @@ TEST(ArraySize, FreeExtraLeavesNoMoreMemoryThanElements) {
     EXPECT_EQ(0, array.MaxSize());
 }
 
+TEST(ArraySize, FreeExtraLeavesElementsWhereThereIsNothingToFree) {
+    OpenArray array{"a", "b"};
+    array.FreeExtra();
+    const CString* first = &array.GetAt(0);
+    array.FreeExtra();
+    EXPECT_EQ(first, &array.GetAt(0));
+}
+
 TEST(ArraySizeDeathTest, IsNotNegative) {
     CStringArray array;
     EXPECT_ASSERTION(array.SetSize(-1), "./XString", "nNewSize >= 0");

@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cfloat>
 #include <cstdarg>
+#include <cstring>
 #include <string>
 
 #include "host/text_helpers.h"
@@ -30,6 +34,26 @@ int Reserved(const char* format, Args... args) {
     return Printed(format, args...).GetAllocLength();
 }
 
+// Memory behind whose end nothing may be read.
+class LastOfItsMemory {
+ public:
+    LastOfItsMemory()
+        : m_page(static_cast<size_t>(sysconf(_SC_PAGESIZE))),
+          m_begin(static_cast<char*>(mmap(nullptr, 2 * m_page, PROT_READ | PROT_WRITE,
+                                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+        mprotect(End(), m_page, PROT_NONE);
+    }
+    ~LastOfItsMemory() { munmap(m_begin, 2 * m_page); }
+    LastOfItsMemory(const LastOfItsMemory&) = delete;
+    LastOfItsMemory& operator=(const LastOfItsMemory&) = delete;
+
+    char* End() const { return m_begin + m_page; }
+
+ private:
+    size_t m_page;
+    char* m_begin;
+};
+
 // ---- The text
 
 TEST(Format, PrintsAsTheCLibraryDoes) {
@@ -37,6 +61,10 @@ TEST(Format, PrintsAsTheCLibraryDoes) {
     text.Format("%s|%5d|%-4x|%c|%.2f|100%%", "abc", 7, 255U, 'y', 1.5);
     EXPECT_STREQ("abc|    7|ff  |y|1.50|100%", text);
     EXPECT_EQ(26, text.GetLength());
+}
+
+TEST(Format, PrintsASingleCharacter) {
+    EXPECT_STREQ("x", Printed("x"));
 }
 
 TEST(Format, OfNoFormatIsEmpty) {
@@ -99,7 +127,9 @@ TEST(Format, EndsAtANul) {
 }
 
 TEST(Format, ReadsNoMoreOfATextThanItsPrecision) {
-    const char unterminated[] = {'a', 'b', 'c'};
+    const LastOfItsMemory memory;
+    const char* unterminated = memory.End() - 3;
+    std::memcpy(memory.End() - 3, "abc", 3);
     EXPECT_STREQ("abc", Printed("%.3s", unterminated));
     EXPECT_STREQ("ab", Printed("%.*s", 2, unterminated));
 }
@@ -185,6 +215,7 @@ TEST(FormatReserve, OfAnIntegerIsWidthAndPrecisionButAtLeast32) {
     EXPECT_EQ(33, Reserved("%20.13d", 1));
     EXPECT_EQ(32, Reserved("%p", &kNoText));
     EXPECT_EQ(40, Reserved("%40p", &kNoText));
+    EXPECT_EQ(40, Reserved("%30.10p", &kNoText));
 }
 
 TEST(FormatReserve, SkipsFlagsButAddsTwoForTheAlternateForm) {
@@ -230,6 +261,26 @@ TEST(FormatReserve, OfTheCountWrittenSoFarIsNothing) {
 TEST(FormatReserve, IsTheSumOverTheFormat) {
     EXPECT_EQ(5 + 1 + 32, Reserved("%5.2s|%d", "abc", 7));
     EXPECT_EQ(3 + 32 + 1 + 128, Reserved("no.%d/%e", 7, 1.0));
+}
+
+// The text behind shows whether just the one argument was taken, of the right size.
+TEST(FormatReserve, TakesEachArgumentInItsOwnSize) {
+    EXPECT_EQ(32 + 3, Reserved("%d%s", 1, "abc"));
+    EXPECT_EQ(32 + 3, Reserved("%hd%s", 1, "abc"));
+    EXPECT_EQ(32 + 3, Reserved("%ld%s", 1L, "abc"));
+    EXPECT_EQ(32 + 3, Reserved("%lld%s", 1LL, "abc"));
+    EXPECT_EQ(32 + 3, Reserved("%p%s", &kNoText, "abc"));
+    EXPECT_EQ(128 + 3, Reserved("%e%s", 1.5, "abc"));
+    EXPECT_EQ(128 + 3, Reserved("%Le%s", 1.5L, "abc"));
+    EXPECT_EQ(312 + 3 + 2, Reserved("%f%s%s", 1.5, "abc", "de"));
+}
+
+// The number behind has room to spare, which would show.
+TEST(FormatReserve, OfAWideTextIsItsLength) {
+    EXPECT_EQ(3 + 32, Reserved("%ls%d", L"abc", 1));
+    EXPECT_EQ(3 + 32, Reserved("%S%d", L"abc", 1));
+    EXPECT_EQ(3 + 6 + 32, Reserved("%ls%s%d", L"abc", "abcdef", 1)) << "and the next is not wide";
+    EXPECT_EQ(6 + 32, Reserved("%hs%d", "abcdef", 1));
 }
 
 TEST(FormatDeathTest, RefusesOtherConversions) {

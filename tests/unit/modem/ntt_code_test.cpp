@@ -14,6 +14,26 @@
 
 namespace {
 
+// A host of another writing than ours, as NttOtherHost has it.
+bool isOtherHost = false;
+
+}  // namespace
+
+// It has an upper case for signs and for bytes above ASCII too, each of which begins a character of
+// two bytes.
+extern "C" {
+unsigned int __real__mbctoupper(unsigned int character);
+unsigned int __wrap__mbctoupper(unsigned int character) {
+    return isOtherHost ? character & ~0x20U : __real__mbctoupper(character);
+}
+size_t __real__mbclen(const unsigned char* text);
+size_t __wrap__mbclen(const unsigned char* text) {
+    return isOtherHost && *text >= 0x80 ? 2 : __real__mbclen(text);
+}
+}
+
+namespace {
+
 // '\0' where the chart has a sign that is not in use here, or none.
 constexpr std::string_view kChart[] = {
     {"\xB1\xB2\xB3\xB4\xB5"
@@ -166,6 +186,28 @@ TEST_F(NttShiftJis, CutsInsideACharacter) {
 
 TEST_F(NttShiftJis, CodesALeadByteAtTheVeryEnd) {
     EXPECT_EQ("1667", Coded("A\x82"));
+}
+
+// The code is that of the pagers, whatever else the host takes for a letter or a character.
+class NttOtherHost : public ::testing::Test {
+ protected:
+    NttOtherHost() { isOtherHost = true; }
+    ~NttOtherHost() override { isOtherHost = false; }
+};
+
+TEST_F(NttOtherHost, TurnsOnlyTheLettersAToZIntoUpperCase) {
+    EXPECT_EQ(CodeOf('A'), CodeOf('a'));
+    EXPECT_EQ(CodeOf('Z'), CodeOf('z'));
+    EXPECT_EQ("68", CodeOf('!'));
+    EXPECT_EQ("00", CodeOf('0'));
+    EXPECT_EQ("67", CodeOf('|')) << "no backslash";
+    EXPECT_EQ("11", CodeOf('\xB1'));
+    EXPECT_EQ("67", CodeOf('\xE0')) << "no kana";
+}
+
+TEST_F(NttOtherHost, CodesATwoByteCharacterThatBeginsLikeAKanaAsAQuestionMark) {
+    EXPECT_EQ("166717", Coded("A\xB1\xB2"
+                              "B"));
 }
 
 }  // namespace

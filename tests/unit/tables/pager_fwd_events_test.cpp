@@ -400,6 +400,16 @@ TEST_F(UpdateAlarmLog, WithoutAColumnOfStatesTheAlarmIsLeftAsItIs) {
     EXPECT_EQ("9", Folded({4}));
 }
 
+TEST_F(UpdateAlarmLog, StatesMayStandInTheFirstColumn) {
+    store.AddTable(kTable, {"PagerState", "AlmLogID"});
+    store.Insert(kTable, {{"PagerState", "4"}, {"AlmLogID", "7"}});
+    store.Insert("AlarmLog", {{"alarmlogID", "7"}});
+
+    events.UpdateAlarmLog(7);
+
+    EXPECT_EQ("4", store.Read("AlarmLog", {"alarmlogID", "7"}, "pagerstate"));
+}
+
 TEST_F(UpdateAlarmLog, ACellWithoutATextIsNoState) {
     InsertEvent(7, "ops", "anna", 1);
     store.Update(kTable, {"AlmLogID", "7"}, {{"PagerState", std::nullopt}});
