@@ -10,6 +10,7 @@
 #include <functional>
 #include <initializer_list>
 #include <optional>
+#include <set>
 
 #include "engine/pager_fwd.h"
 #include "modem/COMHdl.h"
@@ -187,6 +188,22 @@ TEST_F(MemoryFaults, QueueingAPage) {
     EXPECT_EQ(1, CallForward(NewAlarm(), "text"));
 }
 
+// A row of the alarm is there, and is read before the page's own is written.
+TEST_F(MemoryFaults, QueueingAPageToASecondPager) {
+    Start();
+    const NoWorker no_worker;
+    ForEachAllocation(Whose::kCallers, [&](int nth) {
+        const int alarm = NewAlarm();
+        Queue(alarm, "tap");
+        const int queued = m_pPagingQ->GetCount();
+        const std::optional<int> answer = CallForward(alarm, "text");
+        ASSERT_TRUE(answer) << "the engine is up";
+        EXPECT_TRUE(*answer == 1 || (*answer == 0 && nth > 0)) << *answer;
+        EXPECT_EQ(*answer == 1 ? 2U : 1U, RowsOf(alarm));
+        EXPECT_EQ(queued + *answer, m_pPagingQ->GetCount());
+    });
+}
+
 // The first call brings the engine up: the one exception that passes on.
 TEST_F(MemoryFaults, QueueingTheFirstPage) {
     const NoWorker no_worker;
@@ -359,6 +376,16 @@ TEST_P(EveryKind, TestPageOnARunningEngine) {
     EXPECT_LE(runs_that_took_the_port_, kAllocationsOfAnOpening);
     EXPECT_EQ(0, CallTest(GetParam().type));
     ExpectThatAPageGoesThrough();
+}
+
+TEST_F(MemoryFaults, TestPageHasTheCodeOfTheStepThatFailed) {
+    Start();
+    std::set<int> codes;
+    ForEachAllocation(Whose::kCallers, [&](int) {
+        codes.insert(CallTest(kSms1).value_or(-1));
+        PortIsFree();
+    });
+    EXPECT_THAT(codes, ::testing::ElementsAre(0, 5, 6, 7, 8));
 }
 
 INSTANTIATE_TEST_SUITE_P(MemoryFaults, EveryKind,
