@@ -266,16 +266,36 @@ TEST_F(Interleaving, EntryQueuedDuringAPassWaitsForTheNext) {
 
 // --- At the end of a page
 
-TEST_F(Interleaving, PortThatCannotBeClosedIsTold) {
-    HANDLE opened = nullptr;
-    BeforeTheTrace("Before CloseComPort", [&opened] {
-        opened = CCOMHdl::COMPortTable[0]->handle.exchange(INVALID_HANDLE_VALUE);
-    });
-    Forward(7, {"sms"});
-    UntilWorkerEnds();
+class PortThatCannotBeClosed : public Interleaving {
+ protected:
+    ~PortThatCannotBeClosed() override { CloseHandle(opened_); }
+
+    void SendAPage() {
+        BeforeTheTrace("Before CloseComPort", [this] {
+            opened_ = CCOMHdl::COMPortTable[0]->handle.exchange(INVALID_HANDLE_VALUE);
+        });
+        ForwardQEntry* entry = MakeEntry(7, "sms");
+        CPagerHdl::PagerSendMessage(entry, false, nullptr, &result);
+        CPagerHdl::FreeQEntry(entry);
+    }
+
+    int result = -1;
+
+ private:
+    HANDLE opened_ = INVALID_HANDLE_VALUE;
+};
+
+TEST_F(PortThatCannotBeClosed, IsTraced) {
+    SendAPage();
+    EXPECT_EQ(0, result) << "the page counts";
     EXPECT_EQ(1, CountInTrace("Closing COM port fails!"));
-    EXPECT_EQ(1U, Pages().size()) << "the page counts";
-    CloseHandle(opened);
+}
+
+TEST_F(PortThatCannotBeClosed, IsNoNewsAfterAModemError) {
+    modem->Plan({PagingModem::Answer::kBusy});
+    SendAPage();
+    EXPECT_EQ(6, result);
+    EXPECT_EQ(0, CountInTrace("Closing COM port fails!"));
 }
 
 }  // namespace

@@ -1,11 +1,4 @@
 // Tests of engine/page_send.cpp: one page, from its look-up to its result, each way it can go.
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <string_view>
-#include <utility>
-
-#include "linux/win_serial.h"
 #include "modem/COMHdl.h"
 #include "tests/engine/engine_test.h"
 
@@ -14,9 +7,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-
-using namespace std::chrono_literals;
-using pagersim::VirtualClock;
 
 using Answer = PagingModem::Answer;
 
@@ -168,58 +158,6 @@ TEST_F(PageSend, FailedResetIsNoNewsAfterAModemError) {
     EXPECT_FALSE(Send({"sms", kSms1}));
     EXPECT_EQ(6, result);
     EXPECT_EQ(0, CountInTrace("Reset Modem fails"));
-}
-
-// An alarm clock on a line of its own: it goes off so long after that was opened, whoever waits
-// then.
-class AlarmClock : public pagersim::FarEnd {
- public:
-    AlarmClock(pagersim::Milliseconds after, std::function<void()> what)
-        : after_(after), what_(std::move(what)) {}
-
-    void Opened(pagersim::Wire& wire) override { wire.At(after_, what_); }
-    void Heard(std::string_view) override {}
-    void SettingsChanged(const termios&) override {}
-    void Closed() override {}
-
- private:
-    const pagersim::Milliseconds after_;
-    const std::function<void()> what_;
-};
-
-// Pages whose port turns out to be no open one in the pause before it is closed.
-class PageSendToAPortThatIsLost : public PageSend {
- protected:
-    bool Send(Answer answer) {
-        constexpr auto kBeforeTheEnd = 1s;
-        modem->Plan({answer, answer});
-        const pagersim::Milliseconds begun = VirtualClock::Now();
-        PageSend::Send({"sms", kSms1});
-        const pagersim::Milliseconds lasts = VirtualClock::Now() - begun;
-
-        HANDLE device = INVALID_HANDLE_VALUE;
-        const auto lose = [&device] {
-            device = CCOMHdl::COMPortTable[0]->handle.exchange(INVALID_HANDLE_VALUE);
-        };
-        const pagersim::AttachedLine other_line(
-            9, std::make_unique<AlarmClock>(lasts - kBeforeTheEnd, lose));
-        HANDLE clock_handle = CreateFile("COM9");
-        const bool delivered = PageSend::Send({"sms", kSms1});
-        CloseHandle(clock_handle);
-        CloseHandle(device);
-        return delivered;
-    }
-};
-
-TEST_F(PageSendToAPortThatIsLost, FailedCloseIsTracedAfterAPageThatWentWell) {
-    EXPECT_TRUE(Send(Answer::kDelivers)) << "the page counts";
-    EXPECT_EQ(1, CountInTrace("Closing COM port fails!"));
-}
-
-TEST_F(PageSendToAPortThatIsLost, FailedCloseIsNoNewsAfterAModemError) {
-    EXPECT_FALSE(Send(Answer::kBusy));
-    EXPECT_EQ(6, result);
-    EXPECT_EQ(0, CountInTrace("Closing COM port fails!"));
 }
 
 // --- The header in the trace
