@@ -194,6 +194,7 @@ std::vector<std::string> TomlReader::KeysLeft() const {
     }
     std::sort(keys.begin(), keys.end());
     std::vector<std::string> names;
+    names.reserve(keys.size());
     for (auto& [position, name] : keys) {
         names.push_back(std::move(name));
     }

@@ -233,10 +233,12 @@ TEST_F(Matcher, NamesTheFirstOfTwoFailureAnswers) {
             for (const bool swapped : {false, true}) {
                 const std::string a = kFailures[swapped ? second : first].answer;
                 const std::string b = kFailures[swapped ? first : second].answer;
-                SCOPED_TRACE(a + ", " + b);
+                SCOPED_TRACE(::testing::Message() << a << ", " << b);
                 CCOMHdl::MainModemError = false;
                 test_support::ForgetTrace();
-                line.Says(a + "\r\n" + b + "\r\n");
+                std::string both = a;  // in one read
+                both.append("\r\n").append(b).append("\r\n");
+                line.Says(both);
                 EXPECT_FALSE(WaitFor("CONNECT"));
                 EXPECT_THAT(Milestones(), ElementsAre(kFailures[first].trace));
             }

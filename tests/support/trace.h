@@ -42,9 +42,8 @@ inline bool IsTimeStamp(std::string_view text) {
         return false;
     }
     for (size_t i = 0; i < kForm.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const bool fits =
-            kForm[i] == 'd' ? std::isdigit(byte) != 0 || byte == ' ' : byte == kForm[i];
+        const bool is_digit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
+        const bool fits = kForm[i] == 'd' ? is_digit || text[i] == ' ' : text[i] == kForm[i];
         if (!fits) {
             return false;
         }
