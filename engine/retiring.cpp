@@ -6,7 +6,8 @@
 #include "modem/trace.h"
 
 // What is taken out is the first match, which may be another entry than the argument when the same
-// alarm was forwarded to the same pager twice. Requires an EntryUse.
+// alarm was forwarded to the same pager twice. It is noted here, so that the callers need not free
+// it: that happens once it is in no queue and nobody works with it. Requires an EntryUse.
 bool CPagerHdl::TakeOut(CSM_ForwardQ* queue, ForwardQEntry* e) {
     ForwardQEntry* taken = queue->TakeMatchingEntry(e);
     if (taken == nullptr) {
