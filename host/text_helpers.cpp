@@ -33,8 +33,9 @@ char* WriteDigits(unsigned long long value, bool is_negative, char* buffer, unsi
         *end++ = "0123456789abcdefghijklmnopqrstuvwxyz"[value % radix];
         value /= radix;
     } while (value != 0);
-    if (is_negative)
+    if (is_negative) {
         *end++ = '-';
+    }
     std::reverse(buffer, end);
     *end = '\0';
     return buffer;

@@ -77,26 +77,30 @@ POSITION CPtrList::AddTail(void* newElement) {
 void CPtrList::AddHead(const CPtrList* pNewList) {
     XASSERT(kUnit, pNewList != nullptr);
     POSITION position = pNewList->GetTailPosition();
-    for (int nLeft = pNewList->m_nCount; nLeft > 0; --nLeft)
+    for (int nLeft = pNewList->m_nCount; nLeft > 0; --nLeft) {
         AddHead(pNewList->GetPrev(position));
+    }
 }
 
 void CPtrList::AddTail(const CPtrList* pNewList) {
     XASSERT(kUnit, pNewList != nullptr);
     POSITION position = pNewList->GetHeadPosition();
-    for (int nLeft = pNewList->m_nCount; nLeft > 0; --nLeft)
+    for (int nLeft = pNewList->m_nCount; nLeft > 0; --nLeft) {
         AddTail(pNewList->GetNext(position));
+    }
 }
 
 void CPtrList::RemoveAll() {
-    for (CNode* pNode = m_pNodeHead; pNode != nullptr; pNode = pNode->pNext)
+    for (CNode* pNode = m_pNodeHead; pNode != nullptr; pNode = pNode->pNext) {
         --m_nCount;
+    }
     XASSERT(kUnit, m_nCount == 0);
     m_pNodeHead = nullptr;
     m_pNodeTail = nullptr;
     m_pNodeFree = nullptr;
-    if (m_pBlocks != nullptr)
+    if (m_pBlocks != nullptr) {
         m_pBlocks->FreeDataChain();
+    }
     m_pBlocks = nullptr;
 }
 
@@ -137,33 +141,38 @@ void CPtrList::RemoveAt(POSITION position) {
 }
 
 POSITION CPtrList::InsertBefore(POSITION position, void* newElement) {
-    if (position == nullptr)
+    if (position == nullptr) {
         return AddHead(newElement);
+    }
     CNode* pNode = NodeAt(position);
     return LinkBetween(pNode->pPrev, pNode, newElement);
 }
 
 POSITION CPtrList::InsertAfter(POSITION position, void* newElement) {
-    if (position == nullptr)
+    if (position == nullptr) {
         return AddTail(newElement);
+    }
     CNode* pNode = NodeAt(position);
     return LinkBetween(pNode, pNode->pNext, newElement);
 }
 
 POSITION CPtrList::FindIndex(int nIndex) const {
     XASSERT(kUnit, nIndex >= 0);
-    if (nIndex >= m_nCount)
+    if (nIndex >= m_nCount) {
         return nullptr;
+    }
     CNode* pNode = m_pNodeHead;
-    for (; nIndex > 0; --nIndex)
+    for (; nIndex > 0; --nIndex) {
         pNode = pNode->pNext;
+    }
     return PositionOf(pNode);
 }
 
 POSITION CPtrList::Find(void* searchValue, POSITION startAfter) const {
     CNode* pNode = startAfter != nullptr ? NodeAt(startAfter)->pNext : m_pNodeHead;
-    while (pNode != nullptr && pNode->data != searchValue)
+    while (pNode != nullptr && pNode->data != searchValue) {
         pNode = pNode->pNext;
+    }
     return PositionOf(pNode);
 }
 
@@ -188,8 +197,9 @@ void CPtrList::AddBlock() {
 
 CPtrList::CNode* CPtrList::NewNode(CNode* pPrev, CNode* pNext) {
     XASSERT(kUnit, m_nCount < kMostElements);
-    if (m_pNodeFree == nullptr)
+    if (m_pNodeFree == nullptr) {
         AddBlock();
+    }
     CNode* pNode = m_pNodeFree;
     m_pNodeFree = pNode->pNext;
     *pNode = CNode{pNext, pPrev, nullptr};
@@ -203,8 +213,9 @@ void CPtrList::FreeNode(CNode* pNode) {
     m_pNodeFree = pNode;
     --m_nCount;
     XASSERT(kUnit, m_nCount >= 0);
-    if (m_nCount == 0)
+    if (m_nCount == 0) {
         RemoveAll();
+    }
 }
 
 POSITION CPtrList::LinkBetween(CNode* pPrev, CNode* pNext, void* newElement) {

@@ -38,8 +38,9 @@ const CString& AfxGetEmptyString() {
 }
 
 CString::CString(const CString& src) : CString() {
-    if (src.IsEmpty())
+    if (src.IsEmpty()) {
         return;
+    }
     if (src.GetData()->nRefs < 0) {
         Assign(src.m_pchData, src.GetLength());
         return;
@@ -58,13 +59,15 @@ CString::CString(char ch, int nRepeat) : CString() {
 }
 
 CString::CString(const char* pch, int nLength) : CString() {
-    if (pch != nullptr)
+    if (pch != nullptr) {
         Assign(pch, std::max(nLength, 0));
+    }
 }
 
 CString& CString::operator=(const CString& src) {
-    if (m_pchData == src.m_pchData)
+    if (m_pchData == src.m_pchData) {
         return *this;
+    }
     if (src.GetData()->nRefs < 0) {
         Assign(src.m_pchData, src.GetLength());
     } else {
@@ -121,23 +124,26 @@ char* CString::GetBufferSetLength(int nNewLength) {
 
 void CString::FreeExtra() {
     const bool isLocked = GetData()->nRefs < 0;
-    if (isLocked || GetData()->nDataLength == GetData()->nAllocLength)
+    if (isLocked || GetData()->nDataLength == GetData()->nAllocLength) {
         return;
+    }
     CString tight(m_pchData, GetLength());
     Swap(tight);
 }
 
 char* CString::LockBuffer() {
     GetBuffer(0);
-    if (GetData() != _afxDataNil)
+    if (GetData() != _afxDataNil) {
         GetData()->nRefs = -1;
+    }
     return m_pchData;
 }
 
 void CString::UnlockBuffer() {
     XASSERT(kUnit, GetData()->nRefs == -1);
-    if (GetData() != _afxDataNil)
+    if (GetData() != _afxDataNil) {
         GetData()->nRefs = 1;
+    }
 }
 
 void CString::Swap(CString& other) noexcept {
@@ -147,8 +153,9 @@ void CString::Swap(CString& other) noexcept {
 void CString::AllocBuffer(int nLength) {
     XASSERT(kUnit, nLength >= 0);
     XASSERT(kUnit, nLength <= kMostCharacters);
-    if (nLength == 0)
+    if (nLength == 0) {
         return;
+    }
     void* block = ::operator new(sizeof(CStringData) + static_cast<size_t>(nLength) + 1);
     m_pchData = (new (block) CStringData{1, nLength, nLength})->data();
     m_pchData[nLength] = '\0';
@@ -156,16 +163,19 @@ void CString::AllocBuffer(int nLength) {
 
 void CString::Release() noexcept {
     CStringData* pData = GetData();
-    if (pData == _afxDataNil)
+    if (pData == _afxDataNil) {
         return;
-    if (InterlockedDecrement(&pData->nRefs) < 1)
+    }
+    if (InterlockedDecrement(&pData->nRefs) < 1) {
         ::operator delete(pData);
+    }
     m_pchData = _afxPchNil;
 }
 
 void CString::CopyBeforeWrite() {
-    if (GetData()->nRefs <= 1)
+    if (GetData()->nRefs <= 1) {
         return;
+    }
     CString own(m_pchData, GetLength());
     Swap(own);
 }
@@ -178,16 +188,18 @@ void CString::SetLength(int nNewLength) {
     XASSERT(kUnit, GetData()->nRefs <= 1);
     XASSERT(kUnit, nNewLength >= 0);
     XASSERT(kUnit, nNewLength <= GetData()->nAllocLength);
-    if (GetData() == _afxDataNil)
+    if (GetData() == _afxDataNil) {
         return;
+    }
     GetData()->nDataLength = nNewLength;
     m_pchData[nNewLength] = '\0';
 }
 
 void CString::CutTo(int nNewLength) {
     SetLength(nNewLength);
-    if (nNewLength == 0)
+    if (nNewLength == 0) {
         Release();
+    }
 }
 
 void CString::Assign(const char* pch, int nLength) {

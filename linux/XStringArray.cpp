@@ -26,18 +26,21 @@ CStringArray::~CStringArray() {
 
 void CStringArray::SetSize(int nNewSize, int nGrowBy) {
     XASSERT(kUnit, nNewSize >= 0);
-    if (nGrowBy != -1)
+    if (nGrowBy != -1) {
         m_nGrowBy = nGrowBy;
-    if (nNewSize > m_nMaxSize)
+    }
+    if (nNewSize > m_nMaxSize) {
         MoveToNewArray(GrownMaxSize(nNewSize));
+    }
     if (nNewSize > m_nSize) {
         ConstructElements(m_pData + m_nSize, nNewSize - m_nSize);
     } else {
         DestructElements(m_pData + nNewSize, m_nSize - nNewSize);
     }
     m_nSize = nNewSize;
-    if (nNewSize == 0)
+    if (nNewSize == 0) {
         FreeArray();
+    }
 }
 
 void CStringArray::FreeExtra() {
@@ -67,8 +70,9 @@ void CStringArray::SetAt(int nIndex, const CString& newElement) {
 void CStringArray::SetAtGrow(int nIndex, CString newElement) {
     XASSERT(kUnit, nIndex >= 0);
     XASSERT(kUnit, nIndex < kMostElements);
-    if (nIndex >= m_nSize)
+    if (nIndex >= m_nSize) {
         SetSize(nIndex + 1);
+    }
     m_pData[nIndex] = newElement;
 }
 
@@ -102,8 +106,9 @@ void CStringArray::InsertAt(int nIndex, CString newElement, int nCount) {
 
 void CStringArray::InsertAt(int nStartIndex, const CStringArray& src) {
     XASSERT(kUnit, this != &src);
-    if (src.IsEmpty())
+    if (src.IsEmpty()) {
         return;
+    }
     OpenGap(nStartIndex, src.m_nSize);
     CopyElements(m_pData + nStartIndex, src.m_pData, src.m_nSize);
 }
@@ -119,18 +124,21 @@ void CStringArray::RemoveAt(int nIndex, int nCount) {
 }
 
 void CStringArray::ConstructElements(CString* pElements, int nCount) {
-    for (int i = 0; i < nCount; ++i)
+    for (int i = 0; i < nCount; ++i) {
         new (pElements + i) CString;
+    }
 }
 
 void CStringArray::DestructElements(CString* pElements, int nCount) {
-    for (int i = 0; i < nCount; ++i)
+    for (int i = 0; i < nCount; ++i) {
         pElements[i].~CString();
+    }
 }
 
 void CStringArray::CopyElements(CString* pDest, const CString* pSrc, int nCount) {
-    for (int i = 0; i < nCount; ++i)
+    for (int i = 0; i < nCount; ++i) {
         pDest[i] = pSrc[i];
+    }
 }
 
 CString* CStringArray::AllocElements(int nCount) {
@@ -141,8 +149,9 @@ CString* CStringArray::AllocElements(int nCount) {
 
 // A CString is one pointer, which nothing points back to, so its bytes are all there is to move.
 void CStringArray::MoveElements(CString* pDest, const CString* pSrc, int nCount) {
-    if (pSrc == nullptr)
+    if (pSrc == nullptr) {
         return;
+    }
     std::memmove(static_cast<void*>(pDest), static_cast<const void*>(pSrc),
                  static_cast<size_t>(nCount) * sizeof(CString));
 }
@@ -162,8 +171,9 @@ void CStringArray::MoveToNewArray(int nMaxSize) {
 }
 
 int CStringArray::GrownMaxSize(int nNewSize) const {
-    if (m_nMaxSize == 0)
+    if (m_nMaxSize == 0) {
         return nNewSize;
+    }
     const int nStep = m_nGrowBy != 0 ? m_nGrowBy : std::clamp(m_nSize / 8, 4, 1024);
     const int64_t nGrown = std::min<int64_t>(int64_t{m_nMaxSize} + nStep, kMostElements);
     return std::max(nNewSize, static_cast<int>(nGrown));

@@ -56,8 +56,9 @@ int CString::Insert(int nIndex, const char* psz) {
 int CString::Delete(int nIndex, int nCount) {
     const int nOldLength = GetLength();
     nIndex = std::max(nIndex, 0);
-    if (nCount < 1 || nIndex >= nOldLength)
+    if (nCount < 1 || nIndex >= nOldLength) {
         return nOldLength;
+    }
 
     XASSERT(kUnit, nCount <= GetData()->nDataLength - nIndex);
     CopyBeforeWrite();
@@ -82,8 +83,9 @@ int CString::Replace(const char* pszOld, const char* pszNew) {
     const char* from = m_pchData;
     const char* const end = m_pchData + GetLength();
     const int nMatches = nOld > 0 ? CountMatches(from, end, pszOld, nOld) : 0;
-    if (nMatches == 0)
+    if (nMatches == 0) {
         return 0;
+    }
 
     CString replaced;
     const int64_t nGrowth = int64_t{nMatches} * (nNew - nOld);
@@ -101,8 +103,9 @@ int CString::Replace(const char* pszOld, const char* pszNew) {
 
 int CString::Remove(char ch) {
     const int nOldLength = GetLength();
-    if (std::count(m_pchData, m_pchData + nOldLength, ch) == 0)
+    if (std::count(m_pchData, m_pchData + nOldLength, ch) == 0) {
         return 0;
+    }
     CopyBeforeWrite();
     const char* newEnd = std::remove(m_pchData, m_pchData + nOldLength, ch);
     CutTo(static_cast<int>(newEnd - m_pchData));
@@ -119,8 +122,9 @@ void CString::TrimLeftWhere(Condition isTrimmed) {
 template <class Condition>
 void CString::TrimRightWhere(Condition isTrimmed) {
     int nKept = GetLength();
-    while (nKept > 0 && isTrimmed(m_pchData[nKept - 1]))
+    while (nKept > 0 && isTrimmed(m_pchData[nKept - 1])) {
         --nKept;
+    }
     KeepOnly(0, nKept);
 }
 
@@ -149,8 +153,9 @@ void CString::TrimRight(const char* pszSet) {
 }
 
 void CString::KeepOnly(int nFirst, int nCount) {
-    if (nCount == GetLength())
+    if (nCount == GetLength()) {
         return;
+    }
     CopyBeforeWrite();
     std::memmove(m_pchData, m_pchData + nFirst, static_cast<size_t>(nCount));
     CutTo(nCount);
@@ -162,8 +167,9 @@ bool CString::Holds(const char* pch) const {
 }
 
 void CString::InsertChars(int nIndex, const char* pch, int nCount) {
-    if (nCount == 0)
+    if (nCount == 0) {
         return;
+    }
     if (Holds(pch)) {  // would move, or go, while it is copied
         const CString apart(pch, nCount);
         InsertChars(nIndex, apart.m_pchData, nCount);

@@ -191,8 +191,9 @@ int64_t FormatWalk::TextBound() {
     } else {
         length = LengthOfText(isWide, m_hasPrecision ? m_precision : INT_MAX);
     }
-    if (m_hasPrecision)
+    if (m_hasPrecision) {
         length = std::min(length, m_precision);
+    }
     return std::max(length, m_width);
 }
 
@@ -200,8 +201,9 @@ int64_t FormatWalk::TextBound() {
 int64_t FormatWalk::LengthOfText(bool isWide, int64_t atMost) {
     const void* text = Take<const void*>();
     const auto limit = static_cast<size_t>(atMost);
-    if (text == nullptr)
+    if (text == nullptr) {
         return kNullText;
+    }
     size_t length = 0;
     if (isWide) {
         length = wcsnlen(static_cast<const wchar_t*>(text), limit);
@@ -260,8 +262,9 @@ void CString::FormatV(const char* pszFormat, va_list args) {
         printed.GetBuffer(nNeeded);
         printed.Print(format, args);
     }
-    if (nNeeded < 0)
+    if (nNeeded < 0) {
         printed.Empty();
+    }
     printed.ReleaseBuffer();
     Swap(printed);
 }

@@ -20,15 +20,17 @@ int IndexOf(const char* text, const unsigned char* hit) {
 
 int CString::Find(char ch, int nStart) const {
     nStart = std::max(nStart, 0);
-    if (nStart >= GetLength())
+    if (nStart >= GetLength()) {
         return -1;
+    }
     return IndexOf(m_pchData, _mbschr(BytesOf(m_pchData + nStart), ByteOf(ch)));
 }
 
 int CString::Find(const char* psz, int nStart) const {
     nStart = std::max(nStart, 0);
-    if (nStart > GetLength())
+    if (nStart > GetLength()) {
         return -1;
+    }
     return IndexOf(m_pchData, _mbsstr(BytesOf(m_pchData + nStart), BytesOf(TextOf(psz))));
 }
 
@@ -39,8 +41,9 @@ int CString::ReverseFind(char ch) const {
 // Kept: the order of the set decides, not that of the text; callers list what they prefer first.
 int CString::FindOneOf(const char* pszSet) const {
     for (auto* wanted = BytesOf(TextOf(pszSet)); *wanted != '\0'; wanted = _mbsinc(wanted)) {
-        if (auto* hit = _mbschr(BytesOf(m_pchData), *wanted))
+        if (auto* hit = _mbschr(BytesOf(m_pchData), *wanted)) {
             return IndexOf(m_pchData, hit);
+        }
     }
     return -1;
 }

@@ -24,10 +24,11 @@ std::vector<std::string> ShellEnvironment() {
     std::vector<std::string> environment = {std::string(kIsCommand) + "=1"};
     for (char** each = environ; *each != nullptr; ++each) {
         const std::string_view variable = *each;
-        if (variable.substr(0, kPreload.size()) == kPreload)
+        if (variable.substr(0, kPreload.size()) == kPreload) {
             environment.emplace_back(kPrograms).append(variable.substr(kPreload.size()));
-        else
+        } else {
             environment.emplace_back(variable);
+        }
     }
     return environment;
 }
@@ -35,8 +36,9 @@ std::vector<std::string> ShellEnvironment() {
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
+    for (std::string& text : texts) {
         pointers.push_back(text.data());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }

@@ -10,8 +10,9 @@ namespace {
 
 // Bytes as a verdict shows them: <0d> for what can't be printed.
 std::string Shown(std::string_view bytes) {
-    if (bytes.empty())
+    if (bytes.empty()) {
         return "nothing";
+    }
     std::string shown;
     for (const char byte : bytes) {
         const auto value = static_cast<unsigned char>(byte);
@@ -71,14 +72,16 @@ void Script::Heard(std::string_view bytes) {
         }
     }
     // What follows a mistake helps to understand it.
-    if (failed_ && !IsAtEnd() && heard_.size() < steps_[current_].count)
+    if (failed_ && !IsAtEnd() && heard_.size() < steps_[current_].count) {
         heard_ += bytes.substr(0, steps_[current_].count - heard_.size());
+    }
 }
 
 // How many of these bytes the current step takes: as far as they go on as expected.
 size_t Script::Match(std::string_view bytes) const {
-    if (IsAtEnd())
+    if (IsAtEnd()) {
         return 0;
+    }
     const Step& step = steps_[current_];
     const size_t room = std::min(bytes.size(), step.count - heard_.size());
     switch (step.kind) {
@@ -112,8 +115,9 @@ void Script::Advance() {
 void Script::Proceed() {
     while (!failed_ && !IsAtEnd() && !planned_ && wire_ != nullptr && !gone_) {
         const Step& step = steps_[current_];
-        if (step.kind != Kind::kSays && step.kind != Kind::kVanishes)
+        if (step.kind != Kind::kSays && step.kind != Kind::kVanishes) {
             return;
+        }
         if (step.after > Milliseconds{0}) {
             planned_ = true;
             wire_->At(step.after, [this] {
@@ -127,8 +131,9 @@ void Script::Proceed() {
 }
 
 void Script::Play() {
-    if (failed_)
+    if (failed_) {
         return;
+    }
     const Step step = steps_[current_];
     Advance();
     if (step.kind == Kind::kSays) {
@@ -140,13 +145,15 @@ void Script::Play() {
 }
 
 std::string Script::Verdict() const {
-    if (IsAtEnd())
+    if (IsAtEnd()) {
         return failed_ ? "after the last step: heard " + Shown(heard_) : "";
+    }
     const std::string expectation =
         "step " + std::to_string(current_ + 1) + ": expected " + Expectation();
     const Kind kind = steps_[current_].kind;
-    if (!failed_ && (kind == Kind::kSays || kind == Kind::kVanishes))
+    if (!failed_ && (kind == Kind::kSays || kind == Kind::kVanishes)) {
         return expectation + ", not done yet";
+    }
     return expectation + ", heard " + Shown(heard_);
 }
 

@@ -50,8 +50,9 @@ class ClockedStream : public EventStream {
 
     void Advance(Milliseconds now) {
         const std::time_t instant = NextSecond(start_, now);
-        if (!clock_.empty() && instant != written_)
+        if (!clock_.empty() && instant != written_) {
             AdvanceClock(clock_, instant);
+        }
         written_ = instant;
     }
 
@@ -70,8 +71,9 @@ RunningExchange* running = nullptr;
 
 // Without its lines the program must not run: it would find no port, or wait for answers for ever.
 [[noreturn]] void Refuse(const ExchangeFile& file) {
-    for (const std::string& mistake : file.mistakes)
+    for (const std::string& mistake : file.mistakes) {
         std::fprintf(stderr, "pagersim: %s\n", mistake.c_str());
+    }
     constexpr int kUsageError = 2;
     _exit(kUsageError);
 }
@@ -87,13 +89,15 @@ void StartWorld(const ExchangeFile& file, std::time_t start) {
     World& world = TheWorld();
     world.Start(start);
     world.SetStep(Milliseconds{NumberIn("PAGERSIM_STEP", Milliseconds{10}.count())});
-    for (const CentreEntry& centre : file.centres)
+    for (const CentreEntry& centre : file.centres) {
         running->exchange.Add(BuildSubscriber(centre, start));
+    }
     for (const LineEntry& line : file.lines) {
         world.AddLine(line.com, std::make_unique<Modem>(PortName(line.com), line.modem,
                                                         running->exchange, running->record));
-        if (line.there_from > start)
+        if (line.there_from > start) {
             PlugInLater(line, start);
+        }
     }
 }
 
@@ -108,28 +112,32 @@ void RunPlanned(const PlannedCommand& command) {
 
 // Those whose time has passed ran in the program before this one.
 void PlanCommands(const ExchangeFile& file, std::time_t start) {
-    if (std::getenv(kIsCommand) != nullptr)
+    if (std::getenv(kIsCommand) != nullptr) {
         return;
+    }
     const Locked locked;
     for (const PlannedCommand& command : file.commands) {
-        if (command.time > start)
+        if (command.time > start) {
             TheWorld().Threads().Events().Add(std::chrono::seconds(command.time - start), nullptr,
                                               [command] { RunPlanned(command); });
+        }
     }
 }
 
 // A time that passes without an event counts too.
 [[gnu::destructor]] void Leave() {
-    if (running != nullptr)
+    if (running != nullptr) {
         running->record.Advance(std::chrono::duration_cast<Milliseconds>(TheWorld().Now()));
+    }
 }
 
 }  // namespace
 
 void StartExchangeFromEnvironment() {
     const ExchangeFile file = LoadExchangeFile(Environment("PAGERSIM_EXCHANGE"));
-    if (!file.mistakes.empty())
+    if (!file.mistakes.empty()) {
         Refuse(file);
+    }
     const std::string clock = Environment("PAGERSIM_CLOCK");
     const auto first = static_cast<std::time_t>(NumberIn("PAGERSIM_START", std::time(nullptr)));
     const std::time_t start = clock.empty() ? first : ReadClock(clock).value_or(first);

@@ -17,8 +17,9 @@ time_t latest_shown = 0;
 
 time_t NextStart() {
     time_t start = VirtualClock::kDefaultStart;
-    while (start <= latest_shown)
+    while (start <= latest_shown) {
         start += kWeek;
+    }
     return start;
 }
 
@@ -34,8 +35,9 @@ void NoteShown() {
 }  // namespace
 
 VirtualClock::VirtualClock(time_t start) {
-    if (World::IsActive())
+    if (World::IsActive()) {
         throw std::logic_error("there is a virtual clock already");
+    }
     TheWorld().Start(start != 0 ? start : NextStart());
 }
 
@@ -69,10 +71,12 @@ void VirtualClock::SetPatience(Milliseconds real) {
 namespace {
 
 int CheckedPort(int com) {
-    if (!World::IsActive())
+    if (!World::IsActive()) {
         throw std::logic_error("a simulated line needs a virtual clock");
-    if (com < 1 || com > kLines)
+    }
+    if (com < 1 || com > kLines) {
         throw std::out_of_range("a simulated line is on COM1 to COM9");
+    }
     return com;
 }
 
@@ -96,14 +100,16 @@ AttachedLine::~AttachedLine() {
 
 void AttachedLine::PlugOut() {
     const Locked locked;
-    if (Line* const line = TheWorld().LineOn(com_))
+    if (Line* const line = TheWorld().LineOn(com_)) {
         line->PlugOut();
+    }
 }
 
 void AttachedLine::PlugIn() {
     const Locked locked;
-    if (Line* const line = TheWorld().LineOn(com_))
+    if (Line* const line = TheWorld().LineOn(com_)) {
         line->PlugIn();
+    }
 }
 
 termios AttachedLine::Settings() const {

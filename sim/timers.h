@@ -19,8 +19,9 @@ class Timers {
 
     void After(Milliseconds delay, std::function<void()> what) {
         wire_.At(delay, [alive = std::weak_ptr<char>(alive_), what = std::move(what)] {
-            if (!alive.expired())
+            if (!alive.expired()) {
                 what();
+            }
         });
     }
 

@@ -26,8 +26,9 @@ void NttExchange::Take(const std::string& message) {
 }
 
 void NttExchange::Ended() {
-    if (!dialled_.empty())
+    if (!dialled_.empty()) {
         call_->Note("hung up before ##, nothing delivered: " + dialled_);
+    }
 }
 
 }  // namespace pagersim

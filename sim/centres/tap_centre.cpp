@@ -37,14 +37,16 @@ bool StartsWith(std::string_view text, std::string_view start) {
 }  // namespace
 
 void TapCentre::Heard(std::string_view bytes) {
-    for (const char c : bytes)
+    for (const char c : bytes) {
         HearByte(c);
+    }
 }
 
 void TapCentre::HearByte(char c) {
     const bool in_block = state_ == State::kBlock && !heard_.empty();
-    if (!options_.strict && !in_block && (c == '\0' || c == '\n'))
+    if (!options_.strict && !in_block && (c == '\0' || c == '\n')) {
         return;
+    }
     switch (state_) {
         case State::kKnock:
             return HearKnock(c);
@@ -60,8 +62,9 @@ void TapCentre::HearByte(char c) {
 }
 
 void TapCentre::HearKnock(char c) {
-    if (c == '\r' && ++knocks_ >= options_.knocks)
+    if (c == '\r' && ++knocks_ >= options_.knocks) {
         AskForId();
+    }
 }
 
 void TapCentre::AskForId() {
@@ -75,10 +78,11 @@ void TapCentre::HearLogOn(char c) {
         return;
     }
     const std::string line = std::exchange(heard_, {});
-    if (line.empty())
+    if (line.empty()) {
         AskForId();
-    else
+    } else {
         CheckLogOn(line);
+    }
 }
 
 void TapCentre::CheckLogOn(const std::string& line) {
@@ -90,45 +94,52 @@ void TapCentre::CheckLogOn(const std::string& line) {
         return;
     }
     call_->Note("not a log-on: " + Printable(line));
-    if (++bad_log_ons_ >= kTries)
+    if (++bad_log_ons_ >= kTries) {
         return SayGoodbye(fault);
+    }
     SayCode(fault, kNak);
     AskForId();
 }
 
 int TapCentre::LogOnFault(const std::string& line) const {
-    if (!StartsWith(line, kLogOn))
+    if (!StartsWith(line, kLogOn)) {
         return kTapBadLogOn;
+    }
     return line.substr(kLogOn.size()) == options_.password ? 0 : kTapBadPassword;
 }
 
 void TapCentre::HearBlock(char c) {
-    if (heard_.empty() && c != kStx)
+    if (heard_.empty() && c != kStx) {
         return HearOutsideBlock(c);
+    }
     complained_ = false;
     heard_ += c;
-    if (IsWholeTapBlock(heard_))
+    if (IsWholeTapBlock(heard_)) {
         AnswerBlock(std::exchange(heard_, {}));
-    else if (heard_.size() > kLongestInput)
+    } else if (heard_.size() > kLongestInput) {
         heard_.clear();
+    }
 }
 
 void TapCentre::HearOutsideBlock(char c) {
-    if (c == kEot)
+    if (c == kEot) {
         state_ = State::kEnd;
-    else
+    } else {
         Complain();
+    }
 }
 
 void TapCentre::Complain() {
-    if (!std::exchange(complained_, true))
+    if (!std::exchange(complained_, true)) {
         SayCode(kTapUnexpected, kNak);
+    }
 }
 
 void TapCentre::AnswerBlock(const std::string& block) {
     const TapBlock read = ReadTapBlock(block, options_.strict);
-    if (!read.fault.empty())
+    if (!read.fault.empty()) {
         call_->Note(read.fault);
+    }
     const int code = Verdict(read);
     const TapCode* known = FindTapCode(code);
     switch (known == nullptr ? TapAnswer::kRefuse : known->answer) {
@@ -146,36 +157,43 @@ void TapCentre::AnswerBlock(const std::string& block) {
 
 // The code for a block. One that is told to accept whatever comes still can't accept a faulty one.
 int TapCentre::Verdict(const TapBlock& block) {
-    if (block.code == kTapChecksum && ++bad_sums_ >= kTries)
+    if (block.code == kTapChecksum && ++bad_sums_ >= kTries) {
         return kTapTooManyBadSums;
-    if (block.code != 0)
+    }
+    if (block.code != 0) {
         return block.code;
+    }
     const std::string& pager = block.fields.front();
-    if (options_.answer != 0)
+    if (options_.answer != 0) {
         return options_.answer;
-    if (pager.empty() || (options_.strict && !AllDigits(pager)))
+    }
+    if (pager.empty() || (options_.strict && !AllDigits(pager))) {
         return kTapIllegalId;
+    }
     const bool known = options_.pagers.empty() || Contains(options_.pagers, pager);
     return known ? kTapAccepted : kTapInvalidId;
 }
 
 void TapCentre::HearEnd(char c) {
-    if (c == '\r')
+    if (c == '\r') {
         SayGoodbye(kTapGoodbye);
+    }
 }
 
 void TapCentre::SayCode(int code, std::string_view control) {
     std::string line = TextLine(code);
-    if (line.empty() && !options_.bare_ack)
+    if (line.empty() && !options_.bare_ack) {
         line = "\r";
+    }
     call_->Say(line.append(control));
 }
 
 // Refusals always say why; what every centre says when all is well only where lines are wanted.
 std::string TapCentre::TextLine(int code) const {
     const bool usual = code == kTapVersion || code == kTapAccepted || code == kTapGoodbye;
-    if (usual && !options_.text_lines)
+    if (usual && !options_.text_lines) {
         return {};
+    }
     const TapCode* known = FindTapCode(code);
     return std::to_string(code) + " " + (known == nullptr ? "" : known->words) + "\r";
 }

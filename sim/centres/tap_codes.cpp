@@ -33,8 +33,9 @@ constexpr std::array<TapCode, 20> kCodes = {{
 
 const TapCode* FindTapCode(int code) {
     for (const TapCode& known : kCodes) {
-        if (known.code == code)
+        if (known.code == code) {
             return &known;
+        }
     }
     return nullptr;
 }

@@ -35,8 +35,9 @@ bool IsDigit(char c) {
 }
 
 std::string_view Character(char row, char column) {
-    if (!IsDigit(row) || !IsDigit(column))
+    if (!IsDigit(row) || !IsDigit(column)) {
         return kUnknown;
+    }
     const std::string_view found = kTable[KeyIndex(row)][KeyIndex(column)];
     return found.empty() ? kUnknown : found;
 }
@@ -55,8 +56,9 @@ std::string DecodeTwoTouch(std::string_view digits) {
     for (std::size_t i = 0; i < digits.size(); i += 2) {
         std::string_view shown =
             i + 1 < digits.size() ? Character(digits[i], digits[i + 1]) : kUnknown;
-        if (shown == kLongMark && !after_katakana)
+        if (shown == kLongMark && !after_katakana) {
             shown = kHyphen;
+        }
         after_katakana = IsKatakana(shown);
         text += shown;
     }

@@ -27,8 +27,9 @@ constexpr std::size_t kSessionPassword = 4;
 
 const Layout* LayoutOf(std::string_view operation) {
     for (const Layout& layout : kLayouts) {
-        if (layout.operation == operation)
+        if (layout.operation == operation) {
             return &layout;
+        }
     }
     return nullptr;
 }
@@ -51,10 +52,12 @@ struct Text {
 };
 
 Text Decoded(const std::string& type, const std::string& field) {
-    if (type == "2")
+    if (type == "2") {
         return {kUcpNone, field};
-    if (type != "3" && type != "4")
+    }
+    if (type != "3" && type != "4") {
         return {kUcpMessageType};
+    }
     const auto text = FromHex(field);
     return text ? Text{kUcpNone, *text} : Text{kUcpSyntax};
 }
@@ -62,8 +65,9 @@ Text Decoded(const std::string& type, const std::string& field) {
 }  // namespace
 
 void UcpCentre::Heard(std::string_view bytes) {
-    for (const char c : bytes)
+    for (const char c : bytes) {
         HearByte(c);
+    }
 }
 
 void UcpCentre::HearByte(char c) {
@@ -82,31 +86,38 @@ void UcpCentre::HearByte(char c) {
 
 void UcpCentre::HearFrame(const std::string& text) {
     const UcpFrame frame = ReadUcpFrame(text);
-    if (!frame.fault.empty())
+    if (!frame.fault.empty()) {
         call_->Note(frame.fault);
-    if (frame.type != "O")  // no operation, so there is nobody to answer
+    }
+    if (frame.type != "O") {  // no operation, so there is nobody to answer
         return;
+    }
     const bool disturbed = std::exchange(stray_, false) && options_.strict;
-    if (disturbed)
+    if (disturbed) {
         call_->Note("something stands before the frame");
+    }
     const UcpError error = disturbed ? kUcpSyntax : frame.error;
     const Fields fields = error == kUcpNone ? Execute(frame) : Negative(error);
     call_->Say(kStx + UcpResult(frame, fields) + kEtx);
 }
 
 UcpCentre::Fields UcpCentre::Execute(const UcpFrame& frame) {
-    if (frame.operation == "60")
+    if (frame.operation == "60") {
         return OpenSession(frame);
-    if (LayoutOf(frame.operation) == nullptr)
+    }
+    if (LayoutOf(frame.operation) == nullptr) {
         return Negative(kUcpNotAllowed);
-    if (!options_.password.empty() && !session_)
+    }
+    if (!options_.password.empty() && !session_) {
         return Negative(kUcpAuthentication);
+    }
     return TakeMessage(frame);
 }
 
 UcpCentre::Fields UcpCentre::OpenSession(const UcpFrame& frame) {
-    if (frame.fields.size() <= kSessionPassword)
+    if (frame.fields.size() <= kSessionPassword) {
         return Negative(kUcpSyntax);
+    }
     session_ =
         options_.password.empty() || FromHex(frame.fields[kSessionPassword]) == options_.password;
     return session_ ? Fields{"A", ""} : Negative(kUcpAuthentication);
@@ -123,10 +134,12 @@ UcpCentre::Fields UcpCentre::TakeMessage(const UcpFrame& frame) {
     const Text message = Decoded(frame.fields[layout.type], frame.fields[layout.text]);
     const UcpError error =
         message.error == kUcpNone ? Judge(recipient, message.text) : message.error;
-    if (error != kUcpNone)
+    if (error != kUcpNone) {
         return Negative(error);
-    if (options_.answer != 0)
+    }
+    if (options_.answer != 0) {
         return Negative(options_.answer);
+    }
     call_->Deliver({recipient, message.text});
     const std::string receipt = recipient + ":" + TimeStamp();
     return frame.operation == "51" ? Fields{"A", "", receipt} : Fields{"A", receipt};
@@ -136,8 +149,9 @@ UcpError UcpCentre::Judge(const std::string& recipient, const std::string& text)
     const auto& pagers = options_.pagers;
     const bool known =
         pagers.empty() || std::find(pagers.begin(), pagers.end(), recipient) != pagers.end();
-    if (!IsNumber(recipient) || recipient.size() > kLongestRecipient || !known)
+    if (!IsNumber(recipient) || recipient.size() > kLongestRecipient || !known) {
         return kUcpRecipient;
+    }
     return text.size() > kLongestText ? kUcpTooLong : kUcpNone;
 }
 

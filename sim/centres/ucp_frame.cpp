@@ -36,8 +36,9 @@ std::string Formatted(const char* format, Values... values) {
 
 std::string UpperHex(std::string_view digits) {
     std::string upper;
-    for (const char c : digits)
+    for (const char c : digits) {
         upper += c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+    }
     return upper;
 }
 
@@ -63,8 +64,9 @@ void Fail(UcpFrame& frame, UcpError error, const std::string& fault) {
 
 std::string UcpChecksum(std::string_view first_to_last_slash) {
     unsigned sum = 0;
-    for (const char c : first_to_last_slash)
+    for (const char c : first_to_last_slash) {
         sum += static_cast<unsigned char>(c);
+    }
     return Formatted("%02X", sum & 0xff);
 }
 
@@ -82,18 +84,20 @@ UcpFrame ReadUcpFrame(std::string_view text) {
 
     const std::string& sent = parts.back();
     const std::string right = UcpChecksum(text.substr(0, text.size() - sent.size()));
-    if (UpperHex(sent) != right)
+    if (UpperHex(sent) != right) {
         Fail(frame, kUcpChecksum, "checksum is " + right + ", not " + Printable(sent));
-    else if (std::stoul(parts[kLength]) != text.size())
+    } else if (std::stoul(parts[kLength]) != text.size()) {
         Fail(frame, kUcpSyntax,
              "length is " + std::to_string(text.size()) + ", not " + parts[kLength]);
+    }
     return frame;
 }
 
 std::string UcpResult(const UcpFrame& asked, const std::vector<std::string>& fields) {
     std::string body = "/R/" + asked.operation + "/";
-    for (const std::string& field : fields)
+    for (const std::string& field : fields) {
         body += field + "/";
+    }
     const std::size_t length = 2 + 1 + kLengthDigits + body.size() + kChecksumDigits;
     const std::string frame =
         asked.transaction + "/" + Formatted("%05u", static_cast<unsigned>(length)) + body;
@@ -101,14 +105,16 @@ std::string UcpResult(const UcpFrame& asked, const std::vector<std::string>& fie
 }
 
 std::optional<std::string> FromHex(std::string_view digits) {
-    if (digits.size() % 2 != 0)
+    if (digits.size() % 2 != 0) {
         return std::nullopt;
+    }
     std::string text;
     for (std::size_t i = 0; i < digits.size(); i += 2) {
         const int high = HexValue(digits[i]);
         const int low = HexValue(digits[i + 1]);
-        if (high < 0 || low < 0)
+        if (high < 0 || low < 0) {
             return std::nullopt;
+        }
         text += static_cast<char>(high * 16 + low);
     }
     return text;

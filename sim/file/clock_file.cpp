@@ -14,13 +14,15 @@ constexpr const char* kFormat = "%Y-%m-%d %H:%M:%S";
 std::optional<std::time_t> ParseInstant(const std::string& text) {
     std::tm parts{};
     const char* const end = strptime(text.c_str(), kFormat, &parts);
-    if (end == nullptr || *end != '\0')
+    if (end == nullptr || *end != '\0') {
         return std::nullopt;
+    }
     parts.tm_isdst = -1;
     const std::time_t instant = std::mktime(&parts);
     // A 31st of February is read as a day in March: what comes back must be what was said.
-    if (instant == -1 || FormatInstant(instant) != text)
+    if (instant == -1 || FormatInstant(instant) != text) {
         return std::nullopt;
+    }
     return instant;
 }
 
@@ -35,14 +37,16 @@ std::string FormatInstant(std::time_t instant) {
 std::optional<std::time_t> ReadClock(const std::string& path) {
     std::ifstream file(path);
     std::string line;
-    if (!std::getline(file, line))
+    if (!std::getline(file, line)) {
         return std::nullopt;
+    }
     return ParseInstant(line);
 }
 
 bool AdvanceClock(const std::string& path, std::time_t instant) {
-    if (ReadClock(path).value_or(instant - 1) >= instant)
+    if (ReadClock(path).value_or(instant - 1) >= instant) {
         return true;
+    }
     std::ofstream file(path, std::ios::trunc);
     file << FormatInstant(instant) << '\n';
     file.flush();

@@ -19,23 +19,27 @@ constexpr std::string_view kPortExample = "\"COM 1\"";
 // 1 to 9 for "COM 1" or "COM1", else 0.
 int ComNumber(std::string_view port) {
     constexpr std::string_view kPrefix = "COM";
-    if (port.substr(0, kPrefix.size()) != kPrefix)
+    if (port.substr(0, kPrefix.size()) != kPrefix) {
         return 0;
+    }
     port.remove_prefix(kPrefix.size());
-    if (!port.empty() && port.front() == ' ')
+    if (!port.empty() && port.front() == ' ') {
         port.remove_prefix(1);
+    }
     return port.size() == 1 && port[0] >= '1' && port[0] <= '9' ? port[0] - '0' : 0;
 }
 
 void TakeInstant(TomlTable& table, const std::string& key, std::time_t& instant) {
     std::string text;
-    if (!table.Take(key, text))
+    if (!table.Take(key, text)) {
         return;
+    }
     const auto parsed = ParseInstant(text);
-    if (parsed)
+    if (parsed) {
         instant = *parsed;
-    else
+    } else {
         table.Mistake(key, "must be an instant, as \"2001-01-08 10:20:00\"");
+    }
 }
 
 LineEntry ReadLine(TomlTable& table) {
@@ -45,8 +49,9 @@ LineEntry ReadLine(TomlTable& table) {
     table.Require("port", kPortExample);
     const bool is_text = table.Take("port", port);
     line.com = ComNumber(port);
-    if (is_text && line.com == 0)
+    if (is_text && line.com == 0) {
         table.Mistake("port", "must be \"COM 1\" to \"COM 9\"");
+    }
     TakeInstant(table, "there_from", line.there_from);
     table.Take("powered", modem.powered);
     table.Take("answer_delay_ms", modem.answer_delay);
@@ -83,8 +88,9 @@ TapOptions ReadTap(TomlTable& table) {
     table.Take("password", tap.password);
     table.Take("pagers", tap.pagers);
     table.TakeCount("answer", tap.answer);
-    if (tap.answer != 0 && FindTapCode(tap.answer) == nullptr)
+    if (tap.answer != 0 && FindTapCode(tap.answer) == nullptr) {
         table.Mistake("answer", "is no code of TAP; write for example answer = 512 (try later)");
+    }
     table.Take("ends", tap.ends);
     return tap;
 }
@@ -136,11 +142,12 @@ void ReadSubscriber(TomlTable& table, Subscriber& subscriber) {
     table.Take("name", subscriber.name);
     table.Take("numbers", subscriber.numbers);
     for (const std::string& number : subscriber.numbers) {
-        if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos)
+        if (number.empty() || number.find_first_not_of("0123456789") != std::string::npos) {
             table.Mistake("numbers",
                           "must be digits only, as they are dialled behind the outside "
                           "line's code; \"" +
                               number + "\" is not");
+        }
     }
     table.TakeChoice<Fate>("calls", subscriber.fate,
                            {{"answered", Fate::kAnswered},
@@ -179,8 +186,9 @@ CentreEntry ReadCentre(TomlTable& table) {
     ReadFaults(table, centre.faults);
     centre.options = ReadOptions(table, protocol);
     centre.subscriber.has_modem = protocol != Protocol::kNtt && protocol != Protocol::kSignal;
-    if (protocol != Protocol::kNone)
+    if (protocol != Protocol::kNone) {
         table.Finish();
+    }
     return centre;
 }
 
@@ -217,13 +225,15 @@ class Reader {
         ForEach("expect", [this](TomlTable& table) { AddExpectation(table); });
         ForEach("at", [this](TomlTable& table) { file_.commands.push_back(ReadCommand(table)); });
         for (const auto& [key, node] : root_) {
-            if (asked_for_.count(std::string(key.str())) == 0)
+            if (asked_for_.count(std::string(key.str())) == 0) {
                 Tell(node.source().begin.line,
                      "no such table: " + std::string(key.str()) +
                          "; write [[line]], [[centre]], [[expect]] or [[at]]");
+            }
         }
-        if (file_.lines.empty())
+        if (file_.lines.empty()) {
             Tell(1, "there is no line; write [[line]] and port = \"COM 1\"");
+        }
     }
 
  private:
@@ -231,8 +241,9 @@ class Reader {
     void ForEach(const std::string& name, Add add) {
         asked_for_.insert(name);
         const toml::node* const node = root_.get(name);
-        if (node == nullptr)
+        if (node == nullptr) {
             return;
+        }
         if (!node->is_array_of_tables()) {
             Tell(node->source().begin.line,
                  name + " must be a list of tables; write [[" + name + "]] in double brackets");
@@ -246,26 +257,30 @@ class Reader {
 
     void AddLine(TomlTable& table) {
         const LineEntry line = ReadLine(table);
-        if (line.com != 0 && !ports_.insert(line.com).second)
+        if (line.com != 0 && !ports_.insert(line.com).second) {
             table.Mistake("port", "is taken by a line above; each has a port of its own");
+        }
         file_.lines.push_back(line);
     }
 
     void AddCentre(TomlTable& table) {
         const CentreEntry centre = ReadCentre(table);
-        if (!names_.insert(centre.subscriber.name).second)
+        if (!names_.insert(centre.subscriber.name).second) {
             table.Mistake("name", "is taken by a centre above; each has a name of its own");
+        }
         for (const std::string& number : centre.subscriber.numbers) {
-            if (!numbers_.insert(number).second)
+            if (!numbers_.insert(number).second) {
                 table.Mistake("numbers", "\"" + number + "\" leads to a centre already");
+            }
         }
         file_.centres.push_back(centre);
     }
 
     void AddExpectation(TomlTable& table) {
         const Expectation expected = ReadExpectation(table);
-        if (!expected.centre.empty() && names_.count(expected.centre) == 0)
+        if (!expected.centre.empty() && names_.count(expected.centre) == 0) {
             table.Mistake("centre", "names no [[centre]] of this file");
+        }
         file_.expectations.push_back(expected);
     }
 

@@ -39,16 +39,18 @@ class TomlTable {
     template <typename Count>
     void TakeCount(std::string_view key, Count& target, std::int64_t least = 0,
                    std::int64_t most = std::numeric_limits<std::int32_t>::max()) {
-        if (const auto value = Number(key, least, most))
+        if (const auto value = Number(key, least, most)) {
             target = static_cast<Count>(*value);
+        }
     }
 
     template <typename Value>
     void TakeChoice(std::string_view key, Value& target,
                     std::initializer_list<std::pair<std::string_view, Value>> choices) {
         std::string word;
-        if (!Take(key, word))
+        if (!Take(key, word)) {
             return;
+        }
         std::string list;
         for (const auto& [known, value] : choices) {
             if (word == known) {

@@ -24,8 +24,9 @@ constexpr std::array<Form, 7> kForms = {{
 
 const Form& FormOf(Answer answer) {
     for (const Form& form : kForms) {
-        if (form.answer == answer)
+        if (form.answer == answer) {
             return form;
+        }
     }
     return kForms.front();
 }
@@ -34,18 +35,21 @@ const Form& FormOf(Answer answer) {
 
 std::string AnswerText(Answer answer, bool verbose, unsigned connect_speed) {
     const Form& form = FormOf(answer);
-    if (!verbose)
+    if (!verbose) {
         return std::string(form.number) + "\r";
+    }
     std::string words = form.words;
-    if (answer == Answer::kConnect && connect_speed != 0)
+    if (answer == Answer::kConnect && connect_speed != 0) {
         words += " " + std::to_string(connect_speed);
+    }
     return "\r\n" + words + "\r\n";
 }
 
 std::optional<Answer> AnswerNamed(std::string_view words) {
     for (const Form& form : kForms) {
-        if (form.words == words)
+        if (form.words == words) {
             return form.answer;
+        }
     }
     return std::nullopt;
 }

@@ -17,8 +17,9 @@ bool IsLetter(char c) {
 std::string UpperWithoutBlanks(std::string_view text) {
     std::string upper;
     for (const char c : text) {
-        if (c != ' ')
+        if (c != ' ') {
             upper += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
     }
     return upper;
 }
@@ -42,8 +43,9 @@ int ValueOf(const std::string& digits) {
 std::string TakeName(std::string_view& text) {
     constexpr std::string_view kMarks = "&\\%*";
     const std::size_t mark = kMarks.find(text.front()) != std::string_view::npos ? 1 : 0;
-    if (text.size() <= mark || !IsLetter(text[mark]))
+    if (text.size() <= mark || !IsLetter(text[mark])) {
         return {};
+    }
     std::string name(text.substr(0, mark + 1));
     text.remove_prefix(mark + 1);
     return name;
@@ -52,10 +54,12 @@ std::string TakeName(std::string_view& text) {
 // S8=4 and S8?, behind the S.
 bool TakeRegister(std::string_view& text, AtCommand& command) {
     command.name = "S" + TakeDigits(text);
-    if (text.empty() || (text.front() != '=' && text.front() != '?'))
+    if (text.empty() || (text.front() != '=' && text.front() != '?')) {
         return false;
-    if (text.front() == '?')
+    }
+    if (text.front() == '?') {
         command.name += '?';
+    }
     text.remove_prefix(1);
     command.value = ValueOf(TakeDigits(text));
     return true;
@@ -63,17 +67,20 @@ bool TakeRegister(std::string_view& text, AtCommand& command) {
 
 bool TakeDial(std::string_view& text, AtCommand& command, const DialTimes& times) {
     const auto dial = TakeDialString(text, times);
-    if (dial)
+    if (dial) {
         command.dial = *dial;
+    }
     return dial.has_value();
 }
 
 bool TakeCommand(std::string_view& text, AtCommand& command, const DialTimes& times) {
     command.name = TakeName(text);
-    if (command.name == "D")
+    if (command.name == "D") {
         return TakeDial(text, command, times);
-    if (command.name == "S")
+    }
+    if (command.name == "S") {
         return TakeRegister(text, command);
+    }
     command.value = ValueOf(TakeDigits(text));
     return !command.name.empty();
 }
@@ -87,8 +94,9 @@ AtLine ParseAtLine(std::string_view body, const DialTimes& times) {
     while (parsed.well_formed && !rest.empty()) {
         AtCommand command;
         parsed.well_formed = TakeCommand(rest, command, times);
-        if (parsed.well_formed)
+        if (parsed.well_formed) {
             parsed.commands.push_back(command);
+        }
     }
     return parsed;
 }

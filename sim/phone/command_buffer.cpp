@@ -10,8 +10,9 @@ std::optional<std::string> CommandBuffer::Heard(char c) {
 std::optional<std::string> CommandBuffer::HeardBeforeLine(char c) {
     const bool was_a = after_a_;
     after_a_ = c == 'A' || c == 'a';
-    if (was_a && c == '/')
+    if (was_a && c == '/') {
         return last_body_;
+    }
     in_line_ = was_a && (c == 'T' || c == 't');
     return std::nullopt;
 }
@@ -24,10 +25,11 @@ std::optional<std::string> CommandBuffer::HeardInLine(char c) {
         body_.clear();
         return last_body_;
     }
-    if (c == kBackspace && !body_.empty())
+    if (c == kBackspace && !body_.empty()) {
         body_.pop_back();
-    else if (static_cast<unsigned char>(c) >= 0x20)
+    } else if (static_cast<unsigned char>(c) >= 0x20) {
         body_ += c;
+    }
     return std::nullopt;
 }
 

@@ -28,8 +28,9 @@ std::optional<Milliseconds> PauseOf(char c, const DialTimes& times) {
 }
 
 void AddSegment(DialString& dial) {
-    if (dial.segments.empty() || !dial.segments.back().empty())
+    if (dial.segments.empty() || !dial.segments.back().empty()) {
         dial.segments.emplace_back();
+    }
 }
 
 bool AddCharacter(DialString& dial, char c, const DialTimes& times) {
@@ -38,10 +39,12 @@ bool AddCharacter(DialString& dial, char c, const DialTimes& times) {
         AddSegment(dial);
         return true;
     }
-    if (!Has(kDigits, c))
+    if (!Has(kDigits, c)) {
         return Has(kNoMeaning, c);
-    if (dial.segments.empty())
+    }
+    if (dial.segments.empty()) {
         AddSegment(dial);
+    }
     dial.segments.back() += c;
     dial.duration += times.digit;
     return true;
@@ -51,8 +54,9 @@ bool AddCharacter(DialString& dial, char c, const DialTimes& times) {
 
 std::string DialString::Digits() const {
     std::string all;
-    for (const auto& segment : segments)
+    for (const auto& segment : segments) {
         all += segment;
+    }
     return all;
 }
 
@@ -61,13 +65,15 @@ std::optional<DialString> TakeDialString(std::string_view& text, const DialTimes
     while (!text.empty() && !dial.stays_in_command) {
         const char c = text.front();
         text.remove_prefix(1);
-        if (c == ';')
+        if (c == ';') {
             dial.stays_in_command = true;
-        else if (!AddCharacter(dial, c, times))
+        } else if (!AddCharacter(dial, c, times)) {
             return std::nullopt;
+        }
     }
-    if (!dial.segments.empty() && dial.segments.back().empty())
+    if (!dial.segments.empty() && dial.segments.back().empty()) {
         dial.segments.pop_back();
+    }
     return dial;
 }
 

@@ -4,8 +4,9 @@
 namespace pagersim {
 
 bool EscapeWatch::Heard(std::string_view bytes, Milliseconds now) {
-    for (const char byte : bytes)
+    for (const char byte : bytes) {
         HeardByte(byte, now);
+    }
     return pluses_ == 3 && !spoilt_;
 }
 

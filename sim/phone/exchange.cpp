@@ -9,8 +9,9 @@ namespace {
 
 std::string Joined(const std::vector<std::string>& segments, std::size_t from, std::size_t to) {
     std::string digits;
-    for (std::size_t i = from; i < to; ++i)
+    for (std::size_t i = from; i < to; ++i) {
         digits += segments[i];
+    }
     return digits;
 }
 
@@ -25,8 +26,9 @@ std::optional<Exchange::Connection> Exchange::Find(const DialString& dial) {
     for (std::size_t first = 0; first < std::min<std::size_t>(segments.size(), 2); ++first) {
         for (std::size_t end = segments.size(); end > first; --end) {
             const std::string number = Joined(segments, first, end);
-            if (Subscriber* found = WithNumber(number))
+            if (Subscriber* found = WithNumber(number)) {
                 return Connection{found, number, Joined(segments, end, segments.size())};
+            }
         }
     }
     return std::nullopt;
@@ -43,8 +45,9 @@ Fate Exchange::PlaceCall(Subscriber& subscriber) {
 Subscriber* Exchange::WithNumber(const std::string& number) {
     for (Subscriber& subscriber : subscribers_) {
         const auto& numbers = subscriber.numbers;
-        if (std::find(numbers.begin(), numbers.end(), number) != numbers.end())
+        if (std::find(numbers.begin(), numbers.end(), number) != numbers.end()) {
             return &subscriber;
+        }
     }
     return nullptr;
 }

@@ -16,14 +16,16 @@ void FaultyCentre::Answered(Call& call) {
 }
 
 void FaultyCentre::Heard(std::string_view bytes) {
-    if (dropped_)
+    if (dropped_) {
         return;
+    }
     const std::size_t left = BytesLeft(faults_.drop_after_hearing, bytes_heard_);
     const std::string_view arrives = bytes.substr(0, left);
     bytes_heard_ += arrives.size();
     centre_->Heard(Garbled(arrives));
-    if (bytes.size() >= left)
+    if (bytes.size() >= left) {
         DropCarrier("hearing " + std::to_string(bytes_heard_));
+    }
 }
 
 void FaultyCentre::Dialled(std::string_view digits) {
@@ -35,8 +37,9 @@ void FaultyCentre::Ended() {
 }
 
 void FaultyCentre::Say(std::string_view bytes, Milliseconds after) {
-    if (dropped_)
+    if (dropped_) {
         return;
+    }
     if (faults_.silent_after && words_said_ >= *faults_.silent_after) {
         call_->Note("silent");
         return;
@@ -46,8 +49,9 @@ void FaultyCentre::Say(std::string_view bytes, Milliseconds after) {
     const std::string_view leaves = bytes.substr(0, left);
     bytes_said_ += leaves.size();
     call_->Say(Garbled(leaves), after + faults_.late);
-    if (bytes.size() >= left)
+    if (bytes.size() >= left) {
         DropCarrier("saying " + std::to_string(bytes_said_));
+    }
 }
 
 void FaultyCentre::At(Milliseconds after, std::function<void()> what) {
@@ -56,12 +60,14 @@ void FaultyCentre::At(Milliseconds after, std::function<void()> what) {
 
 std::string FaultyCentre::Garbled(std::string_view bytes) {
     std::string garbled(bytes);
-    if (faults_.noise == 0)
+    if (faults_.noise == 0) {
         return garbled;
+    }
     for (char& c : garbled) {
         constexpr unsigned kSevenBits = 0x7f;
-        if (noise_() % faults_.noise == 0)
+        if (noise_() % faults_.noise == 0) {
             c = static_cast<char>(static_cast<unsigned char>(c) ^ (1 + noise_() % kSevenBits));
+        }
     }
     return garbled;
 }

@@ -22,8 +22,9 @@ constexpr std::array<std::pair<speed_t, unsigned>, 13> kSpeeds = {{{B300, 300},
                                                                    {B460800, 460800}}};
 
 char ParityLetter(tcflag_t flags) {
-    if ((flags & PARENB) == 0)
+    if ((flags & PARENB) == 0) {
         return 'n';
+    }
     return (flags & PARODD) != 0 ? 'o' : 'e';
 }
 
@@ -42,10 +43,12 @@ int DataBits(tcflag_t flags) {
 
 std::string Flow(const termios& settings) {
     std::string flow;
-    if ((settings.c_cflag & CRTSCTS) != 0)
+    if ((settings.c_cflag & CRTSCTS) != 0) {
         flow += " rts/cts";
-    if ((settings.c_iflag & (IXON | IXOFF)) != 0)
+    }
+    if ((settings.c_iflag & (IXON | IXOFF)) != 0) {
         flow += " xon/xoff";
+    }
     return flow;
 }
 
@@ -53,8 +56,9 @@ std::string Flow(const termios& settings) {
 
 unsigned SpeedOf(const termios& settings) {
     for (const auto& [constant, rate] : kSpeeds) {
-        if (constant == cfgetospeed(&settings))
+        if (constant == cfgetospeed(&settings)) {
             return rate;
+        }
     }
     return 0;
 }

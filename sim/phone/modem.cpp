@@ -41,20 +41,23 @@ void Modem::Opened(Wire& wire) {
 }
 
 void Modem::Closed() {
-    if (!session_)
+    if (!session_) {
         return;
+    }
     session_->phone.HangUp();
     Record(kProgram, EventKind::kCloses);
     session_.reset();
 }
 
 void Modem::SettingsChanged(const termios& settings) {
-    if (!session_)
+    if (!session_) {
         return;
+    }
     Record(kProgram, EventKind::kSets, DescribeLine(settings));
     line_speed_ = SpeedOf(settings);
-    if (cfgetospeed(&settings) == B0)
+    if (cfgetospeed(&settings) == B0) {
         Drop();
+    }
 }
 
 void Modem::Drop() {
@@ -64,13 +67,16 @@ void Modem::Drop() {
 }
 
 void Modem::Heard(std::string_view bytes) {
-    if (!session_)
+    if (!session_) {
         return;
+    }
     Record(kProgram, EventKind::kSends, bytes);
-    if (VanishesWith(bytes.size()) || !options_.powered)
+    if (VanishesWith(bytes.size()) || !options_.powered) {
         return;
-    while (!bytes.empty())
+    }
+    while (!bytes.empty()) {
         HearIn(state_, bytes);
+    }
 }
 
 // The state may change with every byte.
@@ -91,23 +97,27 @@ void Modem::HearIn(State state, std::string_view& bytes) {
 }
 
 void Modem::HearCommand(std::string_view typed) {
-    if (profile_.echo)
+    if (profile_.echo) {
         ToProgram(kModem, typed);
+    }
     for (const char c : typed) {
-        if (const auto body = command_.Heard(c))
+        if (const auto body = command_.Heard(c)) {
             Run(ParseAtLine(*body, profile_.dial));
+        }
     }
 }
 
 void Modem::HearData(std::string_view bytes) {
     session_->phone.Say(bytes);
-    if (escape_.Heard(bytes, session_->wire.Now()))
+    if (escape_.Heard(bytes, session_->wire.Now())) {
         session_->timers.After(profile_.escape.guard, [this] { EscapeIfSilent(); });
+    }
 }
 
 void Modem::EscapeIfSilent() {
-    if (state_ != State::kData || !escape_.Completed(session_->wire.Now()))
+    if (state_ != State::kData || !escape_.Completed(session_->wire.Now())) {
         return;
+    }
     state_ = State::kCommand;
     SayNow(Answer::kOk);
 }
@@ -115,8 +125,9 @@ void Modem::EscapeIfSilent() {
 bool Modem::VanishesWith(std::size_t count) {
     const bool was_there = bytes_heard_ < options_.vanish_after;
     bytes_heard_ += count;
-    if (!was_there || bytes_heard_ < options_.vanish_after)
+    if (!was_there || bytes_heard_ < options_.vanish_after) {
         return false;
+    }
     Record(kModem, EventKind::kNotes, "the device is gone");
     Drop();
     session_->wire.Vanish();
@@ -140,8 +151,9 @@ void Modem::Dialled() {
 }
 
 void Modem::CentreSays(const std::string& centre, std::string_view bytes) {
-    if (state_ == State::kData)
+    if (state_ == State::kData) {
         ToProgram(centre, bytes);
+    }
 }
 
 void Modem::CarrierLost() {
@@ -165,15 +177,17 @@ void Modem::SayNow(Answer answer) {
 }
 
 void Modem::ToProgram(const std::string& speaker, std::string_view bytes) {
-    if (bytes.empty())
+    if (bytes.empty()) {
         return;
+    }
     Record(speaker, EventKind::kSends, bytes);
     session_->to_program.Push(bytes);
 }
 
 std::string Modem::Words(Answer answer) const {
-    if (profile_.quiet)
+    if (profile_.quiet) {
         return {};
+    }
     return AnswerText(answer, profile_.verbose, options_.connect_speed.value_or(line_speed_));
 }
 

@@ -44,8 +44,9 @@ void ModemCall::CallerDials(std::string_view digits) {
 }
 
 void ModemCall::Say(std::string_view bytes, Milliseconds after) {
-    if (!greeting_)
+    if (!greeting_) {
         after += response_;
+    }
     last_word_ = std::max(last_word_, wire_.Now() + after);
     if (after.count() == 0) {
         to_caller_.Push(bytes);

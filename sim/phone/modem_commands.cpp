@@ -34,26 +34,32 @@ void Modem::Run(const AtLine& line) {
 
 Modem::Outcome Modem::Run(const AtCommand& command) {
     const std::string_view name = command.name;
-    if (name == "D")
+    if (name == "D") {
         return Dial(command.dial);
-    if (name == "H")
+    }
+    if (name == "H") {
         return SwitchHook(command.value);
-    if (name == "O")
+    }
+    if (name == "O") {
         return ReturnToData();
-    if (name.front() == 'S')
+    }
+    if (name.front() == 'S') {
         return name.back() == '?' ? ShowRegister(command.name) : SetRegister(command);
-    if (name == "Z")
+    }
+    if (name == "Z") {
         session_->phone.HangUp();
-    if (name == "Z" || name == "&F")
+    }
+    if (name == "Z" || name == "&F") {
         profile_ = Profile(options_);
-    else if (name == "E" && command.value <= 1)
+    } else if (name == "E" && command.value <= 1) {
         profile_.echo = command.value == 1;
-    else if (name == "V" && command.value <= 1)
+    } else if (name == "V" && command.value <= 1) {
         profile_.verbose = command.value == 1;
-    else if (name == "Q" && command.value <= 1)
+    } else if (name == "Q" && command.value <= 1) {
         profile_.quiet = command.value == 1;
-    else
+    } else {
         return RunOther(command);
+    }
     return Outcome::kNext;
 }
 
@@ -65,8 +71,9 @@ Modem::Outcome Modem::RunOther(const AtCommand& command) const {
 }
 
 Modem::Outcome Modem::Dial(const DialString& dial) {
-    if (session_->phone.HasCarrier())
+    if (session_->phone.HasCarrier()) {
         return Outcome::kFailed;
+    }
     state_ = State::kDialling;
     dialling_since_ = session_->wire.Now();
     session_->phone.Dial(dial, profile_.phone);
@@ -74,10 +81,12 @@ Modem::Outcome Modem::Dial(const DialString& dial) {
 }
 
 Modem::Outcome Modem::SwitchHook(int value) {
-    if (value > 1)
+    if (value > 1) {
         return Outcome::kFailed;
-    if (value == 1)
+    }
+    if (value == 1) {
         return Outcome::kNext;
+    }
     Reply(session_->phone.HangUp() ? Answer::kNoCarrier : Answer::kOk);
     return Outcome::kNext;
 }
@@ -93,15 +102,19 @@ Modem::Outcome Modem::ReturnToData() {
 
 Modem::Outcome Modem::SetRegister(const AtCommand& command) {
     constexpr int kLargest = 255;
-    if (command.value > kLargest)
+    if (command.value > kLargest) {
         return Outcome::kFailed;
+    }
     profile_.registers[command.name] = command.value;
-    if (command.name == "S7")
+    if (command.name == "S7") {
         profile_.phone.carrier_wait = command.value * kSecond;
-    if (command.name == "S8")
+    }
+    if (command.name == "S8") {
         profile_.dial.comma = command.value * kSecond;
-    if (command.name == "S12")
+    }
+    if (command.name == "S12") {
         profile_.escape.guard = command.value * kGuardUnit;
+    }
     return Outcome::kNext;
 }
 

@@ -43,36 +43,41 @@ void PhoneLine::Say(std::string_view bytes) {
 }
 
 void PhoneLine::TonesAreOut(const DialString& dial) {
-    if (off_hook_)
+    if (off_hook_) {
         PassTones(dial.Digits());
-    else
+    } else {
         Place(dial);
-    if (dial.stays_in_command)
+    }
+    if (dial.stays_in_command) {
         user_.Dialled();
-    else if (off_hook_)
+    } else if (off_hook_) {
         FailAfter(options_.carrier_wait, Answer::kNoCarrier);
+    }
 }
 
 void PhoneLine::Place(const DialString& dial) {
     off_hook_ = dial.stays_in_command;
     const auto connection = exchange_.Find(dial);
-    if (!connection)
+    if (!connection) {
         Note("nobody has the number " + dial.Digits());
-    if (connection && dial.stays_in_command)
+    }
+    if (connection && dial.stays_in_command) {
         PlaceInBackground(*connection);
-    else if (connection)
+    } else if (connection) {
         PlaceAndWait(*connection);
-    else if (!dial.stays_in_command)
+    } else if (!dial.stays_in_command) {
         FailAfter(kUnknownAfter, options_.unknown_number);
+    }
 }
 
 // Nothing tells the modem what becomes of a call that it doesn't wait for.
 void PhoneLine::PlaceInBackground(const Exchange::Connection& connection) {
     Subscriber& subscriber = *connection.subscriber;
-    if (Exchange::PlaceCall(subscriber) == Fate::kAnswered)
+    if (Exchange::PlaceCall(subscriber) == Fate::kAnswered) {
         progress_.After(subscriber.answers_after, [this, connection] { StartCall(connection); });
-    else
+    } else {
         Note(subscriber.name + " can't be reached");
+    }
 }
 
 void PhoneLine::PlaceAndWait(const Exchange::Connection& connection) {
@@ -110,21 +115,24 @@ void PhoneLine::AwaitVoice(const Exchange::Connection& connection) {
 
 void PhoneLine::StartCall(const Exchange::Connection& connection) {
     const ModemCall::Caller caller{[this](const std::string& centre, std::string_view bytes) {
-                                       if (carrier_)
+                                       if (carrier_) {
                                            user_.CentreSays(centre, bytes);
+                                       }
                                    },
                                    [this] { LoseCarrier(); }};
     call_ = std::make_unique<ModemCall>(wire_, connection, line_, recorder_, caller);
     call_->Answer();
-    if (!connection.tones.empty())
+    if (!connection.tones.empty()) {
         call_->CallerDials(connection.tones);
+    }
 }
 
 void PhoneLine::PassTones(const std::string& digits) {
-    if (call_)
+    if (call_) {
         call_->CallerDials(digits);
-    else
+    } else {
         Note("nobody has answered: tones lost: " + digits);
+    }
 }
 
 void PhoneLine::FailAfter(Milliseconds delay, Answer why) {
@@ -135,8 +143,9 @@ void PhoneLine::FailAfter(Milliseconds delay, Answer why) {
 }
 
 void PhoneLine::LoseCarrier() {
-    if (HangUp())
+    if (HangUp()) {
         user_.CarrierLost();
+    }
 }
 
 void PhoneLine::Note(const std::string& remark) {

@@ -14,22 +14,27 @@ void ForgetDescriptor(int fd) {
     const Locked locked;
     const LineDescriptor descriptor = Descriptors::Get(fd);
     Descriptors::Forget(fd);
-    if (Line* const line = TheWorld().LineOn(descriptor.com))
+    if (Line* const line = TheWorld().LineOn(descriptor.com)) {
         line->Close(descriptor.connection);
+    }
 }
 
 void Duplicated(int from, int to) {
-    if (to < 0 || to >= kDescriptorLimit)
+    if (to < 0 || to >= kDescriptorLimit) {
         return;
-    if (Descriptors::ComOf(to) != 0 && from != to)
+    }
+    if (Descriptors::ComOf(to) != 0 && from != to) {
         ForgetDescriptor(to);
-    if (Descriptors::ComOf(from) == 0 || from == to)
+    }
+    if (Descriptors::ComOf(from) == 0 || from == to) {
         return;
+    }
     const Locked locked;
     const LineDescriptor descriptor = Descriptors::Get(from);
     Descriptors::Note(to, descriptor);
-    if (Line* const line = TheWorld().LineOn(descriptor.com))
+    if (Line* const line = TheWorld().LineOn(descriptor.com)) {
         line->Reopen(descriptor.connection);
+    }
 }
 
 // When a read in non-canonical mode may return, by its two parameters. See termios(3).
@@ -42,15 +47,17 @@ struct ReadRule {
 ReadRule RuleFor(const termios& settings, size_t size) {
     const size_t least = settings.c_cc[VMIN];
     const Micros tenths = Milliseconds(100) * settings.c_cc[VTIME];
-    if (least == 0)
+    if (least == 0) {
         return {1, tenths, true};
+    }
     return {std::min(least, size), tenths > Micros::zero() ? tenths : kNever, false};
 }
 
 // When the read has waited long enough; kNever: not by time.
 Micros DeadlineOf(const ReadRule& rule, const Line& line, Micros start) {
-    if (rule.patience == kNever || (!rule.from_start && line.Readable() == 0))
+    if (rule.patience == kNever || (!rule.from_start && line.Readable() == 0)) {
         return kNever;
+    }
     return (rule.from_start ? start : std::max(start, line.LatestInput())) + rule.patience;
 }
 
@@ -61,12 +68,14 @@ bool IsNonBlocking(int fd) {
 // The bytes that are there, for whoever can't wait or needn't.
 ssize_t TakeNow(Line& line, char* buffer, size_t size, bool served) {
     const size_t count = line.Take(buffer, size);
-    if (!served)
+    if (!served) {
         return static_cast<ssize_t>(count);
-    if (count > 0)
+    }
+    if (count > 0) {
         NoteActivity();
-    else
+    } else {
         NoteQuietLook(line.Bit());
+    }
     return static_cast<ssize_t>(count);
 }
 
@@ -79,14 +88,16 @@ ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
         Line* const line = LineBehind(fd);
         if (line == nullptr) {
             // A program that polls a vanished device must not make time stand still.
-            if (served)
+            if (served) {
                 NoteQuietLook(Descriptors::BitOf(fd));
+            }
             return -EIO;
         }
         const ReadRule rule = RuleFor(line->Settings(), size);
         const Micros deadline = DeadlineOf(rule, *line, start);
-        if (!served || line->Readable() >= rule.enough || world.Now() >= deadline)
+        if (!served || line->Readable() >= rule.enough || world.Now() >= deadline) {
             return TakeNow(*line, buffer, size, served);
+        }
         if (IsNonBlocking(fd)) {
             const ssize_t count = TakeNow(*line, buffer, size, served);
             return count > 0 ? count : -EAGAIN;
@@ -94,34 +105,39 @@ ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
         Wait wait{WaitKind::kInput};
         wait.deadline = deadline;
         wait.lines = line->Bit();
-        if (world.Threads().WaitFor(*Me(), wait) == Waking::kSignal)
+        if (world.Threads().WaitFor(*Me(), wait) == Waking::kSignal) {
             return -EINTR;
+        }
     }
 }
 
 // The number of bytes, or a negative error code. Requires: locked.
 ssize_t WriteLine(int fd, std::string_view bytes, bool served) {
-    if (served)
+    if (served) {
         NoteActivity();
+    }
     TheWorld().Threads().RunDueEvents();
     Line* const line = LineBehind(fd);
-    if (line == nullptr)
+    if (line == nullptr) {
         return -EIO;
+    }
     line->Write(bytes);
     return static_cast<ssize_t>(bytes.size());
 }
 
 // The system's convention from ours.
 ssize_t Answer(ssize_t result) {
-    if (result >= 0)
+    if (result >= 0) {
         return result;
+    }
     errno = static_cast<int>(-result);
     return -1;
 }
 
 ssize_t ReadReal(int fd, void* buffer, size_t size) {
-    if (!MayWaitOutside(fd))
+    if (!MayWaitOutside(fd)) {
         return Real().read(fd, buffer, size);
+    }
     const Outside outside;
     return Real().read(fd, buffer, size);
 }
@@ -129,10 +145,11 @@ ssize_t ReadReal(int fd, void* buffer, size_t size) {
 }  // namespace
 
 PAGERSIM_INTERPOSED int close(int fd) {
-    if (Descriptors::ComOf(fd) != 0)
+    if (Descriptors::ComOf(fd) != 0) {
         ForgetDescriptor(fd);
-    else
+    } else {
         TheWorld().Threads().NoteDescriptorUse();
+    }
     return Real().close(fd);
 }
 
@@ -160,8 +177,9 @@ PAGERSIM_INTERPOSED int fcntl(int fd, int command, ...) {
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
     const int result = Real().fcntl(fd, command, argument);
-    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC)
+    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC) {
         Duplicated(fd, result);
+    }
     return result;
 }
 
@@ -171,14 +189,16 @@ PAGERSIM_INTERPOSED int fcntl64(int fd, int command, ...) {
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
     const int result = Real().fcntl64(fd, command, argument);
-    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC)
+    if (command == F_DUPFD || command == F_DUPFD_CLOEXEC) {
         Duplicated(fd, result);
+    }
     return result;
 }
 
 PAGERSIM_INTERPOSED ssize_t read(int fd, void* buffer, size_t size) {
-    if (Descriptors::ComOf(fd) == 0)
+    if (Descriptors::ComOf(fd) == 0) {
         return ReadReal(fd, buffer, size);
+    }
     const bool served = IsServed();
     ssize_t result = 0;
     {
@@ -189,8 +209,9 @@ PAGERSIM_INTERPOSED ssize_t read(int fd, void* buffer, size_t size) {
 }
 
 PAGERSIM_INTERPOSED ssize_t __read_chk(int fd, void* buffer, size_t size, size_t room) {
-    if (size > room)
+    if (size > room) {
         abort();
+    }
     return read(fd, buffer, size);
 }
 

@@ -39,8 +39,9 @@ int LockInWorld(Object* object, int (*attempt)(Object*)) {
     wait.object = object;
     for (;;) {
         const int result = attempt(object);
-        if (result != EBUSY || !World::IsActive())
+        if (result != EBUSY || !World::IsActive()) {
             return result;
+        }
         TheWorld().Threads().WaitFor(*Me(), wait);
     }
 }
@@ -48,11 +49,13 @@ int LockInWorld(Object* object, int (*attempt)(Object*)) {
 // Locks by `attempt` in the simulation, by `lock` outside it.
 template <typename Object>
 int LockBy(Object* object, int (*attempt)(Object*), int (*lock)(Object*)) {
-    if (!IsServed())
+    if (!IsServed()) {
         return lock(object);
+    }
     int result = attempt(object);
-    if (result == EBUSY)
+    if (result == EBUSY) {
         result = LockInWorld(object, attempt);
+    }
     return result == EBUSY ? lock(object) : result;
 }
 
@@ -63,20 +66,23 @@ bool AnswersItself(const pthread_mutex_t* mutex) {
 }
 
 int LockMutex(pthread_mutex_t* mutex) {
-    if (AnswersItself(mutex))
+    if (AnswersItself(mutex)) {
         return Real().pthread_mutex_lock(mutex);
+    }
     return LockBy<pthread_mutex_t>(mutex, Real().pthread_mutex_trylock, Real().pthread_mutex_lock);
 }
 
 // After an unlock: those who wait for the lock try again, for a mutex the first of them.
 void WakeLockWaiters(const void* object, bool all) {
-    if (!Any(lock_waiters))
+    if (!Any(lock_waiters)) {
         return;
+    }
     const Locked locked;
-    if (all)
+    if (all) {
         TheWorld().Threads().WakeAll(WaitKind::kLock, object);
-    else
+    } else {
         TheWorld().Threads().WakeFirst(WaitKind::kLock, object);
+    }
 }
 
 int UnlockMutex(pthread_mutex_t* mutex) {
@@ -129,8 +135,9 @@ timespec RealTimeUntil(clockid_t clock, const timespec& until) {
 
 int WaitForConditionUntil(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock,
                           const timespec& until) {
-    if (clock == CLOCK_REALTIME)
+    if (clock == CLOCK_REALTIME) {
         return WaitForCondition(condition, mutex, VirtualDeadline(until));
+    }
     return WaitForCondition(condition, mutex, [&](Wait& wait) {
         return TheWorld().Threads().WaitForReally(*Me(), wait, RealTimeUntil(clock, until));
     });
@@ -143,13 +150,15 @@ clockid_t ClockOf(const pthread_cond_t* condition) {
 }
 
 void WakeConditionWaiters(pthread_cond_t* condition, bool all) {
-    if (!Any(condition_waiters))
+    if (!Any(condition_waiters)) {
         return;
+    }
     const Locked locked;
-    if (all)
+    if (all) {
         TheWorld().Threads().WakeAll(WaitKind::kCondition, condition);
-    else
+    } else {
         TheWorld().Threads().WakeFirst(WaitKind::kCondition, condition);
+    }
 }
 
 }  // namespace
@@ -179,22 +188,25 @@ PAGERSIM_INTERPOSED int pthread_rwlock_unlock(pthread_rwlock_t* lock) noexcept {
 }
 
 PAGERSIM_INTERPOSED int pthread_cond_wait(pthread_cond_t* condition, pthread_mutex_t* mutex) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().pthread_cond_wait(condition, mutex);
+    }
     return WaitForCondition(condition, mutex, kNever);
 }
 
 PAGERSIM_INTERPOSED int pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
                                                const timespec* until) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().pthread_cond_timedwait(condition, mutex, until);
+    }
     return WaitForConditionUntil(condition, mutex, ClockOf(condition), *until);
 }
 
 PAGERSIM_INTERPOSED int pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
                                                clockid_t clock, const timespec* until) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().pthread_cond_clockwait(condition, mutex, clock, until);
+    }
     return WaitForConditionUntil(condition, mutex, clock, *until);
 }
 

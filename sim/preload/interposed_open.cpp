@@ -40,12 +40,14 @@ int OpenLine(const char* path, int flags) {
                 fd = -1;
                 error = EMFILE;
             }
-            if (fd >= 0)
+            if (fd >= 0) {
                 Descriptors::Note(fd, {com, connection});
+            }
         }
     }
-    if (fd < 0)
+    if (fd < 0) {
         errno = error;
+    }
     return fd;
 }
 

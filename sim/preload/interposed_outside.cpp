@@ -7,8 +7,9 @@
 namespace pagersim {
 
 bool MayWaitOutside(int fd) {
-    if (!IsServed() || (fcntl(fd, F_GETFL) & O_NONBLOCK) != 0)
+    if (!IsServed() || (fcntl(fd, F_GETFL) & O_NONBLOCK) != 0) {
         return false;
+    }
     pollfd look{fd, POLLIN, 0};
     return Real().poll(&look, 1, 0) == 0;
 }
@@ -17,8 +18,9 @@ namespace {
 
 template <typename Call>
 auto RunOutside(bool outside, Call call) {
-    if (!outside)
+    if (!outside) {
         return call();
+    }
     const Outside guard;
     return call();
 }

@@ -15,11 +15,13 @@ int OnLine(int fd, Action action) {
         const Locked locked;
         Line* const line = LineBehind(fd);
         there = line != nullptr;
-        if (there)
+        if (there) {
             action(*line);
+        }
     }
-    if (there)
+    if (there) {
         return 0;
+    }
     errno = EIO;
     return -1;
 }
@@ -27,34 +29,40 @@ int OnLine(int fd, Action action) {
 }  // namespace
 
 PAGERSIM_INTERPOSED int tcgetattr(int fd, termios* settings) noexcept {
-    if (Descriptors::ComOf(fd) == 0)
+    if (Descriptors::ComOf(fd) == 0) {
         return Real().tcgetattr(fd, settings);
+    }
     return OnLine(fd, [&](Line& line) { *settings = line.Settings(); });
 }
 
 PAGERSIM_INTERPOSED int tcsetattr(int fd, int when, const termios* settings) noexcept {
-    if (Descriptors::ComOf(fd) == 0)
+    if (Descriptors::ComOf(fd) == 0) {
         return Real().tcsetattr(fd, when, settings);
+    }
     return OnLine(fd, [&](Line& line) {
-        if (when == TCSAFLUSH)
+        if (when == TCSAFLUSH) {
             line.DropInput();
+        }
         line.Set(*settings);
     });
 }
 
 PAGERSIM_INTERPOSED int tcflush(int fd, int queues) noexcept {
-    if (Descriptors::ComOf(fd) == 0)
+    if (Descriptors::ComOf(fd) == 0) {
         return Real().tcflush(fd, queues);
+    }
     return OnLine(fd, [&](Line& line) {
-        if (queues != TCOFLUSH)
+        if (queues != TCOFLUSH) {
             line.DropInput();
+        }
     });
 }
 
 // What is written is heard at once.
 PAGERSIM_INTERPOSED int tcdrain(int fd) {
-    if (Descriptors::ComOf(fd) == 0)
+    if (Descriptors::ComOf(fd) == 0) {
         return Real().tcdrain(fd);
+    }
     return OnLine(fd, [](Line&) {});
 }
 
@@ -64,8 +72,9 @@ PAGERSIM_INTERPOSED int ioctl(int fd, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    if (Descriptors::ComOf(fd) == 0 || request != FIONREAD)
+    if (Descriptors::ComOf(fd) == 0 || request != FIONREAD) {
         return Real().ioctl(fd, request, argument);
+    }
     return OnLine(
         fd, [&](Line& line) { *static_cast<int*>(argument) = static_cast<int>(line.Readable()); });
 }

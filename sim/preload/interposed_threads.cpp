@@ -24,17 +24,19 @@ bool IsDetached(const pthread_attr_t* attributes) {
 
 int CreateThread(pthread_t* handle, const pthread_attr_t* attributes, void* (*start)(void*),
                  void* argument) {
-    if (IsThreadSanitizersOwn(argument))
+    if (IsThreadSanitizersOwn(argument)) {
         return Real().pthread_create(handle, attributes, start, argument);
+    }
     // The new thread takes the lock first of all, and so begins when its record is complete.
     const Locked locked;
     ProgramThread& record = RegisterThread(start, argument);
     record.detached = IsDetached(attributes);
     const int result = Real().pthread_create(handle, attributes, RunThread, &record);
-    if (result == 0)
+    if (result == 0) {
         record.handle = *handle;
-    else
+    } else {
         TheWorld().Threads().Remove(record);
+    }
     return result;
 }
 
@@ -43,13 +45,15 @@ int CreateThread(pthread_t* handle, const pthread_attr_t* attributes, void* (*st
 ProgramThread* AwaitEnd(pthread_t handle, bool served) {
     const Locked locked;
     ProgramThread* const thread = TheWorld().Threads().Find(handle);
-    if (thread == nullptr || thread == Me() || thread->detached)
+    if (thread == nullptr || thread == Me() || thread->detached) {
         return nullptr;
+    }
     thread->joined = true;
     Wait wait{WaitKind::kJoin};
     wait.object = thread;
-    while (served && World::IsActive() && !thread->ended)
+    while (served && World::IsActive() && !thread->ended) {
         TheWorld().Threads().WaitFor(*Me(), wait);
+    }
     return thread;
 }
 
@@ -73,10 +77,11 @@ PAGERSIM_INTERPOSED int pthread_join(pthread_t handle, void** answer) {
     const int result = Real().pthread_join(handle, answer);
     if (thread != nullptr) {
         const Locked locked;
-        if (result == 0)
+        if (result == 0) {
             TheWorld().Threads().Remove(*thread);
-        else
+        } else {
             thread->joined = false;
+        }
     }
     return result;
 }
@@ -86,8 +91,9 @@ PAGERSIM_INTERPOSED int pthread_detach(pthread_t handle) noexcept {
         const Locked locked;
         if (ProgramThread* const thread = TheWorld().Threads().Find(handle)) {
             thread->detached = true;
-            if (thread->ended)
+            if (thread->ended) {
                 TheWorld().Threads().Remove(*thread);
+            }
         }
     }
     return Real().pthread_detach(handle);

@@ -33,8 +33,9 @@ timespec ToTimespec(Micros time) {
 void NoteQuietLook(unsigned lines) {
     ProgramThread& me = *Me();
     me.quiet_lines = lines;
-    if (++me.quiet_looks >= kQuietLooksPerStep)
+    if (++me.quiet_looks >= kQuietLooksPerStep) {
         TakeStep();
+    }
 }
 
 void NoteActivity() {
@@ -52,20 +53,23 @@ Micros LookAtWallClock() {
 }
 
 PAGERSIM_INTERPOSED unsigned sleep(unsigned seconds) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().sleep(seconds);
+    }
     const Locked locked;
     Wait wait{WaitKind::kSleep};
     wait.deadline = TheWorld().Now() + std::chrono::seconds(seconds);
-    if (TheWorld().Threads().WaitFor(*Me(), wait) != Waking::kSignal)
+    if (TheWorld().Threads().WaitFor(*Me(), wait) != Waking::kSignal) {
         return 0;
+    }
     const Micros left = wait.deadline - TheWorld().Now();
     return static_cast<unsigned>(std::chrono::ceil<std::chrono::seconds>(left).count());
 }
 
 PAGERSIM_INTERPOSED int gettimeofday(timeval* now, void* zone) noexcept {
-    if (!World::IsActive())
+    if (!World::IsActive()) {
         return Real().gettimeofday(now, zone);
+    }
     const Micros wall = LookAtWallClock();
     now->tv_sec = static_cast<time_t>(wall.count() / 1'000'000);
     now->tv_usec = static_cast<suseconds_t>(wall.count() % 1'000'000);
@@ -73,17 +77,20 @@ PAGERSIM_INTERPOSED int gettimeofday(timeval* now, void* zone) noexcept {
 }
 
 PAGERSIM_INTERPOSED time_t time(time_t* out) noexcept {
-    if (!World::IsActive())
+    if (!World::IsActive()) {
         return Real().time(out);
+    }
     const auto now = static_cast<time_t>(LookAtWallClock().count() / 1'000'000);
-    if (out != nullptr)
+    if (out != nullptr) {
         *out = now;
+    }
     return now;
 }
 
 PAGERSIM_INTERPOSED int clock_gettime(clockid_t clock, timespec* now) noexcept {
-    if (!World::IsActive() || (clock != CLOCK_REALTIME && clock != CLOCK_REALTIME_COARSE))
+    if (!World::IsActive() || (clock != CLOCK_REALTIME && clock != CLOCK_REALTIME_COARSE)) {
         return Real().clock_gettime(clock, now);
+    }
     *now = ToTimespec(LookAtWallClock());
     return 0;
 }

@@ -20,8 +20,9 @@ struct Seen {
 
 short ReadyOnLine(int fd, short events) {
     const Line* const line = LineBehind(fd);
-    if (line == nullptr)  // As the kernel answers for a terminal that is gone.
+    if (line == nullptr) {  // As the kernel answers for a terminal that is gone.
         return static_cast<short>(POLLHUP | POLLERR | (events & (POLLIN | POLLOUT)));
+    }
     return static_cast<short>((line->Readable() > 0 ? events & (POLLIN | POLLRDNORM) : 0) |
                               (events & (POLLOUT | POLLWRNORM)));
 }
@@ -40,20 +41,25 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
             // A line that is gone can be read from for ever, and has nothing.
             seen.input = seen.input || (each.revents & (POLLIN | POLLHUP)) == POLLIN;
         } else if (each.fd >= 0) {
-            if (real.empty())
+            if (real.empty()) {
                 real.assign(count, pollfd{-1, 0, 0});
+            }
             real[i] = each;
         }
     }
-    if (real.empty() && signals == nullptr)
+    if (real.empty() && signals == nullptr) {
         return seen;
+    }
     const timespec none{};
     const int ready = Real().ppoll(real.data(), real.size(), &none, signals);
-    if (ready < 0)
+    if (ready < 0) {
         return {-1, seen.lines, false};
-    for (nfds_t i = 0; i < real.size(); ++i)
-        if (real[i].fd >= 0)
+    }
+    for (nfds_t i = 0; i < real.size(); ++i) {
+        if (real[i].fd >= 0) {
             descriptors[i].revents = real[i].revents;
+        }
+    }
     seen.ready += ready;
     return seen;
 }
@@ -77,17 +83,22 @@ int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t
         for (;;) {
             threads.RunDueEvents();
             const Seen seen = LookAt(descriptors, count, signals, real);
-            if (seen.ready < 0)
+            if (seen.ready < 0) {
                 error = errno;
+            }
             result = seen.ready;
-            if (seen.input)
+            if (seen.input) {
                 NoteActivity();
-            if (seen.ready != 0)
+            }
+            if (seen.ready != 0) {
                 break;
-            if (limit == Micros::zero() && seen.lines != 0)
+            }
+            if (limit == Micros::zero() && seen.lines != 0) {
                 NoteQuietLook(seen.lines);
-            if (TheWorld().Now() >= wait.deadline || !World::IsActive())
+            }
+            if (TheWorld().Now() >= wait.deadline || !World::IsActive()) {
                 break;
+            }
             wait.lines = seen.lines;
             wait.descriptors = real.data();
             wait.count = real.size();
@@ -98,8 +109,9 @@ int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t
             }
         }
     }
-    if (result < 0)
+    if (result < 0) {
         errno = error;
+    }
     return result;
 }
 
@@ -126,8 +138,9 @@ class SelectSets {
         for (int fd = 0; fd < limit; ++fd) {
             const int events = (Has(read, fd) ? POLLIN : 0) | (Has(write, fd) ? POLLOUT : 0) |
                                (Has(except, fd) ? POLLPRI : 0);
-            if (events != 0)
+            if (events != 0) {
                 list_[count_++] = {fd, static_cast<short>(events), 0};
+            }
         }
     }
 
@@ -155,10 +168,12 @@ class SelectSets {
     static bool Has(const fd_set* set, int fd) { return set != nullptr && FD_ISSET(fd, set); }
 
     static int Keep(fd_set* set, const pollfd& each, int asked, int answers) {
-        if ((each.events & asked) == 0)
+        if ((each.events & asked) == 0) {
             return 0;
-        if ((each.revents & answers) != 0)
+        }
+        if ((each.revents & answers) != 0) {
             return 1;
+        }
         FD_CLR(each.fd, set);
         return 0;
     }
@@ -174,8 +189,9 @@ int SelectInWorld(int limit, fd_set* read, fd_set* write, fd_set* except, Micros
                   const sigset_t* signals) {
     SelectSets sets(limit, read, write, except);
     const int ready = WaitForInput(sets.List(), sets.Count(), wait, signals);
-    if (ready < 0)
+    if (ready < 0) {
         return -1;
+    }
     if (sets.HasBadDescriptor()) {
         errno = EBADF;
         return -1;
@@ -184,8 +200,9 @@ int SelectInWorld(int limit, fd_set* read, fd_set* write, fd_set* except, Micros
 }
 
 int Poll(pollfd* descriptors, nfds_t count, int timeout) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().poll(descriptors, count, timeout);
+    }
     return WaitForInput(descriptors, count, FromMilliseconds(timeout), nullptr);
 }
 
@@ -196,15 +213,17 @@ PAGERSIM_INTERPOSED int poll(pollfd* descriptors, nfds_t count, int timeout) {
 }
 
 PAGERSIM_INTERPOSED int __poll_chk(pollfd* descriptors, nfds_t count, int timeout, size_t size) {
-    if (size / sizeof *descriptors < count)
+    if (size / sizeof *descriptors < count) {
         abort();
+    }
     return Poll(descriptors, count, timeout);
 }
 
 PAGERSIM_INTERPOSED int ppoll(pollfd* descriptors, nfds_t count, const timespec* timeout,
                               const sigset_t* signals) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().ppoll(descriptors, count, timeout, signals);
+    }
     return WaitForInput(descriptors, count, FromTimespec(timeout), signals);
 }
 
@@ -213,16 +232,18 @@ PAGERSIM_INTERPOSED int epoll_wait(int set, epoll_event* events, int room, int t
     if (IsServed() && timeout != 0) {
         pollfd look{set, POLLIN, 0};
         const int ready = WaitForInput(&look, 1, FromMilliseconds(timeout), nullptr);
-        if (ready <= 0)
+        if (ready <= 0) {
             return ready;
+        }
     }
     return Real().epoll_wait(set, events, room, IsServed() ? 0 : timeout);
 }
 
 PAGERSIM_INTERPOSED int select(int limit, fd_set* read, fd_set* write, fd_set* except,
                                timeval* timeout) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().select(limit, read, write, except, timeout);
+    }
     if (timeout != nullptr && (timeout->tv_sec < 0 || timeout->tv_usec < 0)) {
         errno = EINVAL;
         return -1;
@@ -240,8 +261,9 @@ PAGERSIM_INTERPOSED int select(int limit, fd_set* read, fd_set* write, fd_set* e
 
 PAGERSIM_INTERPOSED int pselect(int limit, fd_set* read, fd_set* write, fd_set* except,
                                 const timespec* timeout, const sigset_t* signals) {
-    if (!IsServed())
+    if (!IsServed()) {
         return Real().pselect(limit, read, write, except, timeout, signals);
+    }
     return SelectInWorld(limit, read, write, except, FromTimespec(timeout), signals);
 }
 

@@ -35,8 +35,9 @@ void Fill() {
 }  // namespace
 
 const RealCalls& Real() {
-    if (!filled.load(std::memory_order_acquire))
+    if (!filled.load(std::memory_order_acquire)) {
         Fill();
+    }
     return table;
 }
 

@@ -10,8 +10,9 @@ namespace {
 
 [[gnu::constructor]] void Load() {
     RegisterMainThread();
-    if (StartExchangeFromEnvironment != nullptr && std::getenv("PAGERSIM_EXCHANGE") != nullptr)
+    if (StartExchangeFromEnvironment != nullptr && std::getenv("PAGERSIM_EXCHANGE") != nullptr) {
         StartExchangeFromEnvironment();
+    }
 }
 
 }  // namespace

@@ -23,16 +23,18 @@ constexpr std::array<std::pair<EventKind, const char*>, 8> kKindNames = {{
 
 const char* KindName(EventKind kind) {
     for (const auto& [known, name] : kKindNames) {
-        if (known == kind)
+        if (known == kind) {
             return name;
+        }
     }
     return "";
 }
 
 EventKind KindNamed(std::string_view name) {
     for (const auto& [kind, known] : kKindNames) {
-        if (known == name)
+        if (known == name) {
             return kind;
+        }
     }
     throw std::invalid_argument("no such event: " + std::string(name));
 }
@@ -42,8 +44,9 @@ std::string Widened(std::string_view bytes) {
     std::string wide;
     for (const char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x80)
+        if (byte >= 0x80) {
             wide += static_cast<char>(0xc0 | byte >> 6);
+        }
         wide += static_cast<char>(byte >= 0x80 ? 0x80 | (byte & 0x3f) : byte);
     }
     return wide;
@@ -76,10 +79,12 @@ std::string ToJson(const Event& event) {
                                    {"line", Widened(event.line)},
                                    {"who", Widened(event.who)},
                                    {"what", KindName(event.kind)}};
-    if (!event.recipient.empty() || event.kind == EventKind::kDelivers)
+    if (!event.recipient.empty() || event.kind == EventKind::kDelivers) {
         json["recipient"] = Widened(event.recipient);
-    if (!event.text.empty() || event.kind == EventKind::kDelivers)
+    }
+    if (!event.text.empty() || event.kind == EventKind::kDelivers) {
         json["text"] = Widened(event.text);
+    }
     return json.dump();
 }
 

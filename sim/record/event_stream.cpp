@@ -28,8 +28,9 @@ class Descriptor {
     explicit Descriptor(const std::string& path)
         : fd_(open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644)) {}
     ~Descriptor() {
-        if (fd_ >= 0)
+        if (fd_ >= 0) {
             close(fd_);
+        }
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -49,8 +50,9 @@ void ShortPause() {
 
 // Long bytes on a line in several events, everything else in one.
 std::vector<Event> Parts(const Event& event) {
-    if (event.kind != EventKind::kSends || event.text.size() <= kLongestText)
+    if (event.kind != EventKind::kSends || event.text.size() <= kLongestText) {
         return {event};
+    }
     std::vector<Event> parts;
     for (std::size_t from = 0; from < event.text.size(); from += kLongestText) {
         parts.push_back(event);
@@ -62,12 +64,13 @@ std::vector<Event> Parts(const Event& event) {
 void Descriptor::WriteAll(std::string_view text) const {
     for (int tries = 0; !text.empty() && tries < kPatienceMs; ++tries) {
         const ssize_t written = write(fd_, text.data(), text.size());
-        if (written > 0)
+        if (written > 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
-        else if (errno == EAGAIN)
+        } else if (errno == EAGAIN) {
             ShortPause();
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             return;
+        }
     }
 }
 
@@ -75,14 +78,17 @@ void Descriptor::WriteAll(std::string_view text) const {
 // done.
 void Descriptor::WaitUntilShown() const {
     struct stat status {};
-    if (fstat(fd_, &status) != 0 || !S_ISFIFO(status.st_mode))
+    if (fstat(fd_, &status) != 0 || !S_ISFIFO(status.st_mode)) {
         return;
+    }
     int unread = 0;
     for (int tries = 0; tries < kPatienceMs; ++tries) {
-        if (ioctl(fd_, FIONREAD, &unread) != 0)
+        if (ioctl(fd_, FIONREAD, &unread) != 0) {
             return;
-        if (unread == 0 && flock(fd_, LOCK_SH | LOCK_NB) == 0)
+        }
+        if (unread == 0 && flock(fd_, LOCK_SH | LOCK_NB) == 0) {
             return;
+        }
         ShortPause();
     }
 }
@@ -93,17 +99,21 @@ EventStream::EventStream(std::string path, Milliseconds begun)
     : path_(std::move(path)), begun_(begun) {}
 
 void EventStream::Record(const Event& event) {
-    if (path_.empty())
+    if (path_.empty()) {
         return;
+    }
     const Descriptor stream(path_);
-    if (!stream.IsOpen())
+    if (!stream.IsOpen()) {
         return;
+    }
     Event timed = event;
     timed.at += begun_;
-    for (const Event& part : Parts(timed))
+    for (const Event& part : Parts(timed)) {
         stream.WriteAll(ToJson(part) + "\n");
-    if (event.kind == EventKind::kCloses)
+    }
+    if (event.kind == EventKind::kCloses) {
         stream.WaitUntilShown();
+    }
 }
 
 }  // namespace pagersim

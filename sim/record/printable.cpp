@@ -14,15 +14,17 @@ std::string Hex(unsigned char byte) {
 }
 
 std::string Name(unsigned char byte) {
-    if (byte < support::kControlNames.size())
+    if (byte < support::kControlNames.size()) {
         return std::string(support::kControlNames[byte]);
+    }
     return byte == support::kDelete ? std::string(support::kDeleteName) : Hex(byte);
 }
 
 std::string PrintableByte(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte < support::kDelete)
+    if (byte >= 0x20 && byte < support::kDelete) {
         return {c};
+    }
     return "<" + Name(byte) + ">";
 }
 
@@ -48,8 +50,9 @@ bool Encodes(const Utf8Form& form, std::string_view bytes) {
     char32_t point = static_cast<unsigned char>(bytes.front()) & static_cast<unsigned>(~form.mask);
     for (const char c : bytes.substr(1)) {
         const auto byte = static_cast<unsigned char>(c);
-        if (!Continues(byte))
+        if (!Continues(byte)) {
             return false;
+        }
         point = point << 6 | (byte & 0x3f);
     }
     return point >= form.first && point <= form.last && !IsSurrogate(point);
@@ -59,8 +62,9 @@ bool Encodes(const Utf8Form& form, std::string_view bytes) {
 
 std::string Printable(std::string_view bytes) {
     std::string shown;
-    for (const char c : bytes)
+    for (const char c : bytes) {
         shown += PrintableByte(c);
+    }
     return shown;
 }
 
@@ -69,8 +73,9 @@ std::size_t Utf8Length(std::string_view text) {
         const Utf8Form& form = kUtf8Forms[i];
         const std::size_t length = i + 1;
         if (text.size() >= length &&
-            (static_cast<unsigned char>(text.front()) & form.mask) == form.lead)
+            (static_cast<unsigned char>(text.front()) & form.mask) == form.lead) {
             return Encodes(form, text.substr(0, length)) ? length : 0;
+        }
     }
     return 0;
 }

@@ -65,10 +65,11 @@ std::string Transcript::Add(const Event& event) {
         open_->text += event.text;
     } else {
         lines = Finish();
-        if (event.kind == EventKind::kSends)
+        if (event.kind == EventKind::kSends) {
             open_ = event;
-        else
+        } else {
             lines += Line(event);
+        }
     }
     latest_ = event.at;
     return lines;

@@ -33,11 +33,13 @@ class UsageError : public std::runtime_error {
 
 ExchangeFile CheckedExchange(const std::string& path) {
     ExchangeFile file = LoadExchangeFile(path);
-    if (file.mistakes.empty())
+    if (file.mistakes.empty()) {
         return file;
+    }
     std::string all;
-    for (const std::string& mistake : file.mistakes)
+    for (const std::string& mistake : file.mistakes) {
         all += (all.empty() ? "" : "\npagersim: ") + mistake;
+    }
     throw UsageError(all);
 }
 
@@ -45,11 +47,13 @@ ExchangeFile CheckedExchange(const std::string& path) {
 void CheckProgram(const std::string& command) {
     constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
     const auto path = FindProgram(command);
-    if (!path)
+    if (!path) {
         throw UsageError(command + ": there is no such program");
+    }
     const int word_size = WordSizeOf(*path);
-    if (word_size == kOwnWordSize)
+    if (word_size == kOwnWordSize) {
         return;
+    }
     throw UsageError(command + " is " +
                      (word_size == 0 ? "no program that can be simulated"
                                      : "a " + std::to_string(word_size) + "-bit program") +
@@ -59,24 +63,28 @@ void CheckProgram(const std::string& command) {
 
 std::string CheckedPreload() {
     const auto path = FindPreload();
-    if (!path)
+    if (!path) {
         throw UsageError(
             "libpagersim-preload.so is missing; it belongs beside pagersim or into "
             "../lib, or name it in the environment variable PAGERSIM_PRELOAD");
+    }
     return *path;
 }
 
 std::vector<Expectation> CheckedExpectations(const RunnerOptions& options,
                                              const ExchangeFile& file) {
-    if (options.expectations.empty())
+    if (options.expectations.empty()) {
         return file.expectations;
+    }
     std::vector<Expectation> expectations;
     for (const std::string& text : options.expectations) {
-        if (text == kNothing)
+        if (text == kNothing) {
             continue;
+        }
         const auto expected = ParseExpectation(text);
-        if (!expected)
+        if (!expected) {
             throw UsageError("--expect " + text + ": write CENTRE:PAGER=TEXT, or nothing");
+        }
         expectations.push_back(*expected);
     }
     return expectations;
@@ -84,11 +92,13 @@ std::vector<Expectation> CheckedExpectations(const RunnerOptions& options,
 
 std::time_t StartOf(const RunnerOptions& options) {
     const auto kept = options.clock.empty() ? std::nullopt : ReadClock(options.clock);
-    if (kept)
+    if (kept) {
         return *kept;
+    }
     const auto start = ParseInstant(options.start.empty() ? kDefaultStart : options.start);
-    if (!start)
+    if (!start) {
         throw UsageError("--start " + options.start + ": write it as \"2001-02-03 04:05:06\"");
+    }
     return *start;
 }
 
@@ -101,20 +111,24 @@ std::string Absolute(const std::string& path) {
 class Output {
  public:
     explicit Output(const std::string& path) : to_screen_(path == "-") {
-        if (path.empty() || to_screen_)
+        if (path.empty() || to_screen_) {
             return;
+        }
         file_.open(path, std::ios::trunc);
-        if (!file_)
+        if (!file_) {
             throw UsageError(path + ": can't be written");
+        }
     }
 
     void Write(const std::string& text) {
-        if (text.empty())
+        if (text.empty()) {
             return;
-        if (to_screen_)
+        }
+        if (to_screen_) {
             std::cout << text << std::flush;
-        else if (file_.is_open())
+        } else if (file_.is_open()) {
             file_ << text << std::flush;
+        }
     }
 
  private:
@@ -124,8 +138,9 @@ class Output {
 
 std::vector<std::string> CentreNames(const ExchangeFile& file) {
     std::vector<std::string> names;
-    for (const CentreEntry& centre : file.centres)
+    for (const CentreEntry& centre : file.centres) {
         names.push_back(centre.subscriber.name);
+    }
     return names;
 }
 
@@ -175,13 +190,15 @@ class Run {
     int Conclude(int status) {
         const Comparison comparison = Compare(expectations_, report_.Pages());
         summary_.Write(DescribePages(CentreNames(file_), report_));
-        if (checks_ && comparison.Met())
+        if (checks_ && comparison.Met()) {
             summary_.Write(DescribeComparison(comparison));
-        else if (checks_)
+        } else if (checks_) {
             std::cerr << DescribeComparison(comparison);
+        }
         report_file_.Write(ReportAsJson(report_, status, checks_ ? &comparison : nullptr));
-        if (status != 0)
+        if (status != 0) {
             return status;
+        }
         return checks_ && !comparison.Met() ? kNotAsExpected : 0;
     }
 
@@ -201,8 +218,9 @@ class Run {
 
 int main(int count, char** arguments) {
     const auto parsed = pagersim::ParseOptions(count, arguments);
-    if (parsed.exit_status)
+    if (parsed.exit_status) {
         return *parsed.exit_status;
+    }
     try {
         return pagersim::Run(parsed.options).Execute();
     } catch (const std::exception& error) {

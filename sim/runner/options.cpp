@@ -85,8 +85,9 @@ ParsedOptions ParseOptions(int count, const char* const* arguments) {
     const auto separator = std::find(all.begin(), all.end(), "--");
     ParsedOptions parsed;
     RunnerOptions& options = parsed.options;
-    if (separator != all.end())
+    if (separator != all.end()) {
         options.command.assign(separator + 1, all.end());
+    }
 
     CLI::App app{kDescription, "pagersim"};
     Describe(app, options);

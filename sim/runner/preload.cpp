@@ -34,8 +34,9 @@ bool IsSanitizer(std::string_view path) {
 
 int KeepSanitizer(dl_phdr_info* object, std::size_t, void* kept) {
     const std::string_view path = object->dlpi_name;
-    if (!IsSanitizer(path))
+    if (!IsSanitizer(path)) {
         return 0;
+    }
     *static_cast<std::string*>(kept) = path;
     return 1;
 }
@@ -47,8 +48,9 @@ std::string OwnSanitizer() {
 }
 
 void AppendTo(std::string& list, std::string_view library) {
-    if (!list.empty() && !library.empty())
+    if (!list.empty() && !library.empty()) {
         list += ':';
+    }
     list += library;
 }
 
@@ -56,13 +58,15 @@ void AppendTo(std::string& list, std::string_view library) {
 
 std::optional<std::string> FindPreload() {
     const char* const named = std::getenv("PAGERSIM_PRELOAD");
-    if (named != nullptr)
+    if (named != nullptr) {
         return IsReadable(named) ? std::optional<std::string>(named) : std::nullopt;
+    }
     const std::string folder = OwnFolder();
     for (const char* const place : {"/", "/../lib/", "/../" PAGERSIM_LIBRARY_FOLDER "/"}) {
         const std::string path = folder + place + kName;
-        if (IsReadable(path))
+        if (IsReadable(path)) {
             return path;
+        }
     }
     return std::nullopt;
 }
@@ -70,8 +74,9 @@ std::optional<std::string> FindPreload() {
 std::string PreloadList(const std::string& preload, const std::string& link) {
     std::string path = preload;
     if (path.find_first_of(" :") != std::string::npos) {
-        if (symlink(preload.c_str(), link.c_str()) != 0)
+        if (symlink(preload.c_str(), link.c_str()) != 0) {
             throw std::system_error(errno, std::generic_category(), link);
+        }
         path = link;
     }
     std::string list = OwnSanitizer();

@@ -29,15 +29,17 @@ std::string FirstLine(const std::string& path) {
 }
 
 int ElfWordSize(std::string_view head) {
-    if (head.size() <= EI_CLASS || head.substr(0, SELFMAG) != std::string_view(ELFMAG, SELFMAG))
+    if (head.size() <= EI_CLASS || head.substr(0, SELFMAG) != std::string_view(ELFMAG, SELFMAG)) {
         return 0;
+    }
     return head[EI_CLASS] == ELFCLASS32 ? 32 : 64;
 }
 
 int WordSize(const std::string& path, int scripts_left) {
     const std::string head = FirstLine(path);
-    if (head.compare(0, 2, "#!") != 0 || scripts_left == 0)
+    if (head.compare(0, 2, "#!") != 0 || scripts_left == 0) {
         return ElfWordSize(head);
+    }
     std::istringstream words(head.substr(2));
     std::string interpreter;
     words >> interpreter;
@@ -47,14 +49,16 @@ int WordSize(const std::string& path, int scripts_left) {
 }  // namespace
 
 std::optional<std::string> FindProgram(const std::string& command) {
-    if (command.find('/') != std::string::npos)
+    if (command.find('/') != std::string::npos) {
         return IsExecutable(command) ? std::optional(command) : std::nullopt;
+    }
     const char* const path = std::getenv("PATH");
     std::istringstream folders(path == nullptr ? "/usr/bin:/bin" : path);
     for (std::string folder; std::getline(folders, folder, ':');) {
         const std::string candidate = (folder.empty() ? "." : folder) + "/" + command;
-        if (IsExecutable(candidate))
+        if (IsExecutable(candidate)) {
             return candidate;
+        }
     }
     return std::nullopt;
 }

@@ -64,8 +64,9 @@ nlohmann::ordered_json ToJson(const CallRecord& call) {
 template <typename Item>
 nlohmann::ordered_json ListOf(const std::vector<Item>& items) {
     auto list = nlohmann::ordered_json::array();
-    for (const Item& item : items)
+    for (const Item& item : items) {
         list.push_back(ToJson(item));
+    }
     return list;
 }
 
@@ -73,15 +74,18 @@ nlohmann::ordered_json ListOf(const std::vector<Item>& items) {
 
 void Report::Add(const Event& event) {
     end_ = std::max(end_, event.at);
-    if (event.kind == EventKind::kDials)
+    if (event.kind == EventKind::kDials) {
         calls_.push_back({event.line, event.who, event.text, event.at, event.at});
+    }
     CallRecord* const call = CallOn(event.line, event.who);
-    if (call == nullptr)
+    if (call == nullptr) {
         return;
+    }
     call->to = event.at;
-    if (event.kind == EventKind::kDelivers)
+    if (event.kind == EventKind::kDelivers) {
         pages_.push_back({event.who, PrintableText(event.recipient), PrintableText(event.text),
                           event.at, static_cast<std::size_t>(call - calls_.data())});
+    }
 }
 
 // The latest; a line has one at a time.
@@ -95,8 +99,9 @@ CallRecord* Report::CallOn(const std::string& line, const std::string& centre) {
 std::optional<Expectation> ParseExpectation(const std::string& text) {
     const auto colon = text.find(':');
     const auto equals = text.find('=', colon == std::string::npos ? 0 : colon);
-    if (colon == std::string::npos || equals == std::string::npos)
+    if (colon == std::string::npos || equals == std::string::npos) {
         return std::nullopt;
+    }
     return Expectation{text.substr(0, colon), text.substr(colon + 1, equals - colon - 1),
                        text.substr(equals + 1)};
 }
@@ -109,10 +114,11 @@ Comparison Compare(const std::vector<Expectation>& expected,
         const auto found = std::find_if(left.begin(), left.end(), [&](const DeliveredPage& page) {
             return Matches(one, page);
         });
-        if (found == left.end())
+        if (found == left.end()) {
             comparison.missing.push_back(one);
-        else
+        } else {
             left.erase(found);
+        }
     }
     return comparison;
 }
@@ -123,8 +129,9 @@ std::string DescribePages(const std::vector<std::string>& centres, const Report&
         std::string lines;
         std::size_t count = 0;
         for (const DeliveredPage& page : report.Pages()) {
-            if (page.centre != centre)
+            if (page.centre != centre) {
                 continue;
+            }
             ++count;
             const CallRecord& call = report.Calls()[page.call];
             lines += "  " + PageLine(page.recipient, page.text) + ", in a call of " +
@@ -137,15 +144,18 @@ std::string DescribePages(const std::vector<std::string>& centres, const Report&
 }
 
 std::string DescribeComparison(const Comparison& comparison) {
-    if (comparison.Met())
+    if (comparison.Met()) {
         return "received exactly what was expected\n";
+    }
     std::string text;
-    for (const Expectation& missing : comparison.missing)
+    for (const Expectation& missing : comparison.missing) {
         text += "expected, but not received: " + missing.centre + ", " +
                 PageLine(missing.recipient, PrintableText(missing.text)) + "\n";
-    for (const DeliveredPage& page : comparison.unexpected)
+    }
+    for (const DeliveredPage& page : comparison.unexpected) {
         text += "received, but not expected: " + page.centre + ", " +
                 PageLine(page.recipient, page.text) + "\n";
+    }
     return text;
 }
 
@@ -154,10 +164,11 @@ std::string ReportAsJson(const Report& report, int status, const Comparison* com
                                    {"virtual_seconds", Seconds(report.End())},
                                    {"calls", ListOf(report.Calls())},
                                    {"pages", ListOf(report.Pages())}};
-    if (comparison != nullptr)
+    if (comparison != nullptr) {
         json["expected"] = {{"met", comparison->Met()},
                             {"missing", ListOf(comparison->missing)},
                             {"unexpected", ListOf(comparison->unexpected)}};
+    }
     constexpr int kIndent = 2;
     return json.dump(kIndent, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }

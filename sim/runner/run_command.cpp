@@ -31,8 +31,9 @@ constexpr int kKilled = 128;
 class Descriptor {
  public:
     Descriptor(int fd, const std::string& what) : fd_(fd) {
-        if (fd < 0)
+        if (fd < 0) {
             ThrowError(what);
+        }
     }
     ~Descriptor() { close(fd_); }
     Descriptor(const Descriptor&) = delete;
@@ -47,8 +48,9 @@ class Descriptor {
 // Open for writing too, so that it has no end while the programs come and go.
 int MakePipe(const std::string& path) {
     constexpr mode_t kOwnOnly = 0600;
-    if (mkfifo(path.c_str(), kOwnOnly) != 0)
+    if (mkfifo(path.c_str(), kOwnOnly) != 0) {
         return -1;
+    }
     return open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
 }
 
@@ -58,8 +60,9 @@ class HeldSignals {
  public:
     HeldSignals() {
         sigemptyset(&held_);
-        for (const int signal : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP})
+        for (const int signal : {SIGCHLD, SIGINT, SIGQUIT, SIGTERM, SIGHUP}) {
             sigaddset(&held_, signal);
+        }
         sigprocmask(SIG_BLOCK, &held_, &before_);
     }
     ~HeldSignals() { Release(); }
@@ -75,11 +78,13 @@ class HeldSignals {
 
 [[noreturn]] void Become(const std::vector<std::string>& command,
                          const std::map<std::string, std::string>& environment) {
-    for (const auto& [name, value] : environment)
+    for (const auto& [name, value] : environment) {
         setenv(name.c_str(), value.c_str(), 1);
+    }
     std::vector<char*> arguments;
-    for (const std::string& argument : command)
+    for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
     arguments.push_back(nullptr);
     execvp(arguments[0], arguments.data());
     std::fprintf(stderr, "pagersim: %s can't be started: %s\n", arguments[0], std::strerror(errno));
@@ -137,8 +142,9 @@ void PassOn(int signals, pid_t child) {
     signalfd_siginfo info{};
     while (read(signals, &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         const auto signal = static_cast<int>(info.ssi_signo);
-        if (signal == SIGTERM || signal == SIGHUP)
+        if (signal == SIGTERM || signal == SIGHUP) {
             kill(child, signal);
+        }
     }
 }
 
@@ -163,8 +169,9 @@ int RunCommand(const std::vector<std::string>& command,
     const HeldSignals held;
     const Descriptor signals(held.OpenDescriptor(), "signals");
     const pid_t child = fork();
-    if (child < 0)
+    if (child < 0) {
         ThrowError("fork");
+    }
     if (child == 0) {
         held.Release();
         Become(command, environment);

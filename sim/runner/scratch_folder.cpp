@@ -11,8 +11,9 @@ namespace pagersim {
 ScratchFolder::ScratchFolder() {
     const char* const base = std::getenv("TMPDIR");
     path_ = std::string(base == nullptr || *base == '\0' ? "/tmp" : base) + "/pagersim-XXXXXX";
-    if (mkdtemp(path_.data()) == nullptr)
+    if (mkdtemp(path_.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), path_);
+    }
 }
 
 ScratchFolder::~ScratchFolder() {

@@ -15,8 +15,9 @@ void EventQueue::RunNext() {
 }
 
 void EventQueue::Drop(const void* owner) {
-    for (auto event = events_.begin(); event != events_.end();)
+    for (auto event = events_.begin(); event != events_.end();) {
         event = event->second.owner == owner ? events_.erase(event) : std::next(event);
+    }
 }
 
 }  // namespace pagersim

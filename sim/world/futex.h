@@ -20,15 +20,18 @@ class Lock {
  public:
     void lock() {
         uint32_t seen = kFree;
-        if (word_.compare_exchange_strong(seen, kTaken, std::memory_order_acquire))
+        if (word_.compare_exchange_strong(seen, kTaken, std::memory_order_acquire)) {
             return;
-        while (word_.exchange(kAwaited, std::memory_order_acquire) != kFree)
+        }
+        while (word_.exchange(kAwaited, std::memory_order_acquire) != kFree) {
             syscall(SYS_futex, &word_, FUTEX_WAIT_PRIVATE, kAwaited, nullptr, nullptr, 0);
+        }
     }
 
     void unlock() {
-        if (word_.exchange(kFree, std::memory_order_release) == kAwaited)
+        if (word_.exchange(kFree, std::memory_order_release) == kAwaited) {
             syscall(SYS_futex, &word_, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+        }
     }
 
  private:
@@ -51,12 +54,14 @@ class Gate {
     // Waits until it is open, a signal was handled, or so much real time is over.
     Passed Pass(const timespec& limit = kAges) {
         while (word_.load(std::memory_order_acquire) == kClosed) {
-            if (syscall(SYS_futex, &word_, FUTEX_WAIT_PRIVATE, kClosed, &limit, nullptr, 0) == 0)
+            if (syscall(SYS_futex, &word_, FUTEX_WAIT_PRIVATE, kClosed, &limit, nullptr, 0) == 0) {
                 continue;
-            if (errno == EINTR || errno == ETIMEDOUT)
+            }
+            if (errno == EINTR || errno == ETIMEDOUT) {
                 return word_.load(std::memory_order_acquire) == kOpen ? Passed::kOpen
                        : errno == EINTR                               ? Passed::kSignal
                                                                       : Passed::kLimit;
+            }
         }
         return Passed::kOpen;
     }

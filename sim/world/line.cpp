@@ -38,8 +38,9 @@ uint32_t NextConnection() {
 Pty::Pty() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
     char name[64];
     if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0 ||
-        ptsname_r(master_, name, sizeof name) != 0)
+        ptsname_r(master_, name, sizeof name) != 0) {
         return;
+    }
     slave_name_ = name;
     const termios raw = FreshSettings();
     Real().tcsetattr(master_, TCSANOW, &raw);
@@ -51,8 +52,9 @@ Pty::Pty() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
 }
 
 Pty::~Pty() {
-    if (master_ >= 0)
+    if (master_ >= 0) {
         Real().close(master_);
+    }
 }
 
 int Pty::OpenSlave(int flags) const {
@@ -73,8 +75,9 @@ Line::~Line() {
 }
 
 void Line::Send(std::string_view bytes) {
-    if (connection_ == 0 || bytes.empty())
+    if (connection_ == 0 || bytes.empty()) {
         return;  // Nobody has it open: lost, as on a real line.
+    }
     if (taken_ == input_.size()) {
         input_.clear();
         taken_ = 0;
@@ -104,11 +107,13 @@ int Line::Open(int flags, uint32_t& connection) {
         errno = ENOENT;
         return -1;
     }
-    if (pty_ == nullptr || !pty_->IsOpen())
+    if (pty_ == nullptr || !pty_->IsOpen()) {
         pty_ = std::make_unique<Pty>();
+    }
     const int descriptor = pty_->IsOpen() ? pty_->OpenSlave(flags) : -1;
-    if (descriptor < 0)
+    if (descriptor < 0) {
         return -1;
+    }
     ++opens_;
     if (connection_ == 0) {
         EndConnection();  // of a vanished device that is still held open
@@ -124,16 +129,19 @@ int Line::Open(int flags, uint32_t& connection) {
 }
 
 void Line::Reopen(uint32_t connection) {
-    if (connection == latest_connection_)
+    if (connection == latest_connection_) {
         ++holders_;
+    }
 }
 
 void Line::Close(uint32_t connection) {
-    if (connection < born_)
+    if (connection < born_) {
         return;
+    }
     ++closes_;
-    if (connection != latest_connection_ || --holders_ > 0)
+    if (connection != latest_connection_ || --holders_ > 0) {
         return;
+    }
     connection_ = 0;
     DropInput();
     EndConnection();

@@ -15,26 +15,30 @@ thread_local int inside = 0;  // how many Locked guards
 
 void Take() {
     the_lock.lock();
-    if (Me() != nullptr)  // Else the sanitizer may not know the thread yet, or no more.
+    if (Me() != nullptr) {  // Else the sanitizer may not know the thread yet, or no more.
         HideFromThreadSanitizer();
+    }
 }
 
 void Free() {
-    if (Me() != nullptr)
+    if (Me() != nullptr) {
         ShowToThreadSanitizer();
+    }
     the_lock.unlock();
 }
 
 }  // namespace
 
 Locked::Locked() : errno_(errno) {
-    if (inside++ == 0)
+    if (inside++ == 0) {
         Take();
+    }
 }
 
 Locked::~Locked() {
-    if (--inside == 0)
+    if (--inside == 0) {
         Free();
+    }
     errno = errno_;
 }
 
@@ -53,13 +57,15 @@ bool IsInside() {
 }
 
 void LockForFork() {
-    if (inside == 0)
+    if (inside == 0) {
         the_lock.lock();
+    }
 }
 
 void UnlockAfterFork() {
-    if (inside == 0)
+    if (inside == 0) {
         the_lock.unlock();
+    }
 }
 
 }  // namespace pagersim

@@ -13,13 +13,15 @@ namespace pagersim {
 // away rather than to take the lock for one: each interposed call would then order the program's
 // threads, and hide its races.
 inline void HideFromThreadSanitizer() {
-    if (__tsan_ignore_thread_begin != nullptr)
+    if (__tsan_ignore_thread_begin != nullptr) {
         __tsan_ignore_thread_begin();
+    }
 }
 
 inline void ShowToThreadSanitizer() {
-    if (__tsan_ignore_thread_end != nullptr)
+    if (__tsan_ignore_thread_end != nullptr) {
         __tsan_ignore_thread_end();
+    }
 }
 
 // The thread sanitizer has a thread of its own, which is none of the program's. It starts the

@@ -51,14 +51,16 @@ void Scheduler::Reset() {
         thread->quiet_lines = 0;
         thread->quiet_looks = 0;
         thread->time_looks = 0;
-        if (thread->wait != nullptr && thread->wait->kind != WaitKind::kOutside)
+        if (thread->wait != nullptr && thread->wait->kind != WaitKind::kOutside) {
             Wake(*thread, Waking::kStop);
+        }
     }
 }
 
 void Scheduler::RunDueEvents() {
-    while (events_.Next() <= Now())
+    while (events_.Next() <= Now()) {
         events_.RunNext();
+    }
 }
 
 ProgramThread& Scheduler::Add(std::unique_ptr<ProgramThread> thread) {
@@ -68,42 +70,51 @@ ProgramThread& Scheduler::Add(std::unique_ptr<ProgramThread> thread) {
 }
 
 void Scheduler::Remove(ProgramThread& thread) {
-    if (!thread.ended)
+    if (!thread.ended) {
         --running_;
+    }
     const auto it = std::find_if(threads_.begin(), threads_.end(),
                                  [&](const auto& each) { return each.get() == &thread; });
-    if (it != threads_.end())
+    if (it != threads_.end()) {
         threads_.erase(it);
+    }
 }
 
 ProgramThread* Scheduler::Find(pthread_t handle) {
-    for (auto& thread : threads_)
-        if (!thread->joined && pthread_equal(thread->handle, handle) != 0)
+    for (auto& thread : threads_) {
+        if (!thread->joined && pthread_equal(thread->handle, handle) != 0) {
             return thread.get();
+        }
+    }
     return nullptr;
 }
 
 void Scheduler::End(ProgramThread& me) {
     me.ended = true;
     --running_;
-    if (me.alarm >= 0)
+    if (me.alarm >= 0) {
         Real().close(me.alarm);
+    }
     WakeAll(WaitKind::kJoin, &me);
-    if (me.detached && !me.joined)
+    if (me.detached && !me.joined) {
         Remove(me);
+    }
     LookAfterOthers();
 }
 
 void Scheduler::KeepOnly(ProgramThread* me) {
     // The others' records stay behind: their threads don't exist in this process.
-    for (auto& thread : threads_)
-        if (thread.get() == me)
+    for (auto& thread : threads_) {
+        if (thread.get() == me) {
             std::swap(threads_.front(), thread);
-    for (auto& thread : threads_)
+        }
+    }
+    for (auto& thread : threads_) {
         if (thread->alarm >= 0) {
             Real().close(thread->alarm);  // It is the parent's too.
             thread->alarm = -1;
         }
+    }
     threads_.resize(me != nullptr ? 1 : 0);
     running_ = me != nullptr && !me->ended ? 1 : 0;
 }
@@ -115,8 +126,9 @@ Waking Scheduler::WaitFor(ProgramThread& me, Wait& wait) {
     Leave(me, wait);
     while (me.wait != nullptr) {
         LetTimePass();
-        if (me.wait != nullptr)
+        if (me.wait != nullptr) {
             Hold(me);
+        }
     }
     return me.waking;
 }
@@ -150,32 +162,41 @@ void Scheduler::ComeBack(ProgramThread& me) {
 }
 
 void Scheduler::WakeForInput(unsigned lines) {
-    for (auto& thread : threads_)
-        if (thread->wait != nullptr && (thread->wait->lines & lines) != 0)
+    for (auto& thread : threads_) {
+        if (thread->wait != nullptr && (thread->wait->lines & lines) != 0) {
             Wake(*thread, Waking::kEvent);
+        }
+    }
 }
 
 void Scheduler::WakeFirst(WaitKind kind, const void* object) {
     ProgramThread* first = nullptr;
-    for (auto& thread : threads_)
+    for (auto& thread : threads_) {
         if (thread->wait != nullptr && thread->wait->kind == kind &&
             thread->wait->object == object &&
-            (first == nullptr || thread->wait->turn < first->wait->turn))
+            (first == nullptr || thread->wait->turn < first->wait->turn)) {
             first = thread.get();
-    if (first != nullptr)
+        }
+    }
+    if (first != nullptr) {
         Wake(*first, Waking::kEvent);
+    }
 }
 
 void Scheduler::WakeAll(WaitKind kind, const void* object) {
-    for (auto& thread : threads_)
-        if (thread->wait != nullptr && thread->wait->kind == kind && thread->wait->object == object)
+    for (auto& thread : threads_) {
+        if (thread->wait != nullptr && thread->wait->kind == kind &&
+            thread->wait->object == object) {
             Wake(*thread, Waking::kEvent);
+        }
+    }
 }
 
 void Scheduler::Leave(ProgramThread& me, Wait& wait) {
     me.wait = &wait;
-    if (wait.turn == 0)
+    if (wait.turn == 0) {
         wait.turn = ++turns_;
+    }
     --running_;
 }
 
@@ -191,8 +212,9 @@ void Scheduler::Wake(ProgramThread& thread, Waking why) {
 void Scheduler::LetTimePass() {
     while (running_ == 0) {
         ProgramThread* const sleeper = EarliestDeadline();
-        if (WakeByDescriptor(sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook))
+        if (WakeByDescriptor(sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook)) {
             return;
+        }
         const Micros event = events_.Next();
         if (sleeper != nullptr && sleeper->wait->deadline < event) {
             JumpTo(sleeper->wait->deadline);
@@ -209,12 +231,15 @@ void Scheduler::LetTimePass() {
 // For one who leaves without being held here: if nobody runs now, somebody held must watch.
 void Scheduler::LookAfterOthers() {
     LetTimePass();
-    if (running_ > 0)
+    if (running_ > 0) {
         return;
+    }
     // It finds that it still waits, and that nobody runs.
-    for (auto& thread : threads_)
-        if (Release(*thread))
+    for (auto& thread : threads_) {
+        if (Release(*thread)) {
             return;
+        }
+    }
 }
 
 // Ends the hold, not the wait. False: it isn't held.
@@ -233,36 +258,42 @@ bool Scheduler::Release(ProgramThread& thread) {
 }
 
 void Scheduler::JumpTo(Micros when) {
-    if (when > Now())
+    if (when > Now()) {
         now_.store(when.count(), std::memory_order_relaxed);
+    }
 }
 
 ProgramThread* Scheduler::EarliestDeadline() const {
     ProgramThread* earliest = nullptr;
     for (const auto& thread : threads_) {
-        if (thread->wait == nullptr || thread->wait->deadline == kNever)
+        if (thread->wait == nullptr || thread->wait->deadline == kNever) {
             continue;
+        }
         if (earliest == nullptr || thread->wait->deadline < earliest->wait->deadline ||
             (thread->wait->deadline == earliest->wait->deadline &&
-             thread->wait->turn < earliest->wait->turn))
+             thread->wait->turn < earliest->wait->turn)) {
             earliest = thread.get();
+        }
     }
     return earliest;
 }
 
 bool Scheduler::WakeByDescriptor(bool next_is_look) {
     const bool used = descriptors_used_.exchange(false, std::memory_order_relaxed);
-    if (next_is_look && !used && ++looks_unchecked_ < kLooksPerCheck)
+    if (next_is_look && !used && ++looks_unchecked_ < kLooksPerCheck) {
         return false;
+    }
     looks_unchecked_ = 0;
     CollectDescriptors();
-    if (descriptors_.empty() || Real().poll(descriptors_.data(), descriptors_.size(), 0) <= 0)
+    if (descriptors_.empty() || Real().poll(descriptors_.data(), descriptors_.size(), 0) <= 0) {
         return false;
-    for (size_t i = 0; i < descriptors_.size(); ++i)
+    }
+    for (size_t i = 0; i < descriptors_.size(); ++i) {
         if (descriptors_[i].revents != 0) {
             Wake(*their_threads_[i], Waking::kEvent);
             return true;
         }
+    }
     return false;
 }
 
@@ -270,11 +301,13 @@ void Scheduler::CollectDescriptors() {
     descriptors_.clear();
     their_threads_.clear();
     for (const auto& thread : threads_) {
-        if (thread->wait == nullptr)
+        if (thread->wait == nullptr) {
             continue;
+        }
         for (nfds_t i = 0; i < thread->wait->count; ++i) {
-            if (thread->wait->descriptors[i].fd < 0)
+            if (thread->wait->descriptors[i].fd < 0) {
                 continue;
+            }
             descriptors_.push_back(thread->wait->descriptors[i]);
             their_threads_.push_back(thread.get());
         }
@@ -286,8 +319,9 @@ void Scheduler::Hold(ProgramThread& me) {
     const bool watches = running_ == 0;
     const bool undisturbed =
         watches || wait.signals != nullptr ? HoldInPoll(me, watches) : HoldAtGate(me);
-    if (!undisturbed && me.wait != nullptr && EndsBySignal(wait.kind))
+    if (!undisturbed && me.wait != nullptr && EndsBySignal(wait.kind)) {
         Wake(me, Waking::kSignal);
+    }
 }
 
 bool Scheduler::HoldAtGate(ProgramThread& me) {
@@ -305,8 +339,9 @@ bool Scheduler::HoldAtGate(ProgramThread& me) {
 // Nothing is going to happen in virtual time: really waits until one of all threads' descriptors is
 // ready, or another thread is back. False: a signal was handled.
 bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
-    if (me.alarm < 0)
+    if (me.alarm < 0) {
         me.alarm = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    }
     const bool stuck = watches && patience_ > Milliseconds::zero() && IsStuck();
     std::vector<pollfd> watched;
     if (watches) {
@@ -331,8 +366,9 @@ bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
 
     eventfd_t rung = 0;
     eventfd_read(me.alarm, &rung);
-    if (stuck && ready == 0 && IsStuck())
+    if (stuck && ready == 0 && IsStuck()) {
         ReportStuck();
+    }
     return !interrupted;
 }
 
@@ -349,11 +385,13 @@ bool Scheduler::IsStuck() {
 void Scheduler::ReportStuck() const {
     std::fprintf(stderr, "pagersim: after %lld ms all threads wait for each other, for ever:\n",
                  static_cast<long long>(Now().count() / 1000));
-    for (const auto& thread : threads_)
-        if (thread->wait != nullptr)
+    for (const auto& thread : threads_) {
+        if (thread->wait != nullptr) {
             std::fprintf(stderr, "  thread %#llx %s %p\n",
                          static_cast<unsigned long long>(thread->handle),
                          NameOf(thread->wait->kind), thread->wait->object);
+        }
+    }
     std::abort();
 }
 

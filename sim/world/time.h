@@ -16,8 +16,9 @@ constexpr Micros kNever = Micros::max();
 // Beyond a few thousand years: never.
 inline Micros ToMicros(time_t seconds, long nanoseconds) {
     constexpr int64_t kForEver = 100'000'000'000;
-    if (int64_t{seconds} >= kForEver)
+    if (int64_t{seconds} >= kForEver) {
         return kNever;
+    }
     return std::chrono::seconds(seconds) + Micros((nanoseconds + 999) / 1000);
 }
 

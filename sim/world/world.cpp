@@ -23,8 +23,9 @@ World::World() : step_(kDefaultStep) {}
 
 void World::Start(time_t wall) {
     const Locked locked;
-    for (auto& line : lines_)
+    for (auto& line : lines_) {
         line.reset();
+    }
     scheduler_.Reset();
     wall_at_start_ = InMicros(wall);
     step_ = kDefaultStep;
@@ -34,8 +35,9 @@ void World::Start(time_t wall) {
 void World::Stop() {
     const Locked locked;
     active_ = false;
-    for (auto& line : lines_)
+    for (auto& line : lines_) {
         line.reset();
+    }
     scheduler_.Reset();
 }
 
@@ -60,15 +62,17 @@ bool IsServed() {
 }
 
 Outside::Outside() : counts_(IsServed()) {
-    if (!counts_)
+    if (!counts_) {
         return;
+    }
     const Locked locked;
     TheWorld().Threads().GoOutside(*Me(), wait_);
 }
 
 Outside::~Outside() {
-    if (!counts_)
+    if (!counts_) {
         return;
+    }
     const Locked locked;
     TheWorld().Threads().ComeBack(*Me());
 }

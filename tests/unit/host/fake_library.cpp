@@ -14,14 +14,16 @@ namespace {
 int32_t CountTimeModels(const char* database, const char* description) {
     DBAsciiHandle handle = nullptr;
     DBAsciiRowSet rows = nullptr;
-    if (DBAsciiAccessOpen(database, 'n', &handle) != 0)
+    if (DBAsciiAccessOpen(database, 'n', &handle) != 0) {
         return -1;
+    }
     DBAsciiAccessTableOpen(handle, "AlarmFwd_TMSetting");
     const int32_t count =
         DBAsciiAccessGetAllEntriesByCondition(handle, "AlarmFwd_TMSetting", "description", &rows, 0,
                                               description, 'r', nullptr, 'n', 0, 0);
-    if (count > 0)
+    if (count > 0) {
         DBAsciiAccessFree(rows);
+    }
     DBAsciiAccessClose(handle);
     return count;
 }
@@ -50,8 +52,9 @@ int32_t TestPager(FwdSpecialInfoStr* info, char* description, char* pagerNumber,
 
 // "open" is open, anything else that exists is barred.
 int32_t NXIsInTimeModel(const char* databaseName, const char* timeModelDescription) {
-    if (CountTimeModels(databaseName, timeModelDescription) <= 0)
+    if (CountTimeModels(databaseName, timeModelDescription) <= 0) {
         return -1;
+    }
     return std::strcmp(timeModelDescription, "open") == 0 ? 0 : 1;
 }
 

@@ -21,13 +21,15 @@ class OpenList : public CPtrList {
     using CPtrList::CPtrList;
     using CPtrList::m_nCount;
     explicit OpenList(std::initializer_list<int> elements) {
-        for (int element : elements)
+        for (int element : elements) {
             AddTail(&values[element]);
+        }
     }
     int Blocks() const {
         int count = 0;
-        for (const CPlex* block = m_pBlocks; block != nullptr; block = block->pNext)
+        for (const CPlex* block = m_pBlocks; block != nullptr; block = block->pNext) {
             ++count;
+        }
         return count;
     }
     void* DataOfANewNode() { return NewNode(nullptr, nullptr)->data; }
@@ -43,11 +45,13 @@ using Elements = std::vector<int>;
 // The elements as they stand; reads the list in both directions.
 Elements ElementsOf(const CPtrList& list) {
     Elements forward;
-    for (POSITION position = list.GetHeadPosition(); position != nullptr;)
+    for (POSITION position = list.GetHeadPosition(); position != nullptr;) {
         forward.push_back(ValueOf(list.GetNext(position)));
+    }
     Elements backward;
-    for (POSITION position = list.GetTailPosition(); position != nullptr;)
+    for (POSITION position = list.GetTailPosition(); position != nullptr;) {
         backward.push_back(ValueOf(list.GetPrev(position)));
+    }
     std::reverse(backward.begin(), backward.end());
     EXPECT_EQ(forward, backward);
     EXPECT_EQ(forward.size(), static_cast<size_t>(list.GetCount()));
@@ -222,13 +226,15 @@ TEST(PositionDeathTest, OfNoneHasNoElement) {
 
 TEST(ListBlock, HoldsTenNodesUnlessToldOtherwise) {
     OpenList list;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         list.AddTail(&values[i]);
+    }
     EXPECT_EQ(1, list.Blocks());
     list.AddTail(&values[10]);
     EXPECT_EQ(2, list.Blocks());
-    for (int i = 11; i < 20; ++i)
+    for (int i = 11; i < 20; ++i) {
         list.AddTail(&values[i]);
+    }
     EXPECT_EQ(2, list.Blocks());
     list.AddTail(&values[20]);
     EXPECT_EQ(3, list.Blocks());
@@ -241,10 +247,12 @@ TEST(ListBlock, HoldsTenNodesUnlessToldOtherwise) {
 
 TEST(ListBlock, IsFreedWithAllOthersWhenTheLastElementGoes) {
     OpenList list;
-    for (int i = 0; i < 11; ++i)
+    for (int i = 0; i < 11; ++i) {
         list.AddTail(&values[i]);
-    for (int i = 0; i < 10; ++i)
+    }
+    for (int i = 0; i < 10; ++i) {
         list.RemoveHead();
+    }
     EXPECT_EQ(2, list.Blocks());
     list.RemoveHead();
     EXPECT_EQ(0, list.Blocks());
@@ -268,8 +276,9 @@ TEST(ListBlock, HandsOutItsFirstNodeFirst) {
 
 TEST(ListBlock, TakesFreedNodesBack) {
     OpenList list;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) {
         list.AddTail(&values[i]);
+    }
     const POSITION freed = list.FindIndex(4);
     list.RemoveAt(freed);
     EXPECT_EQ(freed, list.AddHead(&values[20]));

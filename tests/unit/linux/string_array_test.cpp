@@ -16,8 +16,9 @@ class OpenArray : public CStringArray {
  public:
     OpenArray() = default;
     OpenArray(std::initializer_list<const char*> texts) {
-        for (const char* text : texts)
+        for (const char* text : texts) {
             Add(text);
+        }
     }
     int MaxSize() const { return m_nMaxSize; }
     int GrowBy() const { return m_nGrowBy; }
@@ -27,8 +28,9 @@ class OpenArray : public CStringArray {
 std::vector<std::string> Texts(const CStringArray& array) {
     std::vector<std::string> texts;
     texts.reserve(static_cast<size_t>(array.GetSize()));
-    for (int i = 0; i < array.GetSize(); ++i)
+    for (int i = 0; i < array.GetSize(); ++i) {
         texts.emplace_back(array[i]);
+    }
     return texts;
 }
 

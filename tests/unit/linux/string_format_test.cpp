@@ -208,10 +208,12 @@ TEST(FormatReserve, TakesWidthAndPrecisionFromTheArguments) {
 }
 
 TEST(FormatReserve, OfAnIntegerIsWidthAndPrecisionButAtLeast32) {
-    for (const char* format : {"%d", "%i", "%u", "%x", "%X", "%o", "%20.12d"})
+    for (const char* format : {"%d", "%i", "%u", "%x", "%X", "%o", "%20.12d"}) {
         EXPECT_EQ(32, Reserved(format, 1)) << format;
-    for (const char* format : {"%40d", "%40i", "%40u", "%30.10x", "%30.10X", "%30.10o"})
+    }
+    for (const char* format : {"%40d", "%40i", "%40u", "%30.10x", "%30.10X", "%30.10o"}) {
         EXPECT_EQ(40, Reserved(format, 1)) << format;
+    }
     EXPECT_EQ(33, Reserved("%20.13d", 1));
     EXPECT_EQ(32, Reserved("%p", &kNoText));
     EXPECT_EQ(40, Reserved("%40p", &kNoText));
@@ -238,10 +240,12 @@ TEST(FormatReserve, SkipsSizePrefixes) {
 }
 
 TEST(FormatReserve, OfAFloatIsWidthAndPrecisionButAtLeast128) {
-    for (const char* format : {"%e", "%g", "%G", "%100.28e"})
+    for (const char* format : {"%e", "%g", "%G", "%100.28e"}) {
         EXPECT_EQ(128, Reserved(format, 1.0)) << format;
-    for (const char* format : {"%200e", "%180.20g", "%180.20G"})
+    }
+    for (const char* format : {"%200e", "%180.20g", "%180.20G"}) {
         EXPECT_EQ(200, Reserved(format, 1.0)) << format;
+    }
     EXPECT_EQ(128, Reserved("%Le", 1.0L));
 }
 
@@ -284,9 +288,10 @@ TEST(FormatReserve, OfAWideTextIsItsLength) {
 }
 
 TEST(FormatDeathTest, RefusesOtherConversions) {
-    for (const char* format :
-         {"%E", "%a", "%A", "%m", "%zu", "%q", "%1$s", "%5%", "%", "%5", "%.", "%F", "%l", "ab%-"})
+    for (const char* format : {"%E", "%a", "%A", "%m", "%zu", "%q", "%1$s", "%5%", "%", "%5", "%.",
+                               "%F", "%l", "ab%-"}) {
         EXPECT_ASSERTION(Printed(format, 1, 1), "./XString", "0") << format;
+    }
 }
 
 TEST(FormatDeathTest, RefusesANegativeWidthOrPrecision) {

@@ -26,21 +26,25 @@ StringModel::StringModel(const std::string& text) {
 }
 
 StringModel::StringModel(const StringModel& other) {
-    if (other.Length() == 0)
+    if (other.Length() == 0) {
         return;
-    if (other.IsLocked())
+    }
+    if (other.IsLocked()) {
         Rebuild(other.Text(), other.Length());
-    else
+    } else {
         buffer_ = other.buffer_;
+    }
 }
 
 StringModel& StringModel::operator=(const StringModel& other) {
-    if (buffer_ == other.buffer_)
+    if (buffer_ == other.buffer_) {
         return *this;
-    if (other.IsLocked())
+    }
+    if (other.IsLocked()) {
         Assign(other.Text());
-    else
+    } else {
         buffer_ = StringModel(other).buffer_;
+    }
     return *this;
 }
 
@@ -75,10 +79,11 @@ void StringModel::ChangeInPlace(const std::string& text) {
 
 // In place where private and large enough, else exactly as large as needed.
 void StringModel::ChangeOrRebuild(const std::string& text) {
-    if (IsPrivate() && text.size() <= Room())
+    if (IsPrivate() && text.size() <= Room()) {
         ChangeInPlace(text);
-    else
+    } else {
         Rebuild(text, text.size());
+    }
 }
 
 void StringModel::Assign(const std::string& text) {
@@ -86,8 +91,9 @@ void StringModel::Assign(const std::string& text) {
 }
 
 void StringModel::Append(const std::string& text) {
-    if (!text.empty())
+    if (!text.empty()) {
         ChangeOrRebuild(Text() + text);
+    }
 }
 
 void StringModel::SetAt(size_t index, char character) {
@@ -97,10 +103,11 @@ void StringModel::SetAt(size_t index, char character) {
 }
 
 void StringModel::Reserve(size_t room) {
-    if (buffer_ && !IsPrivate())
+    if (buffer_ && !IsPrivate()) {
         Rebuild(Text(), std::max(room, Length()));
-    else if (room > Room())
+    } else if (room > Room()) {
         Rebuild(Text(), room);
+    }
 }
 
 void StringModel::WriteOver(const std::string& text) {
@@ -109,33 +116,38 @@ void StringModel::WriteOver(const std::string& text) {
 }
 
 void StringModel::FreeExtra() {
-    if (buffer_ && !IsLocked() && Room() > Length())
+    if (buffer_ && !IsLocked() && Room() > Length()) {
         Rebuild(Text(), Length());
+    }
 }
 
 void StringModel::Lock() {
     Reserve(0);
-    if (buffer_)
+    if (buffer_) {
         buffer_->locked = true;
+    }
 }
 
 void StringModel::Unlock() {
-    if (buffer_)
+    if (buffer_) {
         buffer_->locked = false;
+    }
 }
 
 int StringModel::Find(char character, int start) const {
     start = std::max(start, 0);
-    if (start >= static_cast<int>(Length()))
+    if (start >= static_cast<int>(Length())) {
         return -1;
+    }
     const std::string seen = Seen(Text(), start);
     return character == '\0' ? Index(seen.size(), start) : Index(seen.find(character), start);
 }
 
 int StringModel::Find(const std::string& wanted, int start) const {
     start = std::max(start, 0);
-    if (start > static_cast<int>(Length()))
+    if (start > static_cast<int>(Length())) {
         return -1;
+    }
     return Index(Seen(Text(), start).find(wanted), start);
 }
 
@@ -147,15 +159,17 @@ int StringModel::ReverseFind(char character) const {
 int StringModel::FindOneOf(const std::string& set) const {
     for (char each : set) {
         const size_t found = Seen(Text(), 0).find(each);
-        if (found != std::string::npos)
+        if (found != std::string::npos) {
             return Index(found, 0);
+        }
     }
     return -1;
 }
 
 StringModel StringModel::Mid(int first, int count) const {
-    if (first >= static_cast<int>(Length()))
+    if (first >= static_cast<int>(Length())) {
         return StringModel();
+    }
     const auto from = static_cast<size_t>(std::max(first, 0));
     const std::string part = Text().substr(from, static_cast<size_t>(std::max(count, 0)));
     return part == Text() ? *this : StringModel(part);
@@ -169,8 +183,9 @@ StringModel StringModel::Right(int count) const {
 int StringModel::Insert(int index, const std::string& text) {
     std::string whole = Text();
     whole.insert(static_cast<size_t>(Clamp(index, Length())), text);
-    if (!text.empty())
+    if (!text.empty()) {
         ChangeOrRebuild(whole);
+    }
     return static_cast<int>(Length());
 }
 
@@ -194,8 +209,9 @@ int StringModel::Replace(char before, char after) {
             ++replaced;
         }
     }
-    if (replaced > 0)
+    if (replaced > 0) {
         ChangeInPlace(text);
+    }
     return replaced;
 }
 
@@ -208,39 +224,45 @@ int StringModel::Replace(const std::string& before, const std::string& after) {
         at += after.size();
         ++replaced;
     }
-    if (replaced > 0)
+    if (replaced > 0) {
         Rebuild(text, text.size());
+    }
     return replaced;
 }
 
 int StringModel::Remove(char character) {
     std::string text;
     for (char each : Text()) {
-        if (each != character)
+        if (each != character) {
             text += each;
+        }
     }
     const int removed = static_cast<int>(Length() - text.size());
-    if (removed > 0)
+    if (removed > 0) {
         ChangeInPlace(text);
+    }
     return removed;
 }
 
 void StringModel::TrimLeft(const std::string& set) {
     const std::string text = Text();
     const size_t first = std::min(text.find_first_not_of(set), text.size());
-    if (first > 0)
+    if (first > 0) {
         ChangeInPlace(text.substr(first));
+    }
 }
 
 void StringModel::TrimRight(const std::string& set) {
     const std::string text = Text();
     const size_t length = text.find_last_not_of(set) + 1;
-    if (length < text.size())
+    if (length < text.size()) {
         ChangeInPlace(text.substr(0, length));
+    }
 }
 
 void StringModel::Print(const std::string& text, size_t reserved) {
     buffer_ = nullptr;
-    if (!text.empty())
+    if (!text.empty()) {
         Rebuild(text, reserved);
+    }
 }

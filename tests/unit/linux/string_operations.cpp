@@ -36,8 +36,9 @@ void Texts::KeepShort() {
 void Texts::ExpectToFitTheirModels() const {
     for (const Text& text : texts_) {
         ExpectToFitItsModel(text);
-        for (const Text& other : texts_)
+        for (const Text& other : texts_) {
             EXPECT_EQ(text.model.SharesWith(other.model), Share(text.real, other.real));
+        }
     }
     EXPECT_EQ(-1, _afxDataNil->nRefs);
     EXPECT_EQ(0, _afxDataNil->nDataLength);
@@ -172,8 +173,9 @@ void ReleaseBuffer(Texts& texts) {
     const std::string written = texts.Characters(texts.Upto(10));
     const bool byLength = written.empty() || texts.OnceIn(2);
     char* buffer = text.real.GetBuffer(static_cast<int>(written.size()));
-    if (!written.empty())
+    if (!written.empty()) {
         std::memcpy(buffer, written.c_str(), written.size() + 1);
+    }
     text.model.Reserve(written.size());
     text.model.WriteOver(byLength ? written : UpToNul(written));
     text.real.ReleaseBuffer(byLength ? static_cast<int>(written.size()) : -1);

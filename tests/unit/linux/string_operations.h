@@ -54,14 +54,16 @@ class Texts {
 
     std::string Characters(int length) {
         std::string characters;
-        while (length-- > 0)
+        while (length-- > 0) {
             characters += CharacterOrNul();
+        }
         return characters;
     }
 
     Argument AnyText() {
-        if (OnceIn(10))
+        if (OnceIn(10)) {
             return {nullptr, ""};
+        }
         if (OnceIn(5)) {
             const Text& text = Any();
             const char* part = ::Characters(text.real) + Upto(text.real.GetLength());
@@ -73,8 +75,9 @@ class Texts {
 
     // From just before the text to just behind it, and far out now and then.
     int Number(const Text& text) {
-        if (OnceIn(30))
+        if (OnceIn(30)) {
             return OnceIn(2) ? 2'000'000'000 : -2'000'000'000;
+        }
         return Upto(text.real.GetLength() + 4) - 2;
     }
 

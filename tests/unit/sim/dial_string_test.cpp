@@ -48,8 +48,9 @@ TEST(DialString, SemicolonStaysInCommandState) {
 }
 
 TEST(DialString, OtherCharactersAreAnError) {
-    for (std::string_view text : {"T555X", "L", "S=1", "T5+5"})
+    for (std::string_view text : {"T555X", "L", "S=1", "T5+5"}) {
         EXPECT_EQ(std::nullopt, TakeDialString(text, {}));
+    }
 }
 
 TEST(DialString, TakesItsTime) {
@@ -62,8 +63,9 @@ TEST(DialString, TakesItsTime) {
 
 std::vector<std::string> Names(const AtLine& line) {
     std::vector<std::string> names;
-    for (const AtCommand& command : line.commands)
+    for (const AtCommand& command : line.commands) {
         names.push_back(command.name + "=" + std::to_string(command.value));
+    }
     return names;
 }
 
@@ -89,8 +91,9 @@ TEST(AtLine, WhatIsNoCommandEndsIt) {
     const AtLine line = ParseAtLine("V1=3E0", {});
     EXPECT_THAT(Names(line), ElementsAre("V=1"));
     EXPECT_FALSE(line.well_formed);
-    for (const char* bad : {"1", "&", "&1", "S8", "S8+", "DTX", "+FCLASS=0"})
+    for (const char* bad : {"1", "&", "&1", "S8", "S8+", "DTX", "+FCLASS=0"}) {
         EXPECT_FALSE(ParseAtLine(bad, {}).well_formed) << bad;
+    }
 }
 
 TEST(AtLine, HugeNumbersDoNoHarm) {
@@ -101,8 +104,9 @@ std::vector<std::string> LinesOf(std::string_view typed) {
     CommandBuffer buffer;
     std::vector<std::string> lines;
     for (const char c : typed) {
-        if (const auto line = buffer.Heard(c))
+        if (const auto line = buffer.Heard(c)) {
             lines.push_back(*line);
+        }
     }
     return lines;
 }
@@ -145,8 +149,9 @@ class ExchangeTest : public ::testing::Test {
     // "sms 5550101 123": who answers, at which number, and the tones left over.
     std::string Reached(std::string_view text) {
         const auto connection = exchange_.Find(Parsed(text));
-        if (!connection)
+        if (!connection) {
             return "nobody";
+        }
         return connection->subscriber->name + " " + connection->number + " " + connection->tones;
     }
 

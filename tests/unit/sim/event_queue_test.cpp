@@ -18,8 +18,9 @@ class EventQueueTest : public testing::Test {
     }
 
     void RunAll() {
-        while (queue.Next() != kNever)
+        while (queue.Next() != kNever) {
             queue.RunNext();
+        }
     }
 
     EventQueue queue;
@@ -41,8 +42,9 @@ TEST_F(EventQueueTest, TheEarliestComesFirst) {
 }
 
 TEST_F(EventQueueTest, AtOneInstantTheFirstAddedComesFirst) {
-    for (const char name : std::string("abcdef"))
+    for (const char name : std::string("abcdef")) {
         queue.Add(5us, nullptr, Note(name));
+    }
     RunAll();
     EXPECT_EQ("abcdef", ran);
 }

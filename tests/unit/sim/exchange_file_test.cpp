@@ -219,8 +219,9 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
          "x.toml:3: no such table: modem; write [[line]], [[centre]], [[expect]] or [[at]]"},
         {"[[line]\n", "x.toml:1: "},
     };
-    for (const MistakeCase& one : cases)
+    for (const MistakeCase& one : cases) {
         EXPECT_THAT(Read(one.text).mistakes, Contains(HasSubstr(one.mistake))) << one.text;
+    }
 }
 
 TEST(ExchangeFile, AllMistakesAreToldAtOnce) {
@@ -334,9 +335,10 @@ TEST_F(ClockFileTest, IsReadable) {
 }
 
 TEST_F(ClockFileTest, WhatIsNoInstantIsNotTaken) {
-    for (const char* text :
-         {"", "now", "2001-02-03", "2001-02-30 04:05:06", "2001-02-03 04:05:06 ", "2001-2-3 4:5:6"})
+    for (const char* text : {"", "now", "2001-02-03", "2001-02-30 04:05:06", "2001-02-03 04:05:06 ",
+                             "2001-2-3 4:5:6"}) {
         EXPECT_EQ(std::nullopt, ParseInstant(text)) << text;
+    }
 }
 
 TEST_F(ClockFileTest, CannotBeWritten) {

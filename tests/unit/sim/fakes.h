@@ -109,8 +109,9 @@ class FakeRecorder : public Recorder {
     std::vector<std::string> Texts(EventKind kind) const {
         std::vector<std::string> texts;
         for (const Event& event : events) {
-            if (event.kind == kind)
+            if (event.kind == kind) {
                 texts.push_back(event.text);
+            }
         }
         return texts;
     }

@@ -142,8 +142,9 @@ TEST_F(LineTest, OtherFilesAreNotTouched) {
 
 TEST_F(LineTest, BytesGoThroughUnchanged) {
     std::string all;
-    for (int value = 0; value < 256; ++value)
+    for (int value = 0; value < 256; ++value) {
         all += static_cast<char>(value);
+    }
     const int fd = Open();
     EXPECT_EQ(256, write(fd, all.data(), all.size()));
     std::string back(256, ' ');
@@ -212,8 +213,9 @@ TEST_F(LineTest, ASecondDescriptorSharesTheConnection) {
     const int copies[] = {dup(fd), fcntl(fd, F_DUPFD_CLOEXEC, 20), dup2(fd, 30)};
     EXPECT_EQ(1, write(copies[2], "x", 1));
     close(fd);
-    for (const int copy : copies)
+    for (const int copy : copies) {
         close(copy);
+    }
     EXPECT_EQ(std::vector<std::string>{"opened"}, log.calls);
     char byte = 0;
     EXPECT_EQ(1, read(second, &byte, 1));
@@ -300,8 +302,9 @@ TEST_F(ReadTest, APollingReadMovesTheClockToo) {
     const int fd = OpenWith(0, 0);
     SendIn(1s, "x");
     const time_t start = time(nullptr);
-    while (read(fd, buffer, sizeof buffer) == 0)
+    while (read(fd, buffer, sizeof buffer) == 0) {
         EXPECT_LE(time(nullptr) - start, 1);
+    }
     EXPECT_EQ(1s, VirtualClock::Now());
     close(fd);
 }

@@ -41,17 +41,19 @@ TEST_F(LocksTest, WaitersForAMutexAreServedInTurn) {
     std::vector<std::thread> threads;
     threads.reserve(4);
     mutex.lock();
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, i] {
             poll(nullptr, 0, 10 + i);
             const std::lock_guard<std::mutex> hold(mutex);
             Log(std::to_string(i));
             sleep(1);
         });
+    }
     sleep(1);
     mutex.unlock();
-    for (std::thread& each : threads)
+    for (std::thread& each : threads) {
         each.join();
+    }
     EXPECT_EQ("0@1000 1@2000 2@3000 3@4000 ", Log());
 }
 
@@ -60,18 +62,21 @@ TEST_F(LocksTest, ManyMutexesUnderContention) {
     int counters[3] = {};
     std::vector<std::thread> threads;
     threads.reserve(4);
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, i] {
             for (int k = 0; k < 3000; ++k) {
                 const int which = (i + k) % 3;
                 const std::lock_guard<std::mutex> hold(mutexes[which]);
                 ++counters[which];
-                if (k % 100 == 0)
+                if (k % 100 == 0) {
                     poll(nullptr, 0, 1);
+                }
             }
         });
-    for (std::thread& each : threads)
+    }
+    for (std::thread& each : threads) {
         each.join();
+    }
     EXPECT_EQ(12'000, counters[0] + counters[1] + counters[2]);
 }
 
@@ -110,7 +115,7 @@ TEST_F(LocksTest, ConditionsWakeOneOrAll) {
     int tokens = 0;
     std::vector<std::thread> threads;
     threads.reserve(4);
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&, i] {
             poll(nullptr, 0, i + 1);
             std::unique_lock<std::mutex> hold(mutex);
@@ -118,6 +123,7 @@ TEST_F(LocksTest, ConditionsWakeOneOrAll) {
             --tokens;
             Log(std::to_string(i));
         });
+    }
     sleep(1);
     {
         const std::lock_guard<std::mutex> hold(mutex);
@@ -131,8 +137,9 @@ TEST_F(LocksTest, ConditionsWakeOneOrAll) {
         tokens = 2;
     }
     changed.notify_all();
-    for (std::thread& each : threads)
+    for (std::thread& each : threads) {
         each.join();
+    }
     EXPECT_THAT(Log(), testing::AnyOf("0@1000 1@2000 2@2000 ", "0@1000 2@2000 1@2000 "));
 }
 
@@ -193,20 +200,22 @@ TEST_F(LocksTest, AReadWriteLockIsWaitedForInVirtualTime) {
     lock.lock();
     std::vector<std::thread> readers;
     readers.reserve(4);
-    for (int i = 0; i < 2; ++i)
+    for (int i = 0; i < 2; ++i) {
         readers.emplace_back([&] {
             const std::shared_lock<std::shared_mutex> hold(lock);
             sleep(5);
             Log("reader");
         });
+    }
     sleep(10);
     lock.unlock();
     sleep(1);
     lock.lock();
     Log("writer");
     lock.unlock();
-    for (std::thread& each : readers)
+    for (std::thread& each : readers) {
         each.join();
+    }
     EXPECT_EQ("reader@15000 reader@15000 writer@15000 ", Log());
 }
 

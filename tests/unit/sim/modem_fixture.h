@@ -27,8 +27,9 @@ class KeepingCentre : public Centre {
 
     void Answered(Call& call) override {
         keeper_.call = &call;
-        if (!keeper_.greeting.empty())
+        if (!keeper_.greeting.empty()) {
             call.Say(keeper_.greeting);
+        }
     }
     void Heard(std::string_view bytes) override { keeper_.heard += bytes; }
     void Dialled(std::string_view digits) override { keeper_.dialled += digits; }

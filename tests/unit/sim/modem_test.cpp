@@ -180,8 +180,9 @@ TEST_F(ModemTest, CommandsWithoutEffectAreTaken) {
 
 TEST_F(ModemTest, OthersAreErrors) {
     for (const char* bad :
-         {"ATG", "ATE2", "ATV9", "ATQ2", "ATH2", "ATS7=256", "ATS7", "AT+FCLASS=0"})
+         {"ATG", "ATE2", "ATV9", "ATQ2", "ATH2", "ATS7=256", "ATS7", "AT+FCLASS=0"}) {
         EXPECT_EQ(std::string(bad) + "\r\r\nERROR\r\n", To(std::string(bad) + "\r"));
+    }
 }
 
 TEST_F(ModemTest, CommandsBeforeTheErrorCount) {
@@ -245,8 +246,9 @@ TEST_F(ModemTest, AnswersInPiecesOfEverySize) {
         options_.answer_piece = size;
         modem_.reset();
         std::vector<std::string> reads = {To("ATZ\r", 0ms)};
-        for (int i = 0; i < 20; ++i)
+        for (int i = 0; i < 20; ++i) {
             reads.push_back(wire_.Read(options_.piece_gap));
+        }
         std::string joined;
         for (const std::string& read : reads) {
             EXPECT_LE(read.size(), size);
@@ -295,8 +297,9 @@ TEST_F(ModemTest, EverythingIsRecorded) {
     keeper_.call->Note("well done");
     modem_->Closed();
     std::vector<std::string> lines;
-    for (const Event& event : recorder_.events)
+    for (const Event& event : recorder_.events) {
         lines.push_back(ToJson(event));
+    }
     EXPECT_THAT(
         lines,
         ElementsAre(

@@ -27,8 +27,9 @@ TEST(TwoTouch, WholeTable) {
     const std::string keys = "1234567890";
     for (std::size_t row = 0; row < keys.size(); ++row) {
         std::string digits;
-        for (const char column : keys)
+        for (const char column : keys) {
             digits += {keys[row], column};
+        }
         EXPECT_EQ(rows[row], DecodeTwoTouch(digits));
     }
 }

@@ -93,8 +93,9 @@ TEST_F(OutsideTest, APendingSignalTakesNoTime) {
 
 TEST_F(OutsideTest, AChildIsAwaited) {
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
         _exit(7);
+    }
     int status = 0;
     EXPECT_EQ(child, waitpid(child, &status, 0));
     EXPECT_EQ(7, WEXITSTATUS(status));

@@ -79,19 +79,23 @@ class PagersimTest : public ::testing::Test {
     // Starts pagersim in the folder, its input a pipe, its output in files.
     pid_t Start(const Words& words, int input = -1) const {
         const pid_t child = fork();
-        if (child != 0)
+        if (child != 0) {
             return child;
-        if (input >= 0)
+        }
+        if (input >= 0) {
             dup2(input, STDIN_FILENO);
+        }
         constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
         dup2(open(Path("out").c_str(), kFlags, 0600), STDOUT_FILENO);
         dup2(open(Path("err").c_str(), kFlags, 0600), STDERR_FILENO);
         std::vector<char*> arguments = {const_cast<char*>("pagersim")};
-        for (const std::string& word : words)
+        for (const std::string& word : words) {
             arguments.push_back(const_cast<char*>(word.c_str()));
+        }
         arguments.push_back(nullptr);
-        if (chdir(folder_.c_str()) == 0)
+        if (chdir(folder_.c_str()) == 0) {
             execv(PAGERSIM, arguments.data());
+        }
         _exit(99);
     }
 

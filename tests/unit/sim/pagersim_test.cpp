@@ -196,8 +196,9 @@ TEST_F(PagersimTest, RequestToEndIsPassedOn) {
     int input[2];
     ASSERT_EQ(0, pipe(input));
     const pid_t child = Start({"--", SIM_CLIENT, "stdin"}, input[0]);
-    while (Contents(Path("out")).find("ready") == std::string::npos)
+    while (Contents(Path("out")).find("ready") == std::string::npos) {
         usleep(1000);
+    }
     kill(child, SIGTERM);
     EXPECT_EQ(128 + SIGTERM, End(child).status);
     close(input[0]);
@@ -208,8 +209,9 @@ TEST_F(PagersimTest, InterruptIsLeftToTheProgram) {
     int input[2];
     ASSERT_EQ(0, pipe(input));
     const pid_t child = Start({"--", SIM_CLIENT, "stdin", "exit:4"}, input[0]);
-    while (Contents(Path("out")).find("ready") == std::string::npos)
+    while (Contents(Path("out")).find("ready") == std::string::npos) {
         usleep(1000);
+    }
     kill(child, SIGINT);
     ASSERT_EQ(1, write(input[1], "x", 1));
     EXPECT_EQ(4, End(child).status);
@@ -221,8 +223,9 @@ TEST_F(PagersimTest, NothingIsLeftBehind) {
     setenv("TMPDIR", folder_.c_str(), 1);
     Client(kConnect);
     unsetenv("TMPDIR");
-    for (const auto& entry : std::filesystem::directory_iterator(folder_))
+    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
         EXPECT_THAT(entry.path().filename().string(), Not(StartsWith("pagersim-")));
+    }
 }
 
 TEST_F(PagersimTest, PreloadMayLieAnywhere) {
@@ -242,8 +245,9 @@ TEST_F(PagersimTest, HelpTeaches) {
     EXPECT_THAT(result.out, HasSubstr("Usage: pagersim [OPTIONS] -- COMMAND"));
     EXPECT_THAT(result.out, HasSubstr("Examples:"));
     for (const char* option : {"--exchange", "--start", "--step", "--transcript", "--report",
-                               "--json", "--expect", "--quiet", "--clock"})
+                               "--json", "--expect", "--quiet", "--clock"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
+    }
 }
 
 TEST_F(PagersimTest, MistakesRunNothing) {

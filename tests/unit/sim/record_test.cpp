@@ -55,8 +55,9 @@ TEST(Utf8Length, KnowsWellFormedCharactersOnly) {
 
 std::string AllBytes() {
     std::string bytes;
-    for (int i = 0; i < 256; ++i)
+    for (int i = 0; i < 256; ++i) {
         bytes += static_cast<char>(i);
+    }
     return bytes;
 }
 
@@ -154,8 +155,9 @@ class EventStreamTest : public ::testing::Test {
     std::vector<std::string> Lines() const {
         std::vector<std::string> lines;
         std::ifstream file(path_);
-        for (std::string line; std::getline(file, line);)
+        for (std::string line; std::getline(file, line);) {
             lines.push_back(line);
+        }
         return lines;
     }
 
@@ -216,8 +218,9 @@ TEST_F(EventStreamTest, ClosingWaitsForThePipesReader) {
     char bytes[512];
     ssize_t read_before = 0;
     std::thread reader([&] {
-        while (read_before <= 0)
+        while (read_before <= 0) {
             read_before = read(pipe, bytes, sizeof bytes);
+        }
     });
     EventStream(path_, 0ms).Record(closes);
     EXPECT_EQ(-1, read(pipe, bytes, sizeof bytes)) << "something was left behind";

@@ -78,8 +78,9 @@ TEST(ParseExpectation, CentrePagerText) {
     EXPECT_EQ("HELLO", expected->text);
     EXPECT_EQ("a=b:c", ParseExpectation("tap:123=a=b:c")->text);
     EXPECT_EQ("", ParseExpectation("tap:123=")->text);
-    for (const char* bad : {"", "tap", "tap:123", "tap=123", "a=tap:123"})
+    for (const char* bad : {"", "tap", "tap:123", "tap=123", "a=tap:123"}) {
         EXPECT_FALSE(ParseExpectation(bad).has_value()) << bad;
+    }
 }
 
 class CompareTest : public ::testing::Test {

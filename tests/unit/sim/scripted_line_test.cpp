@@ -19,8 +19,9 @@ namespace {
 class ScriptedLineTest : public testing::Test {
  protected:
     ~ScriptedLineTest() override {
-        if (fd >= 0)
+        if (fd >= 0) {
             close(fd);
+        }
     }
 
     void Open() {
@@ -35,8 +36,9 @@ class ScriptedLineTest : public testing::Test {
     // What arrives within that time.
     std::string Receive(Milliseconds wait) const {
         pollfd look{fd, POLLIN, 0};
-        if (poll(&look, 1, static_cast<int>(wait.count())) <= 0)
+        if (poll(&look, 1, static_cast<int>(wait.count())) <= 0) {
             return "";
+        }
         char buffer[100];
         const ssize_t count = read(fd, buffer, sizeof buffer);
         return count > 0 ? std::string(buffer, static_cast<size_t>(count)) : "";

@@ -83,13 +83,16 @@ bool Receive() {
     pollfd ready = {line, POLLIN, 0};
     constexpr int kPatienceMs = 120'000;
     char bytes[256];
-    if (poll(&ready, 1, kPatienceMs) != 1)
+    if (poll(&ready, 1, kPatienceMs) != 1) {
         return false;
+    }
     const ssize_t count = read(line, bytes, sizeof bytes);
-    if (count < 0)
+    if (count < 0) {
         std::printf("read: %s\n", std::strerror(errno));
-    if (count <= 0)
+    }
+    if (count <= 0) {
         return false;
+    }
     heard.append(bytes, static_cast<std::size_t>(count));
     return true;
 }
@@ -112,16 +115,18 @@ void PrintNow() {
 }
 
 void CloseAll() {
-    for (int fd = 3; fd < 1024; ++fd)
+    for (int fd = 3; fd < 1024; ++fd) {
         close(fd);
+    }
 }
 
 void WaitForInput() {
     std::printf("ready\n");
     std::fflush(stdout);
     char byte = 0;
-    if (read(STDIN_FILENO, &byte, 1) < 0)
+    if (read(STDIN_FILENO, &byte, 1) < 0) {
         std::printf("stdin: %s\n", std::strerror(errno));
+    }
 }
 
 // The step is the last this program does when it replaces itself.
@@ -130,36 +135,38 @@ void Do(char** step) {
     const std::string name = text.substr(0, text.find(':'));
     const std::string argument =
         text.size() > name.size() ? Unescaped(text.substr(name.size() + 1)) : "";
-    if (name == "open")
+    if (name == "open") {
         Open(argument);
-    else if (name == "close")
+    } else if (name == "close") {
         close(line);
-    else if (name == "send")
+    } else if (name == "send") {
         Send(argument);
-    else if (name == "wait")
+    } else if (name == "wait") {
         Wait(argument);
-    else if (name == "sleep")
+    } else if (name == "sleep") {
         sleep(static_cast<unsigned>(std::stoi(argument)));
-    else if (name == "now")
+    } else if (name == "now") {
         PrintNow();
-    else if (name == "print")
+    } else if (name == "print") {
         std::printf("%s\n", argument.c_str());
-    else if (name == "close-all")
+    } else if (name == "close-all") {
         CloseAll();
-    else if (name == "exec")
+    } else if (name == "exec") {
         execv("/proc/self/exe", step);  // the step itself stands where the name belongs
-    else if (name == "kill")
+    } else if (name == "kill") {
         raise(SIGKILL);
-    else if (name == "stdin")
+    } else if (name == "stdin") {
         WaitForInput();
-    else if (name == "exit")
+    } else if (name == "exit") {
         std::exit(std::stoi(argument));
+    }
     std::fflush(stdout);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    for (int i = 1; i < count; ++i)
+    for (int i = 1; i < count; ++i) {
         Do(arguments + i);
+    }
 }

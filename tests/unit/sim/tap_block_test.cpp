@@ -100,8 +100,9 @@ TEST(TapBlock, IsWholeWithTheCarriageReturnBehindTheChecksum) {
         "123\rABC\r\x03"
         "17;\r";
     EXPECT_TRUE(IsWholeTapBlock(block));
-    for (std::size_t length = 1; length < block.size(); ++length)
+    for (std::size_t length = 1; length < block.size(); ++length) {
         EXPECT_FALSE(IsWholeTapBlock(block.substr(0, length))) << length;
+    }
 }
 
 }  // namespace

@@ -83,8 +83,9 @@ TEST_F(TapCentreTest, SomeSendNoCarriageReturnBeforeTheAck) {
 TEST_F(TapCentreTest, BytesMayComeOneByOne) {
     Answer({});
     std::string said;
-    for (const char c : "\r" + kLogOn + kBlock + kEnd)
+    for (const char c : "\r" + kLogOn + kBlock + kEnd) {
         said += To({c});
+    }
     EXPECT_EQ("ID=" + kLoggedOn + kAccepted + kEnded, said);
 }
 

@@ -51,7 +51,7 @@ TEST(Threads, RunTheSameWayTwice) {
         std::string log;
         std::vector<std::thread> threads;
         threads.reserve(4);
-        for (int i = 1; i <= 4; ++i)
+        for (int i = 1; i <= 4; ++i) {
             threads.emplace_back([&, i] {
                 poll(nullptr, 0, i);  // sets the order of the first waits
                 for (int k = 0; k < 50; ++k) {
@@ -63,8 +63,10 @@ TEST(Threads, RunTheSameWayTwice) {
                     poll(nullptr, 0, 7 * i + k % 3);
                 }
             });
-        for (std::thread& each : threads)
+        }
+        for (std::thread& each : threads) {
             each.join();
+        }
         return log;
     };
     EXPECT_EQ(run(), run());

@@ -120,8 +120,9 @@ struct Refusal {
 TEST_F(UcpCentreTest, RefusesWithTheReason) {
     const std::string long_text = [] {
         std::string hex;
-        for (int i = 0; i < 161; ++i)
+        for (int i = 0; i < 161; ++i) {
             hex += "41";
+        }
         return hex;
     }();
     const std::string wrong_sum =
@@ -141,17 +142,19 @@ TEST_F(UcpCentreTest, RefusesWithTheReason) {
         {"text too long", Submit("0123", "3", long_text), "24"},
         {"unknown message type", Submit("0123", "5", "4869"), "26"},
     };
-    for (const Refusal& refusal : refusals)
+    for (const Refusal& refusal : refusals) {
         EXPECT_THAT(To(refusal.frame),
                     ::testing::HasSubstr(std::string("/N/") + refusal.code + "//"))
             << refusal.why;
+    }
     EXPECT_THAT(call_.Pages(), IsEmpty());
 }
 
 TEST_F(UcpCentreTest, TextOf160CharactersIsTaken) {
     std::string hex;
-    for (int i = 0; i < 160; ++i)
+    for (int i = 0; i < 160; ++i) {
         hex += "41";
+    }
     To(Submit("0123", "3", hex));
     EXPECT_EQ(1U, call_.Pages().size());
 }
@@ -222,8 +225,9 @@ TEST_F(UcpCentreTest, ANewStartForgetsAnUnfinishedFrame) {
 
 TEST_F(UcpCentreTest, BytesMayComeOneByOne) {
     std::string said;
-    for (const char c : Submit("0123", "3", "4869"))
+    for (const char c : Submit("0123", "3", "4869")) {
         said += To({c});
+    }
     EXPECT_THAT(said, ::testing::HasSubstr("/A//"));
 }
 

@@ -46,8 +46,9 @@ TEST(UcpFrame, PublishedFramesAreRead) {
 TEST(UcpFrame, ChecksumOfEitherCaseIsTaken) {
     for (const auto& published : kPublished) {
         std::string frame = published.frame;
-        for (std::size_t i = frame.size() - 2; i < frame.size(); ++i)
+        for (std::size_t i = frame.size() - 2; i < frame.size(); ++i) {
             frame[i] = static_cast<char>(std::tolower(frame[i]));
+        }
         EXPECT_EQ(kUcpNone, ReadUcpFrame(frame).error) << frame;
     }
 }

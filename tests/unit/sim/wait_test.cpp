@@ -191,8 +191,9 @@ TEST_F(WaitTest, APollingLoopOnAVanishedLineTakesTimeToo) {
 TEST_F(WaitTest, AnHourOfLooksTakesAMomentOfRealTime) {
     const auto before = std::chrono::steady_clock::now();
     const Milliseconds start = TickCount();
-    while (TickCount() - start < 1h)
+    while (TickCount() - start < 1h) {
         EXPECT_FALSE(LineHasInput() || LineHasInput());
+    }
     const auto spent = std::chrono::steady_clock::now() - before;
     RecordProperty("looks_per_second",
                    static_cast<int>(360'000 / std::chrono::duration<double>(spent).count()));
@@ -210,8 +211,9 @@ TEST_F(WaitTest, TimeStandsStillWhileInputIsThere) {
 
 TEST_F(WaitTest, AStepEndsWhenInputArrives) {
     line.Says("a", 1003ms);
-    while (!LineHasInput())
+    while (!LineHasInput()) {
         TickCount();
+    }
     EXPECT_EQ(1003ms, VirtualClock::Now());
 }
 
@@ -224,8 +226,9 @@ TEST_F(WaitTest, ALoopThatNeverLooksAtTheTimeEndsToo) {
 
 TEST_F(WaitTest, ALookAtAPipeAloneTakesNoTime) {
     pollfd look{pipe_ends[0], POLLIN, 0};
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         EXPECT_EQ(0, poll(&look, 1, 0));
+    }
     TickCount();
     EXPECT_EQ(0ms, VirtualClock::Now());
 }
@@ -320,8 +323,9 @@ class SignalTest : public WaitTest {
         return std::thread([target = pthread_self()] {
             usleep(20'000);
             pthread_kill(target, SIGUSR1);
-            while (handled == 0)
+            while (handled == 0) {
                 usleep(1'000);
+            }
         });
     }
 
