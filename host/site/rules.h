@@ -14,6 +14,7 @@ void CheckPorts(const Site& site, Findings& findings);
 void CheckPagers(const Site& site, Findings& findings);
 void CheckTimeModels(const Site& site, Findings& findings);
 void CheckSending(const Site& site, Findings& findings);
+void CheckHangingUp(const Site& site, Findings& findings);
 void CheckTexts(const Site& site, Findings& findings);
 
 inline std::string InQuotes(const std::string& text) {

@@ -25,13 +25,6 @@ constexpr int64_t kMostRetries = std::numeric_limits<int32_t>::max();
 
 constexpr const char* kSampleKana = "\xEF\xBE\x8E\xEF\xBE\x9F";  // ﾎﾟ
 
-const SmsService* ServiceOf(const Port& port, const Pager& pager) {
-    if (pager.type.value == "sms1") {
-        return &port.sms1;
-    }
-    return pager.type.value == "sms2" ? &port.sms2 : nullptr;
-}
-
 int64_t LongestTransfer(const Port* port, const Pager& pager) {
     if (pager.type.value == "ntt") {
         return 20 + 120 + 2;
@@ -135,6 +128,13 @@ std::vector<const Port*> PortsOf(const Site& site, const Pager& pager) {
         }
     }
     return ports;
+}
+
+const SmsService* ServiceOf(const Port& port, const Pager& pager) {
+    if (pager.type.value == "sms1") {
+        return &port.sms1;
+    }
+    return pager.type.value == "sms2" ? &port.sms2 : nullptr;
 }
 
 bool LosesEighthBit(const Port& port, const Pager& pager) {

@@ -11,6 +11,7 @@ void CheckSite(const Site& site, Findings& findings) {
     CheckTimeModels(site, findings);
     CheckRoutes(site, findings);
     CheckSending(site, findings);
+    CheckHangingUp(site, findings);
     CheckTexts(site, findings);
 }
 

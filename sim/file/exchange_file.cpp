@@ -58,6 +58,11 @@ LineEntry ReadLine(TomlTable& table) {
     table.Take("answer_gap_ms", modem.answer_gap);
     table.TakeCount("answer_piece", modem.answer_piece);
     table.Take("piece_gap_ms", modem.piece_gap);
+    table.TakeChoice<DtrDrop>("dtr", modem.dtr,
+                              {{"&D0", DtrDrop::kIgnored},
+                               {"&D1", DtrDrop::kEscapes},
+                               {"&D2", DtrDrop::kHangsUp},
+                               {"&D3", DtrDrop::kResets}});
     table.Take("guard_ms", modem.escape.guard);
     table.Take("guard_before", modem.escape.guard_before);
     table.Take("digit_ms", modem.dial.digit);

@@ -28,19 +28,6 @@ char ParityLetter(tcflag_t flags) {
     return (flags & PARODD) != 0 ? 'o' : 'e';
 }
 
-int DataBits(tcflag_t flags) {
-    switch (flags & CSIZE) {
-        case CS5:
-            return 5;
-        case CS6:
-            return 6;
-        case CS7:
-            return 7;
-        default:
-            return 8;
-    }
-}
-
 std::string Flow(const termios& settings) {
     std::string flow;
     if ((settings.c_cflag & CRTSCTS) != 0) {
@@ -63,10 +50,23 @@ unsigned SpeedOf(const termios& settings) {
     return 0;
 }
 
+int DataBitsOf(const termios& settings) {
+    switch (settings.c_cflag & CSIZE) {
+        case CS5:
+            return 5;
+        case CS6:
+            return 6;
+        case CS7:
+            return 7;
+        default:
+            return 8;
+    }
+}
+
 std::string DescribeLine(const termios& settings) {
     const tcflag_t flags = settings.c_cflag;
     return std::to_string(SpeedOf(settings)) + "," + ParityLetter(flags) + "," +
-           std::to_string(DataBits(flags)) + "," + ((flags & CSTOPB) != 0 ? "2" : "1") +
+           std::to_string(DataBitsOf(settings)) + "," + ((flags & CSTOPB) != 0 ? "2" : "1") +
            Flow(settings);
 }
 

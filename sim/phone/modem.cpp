@@ -34,55 +34,84 @@ Modem::Session::Session(Wire& wire_given, Modem& modem)
       phone(wire_given, modem.line_, modem.exchange_, modem.recorder_, modem) {}
 
 void Modem::Opened(Wire& wire) {
-    session_ = std::make_unique<Session>(wire, *this);
-    state_ = State::kCommand;
-    command_ = CommandBuffer();
+    if (!session_) {
+        session_ = std::make_unique<Session>(wire, *this);
+    }
+    open_ = true;
     Record(kProgram, EventKind::kOpens);
 }
 
 void Modem::Closed() {
-    if (!session_) {
+    if (!open_) {
         return;
     }
-    session_->phone.HangUp();
+    open_ = false;
+    DropDtr();
     Record(kProgram, EventKind::kCloses);
-    session_.reset();
 }
 
 void Modem::SettingsChanged(const termios& settings) {
-    if (!session_) {
+    if (!open_) {
         return;
     }
     Record(kProgram, EventKind::kSets, DescribeLine(settings));
     line_speed_ = SpeedOf(settings);
+    data_bits_ = DataBitsOf(settings);
     if (cfgetospeed(&settings) == B0) {
-        Drop();
+        DropDtr();
     }
 }
 
-void Modem::Drop() {
+void Modem::DropDtr() {
+    const DtrDrop effect = profile_.dtr;
+    if (effect == DtrDrop::kIgnored) {
+        return;
+    }
+    if (effect == DtrDrop::kEscapes && session_->phone.HasCarrier()) {
+        state_ = State::kCommand;
+        return;
+    }
+    GiveUpCall();
+    if (effect == DtrDrop::kResets) {
+        profile_ = Profile(options_);
+    }
+}
+
+// Also of what is to be said yet, and of a command that isn't complete.
+void Modem::GiveUpCall() {
     session_->timers.Clear();
+    session_->to_program.Clear();
     session_->phone.HangUp();
     state_ = State::kCommand;
+    command_ = CommandBuffer();
 }
 
-void Modem::Heard(std::string_view bytes) {
-    if (!session_) {
+std::string Modem::InDataBits(std::string_view bytes) const {
+    std::string cut(bytes);
+    for (char& c : cut) {
+        c = static_cast<char>(static_cast<unsigned char>(c) & ((1U << data_bits_) - 1));
+    }
+    return cut;
+}
+
+void Modem::Heard(std::string_view sent) {
+    if (!open_) {
         return;
     }
-    Record(kProgram, EventKind::kSends, bytes);
-    if (VanishesWith(bytes.size()) || !options_.powered) {
+    const std::string arrives = InDataBits(sent);
+    Record(kProgram, EventKind::kSends, arrives);
+    if (VanishesWith(arrives.size()) || !options_.powered) {
         return;
     }
-    while (!bytes.empty()) {
-        HearIn(state_, bytes);
+    for (std::string_view left = arrives; !left.empty();) {
+        HearIn(state_, left);
     }
 }
 
 // The state may change with every byte.
 void Modem::HearIn(State state, std::string_view& bytes) {
     if (state == State::kData) {
-        HearData(std::exchange(bytes, {}));
+        HearData(bytes);
         return;
     }
     if (state == State::kCommand) {
@@ -107,10 +136,14 @@ void Modem::HearCommand(std::string_view typed) {
     }
 }
 
-void Modem::HearData(std::string_view bytes) {
-    session_->phone.Say(bytes);
-    if (escape_.Heard(bytes, session_->wire.Now())) {
-        session_->timers.After(profile_.escape.guard, [this] { EscapeIfSilent(); });
+void Modem::HearData(std::string_view& bytes) {
+    const Milliseconds now = session_->wire.Now();
+    session_->phone.Say(escape_.TakeData(bytes, now));
+    const auto due = escape_.Due();
+    if (due && due->count() == 0) {
+        EscapeIfSilent();
+    } else if (due) {
+        session_->timers.After(*due, [this] { EscapeIfSilent(); });
     }
 }
 
@@ -129,7 +162,7 @@ bool Modem::VanishesWith(std::size_t count) {
         return false;
     }
     Record(kModem, EventKind::kNotes, "the device is gone");
-    Drop();
+    GiveUpCall();
     session_->wire.Vanish();
     return true;
 }
@@ -180,8 +213,9 @@ void Modem::ToProgram(const std::string& speaker, std::string_view bytes) {
     if (bytes.empty()) {
         return;
     }
-    Record(speaker, EventKind::kSends, bytes);
-    session_->to_program.Push(bytes);
+    const std::string arrives = InDataBits(bytes);
+    Record(speaker, EventKind::kSends, arrives);
+    session_->to_program.Push(arrives);
 }
 
 std::string Modem::Words(Answer answer) const {

@@ -22,12 +22,16 @@
 
 namespace pagersim {
 
+// What the program's letting go of DTR does: closing the port, or setting its speed to 0 (&D).
+enum class DtrDrop { kIgnored, kEscapes, kHangsUp, kResets };
+
 struct ModemOptions {
     bool powered = true;            // false: switched off, nothing ever comes back
     Milliseconds answer_delay{20};  // from a command to its answer
     Milliseconds answer_gap{40};    // between two answers; 0 puts both into one read
     std::size_t answer_piece = 0;   // what goes to the program comes in pieces of so many bytes...
     Milliseconds piece_gap{30};     // ... so far apart; 0: whole
+    DtrDrop dtr = DtrDrop::kHangsUp;
     EscapeRules escape = {};
     DialTimes dial = {};
     PhoneOptions phone = {};
@@ -40,12 +44,16 @@ struct ModemOptions {
 //  - H answers by itself, before the answer to its line: OK when there was nothing to hang up, else
 //    NO CARRIER. So ATHV1 is answered twice, and a program that reads one OK takes the other for
 //    the answer to its next command. The line feed behind the carriage return changes nothing;
-//  - +++ reaches the centre before the modem knows it for an escape;
+//  - +++ reaches the centre before the modem knows it for an escape, and commands that come before
+//    the guard time is over reach it, too;
 //  - what a centre says at once comes right behind CONNECT.
 // What is sent while it dials gives up the call, but for the first 125 ms (V.250, 5.6.1).
 //
-// Echo, form of the answers and registers last while it has power: over closing and opening. A
-// closed or dropped line (speed 0) hangs up.
+// Of each character as many bits go either way as the program has set.
+//
+// Echo, form of the answers, registers and &D last while it has power: over closing and opening.
+// Unless &D says that DTR means nothing, closing the line or dropping it (speed 0) hangs up; else
+// the call stands, and is there at the next opening.
 //
 // Threads    As in far_end.h.
 class Modem : public FarEnd, private PhoneUser {
@@ -65,18 +73,19 @@ class Modem : public FarEnd, private PhoneUser {
     // What commands can set. Registers without effect are only kept.
     struct Profile {
         explicit Profile(const ModemOptions& options)
-            : escape(options.escape), dial(options.dial), phone(options.phone) {}
+            : dtr(options.dtr), escape(options.escape), dial(options.dial), phone(options.phone) {}
 
         bool echo = true;
         bool verbose = true;
         bool quiet = false;
+        DtrDrop dtr;
         EscapeRules escape;
         DialTimes dial;
         PhoneOptions phone;
-        std::map<std::string, int> registers = {};
+        std::map<std::string, int> registers = {};  // but for those with an effect
     };
 
-    // What lasts from opening to closing.
+    // What the first opening makes.
     struct Session {
         Session(Wire& wire_given, Modem& modem);
 
@@ -89,10 +98,12 @@ class Modem : public FarEnd, private PhoneUser {
 
     void HearIn(State state, std::string_view& bytes);
     void HearCommand(std::string_view typed);
-    void HearData(std::string_view bytes);
+    void HearData(std::string_view& bytes);
     bool VanishesWith(std::size_t count);
     void EscapeIfSilent();
-    void Drop();
+    void DropDtr();
+    void GiveUpCall();
+    std::string InDataBits(std::string_view bytes) const;
 
     // Commands, in modem_commands.cpp.
     void Run(const AtLine& line);
@@ -101,7 +112,9 @@ class Modem : public FarEnd, private PhoneUser {
     Outcome Dial(const DialString& dial);
     Outcome SwitchHook(int value);
     Outcome ReturnToData();
+    Outcome SetDtr(int value);
     Outcome SetRegister(const AtCommand& command);
+    int RegisterValue(const std::string& name) const;
     Outcome ShowRegister(const std::string& name);
 
     void Connected() override;
@@ -124,13 +137,15 @@ class Modem : public FarEnd, private PhoneUser {
 
     Profile profile_{options_};
     unsigned line_speed_ = 0;
+    int data_bits_ = 8;
     std::uint64_t bytes_heard_ = 0;
 
     State state_ = State::kCommand;
     CommandBuffer command_;
     EscapeWatch escape_{options_.escape};
     Milliseconds dialling_since_{0};
-    std::unique_ptr<Session> session_;  // null while closed
+    std::unique_ptr<Session> session_;  // null until the first opening
+    bool open_ = false;
 };
 
 }  // namespace pagersim

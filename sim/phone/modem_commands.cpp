@@ -1,4 +1,5 @@
 // What the modem does at each command. Tested by tests/unit/sim/modem_test.cpp.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string_view>
@@ -15,6 +16,7 @@ constexpr std::string_view kMarksWithoutEffect = "&\\%*";
 
 constexpr Milliseconds kSecond{1000};
 constexpr Milliseconds kGuardUnit{20};  // S12 counts fiftieths of a second
+constexpr int kLargest = 255;           // of a register
 
 }  // namespace
 
@@ -57,6 +59,8 @@ Modem::Outcome Modem::Run(const AtCommand& command) {
         profile_.verbose = command.value == 1;
     } else if (name == "Q" && command.value <= 1) {
         profile_.quiet = command.value == 1;
+    } else if (name == "&D") {
+        return SetDtr(command.value);
     } else {
         return RunOther(command);
     }
@@ -100,29 +104,54 @@ Modem::Outcome Modem::ReturnToData() {
     return Outcome::kAnswered;
 }
 
+Modem::Outcome Modem::SetDtr(int value) {
+    constexpr std::array<DtrDrop, 4> kEffects = {DtrDrop::kIgnored, DtrDrop::kEscapes,
+                                                 DtrDrop::kHangsUp, DtrDrop::kResets};
+    const auto which = static_cast<std::size_t>(value);
+    if (which >= kEffects.size()) {
+        return Outcome::kFailed;
+    }
+    profile_.dtr = kEffects.at(which);
+    return Outcome::kNext;
+}
+
 Modem::Outcome Modem::SetRegister(const AtCommand& command) {
-    constexpr int kLargest = 255;
     if (command.value > kLargest) {
         return Outcome::kFailed;
     }
-    profile_.registers[command.name] = command.value;
     if (command.name == "S7") {
         profile_.phone.carrier_wait = command.value * kSecond;
-    }
-    if (command.name == "S8") {
+    } else if (command.name == "S8") {
         profile_.dial.comma = command.value * kSecond;
-    }
-    if (command.name == "S12") {
+    } else if (command.name == "S12") {
         profile_.escape.guard = command.value * kGuardUnit;
+    } else {
+        profile_.registers[command.name] = command.value;
     }
     return Outcome::kNext;
 }
 
+int Modem::RegisterValue(const std::string& name) const {
+    const auto in_units = [](Milliseconds time, Milliseconds unit) {
+        return static_cast<int>(std::min<Milliseconds::rep>(time / unit, kLargest));
+    };
+    if (name == "S7") {
+        return in_units(profile_.phone.carrier_wait, kSecond);
+    }
+    if (name == "S8") {
+        return in_units(profile_.dial.comma, kSecond);
+    }
+    if (name == "S12") {
+        return in_units(profile_.escape.guard, kGuardUnit);
+    }
+    const auto set = profile_.registers.find(name);
+    return set == profile_.registers.end() ? 0 : set->second;
+}
+
 Modem::Outcome Modem::ShowRegister(const std::string& name) {
     std::array<char, 16> text{};
-    const auto set = profile_.registers.find(name.substr(0, name.size() - 1));
     std::snprintf(text.data(), text.size(), "\r\n%03d\r\n",
-                  set == profile_.registers.end() ? 0 : set->second);
+                  RegisterValue(name.substr(0, name.size() - 1)));
     ReplyText(text.data());
     return Outcome::kNext;
 }

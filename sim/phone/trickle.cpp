@@ -22,6 +22,12 @@ void Trickle::Push(std::string_view bytes) {
     Pump();
 }
 
+void Trickle::Clear() {
+    waiting_.clear();
+    timers_.Clear();
+    resting_ = false;
+}
+
 void Trickle::Finally(std::function<void()> what) {
     finally_ = std::move(what);
     Pump();

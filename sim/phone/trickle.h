@@ -30,6 +30,8 @@ class Trickle {
 
     void Push(std::string_view bytes);
 
+    void Clear();  // what has not left yet never will
+
     // Runs `what` when all bytes so far have left. It may destroy the Trickle. Nothing may be
     // pushed after this.
     void Finally(std::function<void()> what);

@@ -16,7 +16,9 @@ using ::testing::IsEmpty;
 
 std::string SiteWith(const std::string& port, const std::string& pager,
                      const std::string& top = "") {
-    return top + "[[port]]\nname = \"COM 1\"\n[port.pager]\ndial = \"ATDT0\"\n" + port +
+    return top +
+           "[[port]]\nname = \"COM 1\"\ninit = \"AT&F&D2S12=2\"\n[port.pager]\ndial = \"ATDT0\"\n" +
+           port +
            "[port.sms1]\ndial = \"ATDT1\"\n[port.sms2]\ndial = \"ATDT2\"\n"
            "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\n" +
            pager;

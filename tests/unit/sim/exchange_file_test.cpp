@@ -46,7 +46,9 @@ TEST(ExchangeFile, LineByItsDefaults) {
     const LineEntry line = LineWith("");
     EXPECT_EQ(1, line.com);
     EXPECT_TRUE(line.modem.powered);
-    EXPECT_EQ(500ms, line.modem.escape.guard);
+    EXPECT_EQ(1000ms, line.modem.escape.guard);
+    EXPECT_TRUE(line.modem.escape.guard_before);
+    EXPECT_EQ(DtrDrop::kHangsUp, line.modem.dtr);
     EXPECT_EQ(Answer::kNoCarrier, line.modem.phone.unknown_number);
 }
 
@@ -63,7 +65,8 @@ TEST(ExchangeFile, EveryKeyOfALine) {
         LineWith(
             "powered = false\ndial_tone = false\nunknown_number = \"BUSY\"\nvanish_after = 100\n"
             "connect_speed = 0\nanswer_delay_ms = 1\nanswer_gap_ms = 2\nanswer_piece = 3\n"
-            "piece_gap_ms = 4\nguard_ms = 5\nguard_before = true\ndigit_ms = 6\ncomma_ms = 7\n"
+            "piece_gap_ms = 4\ndtr = \"&D0\"\nguard_ms = 5\nguard_before = false\ndigit_ms = "
+            "6\ncomma_ms = 7\n"
             "training_ms = 8\ncarrier_wait_ms = 9\n")
             .modem;
     EXPECT_FALSE(modem.powered);
@@ -76,7 +79,8 @@ TEST(ExchangeFile, EveryKeyOfALine) {
     EXPECT_EQ(3U, modem.answer_piece);
     EXPECT_EQ(4ms, modem.piece_gap);
     EXPECT_EQ(5ms, modem.escape.guard);
-    EXPECT_TRUE(modem.escape.guard_before);
+    EXPECT_FALSE(modem.escape.guard_before);
+    EXPECT_EQ(DtrDrop::kIgnored, modem.dtr);
     EXPECT_EQ(6ms, modem.dial.digit);
     EXPECT_EQ(7ms, modem.dial.comma);
     EXPECT_EQ(8ms, modem.phone.training);
@@ -180,6 +184,8 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
         {line + "powered = \"no\"\n", "x.toml:3: powered must be true or false"},
         {line + "guard_ms = -1\n", "x.toml:3: guard_ms must be a whole number from 0 to 86400000"},
         {line + "guard_ms = 0.5\n", "x.toml:3: guard_ms must be a whole number from 0 to 86400000"},
+        {line + "dtr = \"&D9\"\n",
+         "x.toml:3: dtr must be one of \"&D0\", \"&D1\", \"&D2\", \"&D3\""},
         {line + "unknown_number = \"OK\"\n",
          "x.toml:3: unknown_number must be one of \"NO CARRIER\", \"NO ANSWER\", \"BUSY\""},
         {line + "[[centre]]\nname = \"a\"\nnumbers = [\"1\"]\n",

@@ -20,34 +20,61 @@ TEST_F(ModemTest, BytesGoBothWays) {
     EXPECT_EQ("\x06\r", wire_.Read());
 }
 
+TEST_F(ModemTest, EscapeNeedsASecondOfSilenceOnBothSides) {
+    Connect();
+    Opened().Heard("data");
+    EXPECT_EQ("", wire_.Read(kUsualGuard));
+    EXPECT_EQ("", To("+++", kUsualGuard - 1ms));
+    EXPECT_EQ("\r\nOK\r\n", wire_.Read(1ms));
+}
+
 TEST_F(ModemTest, GuardTimeCanBeSet) {
     options_.escape.guard = 700ms;
     Connect();
-    EXPECT_EQ("", To("+++", 699ms));
+    EXPECT_EQ("", To("+++", 719ms));
     EXPECT_EQ("\r\nOK\r\n", wire_.Read(1ms));
 }
 
 TEST_F(ModemTest, GuardTimeCanBeSetByCommand) {
     To("ATS12=10\r");
     Connect();
-    EXPECT_EQ("", To("+++", 199ms));
+    EXPECT_EQ("", To("+++", 219ms));
     EXPECT_EQ("\r\nOK\r\n", wire_.Read(1ms));
 }
 
-TEST_F(ModemTest, DataRightBehindThePlusesIsNoEscape) {
+TEST_F(ModemTest, ResetAndFactorySettingsBringTheUsualGuardTimeBack) {
+    for (const char* command : {"ATZ\r", "AT&F\r"}) {
+        modem_.reset();
+        To("ATS12=10\r");
+        To(command);
+        Connect();
+        EXPECT_EQ("", To("+++", kUsualGuard - 1ms)) << command;
+        EXPECT_EQ("\r\nOK\r\n", wire_.Read(1ms)) << command;
+    }
+}
+
+TEST_F(ModemTest, WithoutAGuardTimeCommandsMayFollowAtOnce) {
+    To("ATS12=0\r");
     Connect();
-    Opened().Heard("+++");
-    EXPECT_EQ("", To("ATHV1\r\n", kLong));
-    EXPECT_EQ("+++ATHV1\r\n", keeper_.heard);
+    EXPECT_EQ("\r\nOK\r\nATH\r\r\nNO CARRIER\r\n\r\nOK\r\n", To("bye+++ATH\r"));
+    EXPECT_EQ("bye+++", keeper_.heard);
+    EXPECT_EQ(nullptr, keeper_.call);
+}
+
+TEST_F(ModemTest, CommandsASecondBehindThePlusesAreTooEarlyAndReachTheCentre) {
+    Connect();
+    EXPECT_EQ("", To("+++", 1010ms));
+    EXPECT_EQ("", To("ATHV1\r\n", 2010ms));
+    EXPECT_EQ("", To("ATZ\r", kLong));
+    EXPECT_EQ("+++ATHV1\r\nATZ\r", keeper_.heard);
     EXPECT_NE(nullptr, keeper_.call);
 }
 
-TEST_F(ModemTest, StrictModemWantsSilenceBeforeThePluses) {
-    options_.escape.guard_before = true;
+TEST_F(ModemTest, PlusesRightBehindDataAreNoEscape) {
     Connect();
     Opened().Heard("\x04\r");
     EXPECT_EQ("", To("+++", kLong));
-    EXPECT_EQ("\r\nOK\r\n", To("+++"));
+    EXPECT_EQ("\r\nOK\r\n", To("+++", kUsualGuard));
 }
 
 TEST_F(ModemTest, InCommandStateTheCentreIsNotHeard) {
@@ -113,17 +140,6 @@ TEST_F(ModemTest, ClosingWhileItDialsGivesUp) {
     EXPECT_EQ("", wire_.Read(kLong));
     EXPECT_EQ(nullptr, keeper_.call);
 }
-
-TEST_F(ModemTest, SpeedZeroHangsUp) {
-    Connect();
-    termios settings{};
-    cfsetspeed(&settings, B0);
-    modem_->SettingsChanged(settings);
-    EXPECT_EQ(nullptr, keeper_.call);
-    EXPECT_EQ("ATZ\r\r\nOK\r\n", To("ATZ\r"));
-}
-
-// Calls on which the modem stays in command state.
 
 TEST_F(ModemTest, SemicolonKeepsTheCallAndTheCommandState) {
     EXPECT_EQ("ATDT0,7654321;\r\r\nOK\r\n", To("ATDT0,7654321;\r", 2800ms));

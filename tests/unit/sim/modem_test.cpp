@@ -48,6 +48,7 @@ TEST_F(ModemTest, ConnectComesWithTheSpeedAndTheCentresFirstBytes) {
 }
 
 TEST_F(ModemTest, PlusesWithoutGuardTimeReachTheCentreAndEscape) {
+    options_.escape = {480ms, false};
     Connect();
     Opened().Heard("\x04\r");
     EXPECT_EQ("", To("+++", 499ms));
@@ -180,7 +181,7 @@ TEST_F(ModemTest, CommandsWithoutEffectAreTaken) {
 
 TEST_F(ModemTest, OthersAreErrors) {
     for (const char* bad :
-         {"ATG", "ATE2", "ATV9", "ATQ2", "ATH2", "ATS7=256", "ATS7", "AT+FCLASS=0"}) {
+         {"ATG", "ATE2", "ATV9", "ATQ2", "ATH2", "ATS7=256", "ATS7", "AT&D4", "AT+FCLASS=0"}) {
         EXPECT_EQ(std::string(bad) + "\r\r\nERROR\r\n", To(std::string(bad) + "\r"));
     }
 }
@@ -203,7 +204,18 @@ TEST_F(ModemTest, RegistersAreKept) {
     To("ATS7=45S0=1\r");
     EXPECT_EQ("ATS7?\r\r\n045\r\n\r\nOK\r\n", To("ATS7?\r"));
     To("ATZ\r");
-    EXPECT_EQ("ATS7?\r\r\n000\r\n\r\nOK\r\n", To("ATS7?\r"));
+    EXPECT_EQ("ATS7?\r\r\n050\r\n\r\nOK\r\n", To("ATS7?\r"));
+    EXPECT_EQ("ATS0?\r\r\n000\r\n\r\nOK\r\n", To("ATS0?\r"));
+}
+
+TEST_F(ModemTest, RegistersWithAnEffectShowIt) {
+    EXPECT_EQ("ATS8?\r\r\n002\r\n\r\nOK\r\n", To("ATS8?\r"));
+    EXPECT_EQ("ATS12?\r\r\n050\r\n\r\nOK\r\n", To("ATS12?\r"));
+    To("ATS8=3S12=2\r");
+    EXPECT_EQ("ATS8?S12?\r\r\n003\r\n\r\n002\r\n\r\nOK\r\n", To("ATS8?S12?\r"));
+    modem_.reset();
+    options_.phone.carrier_wait = 300'000ms;
+    EXPECT_EQ("ATS7?\r\r\n255\r\n\r\nOK\r\n", To("ATS7?\r")) << "the largest that there is";
 }
 
 TEST_F(ModemTest, CommaLastsAsTheRegisterSays) {
