@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "host/trace/centre_code.h"
 #include "host/trace/read_trace.h"
 
 namespace host {
@@ -277,7 +278,10 @@ void PageBuilder::Fail(std::string_view text) {
 // ": no ID= received; no ID= within 30 s, but BUSY<cr>"
 std::string PageBuilder::WhyItFailed() const {
     if (!modem_said_.empty()) {
-        return ": the modem said " + modem_said_;
+        const std::string code =
+            phase_ == PagePhase::kTransfer ? CentreCodeIn(said_) : std::string();
+        return code.empty() ? ": the modem said " + modem_said_
+                            : ": the centre said " + code + ", then the modem " + modem_said_;
     }
     std::string why = failure_.empty() ? std::string() : ": " + failure_;
     if (missed_) {

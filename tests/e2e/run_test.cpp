@@ -44,6 +44,17 @@ TEST_F(Run, PagesPagersOfEveryType) {
     EXPECT_EQ("3", StateOf(alarm));
 }
 
+TEST_F(Run, LineWithSevenDataBitsCarriesSevenOfEachCharacter) {
+    exchange +=
+        "[[expect]]\ncentre = \"tap\"\nrecipient = \"5550111\"\n"
+        "text = \"DUTY/Critical/pumps/cafi\"\n";
+    ASSERT_EQ(0, RunProgram({PAGERFWD_PROGRAM, "alarm", "raise", "--group", "DUTY/1", "--server",
+                             "pumps", "--severity", "critical", "caf\xc3\xa9"})
+                     .exit_code);
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.out << run.err;
+}
+
 TEST_F(Run, TakesAlarmsThatAreRaisedMeanwhile) {
     At(30, Pagerfwd("alarm raise --group DUTY/1 --server pumps 'Pump 3' >/dev/null"));
     At(200, "kill -TERM $PPID");

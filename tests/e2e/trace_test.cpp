@@ -83,6 +83,8 @@ TEST_F(TracedPageOf, EveryFailureSaysWhy) {
                 HasSubstr("the modem didn't answer: waited 2 s for OK, heard nothing"));
     EXPECT_THAT(reason(TraceWith(tap + "answer = 512\n")),
                 HasSubstr("no EOT from D1 received; waited 30 s for <cr><ack><cr>, heard "));
+    EXPECT_THAT(reason(TraceWith(tap + "answer = 515\ndrop_after_saying = 37\n")),
+                HasSubstr("the centre said 515 Message format error, then the modem NO CARRIER"));
     EXPECT_THAT(reason(TraceWith(tap + "silent_after = 0\n")), HasSubstr("no ID= received"));
     EXPECT_THAT(reason(TraceWith(tap + "ends = false\n")), HasSubstr("no EOT at end of dialog"));
     WriteFile("none.toml", "[[line]]\nport = \"COM 2\"\n");
