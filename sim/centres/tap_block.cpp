@@ -10,10 +10,11 @@ namespace pagersim {
 namespace {
 
 constexpr char kEtx = '\x03';
+constexpr char kEtb = '\x17';
+constexpr char kUs = '\x1f';
 constexpr char kSub = '\x1a';
 constexpr std::size_t kChecksumLength = 3;
-constexpr std::size_t kTailLength = 1 + kChecksumLength + 1;  // ETX, checksum, CR
-constexpr std::size_t kFewestFields = 2;                      // the pager, the message
+constexpr std::size_t kTailLength = 1 + kChecksumLength + 1;  // the mark, checksum, CR
 
 TapBlock Faulty(int code, const std::string& fault) {
     return {code, fault};
@@ -37,31 +38,32 @@ std::optional<std::string> Decoded(std::string_view field, bool strict) {
     return text;
 }
 
-TapBlock ReadFields(std::string_view content, bool strict) {
+// `content` stands between STX and the mark.
+TapBlock ReadFields(std::string_view content, char mark, bool strict) {
     TapBlock block;
+    block.is_last = mark == kEtx;
     while (!content.empty()) {
         const std::size_t end = content.find('\r');
-        if (end == std::string_view::npos) {
+        block.field_goes_on = end == std::string_view::npos;
+        if (block.field_goes_on && mark != kUs) {
             return Faulty(kTapFormat, "the last field doesn't end with <cr>");
         }
-        const auto field = Decoded(content.substr(0, end), strict);
+        const std::string_view piece = content.substr(0, end);
+        const auto field = Decoded(piece, strict);
         if (!field) {
-            return Faulty(kTapFormat, "a bare control in " + Printable(content.substr(0, end)));
+            return Faulty(kTapFormat, "a bare control in " + Printable(piece));
         }
         block.fields.push_back(*field);
-        content.remove_prefix(end + 1);
-    }
-    if (block.fields.size() < kFewestFields) {
-        return Faulty(kTapFormat, "a block needs a pager and a message");
+        content.remove_prefix(block.field_goes_on ? content.size() : end + 1);
     }
     return block;
 }
 
 }  // namespace
 
-std::string TapChecksum(std::string_view stx_to_etx) {
+std::string TapChecksum(std::string_view stx_to_mark) {
     unsigned sum = 0;
-    for (const char c : stx_to_etx) {
+    for (const char c : stx_to_mark) {
         sum += static_cast<unsigned char>(c) & 0x7fU;
     }
     std::string characters;
@@ -72,8 +74,11 @@ std::string TapChecksum(std::string_view stx_to_etx) {
 }
 
 bool IsWholeTapBlock(std::string_view heard) {
-    return heard.size() > kTailLength && heard.back() == '\r' &&
-           heard[heard.size() - kTailLength] == kEtx;
+    if (heard.size() <= kTailLength || heard.back() != '\r') {
+        return false;
+    }
+    const char mark = heard[heard.size() - kTailLength];
+    return mark == kEtx || mark == kEtb || mark == kUs;
 }
 
 TapBlock ReadTapBlock(std::string_view block, bool strict) {
@@ -87,7 +92,7 @@ TapBlock ReadTapBlock(std::string_view block, bool strict) {
     if (sent != right) {
         return Faulty(kTapChecksum, "checksum is " + right + ", not " + Printable(sent));
     }
-    return ReadFields(summed.substr(1, summed.size() - 2), strict);
+    return ReadFields(summed.substr(1, summed.size() - 2), summed.back(), strict);
 }
 
 }  // namespace pagersim

@@ -124,6 +124,7 @@ void TapCentre::HearBlock(char c) {
 void TapCentre::HearOutsideBlock(char c) {
     if (c == kEot) {
         state_ = State::kEnd;
+        ForgetParts();
     } else {
         Complain();
     }
@@ -140,38 +141,72 @@ void TapCentre::AnswerBlock(const std::string& block) {
     if (!read.fault.empty()) {
         call_->Note(read.fault);
     }
-    const int code = Verdict(read);
+    TapMessage message = message_;
+    message.Add(read);
+    const int code = Verdict(read, message);
     const TapCode* known = FindTapCode(code);
     switch (known == nullptr ? TapAnswer::kRefuse : known->answer) {
         case TapAnswer::kAccept:
-            call_->Deliver({read.fields[0], read.fields[1]});
-            return SayCode(code, kAck);
+            return Accept(code, message);
         case TapAnswer::kResend:
             return SayCode(code, kNak);
         case TapAnswer::kRefuse:
+            message_ = {};
             return SayCode(code, kRs);
         case TapAnswer::kEnd:
             return SayGoodbye(code);
     }
 }
 
+void TapCentre::Accept(int code, const TapMessage& message) {
+    if (!message.IsWhole()) {
+        message_ = message;
+        // No page is accepted yet, so that the usual line would be wrong.
+        return code == kTapAccepted ? SayBehind({}, kAck) : SayCode(code, kAck);
+    }
+    message_ = {};
+    call_->Deliver({message.Pager(), message.Text()});
+    SayCode(code, kAck);
+}
+
 // The code for a block. One that is told to accept whatever comes still can't accept a faulty one.
-int TapCentre::Verdict(const TapBlock& block) {
+int TapCentre::Verdict(const TapBlock& block, const TapMessage& message) {
     if (block.code == kTapChecksum && ++bad_sums_ >= kTries) {
         return kTapTooManyBadSums;
     }
     if (block.code != 0) {
         return block.code;
     }
-    const std::string& pager = block.fields.front();
+    if (message.Size() > kLongestInput) {
+        return kTapTooLong;
+    }
+    if (message.IsWhole() && !message.HasText()) {
+        call_->Note("a message needs a pager and a text");
+        return kTapFormat;
+    }
     if (options_.answer != 0) {
         return options_.answer;
     }
+    return message.IsWhole() ? VerdictOnPager(message.Pager()) : kTapAccepted;
+}
+
+int TapCentre::VerdictOnPager(const std::string& pager) const {
     if (pager.empty() || (options_.strict && !AllDigits(pager))) {
         return kTapIllegalId;
     }
     const bool known = options_.pagers.empty() || Contains(options_.pagers, pager);
     return known ? kTapAccepted : kTapInvalidId;
+}
+
+void TapCentre::Ended() {
+    state_ = State::kOver;
+    ForgetParts();
+}
+
+void TapCentre::ForgetParts() {
+    if (!std::exchange(message_, {}).IsEmpty()) {
+        call_->Note("the message's last block never came, nothing delivered");
+    }
 }
 
 void TapCentre::HearEnd(char c) {
@@ -181,7 +216,10 @@ void TapCentre::HearEnd(char c) {
 }
 
 void TapCentre::SayCode(int code, std::string_view control) {
-    std::string line = TextLine(code);
+    SayBehind(TextLine(code), control);
+}
+
+void TapCentre::SayBehind(std::string line, std::string_view control) {
     if (line.empty() && !options_.bare_ack) {
         line = "\r";
     }

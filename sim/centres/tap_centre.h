@@ -9,6 +9,7 @@
 #include "sim/centre.h"
 #include "sim/centres/tap_block.h"
 #include "sim/centres/tap_codes.h"
+#include "sim/centres/tap_message.h"
 
 namespace pagersim {
 
@@ -26,6 +27,8 @@ struct TapOptions {
 // What it says, in order, in a call that goes well: ID=, the log-on's ACK, the go-ahead, the answer
 // to the block, the goodbye.
 //
+// A message may come in several blocks; each is answered, and the last one delivers it.
+//
 // A strict one answers a NUL behind the first carriage return with 507, and a line feed behind the
 // log-on with 502.
 //
@@ -37,7 +40,7 @@ class TapCentre : public Centre {
     void Answered(Call& call) override { call_ = &call; }
     void Heard(std::string_view bytes) override;
     void Dialled(std::string_view) override {}
-    void Ended() override { state_ = State::kOver; }
+    void Ended() override;
 
  private:
     enum class State { kKnock, kLogOn, kBlock, kEnd, kOver };
@@ -53,18 +56,23 @@ class TapCentre : public Centre {
     void CheckLogOn(const std::string& line);
     int LogOnFault(const std::string& line) const;
     void AnswerBlock(const std::string& block);
-    int Verdict(const TapBlock& block);
+    int Verdict(const TapBlock& block, const TapMessage& message);
+    int VerdictOnPager(const std::string& pager) const;
+    void Accept(int code, const TapMessage& message);
+    void ForgetParts();
     void Complain();
 
     // Says a control sequence behind the code's text line, if there is one.
     void SayCode(int code, std::string_view control);
+    void SayBehind(std::string line, std::string_view control);
     std::string TextLine(int code) const;
     void SayGoodbye(int code);
 
     const TapOptions options_;
     Call* call_ = nullptr;  // valid from Answered to Ended
     State state_ = State::kKnock;
-    std::string heard_;  // of the line or the block so far
+    std::string heard_;   // of the line or the block so far
+    TapMessage message_;  // its accepted blocks
     unsigned knocks_ = 0;
     unsigned bad_log_ons_ = 0;
     unsigned bad_sums_ = 0;

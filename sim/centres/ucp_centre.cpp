@@ -6,11 +6,14 @@
 #include <cstdio>
 #include <utility>
 
+#include "sim/centres/gsm_alphabet.h"
+
 namespace pagersim {
 namespace {
 
 constexpr char kStx = '\x02';
 constexpr char kEtx = '\x03';
+constexpr std::string_view kAlphanumeric = "3";  // a message's type
 constexpr std::size_t kLongestText = 160;
 constexpr std::size_t kLongestRecipient = 16;
 
@@ -24,6 +27,12 @@ constexpr std::array<Layout, 2> kLayouts = {{{"01", 3, 4, 5}, {"51", 18, 20, 33}
 
 // The password of operation 60, in hexadecimal.
 constexpr std::size_t kSessionPassword = 4;
+
+// Operation 31: the recipient, and what kind of device it is, four digits.
+constexpr std::string_view kAlert = "31";
+constexpr std::size_t kDevice = 1;
+constexpr std::size_t kDeviceDigits = 4;
+constexpr const char* kNoneWaiting = "0000";
 
 const Layout* LayoutOf(std::string_view operation) {
     for (const Layout& layout : kLayouts) {
@@ -55,7 +64,7 @@ Text Decoded(const std::string& type, const std::string& field) {
     if (type == "2") {
         return {kUcpNone, field};
     }
-    if (type != "3" && type != "4") {
+    if (type != kAlphanumeric && type != "4") {
         return {kUcpMessageType};
     }
     const auto text = FromHex(field);
@@ -105,13 +114,13 @@ UcpCentre::Fields UcpCentre::Execute(const UcpFrame& frame) {
     if (frame.operation == "60") {
         return OpenSession(frame);
     }
-    if (LayoutOf(frame.operation) == nullptr) {
+    if (frame.operation != kAlert && LayoutOf(frame.operation) == nullptr) {
         return Negative(kUcpNotAllowed);
     }
     if (!options_.password.empty() && !session_) {
         return Negative(kUcpAuthentication);
     }
-    return TakeMessage(frame);
+    return frame.operation == kAlert ? TakeAlert(frame) : TakeMessage(frame);
 }
 
 UcpCentre::Fields UcpCentre::OpenSession(const UcpFrame& frame) {
@@ -121,6 +130,15 @@ UcpCentre::Fields UcpCentre::OpenSession(const UcpFrame& frame) {
     session_ =
         options_.password.empty() || FromHex(frame.fields[kSessionPassword]) == options_.password;
     return session_ ? Fields{"A", ""} : Negative(kUcpAuthentication);
+}
+
+UcpCentre::Fields UcpCentre::TakeAlert(const UcpFrame& frame) const {
+    const bool complete = frame.fields.size() == kDevice + 1 && IsNumber(frame.fields[kDevice]) &&
+                          frame.fields[kDevice].size() == kDeviceDigits;
+    if (!complete) {
+        return Negative(kUcpSyntax);
+    }
+    return IsKnown(frame.fields[kRecipient]) ? Fields{"A", kNoneWaiting} : Negative(kUcpRecipient);
 }
 
 UcpCentre::Fields UcpCentre::TakeMessage(const UcpFrame& frame) {
@@ -140,16 +158,20 @@ UcpCentre::Fields UcpCentre::TakeMessage(const UcpFrame& frame) {
     if (options_.answer != 0) {
         return Negative(options_.answer);
     }
-    call_->Deliver({recipient, message.text});
+    const bool shown_in_gsm = options_.gsm && frame.fields[layout.type] == kAlphanumeric;
+    call_->Deliver({recipient, shown_in_gsm ? DecodeGsm(message.text) : message.text});
     const std::string receipt = recipient + ":" + TimeStamp();
     return frame.operation == "51" ? Fields{"A", "", receipt} : Fields{"A", receipt};
 }
 
-UcpError UcpCentre::Judge(const std::string& recipient, const std::string& text) const {
+bool UcpCentre::IsKnown(const std::string& recipient) const {
     const auto& pagers = options_.pagers;
-    const bool known =
-        pagers.empty() || std::find(pagers.begin(), pagers.end(), recipient) != pagers.end();
-    if (!IsNumber(recipient) || recipient.size() > kLongestRecipient || !known) {
+    return IsNumber(recipient) && recipient.size() <= kLongestRecipient &&
+           (pagers.empty() || std::find(pagers.begin(), pagers.end(), recipient) != pagers.end());
+}
+
+UcpError UcpCentre::Judge(const std::string& recipient, const std::string& text) const {
+    if (!IsKnown(recipient)) {
         return kUcpRecipient;
     }
     return text.size() > kLongestText ? kUcpTooLong : kUcpNone;

@@ -107,6 +107,7 @@ UcpOptions ReadUcp(TomlTable& table) {
     table.Take("password", ucp.password);
     table.Take("pagers", ucp.pagers);
     table.TakeCount("answer", ucp.answer, 0, kLargestCode);
+    table.TakeChoice<bool>("alphabet", ucp.gsm, {{"ascii", false}, {"gsm", true}});
     return ucp;
 }
 

@@ -55,6 +55,22 @@ TEST_F(Run, LineWithSevenDataBitsCarriesSevenOfEachCharacter) {
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;
 }
 
+TEST_F(Run, UcpCentreMayShowATextInTheAlphabetOfGsm) {
+    MakeSite("pagerfwd.db",
+             "[[port]]\nname = \"COM 1\"\n[port.sms2]\ndial = \"ATDT5550102\"\n[[pager]]\n"
+             "description = \"duty\"\ntype = \"sms2\"\nnumber = \"5550112\"\n"
+             "[[route]]\npagers = [\"duty\"]\n");
+    exchange =
+        "[[line]]\nport = \"COM 1\"\n[[centre]]\nname = \"ucp\"\nprotocol = \"ucp\"\n"
+        "numbers = [\"5550102\"]\nalphabet = \"gsm\"\n[[expect]]\ncentre = \"ucp\"\n"
+        "recipient = \"5550112\"\ntext = \"DUTY/Critical/x/pumps Ä3Ñ ¡ ¤5 §\"\n";
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, alarmName, severity, timestamp, server, details)"
+        " VALUES ('7', 'DUTY/1', '1', '978948000', 'x', 'pumps [3] @ $5 _')");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.out << run.err;
+}
+
 TEST_F(Run, TakesAlarmsThatAreRaisedMeanwhile) {
     At(30, Pagerfwd("alarm raise --group DUTY/1 --server pumps 'Pump 3' >/dev/null"));
     At(200, "kill -TERM $PPID");

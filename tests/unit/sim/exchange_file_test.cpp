@@ -125,12 +125,17 @@ TEST(ExchangeFile, EveryKeyOfTap) {
 
 TEST(ExchangeFile, EveryKeyOfUcp) {
     const auto ucp = std::get<UcpOptions>(
-        CentreWith("ucp", "strict = true\npassword = \"P\"\npagers = [\"1\"]\nanswer = 24\n")
+        CentreWith("ucp",
+                   "strict = true\npassword = \"P\"\npagers = [\"1\"]\nanswer = 24\n"
+                   "alphabet = \"gsm\"\n")
             .options);
     EXPECT_TRUE(ucp.strict);
     EXPECT_EQ("P", ucp.password);
     EXPECT_THAT(ucp.pagers, ElementsAre("1"));
     EXPECT_EQ(24, ucp.answer);
+    EXPECT_TRUE(ucp.gsm);
+    EXPECT_FALSE(std::get<UcpOptions>(CentreWith("ucp", "").options).gsm);
+    EXPECT_FALSE(std::get<UcpOptions>(CentreWith("ucp", "alphabet = \"ascii\"\n").options).gsm);
 }
 
 TEST(ExchangeFile, EveryKeyOfAPlainService) {

@@ -11,8 +11,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-std::string BlockOf(const std::string& fields) {
-    const std::string summed = "\x02" + fields + "\x03";
+std::string BlockOf(const std::string& fields, char mark = '\x03') {
+    const std::string summed = "\x02" + fields + mark;
     return summed + TapChecksum(summed) + "\r";
 }
 
@@ -91,7 +91,34 @@ TEST(TapBlock, LenientReaderSkipsLineFeedAndNulButCountsThem) {
 
 TEST(TapBlock, FieldsMustEnd) {
     EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\rABC"), false).code);
-    EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\r"), false).code) << "only one field";
+    EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\rABC", '\x17'), false).code);
+}
+
+TEST(TapBlock, MarkSaysWhatFollows) {
+    const TapBlock last = ReadTapBlock(BlockOf("123\rABC\r"), true);
+    EXPECT_TRUE(last.is_last);
+    EXPECT_FALSE(last.field_goes_on);
+    const TapBlock further_fields = ReadTapBlock(BlockOf("123\r", '\x17'), true);
+    EXPECT_EQ(0, further_fields.code);
+    EXPECT_FALSE(further_fields.is_last);
+    EXPECT_FALSE(further_fields.field_goes_on);
+    EXPECT_THAT(further_fields.fields, ElementsAre("123"));
+    const TapBlock rest_of_field = ReadTapBlock(BlockOf("123\rAB", '\x1f'), true);
+    EXPECT_EQ(0, rest_of_field.code);
+    EXPECT_FALSE(rest_of_field.is_last);
+    EXPECT_TRUE(rest_of_field.field_goes_on);
+    EXPECT_THAT(rest_of_field.fields, ElementsAre("123", "AB"));
+}
+
+TEST(TapBlock, FieldThatHasEndedDoesntGoOn) {
+    const TapBlock block = ReadTapBlock(BlockOf("123\rAB\r", '\x1f'), true);
+    EXPECT_FALSE(block.is_last);
+    EXPECT_FALSE(block.field_goes_on);
+}
+
+TEST(TapBlock, ChecksumCountsTheMark) {
+    EXPECT_EQ("18?", TapChecksum("\x02"
+                                 "123\rABC\r\x17"));
 }
 
 TEST(TapBlock, IsWholeWithTheCarriageReturnBehindTheChecksum) {
@@ -103,6 +130,9 @@ TEST(TapBlock, IsWholeWithTheCarriageReturnBehindTheChecksum) {
     for (std::size_t length = 1; length < block.size(); ++length) {
         EXPECT_FALSE(IsWholeTapBlock(block.substr(0, length))) << length;
     }
+    EXPECT_TRUE(IsWholeTapBlock(BlockOf("123\r", '\x17')));
+    EXPECT_TRUE(IsWholeTapBlock(BlockOf("123\rAB", '\x1f')));
+    EXPECT_FALSE(IsWholeTapBlock(BlockOf("123\rAB\r", '\x1e')));
 }
 
 }  // namespace

@@ -275,6 +275,130 @@ TEST_F(TapCentreTest, SeveralPagesInACall) {
     EXPECT_THAT(call_.Pages(), ElementsAre("123: ABC", "02: "));
 }
 
+// Messages of several blocks.
+
+constexpr char kEtx = '\x03';
+constexpr char kEtb = '\x17';
+constexpr char kUs = '\x1f';
+
+std::string Block(const std::string& fields, char mark) {
+    const std::string block = "\x02" + fields + mark;
+    return block + TapChecksum(block) + "\r";
+}
+
+TEST_F(TapCentreTest, FieldMayGoOnInTheNextBlock) {
+    TapOptions options;
+    options.strict = true;
+    LogOn(options);
+    EXPECT_EQ(kAccepted, To(Block("123\rPump 3 is", kUs)));
+    EXPECT_THAT(call_.Pages(), IsEmpty()) << "not yet";
+    EXPECT_EQ(kAccepted, To(Block(" hot, very", kUs)));
+    EXPECT_EQ(kAccepted, To(Block(" hot\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3 is hot, very hot"));
+}
+
+TEST_F(TapCentreTest, FieldsMayComeInBlocksOfTheirOwn) {
+    LogOn();
+    EXPECT_EQ(kAccepted, To(Block("123\r", kEtb)));
+    EXPECT_EQ(kAccepted, To(Block("Pump 3\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3"));
+}
+
+TEST_F(TapCentreTest, FurtherFieldsAreFurtherLines) {
+    LogOn();
+    EXPECT_EQ(kAccepted, To(Block("123\rPump 3\ris hot\r", kEtb)));
+    EXPECT_EQ(kAccepted, To(Block("call Anna\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3\nis hot\ncall Anna"));
+}
+
+TEST_F(TapCentreTest, SomeSayUsWhereAFieldHasEnded) {
+    LogOn();
+    To(Block("123\r", kUs));
+    To(Block("Pump 3\r", kEtx));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3"));
+}
+
+TEST_F(TapCentreTest, BlockOfAMessageThatIsAskedForAgainCountsOnce) {
+    LogOn();
+    To(Block("123\rPump", kUs));
+    const std::string next = Block(" 3", kUs);
+    EXPECT_EQ("514 Checksum error\r\x15\r", To(next.substr(0, 4) + "000\r"));
+    EXPECT_EQ(kAccepted, To(next));
+    EXPECT_EQ(kAccepted, To(Block(" hot\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3 hot"));
+}
+
+TEST_F(TapCentreTest, PageIsAcceptedInWordsWithItsLastBlockOnly) {
+    TapOptions options;
+    options.text_lines = true;
+    Answer(options);
+    To("\r");
+    To(kLogOn);
+    EXPECT_EQ(kAccepted, To(Block("123\r", kEtb)));
+    EXPECT_EQ("211 Page accepted\r\x06\r", To(Block("Pump 3\r", kEtx)));
+}
+
+TEST_F(TapCentreTest, OrderedAnswerHoldsForEveryBlock) {
+    TapOptions options;
+    options.answer = 213;
+    LogOn(options);
+    const std::string held = "213 Message held, page accepted\r\x06\r";
+    EXPECT_EQ(held, To(Block("123\r", kEtb)));
+    EXPECT_EQ(held, To(Block("Pump 3\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3"));
+}
+
+TEST_F(TapCentreTest, RefusedBlockEndsItsMessage) {
+    LogOn();
+    To(Block("123\rPump", kUs));
+    EXPECT_EQ("515 Message format error\r\x1e\r", To(Block("\t3\r", kEtx)));
+    EXPECT_EQ(kAccepted, To(kBlock));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: ABC"));
+}
+
+TEST_F(TapCentreTest, MessageNeedsPagerAndText) {
+    LogOn();
+    EXPECT_EQ("515 Message format error\r\x1e\r", To(Block("123\r", kEtx)));
+    EXPECT_EQ("515 Message format error\r\x1e\r", To(Block("", kEtx)));
+    EXPECT_THAT(call_.Notes(), Contains("a message needs a pager and a text").Times(2));
+}
+
+TEST_F(TapCentreTest, UnknownPagerIsToldBehindTheLastBlock) {
+    TapOptions options;
+    options.pagers = {"124"};
+    LogOn(options);
+    EXPECT_EQ(kAccepted, To(Block("123\r", kEtb)));
+    EXPECT_EQ("511 Invalid pager id\r\x1e\r", To(Block("Pump 3\r", kEtx)));
+}
+
+TEST_F(TapCentreTest, MessageWithoutALastBlockIsNone) {
+    LogOn();
+    To(Block("123\rPump", kUs));
+    EXPECT_EQ(kEnded, To(kEnd));
+    EXPECT_THAT(call_.Notes(),
+                ElementsAre("the message's last block never came, nothing delivered"));
+    EXPECT_THAT(call_.Pages(), IsEmpty());
+}
+
+TEST_F(TapCentreTest, CarrierThatIsLostAmidAMessageIsNoted) {
+    LogOn();
+    To(Block("123\rPump", kUs));
+    centre_->Ended();
+    EXPECT_THAT(call_.Notes(), Contains("the message's last block never came, nothing delivered"));
+}
+
+TEST_F(TapCentreTest, MessageThatGoesOnForEverIsTooLong) {
+    LogOn();
+    To(Block("123\r", kEtb));
+    std::string said;
+    for (int i = 0; i < 21; ++i) {
+        said = To(Block(std::string(200, 'x'), kUs));
+    }
+    EXPECT_EQ("513 Message too long\r\x1e\r", said);
+    EXPECT_EQ(kAccepted, To(kBlock));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: ABC"));
+}
+
 TEST_F(TapCentreTest, InputWithoutEndIsForgotten) {
     LogOn();
     EXPECT_EQ("", To("\x02" + std::string(4096, 'x')));

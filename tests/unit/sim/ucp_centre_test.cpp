@@ -81,6 +81,48 @@ TEST_F(UcpCentreTest, PublishedSessionIsOpened) {
         To(kOpenSession));
 }
 
+TEST_F(UcpCentreTest, PublishedAlertIsAnswered) {
+    options_.strict = true;
+    EXPECT_EQ(
+        "\x02"
+        "02/00023/R/31/A/0000/28\x03",
+        To("\x02"
+           "02/00035/O/31/0234765439845/0139/A0\x03"))
+        << "as published, but that no message waits";
+    EXPECT_THAT(call_.Pages(), IsEmpty());
+}
+
+TEST_F(UcpCentreTest, AlertsAreRefusedWithTheReason) {
+    options_.pagers = {"0123"};
+    const auto answer = [this](const std::string& fields) { return To(Frame("/O/31/" + fields)); };
+    EXPECT_THAT(answer("0123/0139/"), ::testing::HasSubstr("/R/31/A/0000/"));
+    EXPECT_THAT(answer("0124/0139/"), ::testing::HasSubstr("/R/31/N/06//"));
+    EXPECT_THAT(answer("0123/"), ::testing::HasSubstr("/R/31/N/02//"));
+    EXPECT_THAT(answer("0123/139/"), ::testing::HasSubstr("/R/31/N/02//"));
+    EXPECT_THAT(answer("0123/013x/"), ::testing::HasSubstr("/R/31/N/02//"));
+    EXPECT_THAT(answer("0123/0139//"), ::testing::HasSubstr("/R/31/N/02//"));
+    options_.password = "Password";
+    centre_.reset();
+    EXPECT_THAT(answer("0123/0139/"), ::testing::HasSubstr("/R/31/N/07//"));
+}
+
+TEST_F(UcpCentreTest, TextsMayBeShownInTheAlphabetOfGsm) {
+    options_.gsm = true;
+    To(Submit("0123", "3", "5B407C7D1B65"));
+    To(Submit("0123", "4", "5B40"));
+    To(Submit("0123", "2", "47"));
+    EXPECT_THAT(call_.Pages(), ElementsAre("0123: Ä¡öñ€", "0123: [@", "0123: 47"));
+}
+
+TEST_F(UcpCentreTest, TextOf160SeptetsFitsHoweverLongItIsShown) {
+    options_.gsm = true;
+    std::string hex;
+    for (int i = 0; i < 160; ++i) {
+        hex += "5B";
+    }
+    EXPECT_THAT(To(Submit("0123", "3", hex)), ::testing::HasSubstr("/A//"));
+}
+
 TEST_F(UcpCentreTest, LowerCaseChecksumIsTaken) {
     options_.strict = true;
     EXPECT_EQ(

@@ -28,6 +28,9 @@ constexpr PublishedFrame kPublished[] = {
      12},
     {"open session, positive", "00/00019/R/60/A//6D", "00", "R", "60", 2},
     {"open session, negative", "00/00022/R/60/N/01//04", "00", "R", "60", 3},
+    {"alert", "02/00035/O/31/0234765439845/0139/A0", "02", "O", "31", 2},
+    {"alert, positive", "04/00023/R/31/A/0003/2D", "04", "R", "31", 2},
+    {"alert, negative", "00/00022/R/31/N/06//07", "00", "R", "31", 3},
     {"call input", "00/00070/O/01/01234567890/09876543210//3/53686F7274204D657373616765/D9", "00",
      "O", "01", 5},
 };
@@ -54,7 +57,7 @@ TEST(UcpFrame, ChecksumOfEitherCaseIsTaken) {
 }
 
 TEST(UcpFrame, AnyOneCharacterChangedIsNoticed) {
-    const std::string good = kPublished[6].frame;
+    const std::string good = kPublished[9].frame;
     for (std::size_t i = 0; i < good.size(); ++i) {
         std::string bad = good;
         bad[i] = bad[i] == '8' ? '9' : '8';
@@ -63,7 +66,7 @@ TEST(UcpFrame, AnyOneCharacterChangedIsNoticed) {
 }
 
 TEST(UcpFrame, FieldsKeepTheirPlaces) {
-    const UcpFrame frame = ReadUcpFrame(kPublished[6].frame);
+    const UcpFrame frame = ReadUcpFrame(kPublished[9].frame);
     EXPECT_THAT(frame.fields,
                 ElementsAre("01234567890", "09876543210", "", "3", "53686F7274204D657373616765"));
 }
