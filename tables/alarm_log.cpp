@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr char kNoAlarm[] = "WHERE alarmlogID = 0";
 constexpr char kAlarmLogId[] = "alarmlogID";
 constexpr char kAlarmName[] = "alarmName";
 constexpr char kDetails[] = "details";
@@ -61,8 +62,11 @@ int32_t WriteState(DatabaseSession& session, const char* table, int32_t alarmLog
     }
     const std::string condition =
         std::string("WHERE ") + kAlarmLogId + " = " + DecimalText(alarmLogId);
-    ElementList changes(session);
+    ElementList changes(session, kNoAlarm);
     changes.Add(column, state);
+    if (!changes.IsWhole()) {
+        return -1;
+    }
     const int32_t changed = DBAsciiAccessSQLConditionSet(session.Handle(), table, condition.c_str(),
                                                          changes.Take(), 'y', 'n');
     return changed > 0 ? DBAsciiAccessWrite(session.Handle(), table, lock.Result()) : changed;

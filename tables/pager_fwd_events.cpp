@@ -30,6 +30,9 @@ constexpr Column<PagerFwdEvent> kColumns[] = {
     {kSeverity, FillNumber<&PagerFwdEvent::severity>},
 };
 
+// No page's key.
+constexpr char kNoPage[] = R"(WHERE AlmGroup = "" AND AlmLogID = 0 AND PagerDescr = "")";
+
 // Conditions hold their texts as they stand and whole, however long.
 std::string WhereKeyIs(const char* almGroup, int32_t almLogId, const char* pagerDescr) {
     return std::string("WHERE ") + kAlmGroup + " = \"" + TextOrEmpty(almGroup) + "\" AND " +
@@ -47,36 +50,31 @@ std::string WhereAlarmIs(const char* table, int32_t almLogId) {
     return std::string("WHERE ") + table + "." + kAlmLogId + "  = " + DecimalText(almLogId);
 }
 
-// A field that no cell has filled equals no text, not even the empty one.
-bool IsSameText(const char* field, const char* wanted) {
-    return field != nullptr && std::strcmp(field, TextOrEmpty(wanted)) == 0;
+// Returns how many rows were hit; -1 when the list isn't whole.
+int32_t ChangeRows(const DatabaseSession& session, const std::string& condition,
+                   ElementList& changes) {
+    if (!changes.IsWhole()) {
+        return -1;
+    }
+    return DBAsciiAccessSQLConditionSet(session.Handle(), session.Table(), condition.c_str(),
+                                        changes.Take(), 'y', 'y');
 }
 
-std::vector<ForwardState> StatesOf(const RowSet& rows, int32_t column) {
-    std::vector<ForwardState> states;
-    states.reserve(static_cast<size_t>(rows.Count()));
-    for (int32_t i = 0; i < rows.Count(); ++i) {
-        states.push_back(static_cast<ForwardState>(ToInteger(CellAt(rows.Row(i), column))));
-    }
-    return states;
+// A missing cell equals no text, not even the empty one.
+bool IsSameText(const char* cell, const char* wanted) {
+    return cell != nullptr && std::strcmp(cell, TextOrEmpty(wanted)) == 0;
 }
 
 }  // namespace
 
-ForwardState FoldStates(const std::vector<ForwardState>& states) {
+ForwardState FoldState(ForwardState folded, ForwardState next) {
     constexpr ForwardState kNoStateYet{};
-    ForwardState folded = kNoStateYet;
-    for (const ForwardState state : states) {
-        if (state == kForwardBeingPaged) {
-            return state;
-        }
-        const bool outranks = folded == kForwardDone && state == kForwardOffLimit;
-        // Kept: the first page decides, so that an acknowledged one keeps the alarm acknowledged.
-        if (folded == kNoStateYet || outranks) {
-            folded = state;
-        }
+    if (folded == kForwardBeingPaged || next == kForwardBeingPaged) {
+        return kForwardBeingPaged;
     }
-    return folded;
+    const bool outranks = folded == kForwardDone && next == kForwardOffLimit;
+    // Kept: the first page decides, so that an acknowledged one keeps the alarm acknowledged.
+    return folded == kNoStateYet || outranks ? next : folded;
 }
 
 CDB_PagerFwdEvents::CDB_PagerFwdEvents(const char* databaseName)
@@ -119,9 +117,10 @@ PagerFwdEvent* CDB_PagerFwdEvents::FindFwdEvent(int32_t almLogId, const char* al
     }
     const RecordColumns columns(session, kColumns);
     for (int32_t i = 0; i < rows.Count(); ++i) {
-        auto event = columns.NewRecord(rows.Row(i), FreePagerFwdEvent);
-        if (IsSameText(event->almGroup, almGroup) && IsSameText(event->pagerDescr, pagerDescr)) {
-            return event.release();
+        const char* const* const row = rows.Row(i);
+        if (IsSameText(columns.Cell(row, kAlmGroup), almGroup) &&
+            IsSameText(columns.Cell(row, kPagerDescr), pagerDescr)) {
+            return columns.NewRecord(row, FreePagerFwdEvent).release();
         }
     }
     return nullptr;
@@ -135,7 +134,7 @@ int32_t CDB_PagerFwdEvents::NewPagerFwdEvent(const char* almGroup, int32_t almLo
     if (!session.OpenTable(Table())) {
         return -1;
     }
-    ElementList row(session);
+    ElementList row(session, kNoPage);
     row.Add(kAlmLogId, almLogId)
         .Add(kAlmGroup, almGroup)
         .Add(kPagerDescr, pagerDescr)
@@ -143,6 +142,9 @@ int32_t CDB_PagerFwdEvents::NewPagerFwdEvent(const char* almGroup, int32_t almLo
         .Add(kPagerRetries, static_cast<int32_t>(retries))
         .Add(kSeverity, severity)
         .Add(kServerN, serverN);
+    if (!row.IsWhole()) {
+        return -1;
+    }
     return DBAsciiAccessSet(session.Handle(), Table(), row.Take(), 'y', 'y', 'y');
 }
 
@@ -152,12 +154,10 @@ int32_t CDB_PagerFwdEvents::SetForwardState(const char* almGroup, int32_t almLog
     if (!session.OpenTable(Table())) {
         return -1;
     }
-    // Before the list, which only the call frees.
     const std::string condition = WhereKeyIs(almGroup, almLogId, pagerDescr);
-    ElementList changes(session);
+    ElementList changes(session, kNoPage);
     changes.Add(kPagerState, state);
-    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(), condition.c_str(),
-                                        changes.Take(), 'y', 'y');
+    return ChangeRows(session, condition, changes);
 }
 
 int32_t CDB_PagerFwdEvents::SetPagerForwarded(const char* almGroup, int32_t almLogId,
@@ -168,11 +168,10 @@ int32_t CDB_PagerFwdEvents::SetPagerForwarded(const char* almGroup, int32_t almL
         return -1;
     }
     const std::string condition = WhereKeyIs(almGroup, almLogId, pagerDescr);
-    ElementList changes(session);
+    ElementList changes(session, kNoPage);
     // Kept: the lower-case s; table stores know the column by this name too.
     changes.Add("Pagerstate", state).Add(kPagerRetries, retries);
-    return DBAsciiAccessSQLConditionSet(session.Handle(), Table(), condition.c_str(),
-                                        changes.Take(), 'y', 'y');
+    return ChangeRows(session, condition, changes);
 }
 
 int32_t CDB_PagerFwdEvents::DeletePagerFwdEvent(const char* almGroup, int32_t almLogId,
@@ -218,5 +217,10 @@ void CDB_PagerFwdEvents::UpdateAlarmLog(int32_t almLogId) {
     if (column < 0) {
         return;  // pages without any state say nothing about their alarm
     }
-    alarmLog.SetPagerState(almLogId, FoldStates(StatesOf(rows, column)));
+    ForwardState folded{};
+    for (int32_t i = 0; i < rows.Count(); ++i) {
+        folded =
+            FoldState(folded, static_cast<ForwardState>(ToInteger(CellAt(rows.Row(i), column))));
+    }
+    alarmLog.SetPagerState(almLogId, folded);
 }

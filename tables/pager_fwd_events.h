@@ -5,7 +5,6 @@
 #define PAGERFWD_TABLES_PAGER_FWD_EVENTS_H
 
 #include <cstdint>
-#include <vector>
 
 #include "tables/db_table.h"
 #include "tables/forward_state.h"
@@ -38,13 +37,14 @@ class CDB_PagerFwdEvents : public CDB_Table {
     // The first row of this key, texts compared exactly; or null.
     PagerFwdEvent* FindFwdEvent(int32_t almLogId, const char* almGroup, const char* pagerDescr);
 
-    // Appends a row. Returns 0 = written, -1 when the table can't be opened.
+    // Appends a row. Returns 0 = written, -1 when the table can't be opened or the row not be made
+    // whole: no half row is written.
     int32_t NewPagerFwdEvent(const char* almGroup, int32_t almLogId, const char* pagerDescr,
                              const char* serverN, TRAP_SEVERITY severity, uint32_t retries,
                              ForwardState state);
 
     // Each of these four returns how many rows it hit, 0 being no error; -1 when the table can't be
-    // opened.
+    // opened or the change not be made whole.
     int32_t SetForwardState(const char* almGroup, int32_t almLogId, const char* pagerDescr,
                             ForwardState state);
     int32_t SetPagerForwarded(const char* almGroup, int32_t almLogId, const char* pagerDescr,
@@ -55,15 +55,16 @@ class CDB_PagerFwdEvents : public CDB_Table {
     // Frees the record and its texts. Null is allowed.
     static void FreePagerFwdEvent(PagerFwdEvent* event);
 
-    // Folds the states of all rows of an alarm into one (FoldStates) and writes it to the alarm log
+    // Folds the states of all rows of an alarm into one (FoldState) and writes it to the alarm log
     // as the alarm's "pagerstate". An alarm without rows is left as it is.
     void UpdateAlarmLog(int32_t almLogId);
 };
 
-// The state of an alarm whose pages are in these states, in row order; 0 for no page.
+// The state of an alarm with one page more, in row order: `folded` is that of the pages before it,
+// 0 before the first.
 //
-// Being paged wins outright. Otherwise the first page decides, but that off limit replaces done:
-// 4, 3, 4 is 3, and 1, 3 stays 1.
-ForwardState FoldStates(const std::vector<ForwardState>& states);
+// Being paged wins outright, for good. Otherwise the first page decides, but that off limit
+// replaces done: 4, 3, 4 is 3, and 1, 3 stays 1.
+ForwardState FoldState(ForwardState folded, ForwardState next);
 
 #endif

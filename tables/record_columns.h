@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -65,6 +67,14 @@ class RecordColumns {
         for (size_t i = 0; i < N; ++i) {
             m_places[i] = columns[i].name != known ? session.FindColumn(columns[i].name) : -1;
         }
+    }
+
+    // The cell of a column of the table of columns; null when it is missing.
+    const char* Cell(const char* const* row, const char* name) const {
+        const auto* const column = std::find_if(
+            std::begin(m_columns), std::end(m_columns),
+            [name](const Column<Record>& each) { return std::strcmp(each.name, name) == 0; });
+        return CellAt(row, m_places[column - std::begin(m_columns)]);
     }
 
     // A field whose column or cell is missing stays as it is.

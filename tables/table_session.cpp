@@ -9,6 +9,7 @@ namespace {
 
 constexpr int32_t kOpened = 0;
 constexpr int32_t kLockTaken = 0;
+constexpr int32_t kAdded = 0;
 
 // Lock parameters whose meaning is the table access's own.
 constexpr int32_t kLockFirst = 400;
@@ -69,14 +70,27 @@ RowSet::~RowSet() {
     }
 }
 
+ElementList::~ElementList() {
+    if (m_list != nullptr) {
+        DBAsciiAccessSQLConditionSet(m_session.Handle(), m_session.Table(), m_noRow, m_list, 'y',
+                                     'n');
+    }
+}
+
+void ElementList::AddElement(const char* column, char type, const void* value) {
+    const int32_t result = DBAsciiAccessAddElement(m_session.Handle(), m_session.Table(), column,
+                                                   type, value, &m_list);
+    m_isWhole = m_isWhole && result == kAdded;
+}
+
 ElementList& ElementList::Add(const char* column, int32_t value) {
-    DBAsciiAccessAddElement(m_session.Handle(), m_session.Table(), column, 'i', &value, &m_list);
+    AddElement(column, 'i', &value);
     return *this;
 }
 
 ElementList& ElementList::Add(const char* column, const char* text) {
     const char* const value = TextOrEmpty(text);
-    DBAsciiAccessAddElement(m_session.Handle(), m_session.Table(), column, 't', &value, &m_list);
+    AddElement(column, 't', &value);
     return *this;
 }
 

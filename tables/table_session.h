@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 // An open database, and one table of it once OpenTable has been called.
 class DatabaseSession {
@@ -90,20 +91,35 @@ class RowSet {
     int32_t m_count;
 };
 
-// The columns and values of a write.
+// The columns and values of a write. A list of which an element could not be added is not whole,
+// and must not be written.
+//
+// The table access frees a list only where it takes one. One that nobody takes goes into a change
+// of no row that is never written.
 class ElementList {
  public:
-    explicit ElementList(const DatabaseSession& session) : m_session(session) {}
+    // noRow: a condition of the session's table that selects no row; it outlives the list.
+    ElementList(const DatabaseSession& session, const char* noRow)
+        : m_session(session), m_noRow(noRow) {}
+    ~ElementList();
+    ElementList(const ElementList&) = delete;
+    ElementList& operator=(const ElementList&) = delete;
 
     ElementList& Add(const char* column, int32_t value);
     ElementList& Add(const char* column, const char* text);
 
+    bool IsWhole() const { return m_isWhole; }
+
     // For the one call that consumes the list.
-    DBAsciiElementList Take() const { return m_list; }
+    DBAsciiElementList Take() { return std::exchange(m_list, nullptr); }
 
  private:
+    void AddElement(const char* column, char type, const void* value);
+
     const DatabaseSession& m_session;
+    const char* m_noRow;
     DBAsciiElementList m_list = nullptr;
+    bool m_isWhole = true;
 };
 
 // Decimal, as a key is compared and as a condition holds it.

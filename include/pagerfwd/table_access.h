@@ -74,7 +74,10 @@ int32_t DBAsciiAccessFree(DBAsciiRowSet rows);
 int32_t DBAsciiAccessAddElement(DBAsciiHandle handle, const char* table, const char* column,
                                 char type, const void* value, DBAsciiElementList* list);
 
-/* Appends a row made of the list. The three flags are 'y'. Returns 0 = written. */
+/*
+ * Appends a row made of the list. The three flags are 'y'. Returns 0 = written. A list of which an
+ * element could not be added doesn't come here, so that no half row is written.
+ */
 int32_t DBAsciiAccessSet(DBAsciiHandle handle, const char* table, DBAsciiElementList list,
                          char flag1, char flag2, char flag3);
 
@@ -85,6 +88,8 @@ int32_t DBAsciiAccessSet(DBAsciiHandle handle, const char* table, DBAsciiElement
  * stand (nothing in them is escaped):
  *   WHERE alarmlogID = <integer>
  *   WHERE AlmGroup = "<text>" AND AlmLogID = <integer> AND PagerDescr = "<text>"
+ * A list of which an element could not be added comes only to be freed: with 'n', a condition with
+ * alarm 0 and empty texts, and no DBAsciiAccessWrite.
  */
 int32_t DBAsciiAccessSQLConditionSet(DBAsciiHandle handle, const char* table, const char* condition,
                                      DBAsciiElementList list, char flag, char writeNow);

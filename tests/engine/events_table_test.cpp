@@ -154,6 +154,13 @@ TEST_F(EventsTable, FailedWritesAreAnsweredAsSuccess) {
     store.StopFailing();
 }
 
+// Nor a row that can't be made whole: it would be deleted by the next start, as one that is over.
+TEST_F(EventsTable, HalfARowIsNone) {
+    store.Fail(test_support::Call::kAddElement, 4);  // its state
+    EXPECT_TRUE(CPagerHdl::AddEntryToEventsDB(entry));
+    EXPECT_THAT(Rows(), IsEmpty());
+}
+
 TEST_F(EventsTable, QueueingAndRetiringWriteInThisOrder) {
     CPagerHdl::InsertInPagingQueue(entry);
     CPagerHdl::ReinsertInPagingQueue(entry, 5);

@@ -301,6 +301,20 @@ TEST_P(AlarmLogWrite, AFailedChangeIsNotWritten) {
               store.Calls());
 }
 
+TEST_P(AlarmLogWrite, AStateThatCannotBeAddedIsNotWritten) {
+    InsertAlarm(7);
+    store.Fail(Call::kAddElement);
+
+    EXPECT_EQ(-1, Set(7, kForwardDone));
+
+    EXPECT_NE("4", State(7, GetParam().column));
+    const std::string added = "AddElement(AlarmLog, " + std::string(GetParam().column);
+    EXPECT_EQ((Lines{"Open(alarms, 'n')", "Lock(AlarmLog, 400, 300)", "TableOpen(AlarmLog)",
+                     added + ", 'i', 4) -> -1", "Unlock(AlarmLog)"}) +
+                  Close(),
+              store.Calls());
+}
+
 TEST_P(AlarmLogWrite, ResultOfTheWriteReplacesTheCount) {
     InsertAlarm(7);
     InsertAlarm(7);

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
+#include <vector>
 
 #include "tables/pager_fwd_events.h"
 
@@ -10,11 +12,11 @@ namespace {
 using States = std::vector<int>;
 
 int Fold(const States& states) {
-    std::vector<ForwardState> pages;
+    ForwardState folded{};
     for (const int state : states) {
-        pages.push_back(static_cast<ForwardState>(state));
+        folded = FoldState(folded, static_cast<ForwardState>(state));
     }
-    return FoldStates(pages);
+    return folded;
 }
 
 // The rule in other words: a 2 anywhere wins. Otherwise the first page that has a state decides,

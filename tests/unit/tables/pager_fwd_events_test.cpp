@@ -201,6 +201,44 @@ TEST_F(PagerFwdEvents, ResultOfTheNewRowIsThatOfTheWrite) {
     EXPECT_EQ(0U, store.RowCount(kTable));
 }
 
+// A page without a state would be deleted by the next start.
+TEST_F(PagerFwdEvents, NoHalfRowIsWritten) {
+    for (int failing = 1; failing <= 7; ++failing) {
+        SCOPED_TRACE("element " + std::to_string(failing));
+        store.ForgetCalls();
+        store.Fail(Call::kAddElement, failing);
+        EXPECT_EQ(-1, events.NewPagerFwdEvent("ops", 7, "anna", "srv", kSeverityMajor, 5,
+                                              kForwardBeingPaged));
+        EXPECT_EQ(0U, store.RowCount(kTable));
+        EXPECT_EQ(Lines{}, store.Calls(Call::kSet));
+    }
+}
+
+// The table access frees the list only where it takes it: in a change of no row, never written.
+TEST_F(PagerFwdEvents, ElementsOfAHalfRowAreGivenBack) {
+    InsertEvent(7, "ops", "anna", 2);
+    store.Fail(Call::kAddElement, 3);
+    events.NewPagerFwdEvent("net", 8, "bert", "srv", kSeverityMajor, 5, kForwardOffLimit);
+    EXPECT_EQ((Lines{"SQLConditionSet(AlarmFwd_PagerEvents, WHERE AlmGroup = \"\" AND "
+                     "AlmLogID = 0 AND PagerDescr = \"\", {AlmLogID = 8, AlmGroup = \"net\", "
+                     "PagerState = 3, PagerRetries = 5, Severity = 2, ServerN = \"srv\"}, "
+                     "'y', 'n') -> 0"}),
+              store.Calls(Call::kSQLConditionSet));
+    EXPECT_EQ((Lines{"anna"}), store.Column(kTable, "PagerDescr"));
+}
+
+TEST_F(PagerFwdEvents, NoHalfChangeIsWritten) {
+    InsertEvent(7, "ops", "anna", 2);
+    store.Fail(Call::kAddElement, 1);
+    EXPECT_EQ(-1, events.SetForwardState("ops", 7, "anna", kForwardOffLimit));
+    for (const int failing : {1, 2}) {
+        store.Fail(Call::kAddElement, failing);
+        EXPECT_EQ(-1, events.SetPagerForwarded("ops", 7, "anna", 4, kForwardDone));
+    }
+    EXPECT_EQ((Lines{"2"}), store.Column(kTable, "PagerState"));
+    EXPECT_EQ((Lines{"5"}), store.Column(kTable, "PagerRetries"));
+}
+
 TEST_F(PagerFwdEvents, StateIsSetByTheWholeKey) {
     InsertEvent(7, "ops", "anna", 2);
     InsertEvent(7, "ops", "bert", 2);
