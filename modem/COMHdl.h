@@ -205,6 +205,14 @@ class CCOMHdl {
     // Gives a port without a modem of its own the default modem strings. False: no memory.
     static bool SetDefaultModemStrings(ComPort& port);
 
+    // --- How long each step takes when all its waits are taken in full, in milliseconds, with the
+    // --- waits below. Each stands beside the step.
+    static DWORD LongestOpenMs();
+    static DWORD LongestInitMs();
+    static DWORD LongestDialMs();
+    static DWORD LongestTransferMs();  // of any dialogue
+    static DWORD LongestResetMs();
+
     // --- State of the process, as the constructor sets it.
 
     static constexpr int kMaxPorts = 9;
@@ -297,6 +305,10 @@ class CCOMHdl {
     bool TransferUCP(HANDLE handle, const CString& number, const CString& text);
     bool TransferPlain(const ComPort& port, const CString& number, const CString& message);
     bool TransferNTT(HANDLE handle, const CString& message);
+    static DWORD LongestTAPMs();
+    static DWORD LongestUCPMs();
+    static DWORD LongestPlainMs();
+    static DWORD LongestNTTMs();
     static bool TransferFails(const char* reason);  // traces it and returns false
 
     CString m_modemSaid;  // during the latest wait for an answer

@@ -42,6 +42,10 @@ bool CCOMHdl::InitModem(int port, int* error) {
     return done;
 }
 
+DWORD CCOMHdl::LongestInitMs() {
+    return LongestResetMs() + kSettleMs + kCommandMs;
+}
+
 bool CCOMHdl::Dial(int port, CString number, unsigned char protocol, CString text,
                    bool waitForConnect, int* error) {
     const PortLock held;
@@ -61,6 +65,10 @@ bool CCOMHdl::Dial(int port, CString number, unsigned char protocol, CString tex
     return done;
 }
 
+DWORD CCOMHdl::LongestDialMs() {
+    return MDialTimeOut;
+}
+
 bool CCOMHdl::ResetModem(int port) {
     HANDLE handle = COMPortTable[port]->handle;
     const CString command = COMPortTable[port]->modemSet->reset + MStrCR;
@@ -78,6 +86,11 @@ bool CCOMHdl::ResetModem(int port) {
     const bool done = Send(handle, command) && WaitString(handle, MStrOK, kCommandMs, false);
     Sleep(kAfterResetMs);
     return done;
+}
+
+// Escape, hang up, reset, pause.
+DWORD CCOMHdl::LongestResetMs() {
+    return kSettleMs + kCommandMs + kCommandMs + kAfterResetMs;
 }
 
 bool CCOMHdl::CloseCOMPort(int port) {

@@ -26,3 +26,7 @@ bool CCOMHdl::TransferNTT(HANDLE handle, const CString& message) {
     Sleep(kAfterDiallingMs);
     return true;
 }
+
+DWORD CCOMHdl::LongestNTTMs() {
+    return MNTTWaitForAnswer + MDialTimeOut + kAfterDiallingMs;
+}

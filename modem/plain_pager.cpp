@@ -48,3 +48,8 @@ bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CS
     WaitString(handle, MStrNoCarrier, MPagerReadyTimeOut, false);  // It need not hang up.
     return true;
 }
+
+// Question, number, hang-up.
+DWORD CCOMHdl::LongestPlainMs() {
+    return 3 * MPagerReadyTimeOut;
+}

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr DWORD kPurgeMs = 1000;  // of silence
+
 // What the codes of a failed opening mean. A code that is not listed has no text.
 struct OpenFailure {
     int code;
@@ -126,6 +128,11 @@ int CCOMHdl::OpenTakenPort(int index, unsigned char protocol) {
     PurgeComm(ComHandle, PURGE_RXABORT);
     TraceResult(HandleNumber(ComHandle));
     return index;
+}
+
+// Both purges.
+DWORD CCOMHdl::LongestOpenMs() {
+    return 2 * kPurgeMs;
 }
 
 int CCOMHdl::ChooseCOMPort(const CString& port) {

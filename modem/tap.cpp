@@ -48,6 +48,11 @@ bool CCOMHdl::TransferTAP(HANDLE handle, const CString& number, const CString& t
     return true;
 }
 
+// Three knocks, go-ahead, acknowledgement, end.
+DWORD CCOMHdl::LongestTAPMs() {
+    return 6 * MTAPReadyTimeOut;
+}
+
 // Up to three carriage returns, until the service asks who is calling.
 bool CCOMHdl::KnockTAP(HANDLE handle) {
     const CString knock(kTapKnock.data(), static_cast<int>(kTapKnock.size()));

@@ -1,6 +1,8 @@
 // Carrying a message over the connected call: the entry, and which dialogue is held.
 // Tested by tests/dialogue/transfer_dialogue.cpp.
 
+#include <algorithm>
+
 #include "modem/COMHdl.h"
 #include "modem/port_lock.h"
 #include "modem/trace.h"
@@ -58,6 +60,10 @@ bool CCOMHdl::TransferSms(HANDLE handle, const CString& protocolName, const CStr
         return TransferUCP(handle, number, text);
     }
     return true;  // Kept: any other name, "tap" too, sends nothing and counts as success.
+}
+
+DWORD CCOMHdl::LongestTransferMs() {
+    return std::max({LongestTAPMs(), LongestUCPMs(), LongestPlainMs(), LongestNTTMs()});
 }
 
 bool CCOMHdl::TransferFails(const char* reason) {

@@ -27,3 +27,7 @@ bool CCOMHdl::TransferUCP(HANDLE handle, const CString& number, const CString& t
     WritePageProtocolEntry("TransMsg: D2: OK !!!");
     return true;
 }
+
+DWORD CCOMHdl::LongestUCPMs() {
+    return MUCPWaitForHandShake + MUCPReadyTimeOut;
+}
