@@ -1,7 +1,10 @@
 // The worker: one thread that sends the due pages of the paging queue, a pass a minute.
 // Tested by tests/engine/worker_test.cpp, retry_test.cpp and acknowledgement_test.cpp.
+#include <algorithm>
+
 #include "engine/chars.h"
 #include "engine/locked.h"
+#include "engine/longest_page.h"
 #include "engine/pager_hdl.h"
 #include "engine/records.h"
 #include "linux/out_of_memory.h"
@@ -58,25 +61,52 @@ WorkerThread& CPagerHdl::Worker() {
     return worker;
 }
 
-// The look at the flag and its setting are one step, so that there is never a second worker. When
-// the system has no thread to give, the pages stay pending until the next call; when it has no
-// memory for a condition, so do the inactive rows.
+// Without memory for a condition the inactive rows stay until the next call; without a thread to be
+// had, the pages do.
 void CPagerHdl::Check4Dial(void*, unsigned, unsigned, unsigned long) {
     TraceUnlocked("Check4Dial\n");
-    const DialLock guard(lockDial);
-    if (checkAlready) {
+    if (!ClaimWorker()) {
         TraceUnlocked("Check4Dial: Already running\n");
         return;
     }
     MemorySufficesFor([] { pagerFwdEvents->DeleteInactiveEvents(); });
-    if (!m_pPagingQ->HasEntries()) {
+    if (!HasWork()) {
         TraceUnlocked("Check4Dial: Nothing to do\n");
         return;
     }
-    checkAlready = true;
-    if (!Worker().Start(Check4DialThread)) {
-        checkAlready = false;
+    const bool refused = !Worker().Start(Check4DialThread);
+    startRefused = refused;
+    if (refused) {
+        EndClaim();
     }
+}
+
+void CPagerHdl::RetryRefusedStart() {
+    if (startRefused.exchange(false)) {
+        Check4Dial(nullptr, 0, 0, 0);
+    }
+}
+
+// The look at the flag and its setting are one step, so that there is never a second worker.
+bool CPagerHdl::ClaimWorker() {
+    const DialLock guard(lockDial);
+    return !checkAlready.exchange(true);
+}
+
+void CPagerHdl::EndClaim() {
+    const DialLock guard(lockDial);
+    checkAlready = false;
+}
+
+// The look at the queue and the clearing of the flag are one step: whoever queues a page before it
+// is seen here, whoever does after it starts a worker.
+bool CPagerHdl::HasWork() {
+    const DialLock guard(lockDial);
+    if (m_pPagingQ->HasEntries()) {
+        return true;
+    }
+    checkAlready = false;
+    return false;
 }
 
 void* CPagerHdl::Check4DialThread(void*) {
@@ -93,17 +123,33 @@ void* CPagerHdl::Check4DialThread(void*) {
     return nullptr;
 }
 
-// The last look at the queue and the clearing of the flag are one step: whoever queues a page
-// before it is seen here, whoever does after it starts a worker.
+// After the answer no, this thread uses nothing of the handler: only its last lines are left.
 bool CPagerHdl::MayContinue() {
-    const DialLock guard(lockDial);
-    if (!Worker().StopRequested()) {
-        if (m_pPagingQ->HasEntries()) {
+    if (Worker().StopRequested()) {
+        EndClaim();
+        return false;
+    }
+    if (!HasWork()) {
+        TraceUnlocked("End Loop Check4DialThread\n");
+        return false;
+    }
+    return true;
+}
+
+// Looked at again and again, since a page may begin or end meanwhile. A worker that is only held up
+// at its last lines is left to them.
+bool CPagerHdl::StopWorker(int longestMs) {
+    do {
+        const int lookMs = std::min(longestMs, kTablesAndTraceMs);
+        if (Worker().Stop(lookMs)) {
             return true;
         }
-        TraceUnlocked("End Loop Check4DialThread\n");
-    }
-    checkAlready = false;
+        if (!checkAlready) {
+            Worker().LetGo();
+            return true;
+        }
+        longestMs -= lookMs;
+    } while (pageOnLine && longestMs > 0);
     return false;
 }
 

@@ -6,6 +6,16 @@
 
 #include "engine/forward_queue.h"
 
+namespace {
+
+void Free(ForwardQEntry* entry) {
+    CDB_AlarmLog::FreeAlarmLogEntry(entry->alarmLogEntry);
+    CDB_PagerFwdEvents::FreePagerFwdEvent(entry->pagerFwdEvent);
+    delete entry;
+}
+
+}  // namespace
+
 void EntryLedger::Note(ForwardQEntry* entry) {
     const std::lock_guard<std::mutex> guard(m_lock);
     if (!entry->isNoted) {
@@ -40,8 +50,8 @@ void EntryLedger::SettleIfUnused() {
         ForwardQEntry* const entry = m_firstNoted;
         m_firstNoted = std::exchange(entry->nextNoted, nullptr);
         entry->isNoted = false;
-        if (!m_isQueued(entry)) {
-            m_release(entry);
+        if (!CSM_ForwardQ::IsInAQueue(*entry)) {
+            Free(entry);
         }
     }
     m_notedCount = 0;

@@ -15,14 +15,11 @@ struct ForwardQEntry;
 
 // Order      A thread that looks at entries holds an EntryUse from before it finds them until after
 //            it has let go of them.
-// Ownership  A noted entry that is in no queue belongs to the ledger.
-// Threads    Any. The ledger's lock is held while isQueued and release run.
+// Ownership  A noted entry that is in no queue belongs to the ledger, with both its records.
+// Threads    Any.
 class EntryLedger {
  public:
-    using IsQueued = bool (*)(ForwardQEntry*);
-    using Release = void (*)(ForwardQEntry*);
-
-    EntryLedger(IsQueued isQueued, Release release) : m_isQueued(isQueued), m_release(release) {}
+    EntryLedger() = default;
     EntryLedger(const EntryLedger&) = delete;
     EntryLedger& operator=(const EntryLedger&) = delete;
 
@@ -39,8 +36,6 @@ class EntryLedger {
     void Leave();
     void SettleIfUnused();  // Requires: lock held.
 
-    const IsQueued m_isQueued;
-    const Release m_release;
     std::mutex m_lock;
     // Guarded by m_lock.
     ForwardQEntry* m_firstNoted = nullptr;  // and on by nextNoted
@@ -48,13 +43,16 @@ class EntryLedger {
     int m_uses = 0;
 };
 
-// An operation under way: while it lives, no entry is freed. Uses may nest.
+// An operation under way: while it lives, no entry is freed. Uses may nest. Who takes an entry out
+// of a queue must have one to show.
 class EntryUse {
  public:
     explicit EntryUse(EntryLedger& ledger) : m_ledger(ledger) { m_ledger.Enter(); }
     ~EntryUse() { m_ledger.Leave(); }
     EntryUse(const EntryUse&) = delete;
     EntryUse& operator=(const EntryUse&) = delete;
+
+    void Note(ForwardQEntry* entry) const { m_ledger.Note(entry); }
 
  private:
     EntryLedger& m_ledger;

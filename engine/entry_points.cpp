@@ -2,6 +2,7 @@
 // Tested by tests/engine/entry_points_test.cpp.
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "engine/pager_fwd.h"
 #include "engine/pager_hdl.h"
@@ -12,17 +13,27 @@ namespace {
 
 using EngineGuard = std::lock_guard<std::mutex>;
 
-// Requires: engineLock held. A constructor that throws leaves the facade null.
-CPagerFwd* EnsureFacade(const FwdSpecialInfoStr& info) {
-    if (pagerFwd == nullptr) {
-        pagerFwd = new CPagerFwd(info.dbName);
-    }
+CPagerFwd* FacadeThatIs() {
+    const EngineGuard guard(engineLock);
     return pagerFwd;
 }
 
-CPagerFwd* Facade(const FwdSpecialInfoStr& info) {
+// Returns the one before.
+CPagerFwd* SetFacade(CPagerFwd* facade) {
     const EngineGuard guard(engineLock);
-    return EnsureFacade(info);
+    return std::exchange(pagerFwd, facade);
+}
+
+// A constructor that throws leaves the facade null.
+CPagerFwd* Facade(const FwdSpecialInfoStr& info) {
+    if (CPagerFwd* const facade = FacadeThatIs()) {
+        return facade;
+    }
+    const EngineGuard change(engineChange);
+    if (FacadeThatIs() == nullptr) {
+        SetFacade(new CPagerFwd(info.dbName));
+    }
+    return FacadeThatIs();
 }
 
 // The answer of a call, or the one for a call that memory ran out in. Only an engine that doesn't
@@ -50,17 +61,13 @@ PAGERFWD_EXPORT int32_t AlarmFwdPager(FwdSpecialInfoStr* info, char* serverName,
 }
 
 PAGERFWD_EXPORT void StartAlarmFwdPager(FwdSpecialInfoStr* info) {
-    const EngineGuard guard(engineLock);
-    EnsureFacade(*info);
-    if (pagerHdl == nullptr) {
-        pagerHdl = new CPagerHdl(info->dbName);
-    }
+    Facade(*info);
+    EnsureHandler(info->dbName);
 }
 
 PAGERFWD_EXPORT void StopAlarmFwdPager(void) {
-    const EngineGuard guard(engineLock);
-    delete pagerFwd;
-    pagerFwd = nullptr;
+    const EngineGuard change(engineChange);
+    delete SetFacade(nullptr);
 }
 
 PAGERFWD_EXPORT int32_t TestPager(FwdSpecialInfoStr* info, char* description, char* pagerNumber,

@@ -1,6 +1,6 @@
 // Bringing the handler up and taking it down.
 // Tested by tests/engine/handler_test.cpp and tests/engine/teardown_test.cpp.
-#include <new>
+#include <utility>
 
 #include "engine/chars.h"
 #include "engine/longest_page.h"
@@ -49,21 +49,27 @@ int32_t CPagerHdl::NumOfRetries = 0;
 int32_t CPagerHdl::RetryDelay = 0;
 bool CPagerHdl::m_pPagingQIsInitialized = false;
 std::atomic<bool> CPagerHdl::checkAlready{false};
+std::atomic<bool> CPagerHdl::pageOnLine{false};
+std::atomic<bool> CPagerHdl::startRefused{false};
 CCriticalSection CPagerHdl::lock;
 CCriticalSection CPagerHdl::lockSend;
 CCriticalSection CPagerHdl::lockDial;
 
-// What is there without a handler being up is released first: it comes from one that did not come
-// up, or whose worker was stuck at its end. As long as that worker is, its state must stay.
 CPagerHdl::CPagerHdl(const char* dbName) {
-    if (IsRunning() || !Worker().Stop(0)) {
+    ComeUp(dbName);
+}
+
+// What is there without a handler being up comes from one whose worker was stuck at its end, and is
+// released first. As long as that worker is stuck, it must stay.
+void CPagerHdl::ComeUp(const char* dbName) {
+    if (IsRunning() || !StopWorker(0)) {
         return;
     }
+    OwnedText name(CopyText(TextOrEmpty(dbName)));  // before what it may stand in is released
     CleanUp();
     try {
-        if (SetUp(dbName)) {
-            PagerHdl = this;
-        }
+        SetUp(std::move(name));
+        PagerHdl = this;
     } catch (...) {
         CleanUp();
         throw;
@@ -79,41 +85,29 @@ bool CPagerHdl::IsRunning() {
     return PagerHdl != nullptr;
 }
 
-bool CPagerHdl::SetUp(const char* dbName) {
-    m_dB = CopyText(TextOrEmpty(dbName));
+// Memory or descriptors that run out, for whichever part, are std::bad_alloc.
+void CPagerHdl::SetUp(OwnedText dbName) {
+    m_dB = dbName.release();
     ccom = new CCOMHdl(m_dB);
     TraceUnlocked("CPagerHdl::CPagerHdl: %s\n", m_dB);
     LoadGlobalSettings();
-    if (!LoadSeverityStrings()) {
-        return false;
-    }
-    if (!MakeQueues() || !MakeTables()) {
-        CleanUp();
-        return false;
-    }
+    LoadSeverityStrings();
+    m_pPagingQ = new CSM_ForwardQ;
+    m_pOffLimitQ = new CSM_ForwardQ;
+    m_pPagerEventsSet = new CDB_PagerFwdEvents(m_dB);
+    m_pPagerSettingsSet = new CDB_PagerSettings(m_dB);
+    m_pAlarmLogSet = new CDB_AlarmLog(m_dB);
+    pagerFwdEvents = new CDB_PagerFwdEvents(m_dB);
+    Worker().Prepare();
     InitializePagerQueue();
-    return true;
-}
-
-bool CPagerHdl::MakeQueues() {
-    m_pPagingQ = new (std::nothrow) CSM_ForwardQ;
-    m_pOffLimitQ = new (std::nothrow) CSM_ForwardQ;
-    return m_pPagingQ != nullptr && m_pOffLimitQ != nullptr;
-}
-
-bool CPagerHdl::MakeTables() {
-    m_pPagerEventsSet = new (std::nothrow) CDB_PagerFwdEvents(m_dB);
-    m_pPagerSettingsSet = new (std::nothrow) CDB_PagerSettings(m_dB);
-    m_pAlarmLogSet = new (std::nothrow) CDB_AlarmLog(m_dB);
-    pagerFwdEvents = new (std::nothrow) CDB_PagerFwdEvents(m_dB);
-    return m_pPagerEventsSet != nullptr && m_pPagerSettingsSet != nullptr &&
-           m_pAlarmLogSet != nullptr && pagerFwdEvents != nullptr;
 }
 
 void CPagerHdl::CleanUp() {
-    if (!Worker().Stop(LongestPageMs())) {
+    if (!StopWorker(LongestPageMs())) {
         return;
     }
+    Worker().Release();
+    startRefused = false;
     Destroy(ccom);
     Destroy(PHSeverityStrings);
     FreeQueues();
@@ -146,10 +140,7 @@ void CPagerHdl::LoadGlobalSettings() {
 
 bool CPagerHdl::LoadSeverityStrings() {
     Destroy(PHSeverityStrings);
-    PHSeverityStrings = new (std::nothrow) CStringArray;
-    if (PHSeverityStrings == nullptr) {
-        return false;
-    }
+    PHSeverityStrings = new CStringArray;
     for (const char* key : kSeverityKeys) {
         char name[kProfileTextSize + 1];  // one byte more than its size, as the call demands
         GetPrivateProfileString("Severities", key, key, name, kProfileTextSize, "pagerhdl.ini");

@@ -77,6 +77,15 @@ void TraceModemFailure(const char* text) {
     CCOMHdl::MainModemError = true;
 }
 
+// A page is on the line as long as it lives.
+class OnTheLine {
+ public:
+    OnTheLine() { CPagerHdl::pageOnLine = true; }
+    ~OnTheLine() { CPagerHdl::pageOnLine = false; }
+    OnTheLine(const OnTheLine&) = delete;
+    OnTheLine& operator=(const OnTheLine&) = delete;
+};
+
 // Whether a modem step succeeds. One that memory runs out for fails like any other, with its code:
 // what has to follow a failed step follows.
 template <typename Step>
@@ -138,6 +147,7 @@ bool SendThroughModem(const ForwardQEntry& entry, const Pager& pager, int* resul
     const PageContent page =
         ComposePage(pager.pagerType, TextOrEmpty(pager.pagerNumber), SourceOf(entry));
     const auto protocol = static_cast<unsigned char>(pager.pagerType);
+    const OnTheLine onTheLine;
     const int port = ccom.OpenCOMPort(TextOrEmpty(pager.comPort), protocol);
     if (port < 0) {
         TraceUnlocked("COM port cannot be opened!");

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "engine/chars.h"
 #include "engine/pager_hdl.h"
@@ -16,29 +17,34 @@ namespace {
 
 using EngineGuard = std::lock_guard<std::mutex>;
 
-// Requires: engineLock held.
-void SetDatabaseName(const char* name) {
-    char* const copy = CopyText(TextOrEmpty(name));
+// The name is a copy of its own, or null for none.
+void SetDatabaseName(OwnedText name) {
+    const EngineGuard guard(engineLock);
     delete[] m_dB;
-    m_dB = copy;
+    m_dB = name.release();
 }
 
-// Requires: engineLock held. Whether it had to be made.
-bool EnsureHandler() {
-    if (pagerHdl != nullptr) {
-        return false;
-    }
-    pagerHdl = new CPagerHdl(m_dB);
-    return true;
+OwnedText CopyName(const FwdSpecialInfoStr& info) {
+    return OwnedText(CopyText(TextOrEmpty(info.dbName)));
 }
 
-// The database that an alarm's pagers are looked up in, with the engine up.
-CString BringUp(const FwdSpecialInfoStr& info) {
+CPagerHdl* Handler() {
+    const EngineGuard guard(engineLock);
+    return pagerHdl;
+}
+
+// Returns the one before.
+CPagerHdl* SetHandler(CPagerHdl* handler) {
+    const EngineGuard guard(engineLock);
+    return std::exchange(pagerHdl, handler);
+}
+
+// The database that an alarm's pagers are looked up in: the engine's, or else that of the call.
+CString DatabaseName(const FwdSpecialInfoStr& info) {
     const EngineGuard guard(engineLock);
     if (m_dB == nullptr) {
-        SetDatabaseName(info.dbName);
+        m_dB = CopyName(info).release();
     }
-    EnsureHandler();
     return m_dB;
 }
 
@@ -80,25 +86,41 @@ CPagerFwd* pagerFwd = nullptr;
 CPagerHdl* pagerHdl = nullptr;
 char* m_dB = nullptr;
 std::mutex engineLock;
+std::mutex engineChange;
+
+bool EnsureHandler(const char* dbName) {
+    if (Handler() != nullptr && CPagerHdl::IsRunning()) {
+        CPagerHdl::RetryRefusedStart();
+        return false;
+    }
+    const EngineGuard change(engineChange);
+    if (CPagerHdl* const handler = Handler()) {
+        handler->ComeUp(dbName);
+        return false;
+    }
+    SetHandler(new CPagerHdl(dbName));
+    return true;
+}
 
 CPagerFwd::CPagerFwd(const char* dbName) {
+    const EngineGuard guard(engineLock);
     if (dbName != nullptr && m_dB == nullptr) {
-        SetDatabaseName(dbName);
+        m_dB = CopyText(dbName);
     }
     // Kept: a handler from before the facade is forgotten, not destroyed.
     pagerHdl = nullptr;
 }
 
 CPagerFwd::~CPagerFwd() {
-    delete[] m_dB;
-    m_dB = nullptr;
-    delete pagerHdl;
-    pagerHdl = nullptr;
+    SetDatabaseName(nullptr);
+    delete SetHandler(nullptr);
 }
 
 int32_t CPagerFwd::AlarmFwdPager(FwdSpecialInfoStr* info, const char* serverName, const char*,
                                  char** pagerNames, int32_t pagerCount) {
-    CDB_PagerSettings pagerSettings(BringUp(*info));
+    const CString database = DatabaseName(*info);
+    EnsureHandler(database);
+    CDB_PagerSettings pagerSettings(database);
     int32_t result = kNoPagerFound;
     for (int32_t i = 0; i < pagerCount; ++i) {
         // A page that memory runs out for is not queued; the next pager has its turn.
@@ -115,12 +137,8 @@ int32_t CPagerFwd::AlarmFwdPager(FwdSpecialInfoStr* info, const char* serverName
 int32_t CPagerFwd::TestPager(FwdSpecialInfoStr* info, const char* description,
                              const char* pagerNumber, const char* comPort, const char* pagerType,
                              const char* timeModel) {
-    bool madeHere = false;
-    {
-        const EngineGuard guard(engineLock);
-        SetDatabaseName(info->dbName);
-        madeHere = EnsureHandler();
-    }
+    SetDatabaseName(CopyName(*info));
+    const bool madeHere = EnsureHandler(info->dbName);
 
     int result = kNoPort;  // if the handler could not come up
     // Whatever becomes of the page, the handler that was made for it goes.
@@ -137,12 +155,10 @@ int32_t CPagerFwd::TestPager(FwdSpecialInfoStr* info, const char* description,
         }
     });
 
-    const EngineGuard guard(engineLock);
-    delete[] m_dB;
-    m_dB = nullptr;
+    SetDatabaseName(nullptr);
     if (madeHere) {
-        delete pagerHdl;
-        pagerHdl = nullptr;
+        const EngineGuard change(engineChange);
+        delete SetHandler(nullptr);
     }
     return result;
 }

@@ -15,9 +15,13 @@ extern CPagerFwd* pagerFwd;
 extern CPagerHdl* pagerHdl;
 extern char* m_dB;  // the database name, owned: a heap copy, freed with array delete
 
-// Guards the three: while one is made, looked at, replaced or taken down. Not held while a page is
-// sent or queued.
+// Guards the three, for one look or one change: no line is traced, no table read and no thread
+// waited for under it.
 extern std::mutex engineLock;
+
+// Held by whoever makes the engine or takes it down, from beginning to end, and before engineLock.
+// A call that finds the engine up doesn't take it.
+extern std::mutex engineChange;
 
 // What AlarmFwdPager answers.
 enum ForwardResult : int32_t {
@@ -28,8 +32,9 @@ enum ForwardResult : int32_t {
 
 // Order      Made before the handler: construction forgets a handler that was there. Destruction
 //            takes the handler down, which can take as long as a page.
-// Threads    Construction and destruction require engineLock; the two methods take it.
-// Errors     std::bad_alloc from the construction of it and of a handler, and where the database's
+// Threads    Construction and destruction require engineChange; the two methods take it if they
+// must. Errors     std::bad_alloc from the construction of it and of a handler, and where the
+// database's
 //            name can't be copied. Otherwise a page that memory runs out for is not queued, or
 //            fails.
 class CPagerFwd {
@@ -45,5 +50,10 @@ class CPagerFwd {
     int32_t TestPager(FwdSpecialInfoStr* info, const char* description, const char* pagerNumber,
                       const char* comPort, const char* pagerType, const char* timeModel);
 };
+
+// Has the engine up, if it can come up: as CPagerHdl::ComeUp, which every call so tries again. A
+// worker that the system refused before is asked for once more. Returns whether the handler had to
+// be made.
+bool EnsureHandler(const char* dbName);
 
 #endif

@@ -21,6 +21,7 @@
 #include "linux/XString.h"
 #include "linux/XStringArray.h"
 #include "tables/alarm_log.h"
+#include "tables/owned_text.h"
 #include "tables/pager_fwd_events.h"
 #include "tables/pager_settings.h"
 
@@ -42,26 +43,27 @@ extern CSM_ForwardQ* m_pOffLimitQ;
 // reach it without an object; the object is the handle that brings the state up and takes it down.
 //
 // Order      Construct, use, destroy. An object made while another is up shares its state and
-//            changes nothing. Without a handler, queueing and dropping answer false, and the
-//            queries that nothing is known.
+//            changes nothing. Without a handler PagingAlarm answers false; the other operations on
+//            queues, rows and pages need one.
 // Ownership  Owns the queues and all entries. An entry is freed when it is in no queue and no
 //            operation is under way (entry_ledger.h); an argument that an operation gives up counts
 //            as freed. Records handed out go back to the class of tables/ that made them.
 // Threads    The service's threads and one worker. Construction, destruction and CleanUp must not
 //            overlap with anything but the worker; everything else may be called by any thread,
 //            but for IsInPagingQueue. A sequence of operations is not atomic.
-// Locks      lockSend, for a whole page; lockDial, for the decision to start or end the worker;
-//            lock, for an entry's state and its table row. Each is taken before the locks of
-//            modem/, of a queue and of the table access. lock and lockDial are never held together,
-//            and no lock is held from one operation to the next.
+// Locks      lockSend, for a whole page; lock, for an entry's state and its table row. Each is
+// taken
+//            before the locks of modem/, of a queue and of the table access. lockDial, for the
+//            decision to start or end the worker, is taken before a queue's only: no line is
+//            traced, no table read and no thread waited for under it. No lock is held from one
+//            operation to the next.
 // Errors     Flags and null records. Words go to the trace. Memory that runs out is std::bad_alloc
-//            from the constructor, AckPagingAlarm, AckAllPagingAlarms, the queries, GetPager and
-//            the making of entries, with nothing half done that a second call doesn't do; elsewhere
-//            a page is refused, fails or stays pending.
+//            from the constructor, ComeUp, AckPagingAlarm, AckAllPagingAlarms, the queries,
+//            GetPager and the making of entries, with nothing half done that a second call doesn't
+//            do; elsewhere a page is refused, fails or stays pending.
 class CPagerHdl {
  public:
-    // dbName is copied. The handler is up afterwards if IsRunning says so: not when memory ran out,
-    // and not when the worker of a handler before it is stuck.
+    // As ComeUp.
     explicit CPagerHdl(const char* dbName);
     ~CPagerHdl();
     CPagerHdl(const CPagerHdl&) = delete;
@@ -69,8 +71,15 @@ class CPagerHdl {
 
     static bool IsRunning();
 
-    // Stops the worker, after the page in progress if there is one, and releases everything. When
-    // the worker doesn't end within the longest possible page, all that it uses stays as it is.
+    // Brings the handler up, if none is; dbName is copied. Throws std::bad_alloc, with everything
+    // released, when the system lacks memory for a part of it or descriptors for its worker. As
+    // long as the worker of a handler before it is stuck, nothing happens. Either way it may be
+    // called again.
+    void ComeUp(const char* dbName);
+
+    // Stops the worker, after the page on the line if there is one, and releases everything. When
+    // the worker doesn't end within the longest possible page, or within the time for tables and
+    // trace while no page is on the line, all that it uses stays as it is.
     static void CleanUp();
 
     static void Lock() { lock.Lock(); }
@@ -81,7 +90,7 @@ class CPagerHdl {
     // --- Set-up, for the constructor.
 
     static void LoadGlobalSettings();
-    static bool LoadSeverityStrings();  // false: no memory
+    static bool LoadSeverityStrings();  // always true
     // Queues the pages that the events table still holds. Always true.
     static bool InitializePagerQueue();
 
@@ -166,6 +175,9 @@ class CPagerHdl {
     // timer's callback, have no effect.
     static void Check4Dial(void* wnd, unsigned message, unsigned timerId, unsigned long time);
 
+    // Check4Dial once more, if the system refused the worker that the last one was to start.
+    static void RetryRefusedStart();
+
     // The worker: a pass a minute until the paging queue is empty.
     static void* Check4DialThread(void* arg);
 
@@ -192,23 +204,22 @@ class CPagerHdl {
     static int32_t NumOfRetries;             // for a page whose pager is unknown
     static int32_t RetryDelay;               // minutes, likewise
     static bool m_pPagingQIsInitialized;     // the start-up pass is over
-    static std::atomic<bool> checkAlready;   // a worker runs; changed under lockDial
+    // A worker runs, or is about to be started. Without it none uses the handler: a thread may
+    // still be writing its last lines. Changed under lockDial.
+    static std::atomic<bool> checkAlready;
+    static std::atomic<bool> pageOnLine;  // from the opening of its port to the closing
 
     static CCriticalSection lock;
     static CCriticalSection lockSend;
 
  private:
     // Set-up.
-    static bool SetUp(const char* dbName);
-    static bool MakeQueues();
-    static bool MakeTables();
+    static void SetUp(OwnedText dbName);
     static void FreeQueues();
 
     // Entries and queues.
     static EntryLedger& Entries();
-    static bool IsQueued(ForwardQEntry* e);
-    static void ReleaseQEntry(ForwardQEntry* e);
-    static bool TakeOut(CSM_ForwardQ* queue, ForwardQEntry* e);
+    static bool TakeOut(const EntryUse& use, CSM_ForwardQ* queue, ForwardQEntry* e);
     static bool DeleteRow(ForwardQEntry* e);
     static void InsertRow(ForwardQEntry* e);
     static void SetState(ForwardQEntry* e, ForwardState state);
@@ -216,6 +227,10 @@ class CPagerHdl {
 
     // The worker's.
     static WorkerThread& Worker();
+    static bool StopWorker(int longestMs);
+    static bool ClaimWorker();
+    static void EndClaim();
+    static bool HasWork();
     static bool MayContinue();
     static void RunPass();
     static bool TreatEntry(CDB_AlarmLog& alarmLog, ForwardQEntry* e, const CTime& now);
@@ -225,6 +240,7 @@ class CPagerHdl {
     static void RepeatOrGiveUp(ForwardQEntry* e, const RetryRule& rule, const char* exceeded);
 
     static CCriticalSection lockDial;
+    static std::atomic<bool> startRefused;  // the worker's, by the system
 };
 
 #endif

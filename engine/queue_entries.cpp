@@ -47,18 +47,8 @@ void CPagerHdl::FreeQEntry(ForwardQEntry* e) {
 
 // Never destroyed: a worker may outlive the end of the program.
 EntryLedger& CPagerHdl::Entries() {
-    static EntryLedger& entries = *new EntryLedger(IsQueued, ReleaseQEntry);
+    static EntryLedger& entries = *new EntryLedger;
     return entries;
-}
-
-bool CPagerHdl::IsQueued(ForwardQEntry* e) {
-    return CSM_ForwardQ::IsInAQueue(*e);
-}
-
-void CPagerHdl::ReleaseQEntry(ForwardQEntry* e) {
-    CDB_AlarmLog::FreeAlarmLogEntry(e->alarmLogEntry);
-    CDB_PagerFwdEvents::FreePagerFwdEvent(e->pagerFwdEvent);
-    delete e;
 }
 
 void CPagerHdl::SetState(ForwardQEntry* e, ForwardState state) {

@@ -49,7 +49,7 @@ bool CPagerHdl::InsertInPagingQueue(ForwardQEntry* e) {
         return false;
     }
     if (!AddEntryToEventsDB(e)) {
-        TakeOut(m_pPagingQ, e);
+        TakeOut(use, m_pPagingQ, e);
         return false;
     }
     return true;
@@ -58,7 +58,7 @@ bool CPagerHdl::InsertInPagingQueue(ForwardQEntry* e) {
 bool CPagerHdl::ReinsertInPagingQueue(ForwardQEntry* e, int minutes) {
     const EntryUse use(Entries());
     TraceUnlocked("ReinsertInPagingQueue: %s\n", Chars(e->pagerDescr));
-    TakeOut(m_pPagingQ, e);
+    TakeOut(use, m_pPagingQ, e);
     e->queueTime = PutOff(e->queueTime, minutes);
     if (!m_pPagingQ->InsertEntryInQueue(e)) {
         InsertInOffLimitQueue(e);

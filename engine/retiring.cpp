@@ -7,20 +7,20 @@
 
 // What is taken out is the first match, which may be another entry than the argument when the same
 // alarm was forwarded to the same pager twice. It is noted here, so that the callers need not free
-// it: that happens once it is in no queue and nobody works with it. Requires an EntryUse.
-bool CPagerHdl::TakeOut(CSM_ForwardQ* queue, ForwardQEntry* e) {
+// it: that happens once it is in no queue and nobody works with it, the holder of the use included.
+bool CPagerHdl::TakeOut(const EntryUse& use, CSM_ForwardQ* queue, ForwardQEntry* e) {
     ForwardQEntry* taken = queue->TakeMatchingEntry(e);
     if (taken == nullptr) {
         return false;
     }
-    Entries().Note(taken);
+    use.Note(taken);
     return true;
 }
 
 bool CPagerHdl::DeleteFromPagingQueue(ForwardQEntry* e) {
     const EntryUse use(Entries());
     TraceUnlocked("DeleteFromPagingQueue: %s\n", Chars(e->pagerDescr));
-    if (!TakeOut(m_pPagingQ, e) || !InsertInOffLimitQueue(e)) {
+    if (!TakeOut(use, m_pPagingQ, e) || !InsertInOffLimitQueue(e)) {
         FreeQEntry(e);
         return false;
     }
@@ -38,7 +38,7 @@ bool CPagerHdl::DeleteFromPagingQueue(long almLogId) {
         queue = m_pOffLimitQ;
         e = queue->FindEntryByAlmLogID(almLogId);
     }
-    if (e != nullptr && !TakeOut(queue, e)) {
+    if (e != nullptr && !TakeOut(use, queue, e)) {
         return false;  // another has taken it out, and sees to it
     }
     RemoveEntryFromEventsDB(almLogId);
@@ -74,7 +74,7 @@ bool CPagerHdl::DeleteFromOffLimitQueue(long almLogId) {
     if (e == nullptr) {
         return false;
     }
-    TakeOut(m_pOffLimitQ, e);
+    TakeOut(use, m_pOffLimitQ, e);
     RemoveEntryFromEventsDB(e);
     return true;
 }

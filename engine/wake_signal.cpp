@@ -1,9 +1,9 @@
-// A wake-up made of a pipe that nobody reads: a byte in it is the raised signal.
+// A wake-up made of an event counter: above zero, it is raised.
 // Tested by tests/unit/engine/wake_signal_test.cpp.
 #include "engine/wake_signal.h"
 
-#include <fcntl.h>
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,34 +21,26 @@ int MillisecondsLeft(int timeoutMs, time_t start) {
 
 }  // namespace
 
-WakeSignal::WakeSignal() {
-    if (pipe(m_ends) != 0) {
-        m_ends[0] = m_ends[1] = -1;
-        return;
-    }
-    for (const int end : m_ends) {
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-        fcntl(end, F_SETFL, O_NONBLOCK);
-    }
-}
+WakeSignal::WakeSignal() : m_event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 WakeSignal::~WakeSignal() {
-    if (!IsOpen()) {
-        return;
+    if (IsOpen()) {
+        close(m_event);
     }
-    close(m_ends[0]);
-    close(m_ends[1]);
 }
 
 void WakeSignal::Raise() {
-    const char byte = 0;
-    while (write(m_ends[1], &byte, 1) < 0 && errno == EINTR) {
-    }
+    eventfd_write(m_event, 1);
+}
+
+void WakeSignal::Lower() {
+    eventfd_t raised = 0;
+    eventfd_read(m_event, &raised);
 }
 
 bool WakeSignal::Wait(int timeoutMs) const {
     const time_t start = time(nullptr);
-    pollfd readable{m_ends[0], POLLIN, 0};
+    pollfd readable{m_event, POLLIN, 0};
     int ready = poll(&readable, 1, timeoutMs);
     while (ready < 0 && errno == EINTR) {
         ready = poll(&readable, 1, MillisecondsLeft(timeoutMs, start));

@@ -3,8 +3,8 @@
 #ifndef PAGERFWD_ENGINE_WAKE_SIGNAL_H
 #define PAGERFWD_ENGINE_WAKE_SIGNAL_H
 
-// Order      Once raised it stays raised.
-// Threads    Any thread may raise it and wait for it.
+// Order      Once raised it stays raised until it is lowered.
+// Threads    Any thread may raise it, lower it and wait for it.
 // Errors     When no descriptors are left, IsOpen is false and nothing else may be called.
 class WakeSignal {
  public:
@@ -13,16 +13,19 @@ class WakeSignal {
     WakeSignal(const WakeSignal&) = delete;
     WakeSignal& operator=(const WakeSignal&) = delete;
 
-    bool IsOpen() const { return m_ends[0] >= 0; }
+    bool IsOpen() const { return m_event >= 0; }
 
     void Raise();
+
+    // As it was made. Lowered is no mistake.
+    void Lower();
 
     // Whether it was raised within timeoutMs. One single poll of exactly this length, unless a
     // signal handler of the process interrupts it.
     bool Wait(int timeoutMs) const;
 
  private:
-    int m_ends[2];  // of a pipe: to read, to write
+    const int m_event;  // readable: raised
 };
 
 #endif

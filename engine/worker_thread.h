@@ -1,4 +1,4 @@
-// The one thread of the library: started, paused, asked to stop and joined.
+// The one thread of the library: started, paused, asked to stop and reaped.
 #ifndef PAGERFWD_ENGINE_WORKER_THREAD_H
 #define PAGERFWD_ENGINE_WORKER_THREAD_H
 
@@ -6,24 +6,37 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
+#include <optional>
 
 #include "engine/wake_signal.h"
 
-// Order      One thread at a time; the body calls AnnounceEnd as the last thing it does.
-// Threads    Start and Stop are called by the owner's threads, one at a time; the other three by
-//            the thread itself. StopRequested may be called by both.
-// Errors     Start answers false, and nothing runs, when the system is out of threads, descriptors
-//            or memory.
+// Order      Prepare, then one thread after the other, then Release. The body calls AnnounceEnd as
+//            the last thing it does.
+// Threads    Prepare, Release, Start, Stop and LetGo are called by the owner's threads, one at a
+//            time; the others by the thread itself. StopRequested may be called by all.
+// Errors     As said at each.
 class WorkerThread {
  public:
     using Body = void* (*)(void*);
 
-    // Joins the thread before it, which must be about to end. The body gets a null argument.
+    // Makes all that a thread needs but the thread. Throws std::bad_alloc when the system has no
+    // memory or no descriptors for it. Requires: no thread.
+    void Prepare();
+
+    // Gives it back. Requires: no thread.
+    void Release();
+
+    // Never waits: a thread before it must be on its way out, and is left to that. The body gets a
+    // null argument. False: the system has no thread to give, and nothing runs.
     bool Start(Body body);
 
     // Asks the thread to stop and waits for its end, so long at most. True: there is no thread any
     // more. False: it goes on; Stop may be called again.
     bool Stop(int timeoutMs);
+
+    // Leaves a thread that is on its way out to end by itself.
+    void LetGo();
 
     bool StopRequested() const;
 
@@ -33,17 +46,21 @@ class WorkerThread {
     void AnnounceEnd();
 
  private:
-    // What a thread and its owner share, from before its start until it is joined.
-    struct Run {
+    // What a thread and its owner share.
+    struct Signals {
+        bool AreOpen() const { return stop.IsOpen() && ended.IsOpen(); }
+
         WakeSignal stop;
         WakeSignal ended;
         std::atomic<bool> stopRequested{false};
-        pthread_t thread{};
     };
 
-    bool Join(int timeoutMs);
+    bool HasThread();
+    std::optional<pthread_t> TakeThread();  // there is none afterwards
 
-    std::unique_ptr<Run> m_run;  // null: no thread
+    std::unique_ptr<Signals> m_signals;  // constant from Prepare to Release
+    std::mutex m_lock;
+    std::optional<pthread_t> m_thread;  // guarded by m_lock
 };
 
 #endif

@@ -10,8 +10,7 @@
 // A mutex of the default, non-recursive kind, with recursion built on top.
 //
 // Order      Each Lock is paired with one Unlock by the same thread; the mutex is released by the
-//            last. The order between locks, outermost first: the sending lock, the modem handler's
-//            lock, the trace lock; a queue's lock is taken alone.
+//            last. The order between locks stands in ARCHITECTURE.md.
 // Threads    Safe from all. Lock waits without limit while another thread holds the mutex.
 // Errors     None. An unbalanced Unlock is not noticed.
 class CCriticalSection {

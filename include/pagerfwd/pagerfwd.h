@@ -12,8 +12,10 @@
  * Errors     Reported by the results below and, in words, in the trace: the file "pageprot.txt"
  *            in the working directory, written when the environment variable NX_PAGEPROT exists.
  *            Memory that runs out makes a page fail, or a call answer 0, 5 or -1. Only where the
- *            engine can't come up for want of it, std::bad_alloc passes on to the caller, and the
- *            next call tries again.
+ *            engine can't come up for want of memory, or of the descriptors of its worker,
+ *            std::bad_alloc passes on to the caller; nothing is up then. Nor is it as long as the
+ *            worker of an engine that was stopped is stuck: pages are taken then, and test pages
+ *            answered with 5. Either way the next call tries again.
  */
 #ifndef PAGERFWD_PAGERFWD_H
 #define PAGERFWD_PAGERFWD_H
@@ -35,7 +37,8 @@ typedef struct FwdSpecialInfoStr {
 
 /*
  * Queues one page to each of pagerCount pagers for the alarm *info->alarmLogId, and returns without
- * waiting for any of them. Brings the engine up if it is not.
+ * waiting for any of them. Brings the engine up if it is not. A worker that the system had no thread
+ * for is asked for again by every call.
  *
  * A duty of the caller: the alarm's "pagerstate" is set to 2 (being paged), and committed, before
  * this call. Otherwise the next start of the engine takes the alarm for acknowledged and drops it.
@@ -54,12 +57,14 @@ int32_t AlarmFwdPager(FwdSpecialInfoStr* info, char* serverName, char* extra, ch
 /*
  * Brings the engine up, if it is not: probes the serial ports, takes up the pages that were pending
  * when the engine last went down, and starts sending those that are due. Reads info->dbName only.
+ * On an engine that is up it only asks again for a worker that the system had no thread for.
  */
 void StartAlarmFwdPager(FwdSpecialInfoStr* info);
 
 /*
  * Takes the engine down; pending pages stay in the tables for the next start. A page on the line is
- * finished first, which can take minutes. Nothing happens when the engine is not up.
+ * finished first, which can take minutes; without one, a worker that is held up by a table or the
+ * trace is given a minute. Nothing happens when the engine is not up.
  */
 void StopAlarmFwdPager(void);
 

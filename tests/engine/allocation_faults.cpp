@@ -10,8 +10,6 @@
 
 namespace {
 
-thread_local int nothrowLeft = 0;  // until the one that fails; 0: none does
-thread_local bool hasFailed = false;
 thread_local size_t failingSize = 0;
 thread_local int failuresLeft = 0;  // of that size
 
@@ -52,28 +50,7 @@ void* AllocateOrThrow(size_t size) {
     return memory;
 }
 
-void* AllocateOrNull(size_t size) {
-    if (nothrowLeft > 0 && --nothrowLeft == 0) {
-        hasFailed = true;
-        return nullptr;
-    }
-    return Allocate(size);
-}
-
 }  // namespace
-
-FailingNothrow::FailingNothrow(int nth) {
-    hasFailed = false;
-    nothrowLeft = nth;
-}
-
-FailingNothrow::~FailingNothrow() {
-    nothrowLeft = 0;
-}
-
-bool FailingNothrow::HasHappened() {
-    return hasFailed;
-}
 
 FailingSize::FailingSize(size_t size, int count) {
     failingSize = size;
@@ -127,10 +104,10 @@ void* operator new[](size_t size) {
     return AllocateOrThrow(size);
 }
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
-    return AllocateOrNull(size);
+    return Allocate(size);
 }
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-    return AllocateOrNull(size);
+    return Allocate(size);
 }
 void operator delete(void* memory) noexcept {
     std::free(memory);

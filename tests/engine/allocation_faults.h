@@ -5,19 +5,6 @@
 
 #include <cstddef>
 
-// While it lives, the nth allocation from now on that can answer null, by the thread that made it,
-// does.
-class FailingNothrow {
- public:
-    explicit FailingNothrow(int nth);
-    ~FailingNothrow();
-    FailingNothrow(const FailingNothrow&) = delete;
-    FailingNothrow& operator=(const FailingNothrow&) = delete;
-
-    // Whether there were so many.
-    static bool HasHappened();
-};
-
 // While it lives, what the library allocates is counted, and from the nth allocation on so many
 // fail. The library's are those of the worker, or those of the thread that made this while it is
 // inside an InLibrary; but neither what the simulation allocates nor what is done inside a

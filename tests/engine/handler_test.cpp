@@ -1,7 +1,10 @@
 // Tests of engine/handler_setup.cpp: what is there while a handler is up, and what is not after it.
+#include <new>
+
 #include "engine/longest_page.h"
 #include "modem/COMHdl.h"
 #include "tests/engine/engine_test.h"
+#include "tests/support/without_descriptors.h"
 
 namespace {
 
@@ -102,6 +105,18 @@ TEST_F(Handler, FreesTheEntriesOfBothQueues) {
     Queue(7, "anna");
     CPagerHdl::DeleteFromPagingQueue(Queue(7, "bert"));
     // The leak check says the rest.
+}
+
+TEST_F(Handler, WithoutDescriptorsForItsWorkerItDoesNotComeUp) {
+    unsetenv(test_support::kTraceSwitch);
+    {
+        const test_support::WithoutDescriptors none;
+        EXPECT_THROW(Start(), std::bad_alloc);
+    }
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    EXPECT_EQ(nullptr, m_pPagingQ);
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning()) << "the next call tries again";
 }
 
 TEST_F(Handler, CleaningUpTwiceIsNoMistake) {

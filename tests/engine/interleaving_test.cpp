@@ -1,10 +1,13 @@
 // Tests of what two threads do to each other when one comes between two steps of the other. The
 // steps are trace calls, which are wrapped at link time, and table calls.
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <mutex>
 #include <thread>
 
+#include "engine/longest_page.h"
+#include "engine/pager_fwd.h"
 #include "linux/win_serial.h"
 #include "linux/win_system.h"
 #include "modem/COMHdl.h"
@@ -146,6 +149,101 @@ TEST_F(Interleaving, TwoPagesAtOnceStartOneWorker) {
     EXPECT_EQ(1, CountInTrace("Start Check4DialThread\n"));
     EXPECT_EQ(1, CountInTrace("Check4Dial: Already running\n"));
 }
+
+// No line is written under the worker's lock: whoever is held up at one holds up nobody.
+TEST_F(Interleaving, ForwardingDoesNotWaitForTheLinesOfAWorkerThatEnds) {
+    for (const char* entry : {"End Loop Check4DialThread\n", "End Check4DialThread\n"}) {
+        BeforeTheTrace(entry, [] { Sleep(3600 * 1000); });
+        EXPECT_EQ(1, Forward(7, {"sms"}));
+        UntilWorkerEnds();
+        const auto before = pagersim::VirtualClock::Now();
+        EXPECT_EQ(1, Forward(8, {"sms"}));
+        EXPECT_EQ(before, pagersim::VirtualClock::Now());
+        UntilWorkerEnds();
+        Wait(3600s);
+    }
+    EXPECT_EQ(4U, Pages().size());
+    EXPECT_EQ(4, CountInTrace("End Check4DialThread\n"));
+}
+
+TEST_F(Interleaving, ForwardingDoesNotWaitForTheLinesOfAnother) {
+    modem->Plan({}, PagingModem::Answer::kBusy);
+    std::atomic<int> answer{-1};
+    const auto forward = [&] { answer = Forward(8, {"sms"}); };
+    Forward(7, {"sms"});
+    Wait(30s);
+    BeforeTheTrace("Check4Dial: Already running\n", [&] {
+        MeanwhileAnother(forward);
+        EXPECT_EQ(1, answer);
+    });
+    EXPECT_EQ(1, Forward(8, {"sms"}));
+    UntilTheOtherEnds();
+
+    Stop();
+    store.Delete(kEvents, {"PagerDescr", "sms"});
+    Start();
+    answer = -1;
+    BeforeTheTrace("Check4Dial: Nothing to do\n", [&] {
+        MeanwhileAnother(forward);
+        EXPECT_EQ(1, answer);
+    });
+    CPagerHdl::Check4Dial(nullptr, 0, 0, 0);
+}
+
+// Nor under the lock of the entry points.
+TEST_F(Interleaving, EntryPointsLockIsFreeWhileTheEngineComesUpAndGoesDown) {
+    const auto expect_free = [this] {
+        MeanwhileAnother([] {
+            const bool is_free = engineLock.try_lock();
+            EXPECT_TRUE(is_free);
+            if (is_free) {
+                engineLock.unlock();
+            }
+        });
+        UntilTheOtherEnds();
+    };
+    Stop();
+    AddRow(7, "sms");
+    BeforeTheTrace("InsertInPagingQueue: %s\n", expect_free);
+    Start();
+    BeforeTheTrace("Before Dial", expect_free);
+    Wait(8s);
+    BeforeTheTrace("End Check4DialThread\n", expect_free);
+    Stop();
+}
+
+// --- Teardown
+
+TEST_F(Interleaving, TeardownGivesAPageThatIsStuckOnTheLineTheLongestTime) {
+    BeforeTheTrace("Before Dial", [] { Sleep(3600 * 1000); });
+    Forward(7, {"sms"});
+    Wait(30s);
+    const auto before = pagersim::VirtualClock::Now();
+    Stop();
+    EXPECT_EQ(before + std::chrono::milliseconds(LongestPageMs()), pagersim::VirtualClock::Now());
+    EXPECT_NE(nullptr, m_pPagingQ) << "what the worker uses stays";
+    Wait(3600s);
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    UntilWorkerEnds();
+}
+
+// It uses nothing any more but the trace.
+TEST_F(Interleaving, TeardownLeavesAWorkerToItsLastLine) {
+    BeforeTheTrace("End Check4DialThread\n", [] { Sleep(3600 * 1000); });
+    Forward(7, {"sms"});
+    UntilWorkerEnds();
+    Stop();
+    EXPECT_EQ(nullptr, m_pPagingQ);
+    Start();
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    EXPECT_EQ(1, Forward(8, {"sms"}));
+    UntilWorkerEnds();
+    EXPECT_EQ(2U, Pages().size());
+    Wait(3600s);
+}
+
+// --- A thread that the system refuses
 
 TEST_F(Interleaving, PageStaysPendingWhileTheSystemHasNoThread) {
     threads_run_out = true;

@@ -78,11 +78,11 @@ TEST_F(Teardown, AfterTheWorkerHasEndedByItself) {
     EXPECT_EQ(before, VirtualClock::Now());
 }
 
-TEST_F(Teardown, OfAWorkerThatIsStuckGivesUpAfterTheLongestPage) {
+TEST_F(Teardown, OfAWorkerThatIsStuckBesideTheLineGivesUpSoon) {
     DuringTheNextPage([] { Sleep(3600 * 1000); });  // a table that doesn't answer for an hour
     Forward(7, {"sms"});
     Wait(1s);
-    const auto limit = std::chrono::milliseconds(LongestPageMs());
+    const auto limit = std::chrono::milliseconds(kTablesAndTraceMs);
     const auto before = VirtualClock::Now();
     Stop();
     EXPECT_EQ(before + limit, VirtualClock::Now());
@@ -117,6 +117,45 @@ TEST_F(Teardown, OfAWorkerThatWasStuckLeavesTheWayFree) {
     Wait(3600s);
     Start();
     EXPECT_TRUE(CPagerHdl::IsRunning()) << "the new handler clears up after the old one";
+}
+
+// Also for an engine that was asked for while it was stuck: the next call tries again.
+TEST_F(Teardown, OfAWorkerThatWasStuckLeavesTheWayFreeForTheNextCall) {
+    DuringTheNextPage([] { Sleep(3600 * 1000); });
+    Forward(7, {"sms"});
+    Wait(1s);
+    Stop();
+    Start();
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    Wait(3600s);
+    EXPECT_EQ(1, Forward(8, {"sms"}));
+    EXPECT_TRUE(CPagerHdl::IsRunning());
+    UntilWorkerEnds();
+    EXPECT_THAT(Pages(), SizeIs(2)) << "with the one that was pending";
+}
+
+TEST_F(Teardown, DatabaseNameOfTheOldHandlerServesTheNext) {
+    DuringTheNextPage([] { Sleep(3600 * 1000); });
+    Forward(7, {"sms"});
+    Wait(1s);
+    Stop();
+    Wait(3600s);
+    const CPagerHdl next(CPagerHdl::m_dB);  // which is freed when the next comes up
+    EXPECT_STREQ("alarms", CPagerHdl::m_dB);
+    UntilWorkerEnds();
+}
+
+// It gets to the line after the stop has been asked for.
+TEST_F(Teardown, WaitsForAPageThatComesToTheLineMeanwhile) {
+    DuringTheNextPage([] { Sleep(50 * 1000); });
+    modem->Plan({PagingModem::Answer::kFallsSilent});
+    Forward(7, {"sms"});
+    Wait(1s);
+    Stop();
+    EXPECT_EQ(nullptr, m_pPagingQ) << "it has ended in time";
+    EXPECT_GT(VirtualClock::Now(), 1min);
+    EXPECT_LT(VirtualClock::Now(), std::chrono::milliseconds(LongestPageMs()));
+    EXPECT_THAT(Rows(), ElementsAre("7 sms 0 2"));
 }
 
 TEST_F(Teardown, OfNothingDoesNothing) {

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
-// The nth thread from now on can't be started; 0: all can.
-std::atomic<int> failing_thread{0};
+std::atomic<bool> threads_run_out{false};
 
 }  // namespace
 
@@ -31,10 +31,7 @@ int __real_pthread_create(pthread_t* handle, const pthread_attr_t* attributes,
                           void* (*start)(void*), void* argument);
 int __wrap_pthread_create(pthread_t* handle, const pthread_attr_t* attributes,
                           void* (*start)(void*), void* argument) {
-    if (failing_thread > 0 && --failing_thread == 0) {
-        return EAGAIN;
-    }
-    return __real_pthread_create(handle, attributes, start, argument);
+    return threads_run_out ? EAGAIN : __real_pthread_create(handle, attributes, start, argument);
 }
 }
 
@@ -93,6 +90,7 @@ class Site : public EngineTest {
     using EngineTest::Start;
     using EngineTest::Stop;
     using EngineTest::store;
+    using EngineTest::Test;
     using EngineTest::UntilWorkerEnds;
     using EngineTest::Wait;
     using EngineTest::WorkerRuns;
@@ -162,22 +160,20 @@ TEST(TablesBelow, AllCallsMayFailForAWhile) {
     site.ExpectThatItGoesOn();
 }
 
-// The pages wait for the next call that would start the worker.
+// The pages wait for the next call.
 TEST(ThreadsBelow, WorkerThatCannotBeStarted) {
     Site site;
-    failing_thread = 1;
+    threads_run_out = true;
     site.Start();  // with a page pending
-    EXPECT_EQ(0, failing_thread);
     EXPECT_FALSE(Site::WorkerRuns());
     site.Wait(1h);
     EXPECT_EQ(0, site.Sent("pump1"));
 
-    failing_thread = 1;
     EXPECT_EQ(1, site.Forward(2, {"bert"}));
-    EXPECT_EQ(0, failing_thread);
     EXPECT_FALSE(Site::WorkerRuns());
     EXPECT_EQ(2U, site.Rows().size()) << "nothing is lost";
 
+    threads_run_out = false;
     EXPECT_EQ(1, site.Forward(3, {"anna"}));
     site.UntilWorkerEnds();
     EXPECT_EQ(1, site.Sent("pump1"));
@@ -185,10 +181,44 @@ TEST(ThreadsBelow, WorkerThatCannotBeStarted) {
     EXPECT_EQ(1, site.Sent("pump3"));
 }
 
+// Any call will do, also one that queues nothing.
+TEST(ThreadsBelow, NextCallOfAnyKindAsksForTheWorkerAgain) {
+    const std::function<void(Site&)> calls[] = {
+        [](Site& site) { site.Start(); },
+        [](Site& site) { EXPECT_EQ(-1, site.Forward(2, {"nobody"})); },
+        [](Site& site) {
+            EXPECT_EQ(0, site.Test({"test", kSms2}));
+        },
+    };
+    for (const std::function<void(Site&)>& call : calls) {
+        Site site;
+        threads_run_out = true;
+        site.Start();
+        threads_run_out = false;
+        call(site);
+        EXPECT_TRUE(Site::WorkerRuns());
+        site.UntilWorkerEnds();
+        EXPECT_EQ(1, site.Sent("pump1"));
+    }
+}
+
+// Once it runs, no call asks for another.
+TEST(ThreadsBelow, WorkerThatWasRefusedIsAskedForOnce) {
+    Site site;
+    threads_run_out = true;
+    site.Start();
+    threads_run_out = false;
+    site.Start();
+    site.store.ForgetCalls();
+    site.Start();
+    EXPECT_TRUE(site.store.CallsWith("SQLConditionDelete").empty());
+}
+
 TEST(ThreadsBelow, EngineStopsWithoutItsWorker) {
     Site site;
-    failing_thread = 1;
+    threads_run_out = true;
     site.Start();
+    threads_run_out = false;
     site.Stop();
     EXPECT_EQ(1U, site.Rows().size());
     site.Start();
@@ -249,6 +279,43 @@ TEST_F(TraceBelow, KeepsTheTraceLockWhereNoFileCanBeMade) {
     EXPECT_TRUE(WorkerRuns()) << "the worker waits for the lock";
     EXPECT_TRUE(Pages().empty());
     CCOMHdl::UnlockTrace();
+    UntilWorkerEnds();
+    EXPECT_THAT(Pages(), Contains(HasSubstr("pump1")));
+}
+
+// A worker that ends meanwhile waits at its last lines, and holds up nobody.
+TEST_F(TraceBelow, ThreadThatMetItGoesOnBesideAWorkerThatEnds) {
+    AddAlarm(2, 2, "pump2");
+    modem->Plan({PagingModem::Answer::kBusy});
+    Start();
+    EXPECT_EQ(1, Forward(1, {"anna"}));
+    Wait(30s);
+    CPagerHdl::AckPagingAlarm(1);  // so that the worker finds nothing after its pause
+    std::filesystem::remove_all(folder.Path());
+    CCOMHdl::WritePageProtocolEntry("lost");
+    folder.Enter();
+    Wait(5min);
+    EXPECT_FALSE(WorkerRuns());
+    EXPECT_FALSE(TraceHas("End Loop Check4DialThread"));
+    EXPECT_EQ(1, Forward(2, {"anna"}));
+    EXPECT_TRUE(WorkerRuns()) << "another one";
+
+    CCOMHdl::UnlockTrace();
+    UntilWorkerEnds();
+    EXPECT_THAT(Pages(), Contains(HasSubstr("pump2")));
+}
+
+// Beside the worker that waits for the lock there is no page on the line to be waited for.
+TEST_F(TraceBelow, EngineIsStoppedInAMinuteBesideAWorkerThatItHoldsUp) {
+    Start();
+    CCOMHdl::LockTrace();
+    EXPECT_EQ(1, Forward(1, {"anna"}));
+    const auto before = pagersim::VirtualClock::Now();
+    Stop();
+    EXPECT_EQ(before + 1min, pagersim::VirtualClock::Now());
+    CCOMHdl::UnlockTrace();
+    UntilWorkerEnds();
+    Start();
     UntilWorkerEnds();
     EXPECT_THAT(Pages(), Contains(HasSubstr("pump1")));
 }

@@ -28,7 +28,21 @@ using Whose = FailingLibrary::Whose;
 class StoreHasMemory : public TableWatcher {
  public:
     void Before(const TableCall&) override { NotTheLibrary::Begin(); }
-    void After(const TableCall&, int32_t) override { NotTheLibrary::End(); }
+    void After(const TableCall& call, int32_t) override {
+        NotTheLibrary::End();
+        if (call.deed == TableDeed::kRead && call.table == failing_) {
+            failing_ = {};
+            fault_.emplace(Whose::kCallers, 1);
+        }
+    }
+
+    // The library's first allocation behind the next read of this table fails.
+    void FailBehindTheReadOf(std::string_view table) { failing_ = table; }
+    void StopFailing() { fault_.reset(); }
+
+ private:
+    std::string_view failing_;
+    std::optional<FailingLibrary> fault_;
 };
 
 class MemoryFaults : public EngineTest {
@@ -166,9 +180,9 @@ class MemoryFaults : public EngineTest {
 
     static constexpr int kAllocationsOfAnOpening = 2;  // the line, and now and then its handle
     int runs_that_took_the_port_ = 0;
+    StoreHasMemory store_has_memory_;
 
  private:
-    StoreHasMemory store_has_memory_;
     int last_alarm_ = 0;
 };
 
@@ -204,7 +218,8 @@ TEST_F(MemoryFaults, QueueingAPageToASecondPager) {
     });
 }
 
-// The first call brings the engine up: the one exception that passes on.
+// The first call brings the engine up: the one exception that passes on, whatever part of it memory
+// runs out for. The next call tries again.
 TEST_F(MemoryFaults, QueueingTheFirstPage) {
     const NoWorker no_worker;
     ForEachAllocation(Whose::kCallers, [&](int nth) {
@@ -213,31 +228,55 @@ TEST_F(MemoryFaults, QueueingTheFirstPage) {
         EXPECT_TRUE(nth > 0 || answer == 1);
         EXPECT_NE(-1, answer.value_or(0)) << "there is such a pager";
         EXPECT_EQ(answer == 1 ? 1U : 0U, RowsOf(alarm));
-        EXPECT_TRUE(answer || !CPagerHdl::IsRunning()) << "then no exception";
+        EXPECT_EQ(answer.has_value(), CPagerHdl::IsRunning()) << "no engine fails silently";
+        EXPECT_EQ(answer.has_value(), m_pPagingQ != nullptr) << "nor by half";
         EXPECT_EQ(line.Opens(), line.Closes());
+        if (!answer) {
+            EXPECT_EQ(1, CallForward(alarm, "text")) << "there is memory again";
+        }
         Stop();
         store.Delete(kEvents, {"AlmLogID", std::to_string(alarm)});
     });
     EXPECT_EQ(1, CallForward(NewAlarm(), "text"));
 }
 
-// Starting the worker is a part of the call, and needs memory.
+// What a worker needs was made with the handler: a page that is accepted has one.
 TEST_F(MemoryFaults, QueueingAPageThatStartsTheWorker) {
     Start();
     ForEachAllocation(Whose::kCallers, [&](int) {
         const size_t before = Delivered();
-        const int alarm = NewAlarm();
-        const std::optional<int> answer = CallForward(alarm, "tap");
+        const std::optional<int> answer = CallForward(NewAlarm(), "tap");
         ASSERT_TRUE(answer) << "the engine is up";
         UntilWorkerEnds();
-        if (*answer == 1 && Delivered() == before) {
-            EXPECT_EQ(1U, RowsOf(alarm)) << "it waits for the next call";
-            CPagerHdl::Check4Dial(nullptr, 0, 0, 0);
-            UntilWorkerEnds();
-        }
         EXPECT_EQ(static_cast<size_t>(*answer), Delivered() - before);
     });
     ExpectThatAPageGoesThrough();
+}
+
+TEST_F(MemoryFaults, StartThatHasNoMemoryForTheListOfPendingPages) {
+    const NoWorker no_worker;
+    AddRow(NewAlarm(), "tap");
+    store_has_memory_.FailBehindTheReadOf(kEvents);
+    EXPECT_FALSE(CallStart());
+    EXPECT_TRUE(FailingLibrary::HasHappened());
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+    EXPECT_EQ(nullptr, CPagerHdl::m_pPagerEventsList);
+    EXPECT_EQ(nullptr, m_pPagingQ);
+    EXPECT_EQ(nullptr, CPagerHdl::ccom);
+    store_has_memory_.StopFailing();
+    EXPECT_TRUE(CallStart());
+    EXPECT_EQ(1, m_pPagingQ->GetCount());
+}
+
+TEST_F(MemoryFaults, StartThatHasNoMemoryForThePagerOfAPendingPage) {
+    const NoWorker no_worker;
+    AddRow(NewAlarm(), "tap");
+    store_has_memory_.FailBehindTheReadOf(kPagers);
+    EXPECT_TRUE(CallStart());
+    EXPECT_TRUE(FailingLibrary::HasHappened());
+    EXPECT_EQ(0, m_pPagingQ->GetCount());
+    EXPECT_EQ(1U, Rows().size()) << "for the next start";
+    store_has_memory_.StopFailing();
 }
 
 TEST_F(MemoryFaults, StartWithPendingPages) {

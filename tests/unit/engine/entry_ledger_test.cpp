@@ -1,10 +1,10 @@
-// Tests of engine/entry_ledger.h.
+// Tests of engine/entry_ledger.h. The freeing of an entry's alarm is wrapped at link time: it tells
+// which entries are freed.
 #include "engine/entry_ledger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -12,48 +12,63 @@
 
 namespace {
 
+std::vector<int> freed;  // alarms
+
+}  // namespace
+
+extern "C" {
+void __real__ZN12CDB_AlarmLog17FreeAlarmLogEntryEP13AlarmLogEntry(AlarmLogEntry* alarm);
+
+void __wrap__ZN12CDB_AlarmLog17FreeAlarmLogEntryEP13AlarmLogEntry(AlarmLogEntry* alarm) {
+    if (alarm != nullptr) {
+        freed.push_back(alarm->alarmLogId);
+    }
+    __real__ZN12CDB_AlarmLog17FreeAlarmLogEntryEP13AlarmLogEntry(alarm);
+}
+}
+
+namespace {
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
-// The ledger never looks into an entry, so the tests give it any, and see what it releases.
 class Ledger : public ::testing::Test {
  protected:
-    Ledger() {
-        queued.clear();
-        released.clear();
+    Ledger() { freed.clear(); }
+    ~Ledger() override { EXPECT_THAT(freed, UnorderedElementsAre(1, 2)) << "each once"; }
+
+    // With both its records.
+    static ForwardQEntry* EntryOf(int alarm) {
+        auto* entry = new ForwardQEntry;
+        entry->alarmLogEntry = new AlarmLogEntry{};
+        entry->alarmLogEntry->alarmLogId = alarm;
+        entry->pagerFwdEvent = new PagerFwdEvent{};
+        return entry;
     }
 
-    static std::vector<ForwardQEntry*> queued;
-    static std::vector<ForwardQEntry*> released;
-
-    ForwardQEntry entries_[2];
-    ForwardQEntry* const a = &entries_[0];
-    ForwardQEntry* const b = &entries_[1];
-    EntryLedger ledger{[](ForwardQEntry* entry) {
-                           return std::find(queued.begin(), queued.end(), entry) != queued.end();
-                       },
-                       [](ForwardQEntry* entry) { released.push_back(entry); }};
+    EntryLedger ledger;
+    CSM_ForwardQ queue;
+    ForwardQEntry* const a = EntryOf(1);
+    ForwardQEntry* const b = EntryOf(2);
 };
 
-std::vector<ForwardQEntry*> Ledger::queued;
-std::vector<ForwardQEntry*> Ledger::released;
-
-TEST_F(Ledger, ReleasesAtOnceWhenNobodyIsLooking) {
+TEST_F(Ledger, FreesAtOnceWhenNobodyIsLooking) {
     ledger.Note(a);
-    EXPECT_THAT(released, ElementsAre(a));
+    EXPECT_THAT(freed, ElementsAre(1));
     EXPECT_EQ(0U, ledger.NotedCount());
+    ledger.Note(b);
 }
 
-TEST_F(Ledger, ReleasesAtTheEndOfTheUse) {
+TEST_F(Ledger, FreesAtTheEndOfTheUse) {
     {
         const EntryUse use(ledger);
         ledger.Note(a);
-        ledger.Note(b);
-        EXPECT_THAT(released, IsEmpty());
+        use.Note(b);
+        EXPECT_THAT(freed, IsEmpty());
         EXPECT_EQ(2U, ledger.NotedCount());
     }
-    EXPECT_THAT(released, UnorderedElementsAre(a, b));
+    EXPECT_THAT(freed, UnorderedElementsAre(1, 2));
 }
 
 TEST_F(Ledger, WaitsForTheLastOfSeveralUses) {
@@ -62,18 +77,21 @@ TEST_F(Ledger, WaitsForTheLastOfSeveralUses) {
         const EntryUse pass(ledger);
         ledger.Note(a);
     }
-    EXPECT_THAT(released, IsEmpty());
+    EXPECT_THAT(freed, IsEmpty());
     service.reset();
-    EXPECT_THAT(released, ElementsAre(a));
+    EXPECT_THAT(freed, ElementsAre(1));
+    ledger.Note(b);
 }
 
-TEST_F(Ledger, ReleasesOnceWhatIsNotedTwice) {
+TEST_F(Ledger, FreesOnceWhatIsNotedTwice) {
     {
         const EntryUse use(ledger);
         ledger.Note(a);
         ledger.Note(a);
+        EXPECT_EQ(1U, ledger.NotedCount());
     }
-    EXPECT_THAT(released, ElementsAre(a));
+    EXPECT_THAT(freed, ElementsAre(1));
+    ledger.Note(b);
 }
 
 TEST_F(Ledger, ForgetsWhatWasPutBackIntoAQueue) {
@@ -81,23 +99,25 @@ TEST_F(Ledger, ForgetsWhatWasPutBackIntoAQueue) {
         const EntryUse use(ledger);
         ledger.Note(a);
         ledger.Note(b);
-        queued = {a};
+        queue.AddEntryToQueue(a);
     }
-    EXPECT_THAT(released, ElementsAre(b));
+    EXPECT_THAT(freed, ElementsAre(2));
     EXPECT_EQ(0U, ledger.NotedCount());
 
-    queued.clear();
+    queue.TakeHeadEntry();
     { const EntryUse use(ledger); }
-    EXPECT_THAT(released, ElementsAre(b)) << "it was forgotten, not kept in mind";
+    EXPECT_THAT(freed, ElementsAre(2)) << "it was forgotten, not kept in mind";
+    ledger.Note(a);
 }
 
-TEST_F(Ledger, ReleasesWhatLeavesItsQueueForGoodLater) {
-    queued = {a};
+TEST_F(Ledger, FreesWhatLeavesItsQueueForGoodLater) {
+    queue.AddEntryToQueue(a);
     ledger.Note(a);
-    EXPECT_THAT(released, IsEmpty());
-    queued.clear();
+    EXPECT_THAT(freed, IsEmpty());
+    queue.TakeHeadEntry();
     ledger.Note(a);
-    EXPECT_THAT(released, ElementsAre(a));
+    EXPECT_THAT(freed, ElementsAre(1));
+    ledger.Note(b);
 }
 
 }  // namespace

@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/resource.h>
 
 #include <thread>
 
 #include "linux/win_system.h"
 #include "sim/testing.h"
+#include "tests/support/without_descriptors.h"
 
 namespace {
 
@@ -49,14 +49,20 @@ TEST_F(Wake, RaisedDuringTheWaitEndsIt) {
     raiser.join();
 }
 
-TEST_F(Wake, WaitWithoutALimitEndsWithTheSignal) {
-    std::thread raiser([this] {
-        Sleep(3600 * 1000);
-        signal.Raise();
-    });
-    EXPECT_TRUE(signal.Wait(-1));
-    EXPECT_EQ(3600s, VirtualClock::Now());
-    raiser.join();
+TEST_F(Wake, LoweredIsAsItWasMade) {
+    signal.Raise();
+    signal.Raise();
+    signal.Lower();
+    EXPECT_FALSE(signal.Wait(1000));
+    EXPECT_EQ(1000ms, VirtualClock::Now());
+    signal.Raise();
+    EXPECT_TRUE(signal.Wait(1000));
+}
+
+TEST_F(Wake, LoweringWhatIsLoweredCostsNoTime) {
+    signal.Lower();
+    EXPECT_FALSE(signal.Wait(0));
+    EXPECT_EQ(0ms, VirtualClock::Now());
 }
 
 TEST_F(Wake, HandlerOfTheProcessDoesNotCutTheWaitShort) {
@@ -76,12 +82,8 @@ TEST_F(Wake, HandlerOfTheProcessDoesNotCutTheWaitShort) {
 }
 
 TEST(WakeWithoutDescriptors, IsNotOpen) {
-    rlimit before{};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{0, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
+    const test_support::WithoutDescriptors none;
     const WakeSignal signal;
-    setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_FALSE(signal.IsOpen());
 }
 

@@ -2,12 +2,13 @@
 #include "engine/worker_thread.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <atomic>
+#include <new>
 
 #include "linux/win_system.h"
 #include "sim/testing.h"
+#include "tests/support/without_descriptors.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ class Worker : public ::testing::Test {
     Worker() {
         runs = 0;
         worker = &thread;
+        thread.Prepare();
     }
     ~Worker() override { EXPECT_TRUE(thread.Stop(3600 * 1000)); }
 
@@ -44,6 +46,17 @@ class Worker : public ::testing::Test {
     static void* RunUntilStopped(void*) {
         ++runs;
         while (!worker->StopRequested()) {
+            worker->Pause(60000);
+        }
+        worker->AnnounceEnd();
+        return nullptr;
+    }
+
+    // As one whose last lines hold it up.
+    static void* EndAfterAnHour(void*) {
+        if (++runs == 1) {
+            Sleep(3600 * 1000);
+        } else {
             worker->Pause(60000);
         }
         worker->AnnounceEnd();
@@ -111,18 +124,65 @@ TEST_F(Worker, OneAfterTheOtherForAsLongAsOneLikes) {
 TEST_F(Worker, ARequestToTheOneBeforeDoesNotReachTheNext) {
     thread.Start(RunUntilStopped);
     EXPECT_TRUE(thread.Stop(1000));
+    thread.Release();
+    thread.Prepare();
     thread.Start(RunUntilStopped);
     EXPECT_FALSE(thread.StopRequested());
+    Sleep(600 * 1000);
+    EXPECT_FALSE(thread.Stop(0)) << "it was at its pause";
 }
 
-TEST_F(Worker, DoesNotStartWithoutDescriptors) {
-    rlimit before{};
-    getrlimit(RLIMIT_NOFILE, &before);
-    const rlimit none{0, before.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
-    EXPECT_FALSE(thread.Start(EndAtOnce));
-    setrlimit(RLIMIT_NOFILE, &before);
+// --- One that is on its way out.
+
+TEST_F(Worker, StartDoesNotWaitForTheOneBefore) {
+    thread.Start(EndAfterAnHour);
+    Sleep(1000);
+    EXPECT_TRUE(thread.Start(EndAfterAnHour));
+    EXPECT_EQ(1000ms, VirtualClock::Now());
+}
+
+TEST_F(Worker, EndOfTheOneBeforeIsNotThatOfTheNext) {
+    thread.Start(EndAfterAnHour);
+    Sleep(3600 * 1000 - 1000);
+    thread.Start(EndAfterAnHour);
+    Sleep(10 * 1000);  // the first has ended, the second pauses
+    const auto before = VirtualClock::Now();
+    EXPECT_TRUE(thread.Stop(3600 * 1000));
+    EXPECT_EQ(before, VirtualClock::Now()) << "that of the second";
+    EXPECT_EQ(2, runs);
+}
+
+TEST_F(Worker, EndOfTheOneBeforeIsForgottenByTheNext) {
+    thread.Start(EndAtOnce);
+    Sleep(1000);
+    thread.Start(BeBusyForAnHour);
+    EXPECT_FALSE(thread.Stop(1000));
+}
+
+TEST_F(Worker, OneThatIsLetGoOfIsNoLongerWaitedFor) {
+    thread.Start(EndAfterAnHour);
+    EXPECT_FALSE(thread.Stop(1000));
+    thread.LetGo();
+    EXPECT_TRUE(thread.Stop(0));
+    thread.Release();
+    Sleep(2 * 3600 * 1000);  // its end finds nothing of what was released
+}
+
+// --- What the system refuses.
+
+TEST_F(Worker, StartNeedsNoDescriptors) {
+    const test_support::WithoutDescriptors none;
     EXPECT_TRUE(thread.Start(EndAtOnce));
+    EXPECT_TRUE(thread.Stop(1000));
+}
+
+TEST_F(Worker, CannotBePreparedWithoutDescriptors) {
+    WorkerThread another;
+    {
+        const test_support::WithoutDescriptors none;
+        EXPECT_THROW(another.Prepare(), std::bad_alloc);
+    }
+    EXPECT_NO_THROW(another.Prepare());
 }
 
 }  // namespace
