@@ -60,7 +60,9 @@ ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
 class FaultsToLog {
  public:
     explicit FaultsToLog(OperatorLog& log)
-        : before_(SetFaultListener([&log](std::string_view message) { log.Error(message); })) {}
+        : before_(SetFaultListener([&log](FaultNews news, std::string_view message) {
+              news == FaultNews::kFault ? log.Error(message) : log.Info(message);
+          })) {}
     ~FaultsToLog() { SetFaultListener(before_); }
     FaultsToLog(const FaultsToLog&) = delete;
     FaultsToLog& operator=(const FaultsToLog&) = delete;

@@ -40,19 +40,21 @@ Service::Service(ServiceOptions options, const Library& library, OperatorLog& lo
     : options_(std::move(options)),
       library_(library),
       log_(log),
-      lease_(options_.database),
+      lease_(options_.database, Refusals::kKept),
       encoding_(EncodingOf(lease_.Database())),
       locks_(options_.database, options_.locks, "run"),
       intake_(
           encoding_,
           [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
           log_),
-      trace_(lease_.Database(), encoding_, log_) {
+      trace_(lease_.Database(), encoding_, log_),
+      room_(options_.database, log_) {
     locks_.TakeDevices(lease_.Database());
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
 void Service::Run(StopSignal& stop) {
+    room_.Look(std::time(nullptr));
     LookAtPendingPages();
     Start();
     NotifyManager("READY=1");
@@ -63,7 +65,18 @@ void Service::Run(StopSignal& stop) {
     log_.Info("ending; a page on the line is finished first");
     Stop();
     TellLastFigures();
+    TellWhatIsLost();
     log_.Info("ended");
+}
+
+// What is kept in memory ends with the process.
+void Service::TellWhatIsLost() {
+    const size_t kept = lease_.CountHeld();
+    if (kept > 0) {
+        log_.Error(std::to_string(kept) +
+                   " change(s) could not be written to the end; pages that were sent meanwhile may "
+                   "be sent again");
+    }
 }
 
 void Service::TellLastFigures() {
@@ -130,6 +143,7 @@ void Service::Step() {
         RenewEngine();
     }
     WriteMetrics();
+    room_.Look(std::time(nullptr));
     ForgetOldHistory();
     done_ = IsDone();
 }

@@ -18,6 +18,7 @@
 #include "host/service/engine_trace.h"
 #include "host/service/intake.h"
 #include "host/service/operator_log.h"
+#include "host/service/room.h"
 #include "host/service/stop_signal.h"
 #include "host/store/pool.h"
 
@@ -53,6 +54,7 @@ class Service {
     void SendTestPages();
     void WriteMetrics();
     void TellLastFigures();
+    void TellWhatIsLost();
     void RenewEngine();
     void ForgetOldHistory();
 
@@ -64,6 +66,7 @@ class Service {
     EngineLocks locks_;
     Intake intake_;
     EngineTrace trace_;
+    Room room_;
     int64_t seen_ = -1;  // the version of the database at the last look
     std::time_t metrics_at_ = 0;
     std::time_t forget_at_ = 0;  // when old history is looked for again

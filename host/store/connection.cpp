@@ -15,10 +15,12 @@ namespace {
 constexpr std::chrono::milliseconds kBusyTimeout{10000};
 
 // With a write-ahead log, a reader never waits; with FULL, each commit is on the disk when it
-// returns: a page that was answered as queued survives a power cut.
+// returns: a page that was answered as queued survives a power cut. The log is begun anew at 250
+// pages, half of what is reserved for it (reserve.h).
 constexpr const char* kSettings =
     "PRAGMA journal_mode = WAL;"
-    "PRAGMA synchronous = FULL;";
+    "PRAGMA synchronous = FULL;"
+    "PRAGMA wal_autocheckpoint = 250;";
 
 // More than the table store and the commands ever use; without a limit, a caller that builds a new
 // text each time would fill the memory.
@@ -50,7 +52,50 @@ Connection::Connection(const std::string& path, Mode mode) : path_(path) {
     Execute(kSettings);
 }
 
+Connection::~Connection() = default;
+
+void Connection::KeepRefused(HeldWrites& held) {
+    if (std::exchange(held_, &held) != nullptr) {
+        return;
+    }
+    // Nothing of a transaction is written before its commit.
+    Run("PRAGMA cache_spill = OFF; PRAGMA temp_store = MEMORY");
+}
+
+Connection::Sight::Sight(Connection& connection) : connection_(connection) {
+    if (connection_.held_ != nullptr && connection_.held_->Any() && !connection_.InTransaction()) {
+        connection_.around_ = std::make_unique<WriteTransaction>(connection_);
+    }
+    ++connection_.in_sight_;
+}
+
+Connection::Sight::~Sight() {
+    if (--connection_.in_sight_ > 0 || connection_.around_ == nullptr) {
+        return;
+    }
+    const std::unique_ptr<WriteTransaction> around = std::move(connection_.around_);
+    try {
+        around->Commit();
+    } catch (const std::exception&) {
+        // What is kept stays so.
+        return;
+    }
+}
+
+bool Connection::WasRefused() const {
+    const int code = sqlite3_errcode(database_.get());
+    return code == SQLITE_FULL || code == SQLITE_IOERR;
+}
+
 void Connection::Execute(const char* sql) {
+    const Sight sight(*this);
+    Run(sql);
+    if (record_ != nullptr) {
+        record_->push_back({sql, {}});
+    }
+}
+
+void Connection::Run(const char* sql) {
     if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
         throw LastError();
     }
@@ -97,7 +142,14 @@ void Connection::Keep(KeptStatements::node_type statement) noexcept {
 }
 
 Statement::Statement(Connection& connection, const std::string& sql)
-    : connection_(connection), kept_(connection.Take(sql)), statement_(kept_.mapped().get()) {}
+    : connection_(connection),
+      sight_(connection),
+      kept_(connection.Take(sql)),
+      statement_(kept_.mapped().get()) {
+    if (connection_.record_ != nullptr && sqlite3_stmt_readonly(statement_) == 0) {
+        noted_ = HeldWrite{sql, {}};
+    }
+}
 
 Statement::~Statement() {
     connection_.Keep(std::move(kept_));
@@ -110,6 +162,9 @@ Statement& Statement::Bind(std::string_view text) {
         SQLITE_OK) {
         throw connection_.LastError();
     }
+    if (noted_) {
+        noted_->values.emplace_back(std::string(text));
+    }
     return *this;
 }
 
@@ -117,10 +172,17 @@ Statement& Statement::Bind(int64_t number) {
     if (sqlite3_bind_int64(statement_, ++bound_, number) != SQLITE_OK) {
         throw connection_.LastError();
     }
+    if (noted_) {
+        noted_->values.emplace_back(number);
+    }
     return *this;
 }
 
 bool Statement::Step() {
+    if (noted_) {
+        connection_.record_->push_back(std::move(*noted_));
+        noted_.reset();
+    }
     switch (sqlite3_step(statement_)) {
         case SQLITE_ROW:
             return true;
@@ -146,15 +208,30 @@ int64_t Statement::Number(int column) const {
 }
 
 WriteTransaction::WriteTransaction(Connection& connection) : connection_(connection) {
-    Statement(connection_, "BEGIN IMMEDIATE").Run();
+    connection_.Run("BEGIN IMMEDIATE");
+    if (connection_.held_ == nullptr) {
+        return;
+    }
+    try {
+        connection_.held_->Replay(connection_);
+    } catch (...) {
+        RollBack();
+        throw;
+    }
+    connection_.record_ = &writes_;
 }
 
 WriteTransaction::~WriteTransaction() {
+    connection_.record_ = nullptr;
+    RollBack();
+}
+
+void WriteTransaction::RollBack() noexcept {
     if (!connection_.InTransaction()) {
         return;
     }
     try {
-        connection_.Execute("ROLLBACK");
+        connection_.Run("ROLLBACK");
     } catch (const StoreError&) {
         // Whoever keeps the connection sees that it is still in a transaction, and drops it.
         return;
@@ -162,7 +239,12 @@ WriteTransaction::~WriteTransaction() {
 }
 
 void WriteTransaction::Commit() {
-    Statement(connection_, "COMMIT").Run();
+    connection_.record_ = nullptr;
+    if (connection_.held_ == nullptr) {
+        connection_.Run("COMMIT");
+    } else {
+        connection_.held_->Commit(connection_, std::move(writes_));
+    }
 }
 
 }  // namespace host

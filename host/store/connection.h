@@ -8,10 +8,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
+
+#include "host/store/held_writes.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -23,6 +27,8 @@ class StoreError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+class WriteTransaction;
+
 class Connection {
  public:
     enum class Mode { kExisting, kCreate };
@@ -30,8 +36,13 @@ class Connection {
     // Opens the file. What is committed from now on survives a power cut; readers and one writer,
     // in any process, don't stop each other; two writers wait for each other, up to ten seconds.
     explicit Connection(const std::string& path, Mode mode = Mode::kExisting);
+    ~Connection();
 
     void Execute(const char* sql);
+
+    // From now on a transaction that the file system refuses is kept, see held_writes.h, and what
+    // is kept is seen. held outlives the connection.
+    void KeepRefused(HeldWrites& held);
 
     // How many rows the statement that ran last has changed.
     int32_t Changes() const;
@@ -43,6 +54,8 @@ class Connection {
 
  private:
     friend class Statement;
+    friend class WriteTransaction;
+    friend class HeldWrites;
     struct Closer {
         void operator()(sqlite3* database) const;
     };
@@ -57,9 +70,30 @@ class Connection {
     KeptStatements::node_type Take(const std::string& sql);
     void Keep(KeptStatements::node_type statement) noexcept;
 
+    // Lets a statement outside of a transaction see what is kept: by a transaction around it, which
+    // may write what is kept, too.
+    class Sight {
+     public:
+        explicit Sight(Connection& connection);
+        ~Sight();
+        Sight(const Sight&) = delete;
+        Sight& operator=(const Sight&) = delete;
+
+     private:
+        Connection& connection_;
+    };
+
+    void Run(const char* sql);
+    // Whether what has just failed is the file system's refusal.
+    bool WasRefused() const;
+
     std::string path_;
     std::unique_ptr<sqlite3, Closer> database_;
     KeptStatements kept_;  // those not in use; ended before the database closes
+    HeldWrites* held_ = nullptr;
+    std::vector<HeldWrite>* record_ = nullptr;  // of the transaction that stands
+    int in_sight_ = 0;                          // statements in use
+    std::unique_ptr<WriteTransaction> around_;  // ... and the transaction around them
 };
 
 // A statement is prepared at its first use on a connection, and kept there for the next.
@@ -85,9 +119,11 @@ class Statement {
 
  private:
     Connection& connection_;
+    const Connection::Sight sight_;
     Connection::KeptStatements::node_type kept_;
     sqlite3_stmt* const statement_;  // the one within
     int bound_ = 0;
+    std::optional<HeldWrite> noted_;  // until it runs: what a transaction takes note of
 };
 
 // Holds the right to write against every other writer in any process, from construction on, so that
@@ -99,11 +135,15 @@ class WriteTransaction {
     WriteTransaction(const WriteTransaction&) = delete;
     WriteTransaction& operator=(const WriteTransaction&) = delete;
 
-    // When this returns, the changes are on the disk.
+    // When this returns, the changes are on the disk; or kept, where the connection keeps what is
+    // refused.
     void Commit();
 
  private:
+    void RollBack() noexcept;
+
     Connection& connection_;
+    std::vector<HeldWrite> writes_;
 };
 
 }  // namespace host

@@ -24,6 +24,21 @@ Listening& TheListening() {
     return listening;
 }
 
+void Report(FaultNews news, std::string_view message) noexcept {
+    try {
+        Listening& listening = TheListening();
+        const std::lock_guard guard(listening.mutex);
+        if (listening.listener) {
+            listening.listener(news, message);
+        } else {
+            std::cerr << "pagerfwd: " + Printable(message) + "\n" << std::flush;
+        }
+    } catch (const std::exception&) {
+        // No memory or nowhere to write: the caller's own result still tells that it failed.
+        return;
+    }
+}
+
 }  // namespace
 
 FaultListener SetFaultListener(FaultListener listener) {
@@ -33,18 +48,11 @@ FaultListener SetFaultListener(FaultListener listener) {
 }
 
 void ReportFault(std::string_view message) noexcept {
-    try {
-        Listening& listening = TheListening();
-        const std::lock_guard guard(listening.mutex);
-        if (listening.listener) {
-            listening.listener(message);
-        } else {
-            std::cerr << "pagerfwd: " + Printable(message) + "\n" << std::flush;
-        }
-    } catch (const std::exception&) {
-        // No memory or nowhere to write: the caller's own result still tells that it failed.
-        return;
-    }
+    Report(FaultNews::kFault, message);
+}
+
+void ReportMended(std::string_view message) noexcept {
+    Report(FaultNews::kMended, message);
 }
 
 }  // namespace host

@@ -5,7 +5,7 @@
 // unseen, each one is also told in words to whoever looks after the host.
 //
 // Threads    Any. The listener is called by the thread that met the failure, one call at a time.
-// Errors     None leave ReportFault.
+// Errors     None leave ReportFault and ReportMended.
 #ifndef PAGERFWD_HOST_STORE_FAULTS_H
 #define PAGERFWD_HOST_STORE_FAULTS_H
 
@@ -14,13 +14,15 @@
 
 namespace host {
 
-using FaultListener = std::function<void(std::string_view message)>;
+enum class FaultNews { kFault, kMended };  // mended: what had been told before has passed
+using FaultListener = std::function<void(FaultNews news, std::string_view message)>;
 
 // Replaces the listener and returns the one before. Until the first call, and after one with an
 // empty listener, faults go to standard error, a line each. The listener must not cause a fault.
 FaultListener SetFaultListener(FaultListener listener);
 
 void ReportFault(std::string_view message) noexcept;
+void ReportMended(std::string_view message) noexcept;
 
 }  // namespace host
 

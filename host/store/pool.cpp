@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <filesystem>
 #include <map>
 #include <mutex>
@@ -41,18 +42,19 @@ class DatabaseFile {
     bool Is(const FileIdentity& file) const { return file == identity_; }
     bool IsStillNamed() const { return Is(IdentityOf(path_)); }
     OwnerLock& Owners() { return owners_; }
+    HeldWrites& Held() { return held_; }
+
+    void KeepRefused() { keeps_refused_ = true; }
 
     std::unique_ptr<PooledConnection> Take() {
-        {
-            const std::lock_guard guard(mutex_);
-            if (!idle_.empty()) {
-                std::unique_ptr<PooledConnection> lent = std::move(idle_.back());
-                idle_.pop_back();
-                return lent;
-            }
+        std::unique_ptr<PooledConnection> lent = TakeIdle();
+        if (lent == nullptr) {
+            lent = std::make_unique<PooledConnection>(path_);
+            RequireTables(lent->connection);
         }
-        auto lent = std::make_unique<PooledConnection>(path_);
-        RequireTables(lent->connection);
+        if (keeps_refused_) {
+            lent->connection.KeepRefused(held_);
+        }
         return lent;
     }
 
@@ -70,9 +72,21 @@ class DatabaseFile {
     }
 
  private:
+    std::unique_ptr<PooledConnection> TakeIdle() {
+        const std::lock_guard guard(mutex_);
+        if (idle_.empty()) {
+            return nullptr;
+        }
+        std::unique_ptr<PooledConnection> lent = std::move(idle_.back());
+        idle_.pop_back();
+        return lent;
+    }
+
     const std::string path_;
     const FileIdentity identity_;
     OwnerLock owners_;
+    HeldWrites held_;
+    std::atomic<bool> keeps_refused_{false};
     std::mutex mutex_;
     bool closed_ = false;                                  // guarded by mutex_
     std::vector<std::unique_ptr<PooledConnection>> idle_;  // guarded by mutex_
@@ -113,7 +127,12 @@ std::shared_ptr<DatabaseFile> FindFile(const std::string& path) {
 
 }  // namespace
 
-Lease::Lease(const std::string& path) : file_(FindFile(path)), lent_(file_->Take()) {}
+Lease::Lease(const std::string& path, Refusals refusals) : file_(FindFile(path)) {
+    if (refusals == Refusals::kKept) {
+        file_->KeepRefused();
+    }
+    lent_ = file_->Take();
+}
 
 Lease::~Lease() {
     file_->GiveBack(std::move(lent_));
@@ -121,6 +140,10 @@ Lease::~Lease() {
 
 OwnerLock& Lease::Owners() {
     return file_->Owners();
+}
+
+size_t Lease::CountHeld() {
+    return file_->Held().Count();
 }
 
 void CloseDatabases() {

@@ -27,12 +27,16 @@ struct PooledConnection {
     KnownLayouts layouts;
 };
 
+// What becomes of writes that the file system refuses. Kept: from this lease on, for all leases of
+// the database in this process, as held_writes.h has it.
+enum class Refusals { kThrown, kKept };
+
 // A connection, lent. It goes back when the lease ends, unless a transaction is stuck on it.
 class Lease {
  public:
     // Throws when the file doesn't exist or holds none of our tables. A file that was replaced by
     // another of its name is opened anew.
-    explicit Lease(const std::string& path);
+    explicit Lease(const std::string& path, Refusals refusals = Refusals::kThrown);
     ~Lease();
     Lease(const Lease&) = delete;
     Lease& operator=(const Lease&) = delete;
@@ -40,6 +44,8 @@ class Lease {
     Connection& Database() { return lent_->connection; }
     KnownLayouts& Layouts() { return lent_->layouts; }
     OwnerLock& Owners();
+    // How many transactions are kept in memory, since the file system has refused them.
+    size_t CountHeld();
 
  private:
     std::shared_ptr<DatabaseFile> file_;

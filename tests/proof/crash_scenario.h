@@ -23,24 +23,34 @@ constexpr std::array<std::string_view, 7> kPhaseNames = {
 // need not come to their points in the same order in two runs; how many lie in a phase hardly
 // changes.
 struct Target {
-    enum class Kind { kNone, kCensus, kPoint };
+    enum class Kind { kNone, kCensus, kPoint, kRefusal };
 
     Kind kind = Kind::kNone;
     Phase phase = Phase::kOther;
     long nth = 0;
+    int seconds = 0;    // of a refusal; 0: the one call
+    bool full = false;  // of a point: the disk is full, but for the store's reserve
 };
 
-// As a word of the command line: "none", "census", "3.17".
+// From the so manyth write or sync of the store's files on, the file system has no space.
+inline Target RefusalFrom(long nth, int seconds) {
+    return {Target::Kind::kRefusal, Phase::kOther, nth, seconds, false};
+}
+
+// As a word of the command line: "none", "census", "3.17", "3.17f" on a full disk, "full.17.1200".
 inline std::string WordFor(const Target& target) {
     switch (target.kind) {
         case Target::Kind::kNone:
             return "none";
         case Target::Kind::kCensus:
             return "census";
+        case Target::Kind::kRefusal:
+            return "full." + std::to_string(target.nth) + "." + std::to_string(target.seconds);
         case Target::Kind::kPoint:
             break;
     }
-    return std::to_string(static_cast<int>(target.phase)) + "." + std::to_string(target.nth);
+    return std::to_string(static_cast<int>(target.phase)) + "." + std::to_string(target.nth) +
+           (target.full ? "f" : "");
 }
 
 inline Target TargetFor(const std::string& word) {
@@ -50,8 +60,14 @@ inline Target TargetFor(const std::string& word) {
     if (word == "census") {
         return {Target::Kind::kCensus};
     }
+    const std::string full = "full.";
+    if (word.compare(0, full.size(), full) == 0) {
+        return RefusalFrom(std::stol(word.substr(full.size())),
+                           std::stoi(word.substr(word.rfind('.') + 1)));
+    }
     const auto phase = static_cast<Phase>(std::stoi(word));
-    return {Target::Kind::kPoint, phase, std::stol(word.substr(word.find('.') + 1))};
+    return {Target::Kind::kPoint, phase, std::stol(word.substr(word.find('.') + 1)), 0,
+            word.back() == 'f'};
 }
 
 // --- The ledger: a file that every life of a run adds lines to, each whole before it goes on.
@@ -66,6 +82,8 @@ inline Target TargetFor(const std::string& word) {
 //   killed PHASE ALARM PAGER STAGE WALL WRITING UNFOLDED
 //                                  WRITING 1: within a write of the store; UNFOLDED: the alarm
 //                                  whose row was put back and whose state was not yet written, or 0
+//   writes COUNT                   at the end of a census: writes and syncs of the store's files
+//   told TEXT                      the store tells its operator
 //   row ALARM PAGER RETRIES STATE  at the end: a row of the events table
 //   alarm ALARM STATE              at the end: the alarm log
 //   end

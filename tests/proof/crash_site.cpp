@@ -22,6 +22,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/pager_hdl.h"
@@ -29,7 +30,9 @@
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
 #include "host/store/connection.h"
+#include "host/store/faults.h"
 #include "host/store/pool.h"
+#include "host/store/reserve.h"
 #include "host/store/schema.h"
 #include "linux/win_system.h"
 #include "sim/centres/ntt_exchange.h"
@@ -147,6 +150,35 @@ class Points {
 
 Points* points = nullptr;  // for the hooks of the files
 
+// --- A file system without space, for a while.
+
+class FullDisk {
+ public:
+    explicit FullDisk(const Target& target) : target_(target) {}
+
+    // One more write or sync. Whether it is refused.
+    bool Refuses() {
+        const long nth = ++count_;
+        if (target_.kind != Target::Kind::kRefusal || nth < target_.nth) {
+            return false;
+        }
+        if (nth == target_.nth) {
+            until_ = time(nullptr) + target_.seconds;
+            return true;
+        }
+        return IsFull();
+    }
+    bool IsFull() const { return time(nullptr) < until_; }
+    long Count() const { return count_; }
+
+ private:
+    const Target target_;
+    std::atomic<long> count_{0};
+    std::atomic<std::time_t> until_{0};
+};
+
+FullDisk* disk = nullptr;  // for the hooks of the files
+
 // --- The site.
 
 std::string SiteText() {
@@ -260,18 +292,25 @@ class Service {
         StartAlarmFwdPager(&info);
     }
 
-    void Do(const Action& action) {
+    // False: not yet done.
+    bool Do(const Action& action) {
         switch (action.deed) {
             case Deed::kForward:
-                return Forward(action.alarm, action.pager);
+                Forward(action.alarm, action.pager);
+                return true;
             case Deed::kAcknowledge:
                 return Acknowledge(action.alarm);
             case Deed::kRestart:
                 ledger_.Write("restart");
                 StopAlarmFwdPager();
-                return Start();
+                Start();
+                return true;
         }
+        return true;
     }
+
+    // The look that a service takes at its database every now and then.
+    void Look() { host::Statement(lease_.Database(), "SELECT 1").Run(); }
 
  private:
     void Forward(int alarm, const char* pager) {
@@ -291,18 +330,23 @@ class Service {
         ledger_.Write("answer", alarm, pager, result);
     }
 
-    void Acknowledge(int alarm) {
+    // By another program, which is told when it can't, and tries again.
+    bool Acknowledge(int alarm) {
         ledger_.Write("acknowledge", alarm);
-        {
+        try {
             host::Connection connection(kDatabase);
             host::AcknowledgeAlarm(connection, alarm, time(nullptr));
+        } catch (const host::StoreError&) {
+            return false;
         }
         ledger_.Write("acknowledged", alarm, time(nullptr));
+        return true;
     }
 
     Ledger& ledger_;
     Points& points_;
     char database_[8] = "site.db";
+    host::Lease lease_{kDatabase, host::Refusals::kKept};
 };
 
 void WriteEnd(Ledger& ledger) {
@@ -351,6 +395,10 @@ void RunLife(const Target& target) {
             points->Pass();
             points->SetWriting(false);
         });
+    FullDisk full(target);
+    disk = &full;
+    host::SetFaultListener(
+        [&ledger](host::FaultNews, std::string_view text) { ledger.Write("told", text); });
     SkipSyncs();
     pagersim::VirtualClock::SetStep(kStep);
     pagersim::Exchange exchange;
@@ -358,23 +406,35 @@ void RunLife(const Target& target) {
     const pagersim::AttachedLine line(
         1, std::make_unique<pagersim::Modem>("COM 1", pagersim::ModemOptions{}, exchange, watch));
 
-    Service service(ledger, passing);
-    service.Start();
-    for (size_t next = past.begun; next < kActions.size() || CPagerHdl::checkAlready;) {
-        while (next < kActions.size() && time(nullptr) - kStart >= kActions[next].at) {
-            service.Do(kActions[next++]);
+    std::optional<Service> service(std::in_place, ledger, passing);
+    if (target.full) {
+        host::ReserveRoom(kDatabase);
+    }
+    SetFileRefusal(target.full ? WouldGrow
+                               : [](FileDeed, int, int64_t) { return disk->Refuses(); });
+    service->Start();
+    for (size_t next = past.begun;
+         next < kActions.size() || CPagerHdl::checkAlready || full.IsFull();) {
+        while (next < kActions.size() && time(nullptr) - kStart >= kActions[next].at &&
+               service->Do(kActions[next])) {
+            ++next;
         }
         passing.Pass(true);
         Sleep(10000);
+        service->Look();
     }
     StopAlarmFwdPager();
+    service.reset();
     SetTableWatcher(nullptr);
     SetFileHooks(nullptr, nullptr);
+    SetFileRefusal(nullptr);
     if (target.kind == Target::Kind::kCensus) {
         std::ofstream(kCensus) << passing.Census();
+        ledger.Write("writes", full.Count());
     }
     WriteEnd(ledger);
     host::CloseDatabases();
+    host::SetFaultListener(nullptr);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // The crash test: runs of a service that is killed (SIGKILL) at some point, started again, and run
-// to its end; each is judged by its ledger.
+// to its end; each is judged by its ledger. And the full disk: runs in which the file system
+// refuses a write of the store, or all for a minute, or for twenty.
 //   crash_test SITE_PROGRAM KILLS [FOLDER]   FOLDER keeps the ledgers of runs that fail
+//   crash_test SITE_PROGRAM full RUNS [FOLDER]
 // Prints how many kills fell into each phase. Fails when a run does, or a phase has too few.
 #include <fcntl.h>
 #include <spawn.h>
@@ -33,6 +35,7 @@ constexpr size_t kPlannedKills = 30;  // a phase, at least
 // Two runs need not write the store's files in exactly the same steps, so that a few points at the
 // end may not be reached.
 constexpr double kSpareRuns = 1.06;
+constexpr size_t kFullDiskEvery = 3;  // so many kills, one is on a full disk
 constexpr const char* kTemplate = "../template.db";
 constexpr int kMostComplaints = 20;  // printed
 
@@ -113,6 +116,9 @@ std::vector<Target> Plan(const std::vector<Target>& points, size_t runs) {
     }
     const std::vector<Target> rest = Spread(points, runs > plan.size() ? runs - plan.size() : 0);
     plan.insert(plan.end(), rest.begin(), rest.end());
+    for (size_t i = 0; i < plan.size(); i += kFullDiskEvery) {
+        plan[i].full = true;
+    }
     return plan;
 }
 
@@ -131,6 +137,57 @@ Verdict RunOnce(const std::string& program, const Target& point) {
     return verdict;
 }
 
+// --- Full disks.
+
+constexpr std::array<int, 3> kRefusalSeconds = {0, 60, 1200};
+
+long CountWrites() {
+    std::ifstream ledger(kLedger);
+    for (std::string line; std::getline(ledger, line);) {
+        const std::string word = "writes ";
+        if (line.compare(0, word.size(), word) == 0) {
+            return std::stol(line.substr(word.size()));
+        }
+    }
+    throw std::runtime_error("the census has counted no write");
+}
+
+// Each of the two moments is told once, and nothing else; nothing where all was made good at once.
+void JudgeWhatWasTold(Verdict& verdict, int& refusals) {
+    int kept = 0;
+    int written = 0;
+    std::ifstream ledger(kLedger);
+    for (std::string line; std::getline(ledger, line);) {
+        if (line.compare(0, 5, "told ") != 0) {
+            continue;
+        }
+        if (line.find("kept in memory until it can") != std::string::npos) {
+            ++kept;
+        } else if (line.find("can be written again") != std::string::npos) {
+            ++written;
+        } else {
+            verdict.complaints.push_back(line);
+        }
+    }
+    if (kept > 1 || written != kept) {
+        verdict.complaints.push_back("told " + std::to_string(kept) + " times of the refusal, " +
+                                     std::to_string(written) + " times of its end");
+    }
+    refusals += kept;
+}
+
+Verdict RunOnFullDisk(const std::string& program, const Target& target, int& refusals) {
+    Prepare();
+    const int life = Run(program, {"run", WordFor(target)});
+    std::ifstream ledger(kLedger);
+    Verdict verdict = Judge(ledger);
+    JudgeWhatWasTold(verdict, refusals);
+    if (life != 0) {
+        verdict.complaints.push_back("the life ended with " + std::to_string(life));
+    }
+    return verdict;
+}
+
 class Tally {
  public:
     Tally(int wanted, fs::path kept) : wanted_(wanted), kept_(std::move(kept)) {}
@@ -145,13 +202,21 @@ class Tally {
         ++failed_;
         for (const std::string& complaint : verdict.complaints) {
             if (++complaints_ <= kMostComplaints) {
-                std::cerr << "killed at point " << WordFor(point) << ": " << complaint << "\n";
+                std::cerr << "at point " << WordFor(point) << ": " << complaint << "\n";
             }
         }
         if (!kept_.empty()) {
             fs::copy_file(kLedger, kept_ / ("ledger-" + WordFor(point)),
                           fs::copy_options::overwrite_existing);
         }
+    }
+
+    bool ReportFullDisks(int refusals) const {
+        std::cout << refusals << " runs in which a write was refused; "
+                  << (failed_ == 0 ? "no page lost, none sent again"
+                                   : std::to_string(failed_) + " runs failed")
+                  << std::endl;
+        return refusals >= wanted_ / 2 && failed_ == 0;
     }
 
     bool Report() const {
@@ -178,14 +243,16 @@ class Tally {
     int complaints_ = 0;
 };
 
-bool RunTest(const std::string& program, int kills, const fs::path& kept) {
-    const test_support::TempDir folder;
+// An empty working directory beside a fresh database.
+void MakeRoom(const std::string& program) {
     Require(Run(program, {"make"}) == 0, "the database can't be made");
     fs::rename(kDatabase, "template.db");
     fs::create_directory("run");
     fs::current_path("run");
     setenv("PAGERFWD_LOCKS", fs::current_path().c_str(), 1);
+}
 
+bool KillAll(const std::string& program, int kills, const fs::path& kept) {
     Tally tally(kills, kept);
     for (const Target& point : Plan(TakeCensus(program), static_cast<size_t>(kills * kSpareRuns))) {
         tally.Count(point, RunOnce(program, point));
@@ -193,21 +260,38 @@ bool RunTest(const std::string& program, int kills, const fs::path& kept) {
     return tally.Report();
 }
 
+bool FillDisks(const std::string& program, int runs, const fs::path& kept) {
+    TakeCensus(program);
+    const long writes = CountWrites();
+    Tally tally(runs, kept);
+    int refusals = 0;
+    for (int run = 0; run < runs; ++run) {
+        const Target target =
+            RefusalFrom(1 + run * writes / runs,
+                        kRefusalSeconds.at(static_cast<size_t>(run) % kRefusalSeconds.size()));
+        tally.Count(target, RunOnFullDisk(program, target, refusals));
+    }
+    return tally.ReportFullDisks(refusals);
+}
+
+bool RunTest(const std::vector<std::string>& words) {
+    const bool full = words.size() > 1 && words[1] == "full";
+    const size_t number = full ? 2 : 1;
+    const int count = std::stoi(words.at(number));
+    const fs::path kept = words.size() > number + 1 ? fs::absolute(words[number + 1]) : fs::path();
+    const test_support::TempDir folder;
+    MakeRoom(words[0]);
+    return full ? FillDisks(words[0], count, kept) : KillAll(words[0], count, kept);
+}
+
 }  // namespace
 }  // namespace proof::crash
 
 int main(int argc, char** argv) {
-    if (argc != 3 && argc != 4) {
-        std::cerr << "crash_test SITE_PROGRAM KILLS [FOLDER]\n";
-        return 2;
-    }
     try {
-        const int kills = std::atoi(argv[2]);
-        const std::filesystem::path kept =
-            argc == 4 ? std::filesystem::absolute(argv[3]) : std::filesystem::path();
-        return proof::crash::RunTest(argv[1], kills, kept) ? 0 : 1;
+        return proof::crash::RunTest({argv + 1, argv + argc}) ? 0 : 1;
     } catch (const std::exception& fault) {
-        std::cerr << "crash_test: " << fault.what() << "\n";
+        std::cerr << "crash_test SITE_PROGRAM [full] COUNT [FOLDER]: " << fault.what() << "\n";
         return 1;
     }
 }

@@ -3,6 +3,8 @@
 #ifndef PAGERFWD_TESTS_PROOF_FILE_CALLS_H
 #define PAGERFWD_TESTS_PROOF_FILE_CALLS_H
 
+#include <cstdint>
+
 namespace proof {
 
 enum class FileDeed { kWrite, kSync };
@@ -11,6 +13,14 @@ enum class FileDeed { kWrite, kSync };
 // themselves is not looked at. Not while another thread may write.
 using FileHook = void (*)(FileDeed deed, int fd);
 void SetFileHooks(FileHook before, FileHook after);
+
+// Which of these calls the file system refuses for want of space. Null: none.
+// end: of what is written, as an offset in the file; 0 of a sync.
+using FileRefusal = bool (*)(FileDeed deed, int fd, int64_t end);
+void SetFileRefusal(FileRefusal refuses);
+
+// A full disk: what lies within a file is written, what would make it longer isn't.
+bool WouldGrow(FileDeed deed, int fd, int64_t end);
 
 // From now on a sync answers that it is done without doing it. What a killed process has written is
 // there either way: only a power cut tells the difference.

@@ -19,7 +19,9 @@ class HostTest : public ::testing::Test {
     HostTest() {
         host::Connection connection(database, host::Connection::Mode::kCreate);
         host::CreateTables(connection);
-        host::SetFaultListener([this](std::string_view message) { faults.emplace_back(message); });
+        host::SetFaultListener([this](host::FaultNews news, std::string_view message) {
+            (news == host::FaultNews::kFault ? faults : mended).emplace_back(message);
+        });
     }
     ~HostTest() override {
         host::SetFaultListener(nullptr);
@@ -29,6 +31,7 @@ class HostTest : public ::testing::Test {
     const test_support::TempDir folder;
     const std::string database = "site.db";
     std::vector<std::string> faults;
+    std::vector<std::string> mended;  // told of faults that have passed
 };
 
 #endif

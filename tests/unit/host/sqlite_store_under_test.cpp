@@ -13,7 +13,7 @@ class SqliteStoreUnderTest : public StoreUnderTest {
         host::Connection connection(Database(), host::Connection::Mode::kCreate);
         host::CreateTables(connection);
         // The contract's own provocations are no news.
-        host::SetFaultListener([](std::string_view /*message*/) {});
+        host::SetFaultListener([](host::FaultNews /*news*/, std::string_view /*message*/) {});
     }
     ~SqliteStoreUnderTest() override {
         host::SetFaultListener(nullptr);

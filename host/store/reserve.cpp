@@ -1,0 +1,46 @@
+// The reserve. Tested by tests/proof/reserve_test.cpp, and by the kills on a full disk of
+// tests/proof/crash_test.cpp.
+#include "host/store/reserve.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "host/store/connection.h"
+
+namespace host {
+namespace {
+
+int64_t Number(Connection& connection, const char* sql) {
+    Statement statement(connection, sql);
+    statement.Step();
+    return statement.Number(0);
+}
+
+bool IsThere(Connection& connection) {
+    const int64_t free =
+        Number(connection, "PRAGMA freelist_count") * Number(connection, "PRAGMA page_size");
+    std::error_code none;
+    const auto log = std::filesystem::file_size(connection.Path() + "-wal", none);
+    return free >= kReserve && !none && log >= static_cast<uintmax_t>(kReserve);
+}
+
+}  // namespace
+
+// A table that is filled and dropped leaves free pages behind. The connection is none of those that
+// keep what is refused: the reserve is made, or it isn't.
+void ReserveRoom(const std::string& database) {
+    Connection connection(database);
+    if (IsThere(connection)) {
+        return;
+    }
+    WriteTransaction filling(connection);
+    connection.Execute("DROP TABLE IF EXISTS Host_Reserve; CREATE TABLE Host_Reserve (room BLOB)");
+    Statement(connection, "INSERT INTO Host_Reserve VALUES (zeroblob(?))").Bind(kReserve).Run();
+    filling.Commit();
+    WriteTransaction dropping(connection);
+    connection.Execute("DROP TABLE Host_Reserve");
+    dropping.Commit();
+    connection.Execute("PRAGMA wal_checkpoint(PASSIVE)");
+}
+
+}  // namespace host
