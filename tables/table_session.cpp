@@ -65,7 +65,7 @@ RowSet::RowSet(const DatabaseSession& session, EveryRow all)
                                                     'n', 0)) {}
 
 RowSet::~RowSet() {
-    if (!IsEmpty()) {
+    if (m_rows != nullptr) {
         DBAsciiAccessFree(m_rows);
     }
 }

@@ -64,7 +64,8 @@ class TableLock {
     int32_t m_result;
 };
 
-// Rows that were read from the session's table.
+// Rows that were read from the session's table. What the table access handed out is given back,
+// also a set without a row.
 class RowSet {
  public:
     struct EveryRow {

@@ -52,7 +52,9 @@ int32_t DBAsciiAccessUnlock(DBAsciiHandle handle, const char* table);
  *   one key:    (handle, table, column, &rows, 0, value, 'r', NULL, 'n', 0, 0)
  *               the rows whose column equals value
  *   every row:  (handle, table, column, &rows, 0, "", 'r', "no", 'n', 'n', 0)
- * Returns how many rows *rows holds. With 0 or less there is no row set, and none is freed.
+ * Returns how many rows *rows holds; 0 or less: none. *rows is null before the call. A row set that
+ * is stored there goes back through DBAsciiAccessFree, also one without a row; with no row it may
+ * as well be left null, and then nothing is freed.
  */
 int32_t DBAsciiAccessGetAllEntriesByCondition(DBAsciiHandle handle, const char* table,
                                               const char* column, DBAsciiRowSet* rows,

@@ -212,6 +212,11 @@ void MemoryStore::StopFailing() {
     state_->journal.StopFailing();
 }
 
+void MemoryStore::HandOutEmptyRowSets() {
+    const std::lock_guard guard(state_->mutex);
+    state_->hands_out_empty_row_sets = true;
+}
+
 void MemoryStore::GiveUpLockWhileWriting() {
     const std::lock_guard guard(state_->mutex);
     state_->write_gives_up_lock = true;

@@ -128,6 +128,8 @@ class MemoryStore {
     void FailAnyCall(int nth, int32_t result = -1);
     void FailAlways(Call kind, int32_t result = -1);
     void StopFailing();
+    // From now on a read that finds nothing hands out a row set all the same.
+    void HandOutEmptyRowSets();
     // From now on Write gives the lock up by itself, and says so.
     void GiveUpLockWhileWriting();
 

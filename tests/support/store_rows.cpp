@@ -47,7 +47,7 @@ int32_t StoreState::Read(DBAsciiHandle handle, const std::string& table, const C
         return usable->Find(term.column) >= 0;
     });
     const auto selected = has_columns ? usable->Select(condition) : std::vector<MemoryRow>();
-    if (!selected.empty()) {
+    if (!selected.empty() || hands_out_empty_row_sets) {
         HandedRows handed = HandOut(selected);
         *rows = handed.set.get();
         row_sets_.emplace(*rows, std::move(handed));

@@ -85,6 +85,7 @@ class StoreState {
     std::map<std::string, MemoryTable> tables;
     CallJournal journal;
     bool write_gives_up_lock = false;
+    bool hands_out_empty_row_sets = false;
 
  private:
     // Cells that wait in the handle until the table is written.

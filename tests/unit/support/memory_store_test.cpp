@@ -217,6 +217,19 @@ TEST_F(MemoryStoreTest, ARowSetIsFreedOnce) {
     EXPECT_EQ("Free(): no such handle or row set\n", store.Verdict());
 }
 
+TEST_F(MemoryStoreTest, ARowSetWithoutARowIsHandedOutOnDemand) {
+    const DBAsciiHandle handle = Open(kPagers);
+    DBAsciiRowSet rows = nullptr;
+    Read(handle, kPagers, "description", "anna", &rows);
+    EXPECT_EQ(nullptr, rows);
+    store.HandOutEmptyRowSets();
+    Read(handle, kPagers, "description", "anna", &rows);
+    ASSERT_NE(nullptr, rows);
+    EXPECT_EQ(0, DBAsciiAccessFree(rows));
+    EXPECT_EQ(0, DBAsciiAccessClose(handle));
+    EXPECT_EQ("", store.Verdict());
+}
+
 TEST_F(MemoryStoreTest, AListIsConsumedOnce) {
     const DBAsciiHandle handle = Open(kPagers);
     DBAsciiElementList list = nullptr;

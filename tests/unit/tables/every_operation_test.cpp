@@ -198,6 +198,19 @@ TEST_P(EveryTableOperation, ANegativeCountIsNoRow) {
     EXPECT_EQ("", store.Verdict());
 }
 
+TEST_P(EveryTableOperation, ARowSetWithoutARowIsFreedToo) {
+    MemoryStore store;
+    store.AddAllTables();
+    store.HandOutEmptyRowSets();
+
+    EXPECT_THAT(GetParam().run(), ::testing::Ne("a record"));
+
+    const size_t reads = store.Calls(Call::kGetAllEntriesByCondition).size();
+    EXPECT_EQ(reads, store.Calls(Call::kFree).size());
+    EXPECT_EQ(Lines{}, store.Calls(Call::kGetElementColumn));
+    EXPECT_EQ("", store.Verdict());
+}
+
 TEST(EveryTableClass, OpensTheDatabaseOfItsName) {
     MemoryStore store("second");
     store.AddAllTables();
