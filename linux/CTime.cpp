@@ -1,17 +1,9 @@
 // Points in time. Tested by tests/unit/linux/time_test.cpp.
 #include "linux/CTime.h"
 
-#include <mutex>
 #include <type_traits>
 
 #include "linux/xassert.h"
-
-namespace {
-
-// localtime hands out one buffer for the whole process; converting and copying is one step.
-std::mutex localTimeLock;
-
-}  // namespace
 
 #define TIME_ASSERT(cond) \
     XASSERT_IN("./CTime", "CTime::CTime(int, int, int, int, int, int, int = -1)", cond)
@@ -37,16 +29,19 @@ CTime CTime::GetCurrentTime() {
 }
 
 tm* CTime::GetLocalTm(tm* out) const {
-    const std::lock_guard<std::mutex> hold(localTimeLock);
-    tm* const local = localtime(&m_time);
-    if (out == nullptr || local == nullptr) {
-        return local;
+    if (out == nullptr) {
+        return localtime(&m_time);
     }
-    *out = *local;
+    tzset();  // localtime looks whether the time zone has changed; localtime_r leaves that to us
+    tm local{};
+    if (localtime_r(&m_time, &local) == nullptr) {
+        return nullptr;
+    }
+    *out = local;
     return out;
 }
 
-// The fields go by way of a copy, so that another thread's conversion can't come between.
+// The fields go by way of a copy: localtime's own buffer is any thread's of the process.
 
 int CTime::GetHour() const {
     tm local{};

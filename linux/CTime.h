@@ -20,9 +20,9 @@ class CTimeSpan {
 
 // A point in time: seconds since 1970 UTC, in the platform's time_t (32 bits in the 32-bit build).
 //
-// Threads    Reading one object from several threads is safe, the shared buffer of localtime
-//            included, but for the buffer that GetLocalTm(nullptr) hands out: whoever asks for that
-//            reads it before anyone else in the process converts a time.
+// Threads    Reading one object from several threads is safe, whatever else in the process converts
+//            times, but for the buffer that GetLocalTm(nullptr) hands out: whoever asks for that
+//            reads it before anyone else in the process calls localtime.
 // Errors     A local time that the C library can't give reads as midnight on a Sunday.
 class CTime {
  public:
