@@ -163,7 +163,7 @@ void CString::KeepOnly(int nFirst, int nCount) {
 
 bool CString::Holds(const char* pch) const {
     const auto first = reinterpret_cast<uintptr_t>(m_pchData);
-    return reinterpret_cast<uintptr_t>(pch) - first <= static_cast<uintptr_t>(GetLength());
+    return reinterpret_cast<uintptr_t>(pch) - first <= static_cast<uintptr_t>(GetAllocLength());
 }
 
 void CString::InsertChars(int nIndex, const char* pch, int nCount) {

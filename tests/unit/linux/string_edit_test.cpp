@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <string>
 
 #include "linux/XString.h"
@@ -34,6 +35,21 @@ TEST(Insert, ClampsTheIndexToTheText) {
     EXPECT_EQ(6, text.Insert(INT_MAX, "ef"));
     EXPECT_EQ(7, text.Insert(INT_MIN, "_"));
     EXPECT_STREQ("_abcdef", text);
+}
+
+// The buffer is longer than the text; what stands behind the text would move under the copying.
+TEST(Insert, TakesWhatStandsBehindTheTextInItsBuffer) {
+    CString text;
+    char* const buffer = text.GetBuffer(40);
+    std::strcpy(buffer, "abcdef");
+    text.ReleaseBuffer();
+    std::strcpy(buffer + 8, "XYZ");
+    EXPECT_EQ(9, text.Insert(0, buffer + 8));
+    EXPECT_STREQ("XYZabcdef", text);
+
+    std::strcpy(buffer + 10, "123456");
+    text += buffer + 10;
+    EXPECT_STREQ("XYZabcdef123456", text);
 }
 
 TEST(Insert, GrowsToExactlyTheNewLength) {
