@@ -19,15 +19,18 @@ struct Port {
 };
 
 // All ports ever opened, so that a handle kept beyond its close still points to something. A deque
-// never moves its elements.
+// never moves its elements. Never destroyed: a thread may send a page while the process ends.
 std::mutex portsLock;
-std::deque<Port> ports;  // guarded by portsLock; each Port by its user
+std::deque<Port>& Ports() {  // guarded by portsLock; each Port by its user
+    static auto& ports = *new std::deque<Port>;
+    return ports;
+}
 
 Port* NewPort(TtyLine* line) {
     try {
         const std::lock_guard<std::mutex> hold(portsLock);
-        ports.push_back(Port{line, 0});
-        return &ports.back();
+        Ports().push_back(Port{line, 0});
+        return &Ports().back();
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

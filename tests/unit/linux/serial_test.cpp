@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 #include <termios.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -332,6 +334,37 @@ TEST_F(SerialTest, HandlesStayValidHoweverManyFollow) {
         DWORD moved = 99;
         ASSERT_EQ(0, WriteFile(stale, "AT\r", 3, &moved, nullptr));
     }
+}
+
+constexpr int kHandleWasStillThere = 7;
+HANDLE used_at_the_end = nullptr;
+
+// Runs when every object of the program is destroyed. What they gave back is in use for other
+// things by then.
+[[gnu::destructor]] void UseAHandleAtTheEnd() {
+    if (used_at_the_end == nullptr) {
+        return;
+    }
+    for (int i = 0; i < 100; ++i) {
+        constexpr size_t kBlock = 512;
+        std::memset(std::malloc(kBlock), 0xff, kBlock);
+    }
+    DWORD events = 99;
+    const BOOL answered = GetCommMask(used_at_the_end, &events);
+    _exit(answered == 1 && events == 0 ? kHandleWasStillThere : 1);
+}
+
+using SerialDeathTest = SerialTest;
+
+// A page may be on the line in another thread while the process ends.
+TEST_F(SerialDeathTest, HandleStaysValidUntilTheProcessHasEnded) {
+    SetCommMask(handle, EV_RXCHAR);
+    CloseHandle(handle);
+    const auto end = [this] {
+        used_at_the_end = handle;
+        std::exit(0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(kHandleWasStillThere), "");
 }
 
 TEST(InvalidHandle, FailsEveryCall) {
