@@ -67,7 +67,9 @@ int32_t tty_data_ready(TtyLine* line, int32_t waitMs);
 // is null or not open, or a null buffer.
 int32_t tty_receive(TtyLine* line, void* buffer, int32_t size);
 
-// Discard input until none comes within the wait; 0 or less discards what is there.
+// Discard input until none comes within the wait; 0 or less discards what is there. A device that
+// never pauses so long is left alone after kLongestDrainMs, counted from its first byte.
+constexpr int32_t kLongestDrainMs = 30 * 1000;
 void tty_mdrain(TtyLine* line, int32_t waitMs);
 void tty_drain(TtyLine* line, int32_t waitSeconds);
 

@@ -1,10 +1,12 @@
 // The line driver: sending, receiving, draining. Tested by tests/unit/linux/tty_io_test.cpp.
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <optional>
 
 #include "linux/tty_line.h"
 
@@ -80,9 +82,32 @@ int32_t TakeReceived(TtyLine* line, void* buffer, int32_t size) {
     return taken;
 }
 
-// Reads a readable device empty. False when nothing more can come from it: it is readable without a
-// byte to read, as a line that was hung up, or has vanished for good.
-bool DiscardWaiting(TtyLine* line, int32_t* reopens) {
+int64_t MillisecondsNow() {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    return int64_t{1000} * now.tv_sec + now.tv_usec / 1000;
+}
+
+// How long a device may go on sending. A quiet line never asks. A clock that is set forward
+// meanwhile ends it early, which leaves some noise.
+class NoiseLimit {
+ public:
+    bool IsReached() {
+        const int64_t now = MillisecondsNow();
+        const bool setBack = m_firstByte > now;  // the clock: all begins anew
+        if (!m_firstByte || setBack) {
+            m_firstByte = now;
+        }
+        return now - *m_firstByte >= kLongestDrainMs;
+    }
+
+ private:
+    std::optional<int64_t> m_firstByte;
+};
+
+// Reads a readable device empty. False when there is nothing to wait for: it has sent for too long,
+// or it is readable without a byte to read, as a line that was hung up, or has vanished for good.
+bool DiscardWaiting(TtyLine* line, int32_t* reopens, NoiseLimit* limit) {
     bool any = false;
     char byte = 0;
     ssize_t got = 0;
@@ -91,6 +116,9 @@ bool DiscardWaiting(TtyLine* line, int32_t* reopens) {
         *reopens = 0;
         if (IsTracing()) {
             verbout("%s", mkprint(&byte, 1));
+        }
+        if (limit->IsReached()) {
+            return false;
         }
     }
     if (got < 0 && errno == EIO) {
@@ -155,8 +183,9 @@ void tty_mdrain(TtyLine* line, int32_t waitMs) {
         verbout("[Drain] ");
     }
     int32_t reopens = 0;
+    NoiseLimit limit;
     int32_t left = waitMs;
-    while (data_ready(line->fd, &left) > 0 && DiscardWaiting(line, &reopens)) {
+    while (data_ready(line->fd, &left) > 0 && DiscardWaiting(line, &reopens, &limit)) {
         left = waitMs;
     }
 }

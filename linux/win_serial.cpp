@@ -144,6 +144,7 @@ BOOL GetCommMask(HANDLE handle, DWORD* events) {
 
 BOOL PurgeComm(HANDLE handle, DWORD /*flags*/) {
     constexpr int32_t kQuietSeconds = 1;
+    static_assert(kLongestPurgeMs == kLongestDrainMs + 1000 * kQuietSeconds);
     tty_drain(LineOf(handle), kQuietSeconds);
     return PortOf(handle) != nullptr ? 1 : 0;
 }

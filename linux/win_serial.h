@@ -53,7 +53,9 @@ BOOL SetCommMask(HANDLE handle, DWORD mask);
 // Says what is the case now, without waiting: EV_RXCHAR when asked for and bytes wait, else 0.
 BOOL GetCommMask(HANDLE handle, DWORD* events);
 
-// Discards input until none has come for a second. flags is ignored.
+// Discards input until none has come for a second, or it has come for half a minute. flags is
+// ignored.
 BOOL PurgeComm(HANDLE handle, DWORD flags);
+constexpr DWORD kLongestPurgeMs = 31 * 1000;  // that half minute, and the quiet second
 
 #endif

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr DWORD kPurgeMs = 1000;  // of silence
-
 // What the codes of a failed opening mean. A code that is not listed has no text.
 struct OpenFailure {
     int code;
@@ -132,7 +130,7 @@ int CCOMHdl::OpenTakenPort(int index, unsigned char protocol) {
 
 // Both purges.
 DWORD CCOMHdl::LongestOpenMs() {
-    return 2 * kPurgeMs;
+    return 2 * kLongestPurgeMs;
 }
 
 int CCOMHdl::ChooseCOMPort(const CString& port) {

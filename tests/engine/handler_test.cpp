@@ -138,7 +138,7 @@ TEST_F(Handler, WithoutAHandlerNoAlarmIsQueued) {
 
 TEST_F(Handler, LongestPageFollowsFromTheWaitsOfTheModem) {
     const CPagerHdl handler(database);
-    EXPECT_EQ((2 + 13 + 120 + 180 + 10 + 60) * 1000, LongestPageMs());
+    EXPECT_EQ((62 + 13 + 120 + 180 + 10 + 60) * 1000, LongestPageMs());
 }
 
 }  // namespace

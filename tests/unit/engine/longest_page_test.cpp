@@ -31,7 +31,7 @@ class LongestPage : public ::testing::Test {
     }
 
     // Opening, initialising, hanging up, and the margin.
-    static constexpr int kFixed = 2000 + 13000 + 10000 + 60000;
+    static constexpr int kFixed = 62000 + 13000 + 10000 + 60000;
 
  private:
     const DWORD before_[6] = {CCOMHdl::MDialTimeOut,         CCOMHdl::MTAPReadyTimeOut,

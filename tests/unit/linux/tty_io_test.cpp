@@ -1,6 +1,7 @@
-// The line driver: sending, receiving, draining. write is wrapped at link time: what a full or
-// dying device does to it can't be had from a device on demand.
+// The line driver: sending, receiving, draining. write, read and gettimeofday are wrapped at link
+// time: what a full, dying or flooding device does can't be had from a device on demand.
 #include <gtest/gtest.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,8 +9,10 @@
 #include <chrono>
 #include <deque>
 #include <string>
+#include <thread>
 
 #include "linux/tty.h"
+#include "linux/win_system.h"
 #include "sim/testing.h"
 #include "tests/unit/linux/tty_fixture.h"
 
@@ -22,6 +25,10 @@ constexpr int kNothing = 0;   // the write takes nothing
 std::deque<int> fates;
 // When not 0: of all later ones.
 int fate_for_ever = 0;
+
+// While it holds, a byte is always there, and each takes a millisecond.
+bool flood = false;
+int flooded_ms = 0;
 
 int NextFate(int otherwise) {
     if (fates.empty()) {
@@ -51,6 +58,26 @@ ssize_t __wrap_write(int fd, const void* bytes, size_t count) {
             errno = fate;
             return -1;
     }
+}
+
+ssize_t __real_read(int fd, void* buffer, size_t size);
+
+ssize_t __wrap_read(int fd, void* buffer, size_t size) {
+    if (!flood) {
+        return __real_read(fd, buffer, size);
+    }
+    ++flooded_ms;
+    return 1;
+}
+
+int __real_gettimeofday(timeval* now, void* zone);
+
+int __wrap_gettimeofday(timeval* now, void* zone) {
+    if (!flood) {
+        return __real_gettimeofday(now, zone);
+    }
+    *now = {100 + flooded_ms / 1000, flooded_ms % 1000 * 1000};
+    return 0;
 }
 }
 
@@ -282,6 +309,48 @@ TEST_F(TtyDrain, WaitIsInSeconds) {
     EXPECT_EQ(3900ms, VirtualClock::Now());
     tty_drain(line.get(), -2);
     EXPECT_EQ(3900ms, VirtualClock::Now());
+}
+
+TEST_F(TtyDrain, DeviceThatNeverPausesIsLeftAloneAfterHalfAMinute) {
+    msleep(5000);
+    for (int i = 0; i < 400; ++i) {
+        port.Says("x", 100ms);
+    }
+    tty_drain(line.get(), 1);
+    EXPECT_EQ(5000ms + 100ms + 30000ms, VirtualClock::Now()) << "counted from the first byte";
+    EXPECT_EQ(1, tty_data_ready(line.get(), 1000)) << "it goes on sending";
+}
+
+TEST_F(TtyDrain, DeviceThatPausesInTimeIsDrainedWhole) {
+    for (int i = 0; i < 299; ++i) {
+        port.Says("x", 100ms);
+    }
+    tty_drain(line.get(), 1);
+    EXPECT_EQ(29900ms + 1000ms, VirtualClock::Now());
+    EXPECT_EQ("", port.Verdict());
+}
+
+// Not even while the bytes that are there are read.
+TEST_F(TtyDrain, FloodEndsToo) {
+    port.Says("x");
+    flood = true;
+    tty_drain(line.get(), 1);
+    flood = false;
+    EXPECT_EQ(1 + 30000, flooded_ms);
+}
+
+TEST_F(TtyDrain, ClockThatIsSetBackOnlyBeginsTheLimitAnew) {
+    const time_t start = time(nullptr);
+    for (int i = 0; i < 1000; ++i) {
+        port.Says("x", 100ms);
+    }
+    std::thread administrator([start] {
+        Sleep(10050);
+        VirtualClock::Set(start - 3600);
+    });
+    tty_drain(line.get(), 1);
+    administrator.join();
+    EXPECT_EQ(10100ms + 30000ms, VirtualClock::Now());
 }
 
 TEST_F(TtyDrain, OpensAVanishedDeviceAgain) {
