@@ -2,6 +2,7 @@
 // confirmation, typed in answer to its prompt. Its failures write no trace text of their own.
 // Tested by tests/dialogue/plain_pager_dialogue.cpp.
 
+#include "linux/XStringView.h"
 #include "modem/COMHdl.h"
 #include "modem/dialogue_texts.h"
 
@@ -12,7 +13,7 @@ bool CCOMHdl::TransferPlain(const ComPort& port, const CString& number, const CS
     WritePageProtocolEntry("***************START PAGER ***********************");
     WritePageProtocolEntry("TransMsg: write rn\n");
     // The service may have asked while the call was set up.
-    if (m_modemSaid.Find('?') >= 0) {
+    if (View(m_modemSaid).find('?') != std::string_view::npos) {
         WritePageProtocolEntry("send jy after timeout");
         WritePageProtocolEntry("TransMsg: jy + rn");
         if (!Send(handle, kPlainYes + MStrCR) ||

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "linux/XStringView.h"
 #include "linux/win_serial.h"
 #include "linux/win_system.h"
 #include "modem/COMHdl.h"
@@ -36,11 +37,6 @@ const FailureAnswer kFailureAnswers[] = {
 
 void TraceStep(const char* text) {
     CCOMHdl::WritePageProtocolEntry(text);
-}
-
-// By length, so that a NUL from a noisy line hides nothing.
-std::string_view View(const CString& text) {
-    return {text, static_cast<size_t>(text.GetLength())};
 }
 
 // What waits on the line; empty when nothing does.

@@ -72,6 +72,16 @@ TEST_F(PlainDialogue, AnswersAQuestionThatIsTheFirstToBeHeard) {
     EXPECT_EQ("", line.Verdict());
 }
 
+TEST_F(PlainDialogue, AnswersAQuestionBehindANoisyZeroByte) {
+    Connect("\r\nCONNECT\r\n\0 Continue?"_bytes);
+    line.Hears("jy\r").Says("#");
+    line.Hears("4711\r").Says("#");
+    line.Hears("Pump\rjy\r").Says("\r\nNO CARRIER\r\n");
+
+    EXPECT_EQ(kDone, Page());
+    EXPECT_EQ("", line.Verdict());
+}
+
 TEST_F(PlainDialogue, WithoutAMessageConfirmsAtOnce) {
     Connect("CONNECT\r\n#");
     line.Hears("4711\r").Says("#");
