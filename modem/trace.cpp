@@ -14,6 +14,7 @@
 #include <string>
 
 #include "linux/CTime.h"
+#include "linux/XStringView.h"
 #include "linux/out_of_memory.h"
 #include "linux/win_system.h"
 #include "modem/COMHdl.h"
@@ -35,25 +36,59 @@ std::string TimePrefix() {
     return {prefix, static_cast<size_t>(length)};
 }
 
-// What a trace call does while nothing is written.
-void PauseUnwritten() {
-    CCOMHdl::LockTrace();
-    Sleep(CCOMHdl::MPeekWait);
-    CCOMHdl::UnlockTrace();
-}
+// Holds the trace's lock for a scope, or for good.
+class TraceLock {
+ public:
+    TraceLock() { CCOMHdl::LockTrace(); }
+    ~TraceLock() {
+        if (m_ends) {
+            CCOMHdl::UnlockTrace();
+        }
+    }
+    TraceLock(const TraceLock&) = delete;
+    TraceLock& operator=(const TraceLock&) = delete;
 
-// The line as the file gets it; false when there is no memory for it.
-bool MakeLine(const CString& text, std::string* line) {
-    return MemorySufficesFor([&] {
-        *line = TimePrefix();
-        line->append(text, static_cast<size_t>(text.GetLength())).push_back('\n');
-    });
+    void HoldForGood() { m_ends = false; }
+
+ private:
+    bool m_ends = true;
+};
+
+// Past 2 GiB too, where the system refuses a file of a 32-bit program that doesn't ask for it.
+int OpenFile(int flags) {
+    return open(kFileName, O_WRONLY | O_LARGEFILE | O_CLOEXEC | flags, kFileMode);
 }
 
 // Negative when the file can neither be opened nor made.
-int OpenFile() {
-    const int file = open(kFileName, O_WRONLY | O_APPEND | O_CLOEXEC);
-    return file >= 0 ? file : open(kFileName, O_WRONLY | O_CREAT | O_CLOEXEC, kFileMode);
+int OpenToAppend() {
+    const int file = OpenFile(O_APPEND);
+    return file >= 0 ? file : OpenFile(O_CREAT);
+}
+
+void AppendLine(const CString& text) {
+    TraceLock held;
+    const std::string line = TimePrefix().append(View(text)) + '\n';
+    const int file = OpenToAppend();
+    if (file < 0) {
+        // Kept: the lock stays taken. This thread goes on, its trace calls re-enter the lock; every
+        // other thread's next trace call waits for good.
+        held.HoldForGood();
+        return;
+    }
+    [[maybe_unused]] const ssize_t written = write(file, line.data(), line.size());
+    close(file);
+}
+
+// What every trace call comes to: a line of the text that makeText makes, or, while the trace is
+// off, nothing but a pause.
+template <typename MakeText>
+void TraceText(MakeText makeText) {
+    if (Tracing()) {
+        MemorySufficesFor([&makeText] { AppendLine(makeText()); });
+    } else {
+        const TraceLock held;
+        Sleep(CCOMHdl::MPeekWait);
+    }
 }
 
 }  // namespace
@@ -63,40 +98,18 @@ void CCOMHdl::StartTrace() {
     if (!Tracing()) {
         return;
     }
-    const int file = open(kFileName, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode);
+    const int file = OpenFile(O_CREAT | O_TRUNC);
     if (file >= 0) {
         close(file);
     }
 }
 
 void CCOMHdl::WritePageProtocolEntry(CString text) {
-    if (!Tracing()) {
-        PauseUnwritten();
-        return;
-    }
-    LockTrace();
-    std::string line;
-    if (!MakeLine(text, &line)) {
-        UnlockTrace();
-        return;
-    }
-    const int file = OpenFile();
-    if (file < 0) {
-        // Kept: the lock stays taken. This thread goes on, its trace calls re-enter the lock; every
-        // other thread's next trace call waits for good.
-        return;
-    }
-    [[maybe_unused]] const ssize_t written = write(file, line.data(), line.size());
-    close(file);
-    UnlockTrace();
+    TraceText([&text]() -> const CString& { return text; });
 }
 
 void CCOMHdl::WritePageProtocolEntry(const char* text) {
-    if (!Tracing()) {
-        PauseUnwritten();
-        return;
-    }
-    MemorySufficesFor([text] { WritePageProtocolEntry(CString(text)); });
+    TraceText([text] { return CString(text); });
 }
 
 bool Tracing() {
@@ -104,32 +117,24 @@ bool Tracing() {
 }
 
 void Trace(const char* format, ...) {
-    if (!Tracing()) {
-        PauseUnwritten();
-        return;
-    }
     va_list arguments;
     va_start(arguments, format);
-    const bool formatted = MemorySufficesFor([&] { CCOMHdl::trace.FormatV(format, arguments); });
+    TraceText([&]() -> const CString& {
+        CCOMHdl::trace.FormatV(format, arguments);
+        return CCOMHdl::trace;
+    });
     va_end(arguments);
-    if (formatted) {
-        CCOMHdl::WritePageProtocolEntry(CCOMHdl::trace);
-    }
 }
 
 void TraceUnlocked(const char* format, ...) {
-    if (!Tracing()) {
-        PauseUnwritten();
-        return;
-    }
-    CString text;
     va_list arguments;
     va_start(arguments, format);
-    const bool formatted = MemorySufficesFor([&] { text.FormatV(format, arguments); });
+    TraceText([&] {
+        CString text;
+        text.FormatV(format, arguments);
+        return text;
+    });
     va_end(arguments);
-    if (formatted) {
-        CCOMHdl::WritePageProtocolEntry(text);
-    }
 }
 
 int HandleNumber(HANDLE handle) {

@@ -104,6 +104,20 @@ TEST_F(TraceWriter, MakesADeletedFileAgain) {
     EXPECT_EQ(0644U & ~mask, status.st_mode & 0777U);
 }
 
+// The file has a hole, so it takes no room.
+TEST_F(TraceWriter, GoesOnPastTwoGibibytes) {
+    constexpr uintmax_t kTwoGibibytes = uintmax_t{1} << 31;
+    MakeTracingHandler();
+    for (const uintmax_t size : {kTwoGibibytes - 3, 2 * kTwoGibibytes}) {
+        std::filesystem::resize_file(test_support::kTraceFile, size);
+        Write("behind");
+        const uintmax_t line = std::string("10: 0: 0\tbehind\n").size();
+        EXPECT_EQ(size + line, std::filesystem::file_size(test_support::kTraceFile));
+    }
+    MakeTracingHandler();
+    EXPECT_EQ("", TraceText()) << "a new handler empties it, however large";
+}
+
 TEST_F(TraceWriter, WritesInTheWorkingDirectoryOfTheMoment) {
     MakeTracingHandler();
     std::filesystem::create_directory("elsewhere");
