@@ -1,6 +1,7 @@
 // Driving the modem on an open port: initialise, dial, hang up, give back.
 // Tested by tests/dialogue/modem_control_dialogue.cpp.
 
+#include "linux/out_of_memory.h"
 #include "linux/win_serial.h"
 #include "modem/COMHdl.h"
 #include "modem/port_lock.h"
@@ -22,6 +23,15 @@ void Store(int* error, ModemResult result) {
     if (error != nullptr) {
         *error = result;
     }
+}
+
+// A line that there is no memory for is lost, as any other of the trace.
+void TraceSent(const void* bytes, size_t count) {
+    MemorySufficesFor([bytes, count] {
+        const bool isShown = Tracing() && bytes != nullptr;
+        const std::string shown = isShown ? PrintableForm(bytes, count) : std::string();
+        TraceUnlocked("OUT: %*s!!!!", static_cast<int>(shown.size()), shown.c_str());
+    });
 }
 
 }  // namespace
@@ -108,8 +118,7 @@ bool CCOMHdl::GetCOMPortError(HANDLE handle) {
 
 bool CCOMHdl::MyWriteFile(HANDLE handle, const void* buffer, DWORD length, DWORD* written,
                           OVERLAPPED* overlapped) {
-    const std::string shown = Tracing() ? PrintableForm(buffer, length) : std::string();
-    TraceUnlocked("OUT: %*s!!!!", static_cast<int>(shown.size()), shown.c_str());
+    TraceSent(buffer, length);
     return WriteFile(handle, buffer, length, written, overlapped) != 0;
 }
 

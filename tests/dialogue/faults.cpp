@@ -3,10 +3,12 @@
 #include "tests/dialogue/faults.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <optional>
 
 #include "linux/win_serial.h"
+#include "sim/testing.h"
 
 namespace {
 
@@ -17,6 +19,7 @@ struct Faults {
     std::optional<int> last_error;
     int comm_mask_failures = 0;
     bool modem_set_fails = false;
+    size_t failing_size = SIZE_MAX;
     DCB block{};
 };
 Faults state;
@@ -38,6 +41,9 @@ void faults::FailCommMask(int times) {
 }
 void faults::FailNextModemSet() {
     state.modem_set_fails = true;
+}
+void faults::FailAllocationsFrom(size_t size) {
+    state.failing_size = size;
 }
 DCB faults::LatestControlBlock() {
     return state.block;
@@ -93,6 +99,21 @@ BOOL __wrap__Z12SetCommStatePvPK3DCB(HANDLE handle, const DCB* block) {
 int32_t __wrap__Z12GetLastErrorv() {
     return state.last_error.has_value() ? *state.last_error : __real__Z12GetLastErrorv();
 }
+}
+
+void* operator new(size_t size) {
+    const bool fails = size >= state.failing_size && !pagersim::IsInSimulation();
+    void* const memory = fails ? nullptr : std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t /*size*/) noexcept {
+    std::free(memory);
 }
 
 // The only allocation of the library that asks for a null pointer is that of a port's modem

@@ -3,6 +3,8 @@
 #ifndef PAGERFWD_TESTS_DIALOGUE_FAULTS_H
 #define PAGERFWD_TESTS_DIALOGUE_FAULTS_H
 
+#include <cstddef>
+
 #include "linux/win_types.h"
 
 namespace faults {
@@ -21,6 +23,9 @@ void FailCommMask(int times);
 
 // The modem strings of the next port that has none can't be allocated.
 void FailNextModemSet();
+
+// No block of memory so large, or larger, can be had by the program.
+void FailAllocationsFrom(size_t size);
 
 // The control block that a line was set with last.
 DCB LatestControlBlock();

@@ -354,6 +354,24 @@ TEST_F(ModemControl, WriteOfNothingIsTraced) {
     EXPECT_THAT(TraceEntries(), ElementsAre("OUT: !!!!"));
 }
 
+TEST_F(ModemControl, WriteGoesOutThoughThereIsNoMemoryToTraceIt) {
+    const std::string bytes(5000, '\xE9');
+    DWORD written = 0;
+    faults::FailAllocationsFrom(bytes.size());
+    const bool done = CCOMHdl::MyWriteFile(Port().handle, bytes.data(), 5000, &written, nullptr);
+    faults::Reset();
+    EXPECT_TRUE(done);
+    EXPECT_EQ(bytes, line.Heard());
+    EXPECT_THAT(TraceEntries(), ElementsAre());
+}
+
+TEST_F(ModemControl, WriteOfNoBufferFails) {
+    DWORD written = 1;
+    EXPECT_FALSE(CCOMHdl::MyWriteFile(Port().handle, nullptr, 3, &written, nullptr));
+    EXPECT_EQ(0U, written);
+    EXPECT_THAT(TraceEntries(), ElementsAre("OUT: !!!!"));
+}
+
 TEST_F(ModemControl, WriteToAClosedLineFails) {
     handler->CloseCOMPort(0);
     DWORD written = 1;
