@@ -7,6 +7,7 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 
 #include "sim/file/clock_file.h"
 #include "sim/file/toml_table.h"
@@ -326,6 +327,26 @@ ExchangeFile LoadExchangeFile(const std::string& path) {
         return file;
     }
     return ReadExchangeFile(text.str(), path);
+}
+
+ExchangeFile LoadSoundExchange(const std::string& path) {
+    ExchangeFile file = LoadExchangeFile(path);
+    std::string all;
+    for (const std::string& mistake : file.mistakes) {
+        all += (all.empty() ? "" : "\npagersim: ") + mistake;
+    }
+    if (!all.empty()) {
+        throw std::runtime_error(all);
+    }
+    return file;
+}
+
+std::vector<std::string> CentreNames(const ExchangeFile& file) {
+    std::vector<std::string> names;
+    for (const CentreEntry& centre : file.centres) {
+        names.push_back(centre.subscriber.name);
+    }
+    return names;
 }
 
 }  // namespace pagersim

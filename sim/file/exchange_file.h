@@ -61,6 +61,12 @@ ExchangeFile LoadExchangeFile(const std::string& path);
 // The same from a text; `path` is only for the mistakes.
 ExchangeFile ReadExchangeFile(std::string_view text, const std::string& path);
 
+// As LoadExchangeFile, but throws std::runtime_error that tells all mistakes, where there are any.
+ExchangeFile LoadSoundExchange(const std::string& path);
+
+// In the order of the file.
+std::vector<std::string> CentreNames(const ExchangeFile& file);
+
 }  // namespace pagersim
 
 #endif

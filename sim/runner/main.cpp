@@ -6,6 +6,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "sim/file/clock_file.h"
 #include "sim/file/exchange_file.h"
@@ -16,6 +17,7 @@
 #include "sim/runner/report.h"
 #include "sim/runner/run_command.h"
 #include "sim/runner/scratch_folder.h"
+#include "sim/serve/serve.h"
 
 namespace pagersim {
 namespace {
@@ -30,18 +32,6 @@ class UsageError : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;
 };
-
-ExchangeFile CheckedExchange(const std::string& path) {
-    ExchangeFile file = LoadExchangeFile(path);
-    if (file.mistakes.empty()) {
-        return file;
-    }
-    std::string all;
-    for (const std::string& mistake : file.mistakes) {
-        all += (all.empty() ? "" : "\npagersim: ") + mistake;
-    }
-    throw UsageError(all);
-}
 
 // The program must take the preload: without it, it would open the machine's real ports.
 void CheckProgram(const std::string& command) {
@@ -136,19 +126,11 @@ class Output {
     std::ofstream file_;
 };
 
-std::vector<std::string> CentreNames(const ExchangeFile& file) {
-    std::vector<std::string> names;
-    for (const CentreEntry& centre : file.centres) {
-        names.push_back(centre.subscriber.name);
-    }
-    return names;
-}
-
 class Run {
  public:
     explicit Run(const RunnerOptions& options)
         : options_(options),
-          file_(CheckedExchange(options.exchange)),
+          file_(LoadSoundExchange(options.exchange)),
           expectations_(CheckedExpectations(options, file_)),
           checks_(!options.expectations.empty() || !expectations_.empty()),
           start_(StartOf(options)),
@@ -217,6 +199,9 @@ class Run {
 }  // namespace pagersim
 
 int main(int count, char** arguments) {
+    if (count > 1 && std::string_view(arguments[1]) == "serve") {
+        return pagersim::ServeMain(count - 1, arguments + 1);
+    }
     const auto parsed = pagersim::ParseOptions(count, arguments);
     if (parsed.exit_status) {
         return *parsed.exit_status;

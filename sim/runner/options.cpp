@@ -39,7 +39,12 @@ constexpr const char* kExamples =
 class Help : public CLI::Formatter {
  public:
     std::string make_usage(const CLI::App*, std::string) const override {
-        return "Usage: pagersim [OPTIONS] -- COMMAND [ARGUMENTS...]\n";
+        return "Usage: pagersim [OPTIONS] -- COMMAND [ARGUMENTS...]\n"
+               "       pagersim serve [OPTIONS]\n"
+               "\n"
+               "Subcommands:\n"
+               "  serve                       The exchange in real time, on ptys that any program\n"
+               "                              can open: pagersim serve --help\n";
     }
 };
 

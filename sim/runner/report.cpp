@@ -123,7 +123,8 @@ Comparison Compare(const std::vector<Expectation>& expected,
     return comparison;
 }
 
-std::string DescribePages(const std::vector<std::string>& centres, const Report& report) {
+std::string DescribePages(const std::vector<std::string>& centres, const Report& report,
+                          const std::string& time) {
     std::string text;
     for (const std::string& centre : centres) {
         std::string lines;
@@ -140,7 +141,7 @@ std::string DescribePages(const std::vector<std::string>& centres, const Report&
         text += centre + " received " + (count == 0 ? "nothing" : Counted(count, "page") + ":") +
                 "\n" + lines;
     }
-    return text + "virtual time: " + SecondsText(report.End()) + "\n";
+    return text + time + ": " + SecondsText(report.End()) + "\n";
 }
 
 std::string DescribeComparison(const Comparison& comparison) {

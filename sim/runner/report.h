@@ -53,7 +53,8 @@ Comparison Compare(const std::vector<Expectation>& expected,
                    const std::vector<DeliveredPage>& pages);
 
 // In words, for people.
-std::string DescribePages(const std::vector<std::string>& centres, const Report& report);
+std::string DescribePages(const std::vector<std::string>& centres, const Report& report,
+                          const std::string& time = "virtual time");
 std::string DescribeComparison(const Comparison& comparison);
 
 // In JSON, for programs. `comparison` is null when nothing was said about what to expect.

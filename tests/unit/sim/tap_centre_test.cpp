@@ -387,14 +387,21 @@ TEST_F(TapCentreTest, CarrierThatIsLostAmidAMessageIsNoted) {
     EXPECT_THAT(call_.Notes(), Contains("the message's last block never came, nothing delivered"));
 }
 
-TEST_F(TapCentreTest, MessageThatGoesOnForEverIsTooLong) {
+TEST_F(TapCentreTest, FieldsBehindOneThatWentOnAreTheirOwn) {
+    LogOn();
+    To(Block("123\rPump", kUs));
+    To(Block(" 3\ris hot\r", kEtx));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3\nis hot"));
+}
+
+TEST_F(TapCentreTest, MessageOfMoreThan4096CharactersIsTooLong) {
     LogOn();
     To(Block("123\r", kEtb));
-    std::string said;
-    for (int i = 0; i < 21; ++i) {
-        said = To(Block(std::string(200, 'x'), kUs));
+    for (int i = 0; i < 16; ++i) {
+        To(Block(std::string(245, 'x'), kUs));
     }
-    EXPECT_EQ("513 Message too long\r\x1e\r", said);
+    EXPECT_EQ(kAccepted, To(Block(std::string(4096 - 3 - 16 * 245, 'x'), kUs)));
+    EXPECT_EQ("513 Message too long\r\x1e\r", To(Block("x", kUs)));
     EXPECT_EQ(kAccepted, To(kBlock));
     EXPECT_THAT(call_.Pages(), ElementsAre("123: ABC"));
 }

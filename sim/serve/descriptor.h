@@ -1,0 +1,36 @@
+// A file descriptor that is closed with its owner.
+#ifndef PAGERFWD_SIM_SERVE_DESCRIPTOR_H
+#define PAGERFWD_SIM_SERVE_DESCRIPTOR_H
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace pagersim {
+
+class Descriptor {
+ public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    ~Descriptor() { Close(); }
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        Close();
+        number_ = std::exchange(other.number_, -1);
+        return *this;
+    }
+
+    int Number() const { return number_; }  // -1: none
+
+ private:
+    void Close() {
+        if (number_ >= 0) {
+            close(number_);
+        }
+    }
+
+    int number_;
+};
+
+}  // namespace pagersim
+
+#endif
