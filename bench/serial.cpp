@@ -1,19 +1,11 @@
-// The serial line driver over a pty, and what waiting for an answer costs.
+// The serial line driver over a pty.
 #include <unistd.h>
 
 #include <array>
-#include <memory>
-#include <string>
 
-#include "bench/device.h"
-#include "bench/folder.h"
 #include "bench/measure.h"
 #include "bench/real_line.h"
-#include "host/store/pool.h"
-#include "host/store/schema.h"
 #include "linux/tty.h"
-#include "linux/win_serial.h"
-#include "modem/COMHdl.h"
 
 namespace bench {
 namespace {
@@ -80,30 +72,9 @@ void CompareBytes() {
             Through(WriteMaster, ReadSlave));
 }
 
-void ReportWaiting() {
-    Report("processor time of 1 s waiting for an answer", [](benchmark::State& state) {
-        for ([[maybe_unused]] auto _ : state) {
-            const Folder folder;
-            host::Connection database(folder.File("site.db"), host::Connection::Mode::kCreate);
-            host::CreateTables(database);
-            CCOMHdl handler(database.Path().c_str());
-            const Pty pty;
-            StandIn(pty.Device());
-            HANDLE port = CreateFile("COM1", 0, 0, nullptr, 0, 0, nullptr);
-            SetCommMask(port, EV_RXCHAR);
-            const double used = ProcessorSecondsNow();
-            handler.WaitString(port, "never said", 1000, false);
-            SetSeconds(state, ProcessorSecondsNow() - used);
-            CloseHandle(port);
-            host::CloseDatabases();
-        }
-    });
-}
-
 }  // namespace
 }  // namespace bench
 
 void RegisterRows() {
     bench::CompareBytes();
-    bench::ReportWaiting();
 }

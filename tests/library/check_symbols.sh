@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What libPagerFwd.so offers and what it asks of the process that loads it, against the two lists
+# What libPagerFwd.so offers and what it asks of the process that loads it, against the lists
 # beside this script.
-# Usage: check_symbols.sh LIBRARY exported|platform|needed|format
+# Usage: check_symbols.sh LIBRARY exported|platform|system|needed|format
 set -euo pipefail
 export LC_ALL=C
 
@@ -13,6 +13,10 @@ lists=$(dirname "$0")
 exported() { nm -D --defined-only "$library" | awk '{print $NF}' | sort; }
 undefined() { nm -D --undefined-only "$library" | awk '$1 == "U" && $2 !~ /@/ {print $2}' | sort; }
 
+asked_of_the_system() {
+    nm -D --undefined-only "$library" | sed -n 's/.* U \([^@]*\)@.*/\1/p' | sort
+}
+
 case $2 in
     exported)
         diff -u "$lists/exported.txt" <(exported)
@@ -20,6 +24,10 @@ case $2 in
     platform)
         # A host supplies the whole list; the library may do without some of it.
         diff -u /dev/null <(comm -13 "$lists/platform.txt" <(undefined))
+        ;;
+    system)
+        # The calls of the system that a host may stand in front of go by these very names.
+        diff -u /dev/null <(comm -13 <(asked_of_the_system) "$lists/system.txt")
         ;;
     needed)
         # The dynamic linker itself is part of the C library.

@@ -22,6 +22,8 @@ class ChildProcess {
     // Closes its standard input, and waits for its end. Returns its exit code.
     int Finish();
 
+    pid_t Number() const { return process_; }
+
     // As a power cut would: no handler runs.
     void Kill();
 
