@@ -1,0 +1,32 @@
+// Tested by tests/unit/host/own_device_test.cpp, with the library by
+// tests/e2e/line_process_test.cpp.
+#include "host/platform/own_device.h"
+
+#include <string_view>
+
+namespace host {
+namespace {
+
+constexpr std::string_view kPorts = "/dev/ttyS";
+constexpr std::string_view kFirstPort = "/dev/ttyS0";
+
+std::string& OwnDevice() {
+    static auto& device = *new std::string;  // files are opened to the very end of the process
+    return device;
+}
+
+}  // namespace
+
+void SetOwnDevice(const std::string& path) {
+    OwnDevice() = path;
+}
+
+const char* OpenedFor(const char* path) {
+    const std::string& device = OwnDevice();
+    if (device.empty() || std::string_view(path).substr(0, kPorts.size()) != kPorts) {
+        return path;
+    }
+    return path == kFirstPort ? device.c_str() : nullptr;
+}
+
+}  // namespace host
