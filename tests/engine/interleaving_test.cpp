@@ -123,6 +123,11 @@ class Interleaving : public EngineTest {
     std::thread other_;  // guarded by lock_
 };
 
+// Which only the first test of this process can tell.
+TEST_F(Interleaving, BeforeTheFirstPageNoneIsOnTheLine) {
+    EXPECT_FALSE(CPagerHdl::pageOnLine);
+}
+
 // --- The worker's start and end
 
 // Its last look at the queue and the clearing of its flag are one step.
@@ -256,6 +261,33 @@ TEST_F(Interleaving, PageStaysPendingWhileTheSystemHasNoThread) {
     EXPECT_EQ(1, Forward(8, {"sms"}));
     UntilWorkerEnds();
     EXPECT_EQ(2U, Pages().size());
+}
+
+TEST_F(Interleaving, RefusedWorkerIsForgottenWithItsEngine) {
+    threads_run_out = true;
+    Forward(7, {"sms"});
+    threads_run_out = false;
+    Stop();
+    store.Delete(kEvents, {"PagerDescr", "sms"});
+    Start();
+    store.ForgetCalls();
+    Start();
+    EXPECT_THAT(store.Calls(), IsEmpty()) << "nobody asks for it again";
+}
+
+TEST_F(Interleaving, WorkerThatIsRefusedTwiceIsAskedForAgain) {
+    threads_run_out = true;
+    Forward(7, {"sms"});
+    Start();
+    EXPECT_FALSE(WorkerRuns());
+    threads_run_out = false;
+    Start();
+    EXPECT_TRUE(WorkerRuns());
+    store.ForgetCalls();
+    Start();
+    EXPECT_THAT(store.CallsWith("SQLConditionDelete"), IsEmpty()) << "and then no more";
+    UntilWorkerEnds();
+    EXPECT_EQ(1U, Pages().size());
 }
 
 TEST_F(Interleaving, EngineCanBeStoppedAfterItWasRefusedAThread) {

@@ -1,4 +1,7 @@
 // Tests of taking the engine down while its worker sleeps, sends, or is stuck.
+#include <filesystem>
+#include <iterator>
+
 #include "engine/longest_page.h"
 #include "engine/pager_fwd.h"
 #include "linux/win_system.h"
@@ -20,6 +23,11 @@ class Teardown : public EngineTest {
         AddAlarm(7);
         AddAlarm(8);
         Start();
+    }
+
+    static int OpenDescriptors() {
+        const std::filesystem::directory_iterator open("/proc/self/fd");
+        return static_cast<int>(std::distance(begin(open), end(open)));
     }
 };
 
@@ -156,6 +164,18 @@ TEST_F(Teardown, WaitsForAPageThatComesToTheLineMeanwhile) {
     EXPECT_GT(VirtualClock::Now(), 1min);
     EXPECT_LT(VirtualClock::Now(), std::chrono::milliseconds(LongestPageMs()));
     EXPECT_THAT(Rows(), ElementsAre("7 sms 0 2"));
+}
+
+TEST_F(Teardown, GivesBackTheDescriptorsOfTheWorker) {
+    const int up = OpenDescriptors();
+    Stop();
+    const int down = OpenDescriptors();
+    EXPECT_LT(down, up);
+    Start();
+    Forward(7, {"sms"});
+    UntilWorkerEnds();
+    Stop();
+    EXPECT_EQ(down, OpenDescriptors());
 }
 
 TEST_F(Teardown, OfNothingDoesNothing) {

@@ -202,18 +202,6 @@ TEST(ThreadsBelow, NextCallOfAnyKindAsksForTheWorkerAgain) {
     }
 }
 
-// Once it runs, no call asks for another.
-TEST(ThreadsBelow, WorkerThatWasRefusedIsAskedForOnce) {
-    Site site;
-    threads_run_out = true;
-    site.Start();
-    threads_run_out = false;
-    site.Start();
-    site.store.ForgetCalls();
-    site.Start();
-    EXPECT_TRUE(site.store.CallsWith("SQLConditionDelete").empty());
-}
-
 TEST(ThreadsBelow, EngineStopsWithoutItsWorker) {
     Site site;
     threads_run_out = true;
