@@ -1,4 +1,4 @@
-// No further descriptor for this process. Those that are open go on.
+// Descriptors that the process has, and none to be had.
 #ifndef PAGERFWD_TESTS_SUPPORT_WITHOUT_DESCRIPTORS_H
 #define PAGERFWD_TESTS_SUPPORT_WITHOUT_DESCRIPTORS_H
 
@@ -7,13 +7,19 @@
 
 namespace test_support {
 
+// The one that the next to be opened gets: all below are taken.
+inline int NextDescriptor() {
+    const int next = dup(STDERR_FILENO);
+    close(next);
+    return next;
+}
+
+// No further descriptor as long as it lives. Those that are open go on.
 class WithoutDescriptors {
  public:
     WithoutDescriptors() {
         getrlimit(RLIMIT_NOFILE, &before_);
-        const int next = dup(STDERR_FILENO);  // all below are taken
-        close(next);
-        const rlimit none{static_cast<rlim_t>(next), before_.rlim_max};
+        const rlimit none{static_cast<rlim_t>(NextDescriptor()), before_.rlim_max};
         setrlimit(RLIMIT_NOFILE, &none);
     }
     ~WithoutDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }

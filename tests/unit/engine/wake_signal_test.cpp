@@ -65,20 +65,53 @@ TEST_F(Wake, LoweringWhatIsLoweredCostsNoTime) {
     EXPECT_EQ(0ms, VirtualClock::Now());
 }
 
-TEST_F(Wake, HandlerOfTheProcessDoesNotCutTheWaitShort) {
-    struct sigaction handler {};
-    handler.sa_handler = [](int) {};
-    struct sigaction before {};
-    sigaction(SIGUSR1, &handler, &before);
-    const pthread_t waiter = pthread_self();
-    std::thread disturber([waiter] {
-        Sleep(12000);
-        pthread_kill(waiter, SIGUSR1);
-    });
-    EXPECT_FALSE(signal.Wait(60000));
+// A handler of the process runs in the waiting thread, so long after the wait began.
+class WakeInterrupted : public Wake {
+ protected:
+    WakeInterrupted() {
+        struct sigaction handler {};
+        handler.sa_handler = [](int) {};
+        sigaction(SIGUSR1, &handler, &before_);
+    }
+    ~WakeInterrupted() override { sigaction(SIGUSR1, &before_, nullptr); }
+
+    void WaitAMinuteInterruptedAfter(uint32_t ms) {
+        const pthread_t waiter = pthread_self();
+        std::thread disturber([waiter, ms] {
+            Sleep(ms);
+            pthread_kill(waiter, SIGUSR1);
+        });
+        EXPECT_FALSE(signal.Wait(60000));
+        disturber.join();
+    }
+
+ private:
+    struct sigaction before_ {};
+};
+
+TEST_F(WakeInterrupted, ItGoesOnForWhatIsLeft) {
+    WaitAMinuteInterruptedAfter(12000);
     EXPECT_EQ(60000ms, VirtualClock::Now());
-    disturber.join();
-    sigaction(SIGUSR1, &before, nullptr);
+}
+
+TEST_F(WakeInterrupted, ShortlyBeforeItsEndItGoesOnForWhatIsLeft) {
+    WaitAMinuteInterruptedAfter(58000);
+    EXPECT_EQ(60000ms, VirtualClock::Now());
+}
+
+TEST_F(WakeInterrupted, ItIsNotCutShortByPartsOfASecond) {
+    WaitAMinuteInterruptedAfter(200);
+    EXPECT_GE(VirtualClock::Now(), 60000ms);
+    EXPECT_LT(VirtualClock::Now(), 61000ms);
+}
+
+TEST(WakeDescriptors, AreGivenBack) {
+    const int before = test_support::NextDescriptor();
+    {
+        const WakeSignal signal;
+        EXPECT_NE(before, test_support::NextDescriptor());
+    }
+    EXPECT_EQ(before, test_support::NextDescriptor());
 }
 
 TEST(WakeWithoutDescriptors, IsNotOpen) {

@@ -117,6 +117,7 @@ TEST_F(Worker, OneAfterTheOtherForAsLongAsOneLikes) {
     for (int i = 0; i < kRounds; ++i) {
         ASSERT_TRUE(thread.Start(EndAtOnce)) << "after " << i;
     }
+    Sleep(1000);  // until all have ended
     EXPECT_TRUE(thread.Stop(1000));
     EXPECT_EQ(kRounds, runs);
 }
@@ -174,6 +175,15 @@ TEST_F(Worker, StartNeedsNoDescriptors) {
     const test_support::WithoutDescriptors none;
     EXPECT_TRUE(thread.Start(EndAtOnce));
     EXPECT_TRUE(thread.Stop(1000));
+}
+
+TEST_F(Worker, ReleaseGivesTheDescriptorsBack) {
+    WorkerThread another;
+    const int before = test_support::NextDescriptor();
+    another.Prepare();
+    EXPECT_NE(before, test_support::NextDescriptor());
+    another.Release();
+    EXPECT_EQ(before, test_support::NextDescriptor());
 }
 
 TEST_F(Worker, CannotBePreparedWithoutDescriptors) {
