@@ -23,7 +23,11 @@ class Worker : public ::testing::Test {
         worker = &thread;
         thread.Prepare();
     }
-    ~Worker() override { EXPECT_TRUE(thread.Stop(3600 * 1000)); }
+    ~Worker() override {
+        EXPECT_TRUE(thread.Stop(3600 * 1000));
+        Sleep(2 * 3600 * 1000);  // until those that were let go of have ended, too
+        EXPECT_TRUE(thread.Stop(0));
+    }
 
     static void* EndAtOnce(void* argument) {
         EXPECT_EQ(nullptr, argument);
