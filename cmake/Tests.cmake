@@ -11,6 +11,9 @@ target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/g
 # What tests the library's own files: scripts/coverage counts their lines by it.
 add_custom_target(library_tests)
 
+# A program a folder, or part of one: few and large ones take less time to make. With PAGERFWD_UNITY
+# eight of its files are one for the compiler, so names in their unnamed namespaces differ.
+#
 # Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
 # ALONE: its tests have the machine to themselves. Two threads of the program under test begin at
 # once there, and what is expected is what they do when neither has to wait for a processor.
@@ -20,6 +23,7 @@ function(pagerfwd_test name)
     target_link_libraries(${name} PRIVATE pagerfwd_compile -Wl,--no-as-needed pagersim_preload
                                           -Wl,--as-needed ${ARG_LINKS} gmock_main)
     target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ${PAGERFWD_UNITY})
     # The program whole, not each of its tests: most of them take less time than its start.
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 600 RUN_SERIAL ${ARG_ALONE})

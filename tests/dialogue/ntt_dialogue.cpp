@@ -7,8 +7,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr const char* kEntry = "TransMsg( int 0, CString 90;, CString ab 1, int 3 ) L:%d %s";
-constexpr const char* kStart = "***************START NTT ***********************";
+constexpr const char* kNttEntry = "TransMsg( int 0, CString 90;, CString ab 1, int 3 ) L:%d %s";
+constexpr const char* kNttStart = "***************START NTT ***********************";
 constexpr const char* kOut = "OUT: ATDT*2*216176796##;< d>!!!!";
 
 class NttDialogue : public ModemDialogue {
@@ -24,7 +24,8 @@ TEST_F(NttDialogue, DialsTheMessageAfterThePauseForTheAnswer) {
 
     EXPECT_EQ(kDone, Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, kStart, "NTT string to send: ab 1\n", kOut));
+    EXPECT_THAT(Milestones(),
+                ElementsAre(kNttEntry, kNttStart, "NTT string to send: ab 1\n", kOut));
     EXPECT_THAT(Elapsed(), IsAbout(26s)) << "20 s pause, the modem's 4 s, 2 s at the end";
 }
 
@@ -33,7 +34,7 @@ TEST_F(NttDialogue, ModemDoesNotConfirm) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, kStart, "NTT string to send: ab 1\n", kOut,
+    EXPECT_THAT(Milestones(), ElementsAre(kNttEntry, kNttStart, "NTT string to send: ab 1\n", kOut,
                                           "WaitString NO SUCCESS", "No OK from NTT"));
     EXPECT_THAT(Elapsed(), IsAbout(140s)) << "20 s pause, 120 s for the answer";
 }
@@ -43,7 +44,7 @@ TEST_F(NttDialogue, LineIsLost) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, kStart, "NTT string to send: ab 1\n", kOut,
+    EXPECT_THAT(Milestones(), ElementsAre(kNttEntry, kNttStart, "NTT string to send: ab 1\n", kOut,
                                           "Modem FAILURE: NO CARRIER", "No OK from NTT"));
     EXPECT_THAT(Elapsed(), IsAbout(21s));
 }
@@ -53,7 +54,7 @@ TEST_F(NttDialogue, CommandCannotBeSent) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, kStart, "NTT string to send: ab 1\n", kOut,
+    EXPECT_THAT(Milestones(), ElementsAre(kNttEntry, kNttStart, "NTT string to send: ab 1\n", kOut,
                                           "sending to NTT failed"));
     EXPECT_TRUE(faults::ErrorStateWasAskedFor());
 }

@@ -7,9 +7,9 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr const char* kEntry = "TransMsg( int 0, CString 4711, CString Pump, int 2 ) L:%d %s";
+constexpr const char* kPlainEntry = "TransMsg( int 0, CString 4711, CString Pump, int 2 ) L:%d %s";
 constexpr const char* kEntryNoText = "TransMsg( int 0, CString 4711, CString , int 2 ) L:%d %s";
-constexpr const char* kStart = "***************START PAGER ***********************";
+constexpr const char* kPlainStart = "***************START PAGER ***********************";
 constexpr const char* kNumber = "***************SEND NUMBER ***********************";
 constexpr const char* kMessage = "***************SEND MESSAGE ***********************";
 constexpr const char* kConfirm = "***************SEND J/N ***********************";
@@ -38,7 +38,7 @@ TEST_F(PlainDialogue, DeliversAMessage) {
     EXPECT_EQ(kDone, Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, kStart, "TransMsg: write rn\n", kNumber,
+                ElementsAre(kPlainEntry, kPlainStart, "TransMsg: write rn\n", kNumber,
                             "TransMsg: pnum + rn: ", "4711\r", "OUT: 4711< d>!!!!", kMessage,
                             "TransMsg: msg + rn:", "Pump\r", "OUT: Pump< d>!!!!", kConfirm,
                             "TransMsg: jy + rn", "OUT: jy!!!!", "OUT: < d>!!!!"));
@@ -55,11 +55,11 @@ TEST_F(PlainDialogue, AnswersAQuestionAskedDuringTheConnection) {
     EXPECT_EQ(kDone, Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, kStart, "TransMsg: write rn\n", "send jy after timeout",
-                            "TransMsg: jy + rn", "OUT: jy< d>!!!!", kNumber,
-                            "TransMsg: pnum + rn: ", "4711\r", "OUT: 4711< d>!!!!", kMessage,
-                            "TransMsg: msg + rn:", "Pump\r", "OUT: Pump< d>!!!!", kConfirm,
-                            "TransMsg: jy + rn", "OUT: jy!!!!", "OUT: < d>!!!!"));
+                ElementsAre(kPlainEntry, kPlainStart, "TransMsg: write rn\n",
+                            "send jy after timeout", "TransMsg: jy + rn", "OUT: jy< d>!!!!",
+                            kNumber, "TransMsg: pnum + rn: ", "4711\r", "OUT: 4711< d>!!!!",
+                            kMessage, "TransMsg: msg + rn:", "Pump\r", "OUT: Pump< d>!!!!",
+                            kConfirm, "TransMsg: jy + rn", "OUT: jy!!!!", "OUT: < d>!!!!"));
 }
 
 TEST_F(PlainDialogue, AnswersAQuestionThatIsTheFirstToBeHeard) {
@@ -90,7 +90,7 @@ TEST_F(PlainDialogue, WithoutAMessageConfirmsAtOnce) {
     EXPECT_EQ(kDone, PageWithoutText());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntryNoText, kStart, "TransMsg: write rn\n", kNumber,
+                ElementsAre(kEntryNoText, kPlainStart, "TransMsg: write rn\n", kNumber,
                             "TransMsg: pnum + rn: ", "4711\r", "OUT: 4711< d>!!!!", kConfirm,
                             "TransMsg: jy + rn", "OUT: jy!!!!", "OUT: < d>!!!!"));
 }
@@ -154,9 +154,9 @@ TEST_F(PlainDialogue, NoPromptAfterTheAnswer) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, kStart, "TransMsg: write rn\n", "send jy after timeout",
-                            "TransMsg: jy + rn", "OUT: jy< d>!!!!", "WaitString NO SUCCESS"));
+    EXPECT_THAT(Milestones(), ElementsAre(kPlainEntry, kPlainStart, "TransMsg: write rn\n",
+                                          "send jy after timeout", "TransMsg: jy + rn",
+                                          "OUT: jy< d>!!!!", "WaitString NO SUCCESS"));
 }
 
 TEST_F(PlainDialogue, NoPromptAfterTheNumber) {
@@ -165,7 +165,7 @@ TEST_F(PlainDialogue, NoPromptAfterTheNumber) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, kStart, "TransMsg: write rn\n", kNumber,
+    EXPECT_THAT(Milestones(), ElementsAre(kPlainEntry, kPlainStart, "TransMsg: write rn\n", kNumber,
                                           "TransMsg: pnum + rn: ", "4711\r", "OUT: 4711< d>!!!!",
                                           "WaitString NO SUCCESS"));
 }

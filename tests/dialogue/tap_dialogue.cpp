@@ -17,7 +17,7 @@ constexpr std::string_view kAccepted = "211 Page accepted\r\x06\r";
 constexpr std::string_view kEndOfTransmission = "\x04\r";
 constexpr std::string_view kGoodbye = "115 Thank you for calling\r\x1B\x04\r";
 
-constexpr const char* kEntry = "TransMsg( int 0, CString 123, CString ABC, int 4 ) L:%d %s";
+constexpr const char* kTapEntry = "TransMsg( int 0, CString 123, CString ABC, int 4 ) L:%d %s";
 constexpr const char* kKnockOut = "OUT: < d>< 0>!!!!";
 constexpr const char* kLogOnOut = "OUT: <1b>PG1< d>< a>!!!!";
 constexpr const char* kBlockText =
@@ -43,9 +43,9 @@ TEST_F(TapDialogue, DeliversAPage) {
     EXPECT_EQ(kDone, Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
-                            "TransMsg: Block:", kBlockText, kBlockOut, "TransMsg: EOT CR", kEndOut,
-                            "TransMsg: D1: OK !!!"));
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1",
+                            kLogOnOut, "TransMsg: Block:", kBlockText, kBlockOut,
+                            "TransMsg: EOT CR", kEndOut, "TransMsg: D1: OK !!!"));
     EXPECT_THAT(Elapsed(), IsAbout(3500ms)) << "no longer than the centre took";
 }
 
@@ -57,11 +57,11 @@ TEST_F(TapDialogue, SecondKnockIsAnswered) {
 
     EXPECT_EQ(kDone, Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(
-        Milestones(),
-        ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn",
-                    kKnockOut, "TransMsg: EscPG1", kLogOnOut, "TransMsg: Block:", kBlockText,
-                    kBlockOut, "TransMsg: EOT CR", kEndOut, "TransMsg: D1: OK !!!"));
+    EXPECT_THAT(Milestones(),
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
+                            "TransMsg: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
+                            "TransMsg: Block:", kBlockText, kBlockOut, "TransMsg: EOT CR", kEndOut,
+                            "TransMsg: D1: OK !!!"));
 }
 
 TEST_F(TapDialogue, ThirdKnockIsAnswered) {
@@ -74,8 +74,8 @@ TEST_F(TapDialogue, ThirdKnockIsAnswered) {
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(
         Milestones(),
-        ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn",
-                    kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn", kKnockOut,
+        ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
+                    "TransMsg: rn", kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn", kKnockOut,
                     "TransMsg: EscPG1", kLogOnOut, "TransMsg: Block:", kBlockText, kBlockOut,
                     "TransMsg: EOT CR", kEndOut, "TransMsg: D1: OK !!!"));
 }
@@ -86,7 +86,7 @@ TEST_F(TapDialogue, NobodyAnswersTheKnocks) {
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
                             "TransMsg: rn", kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn",
                             kKnockOut, "WaitString NO SUCCESS", "no ID= received"));
     EXPECT_THAT(Elapsed(), IsAbout(90s));
@@ -98,7 +98,7 @@ TEST_F(TapDialogue, TheCentreHangsUpAtTheKnock) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut,
+    EXPECT_THAT(Milestones(), ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut,
                                           "Modem FAILURE: NO CARRIER", "TransMsg: rn", kKnockOut,
                                           "TransMsg: rn", kKnockOut, "no ID= received"));
     EXPECT_TRUE(CCOMHdl::MainModemError);
@@ -111,8 +111,8 @@ TEST_F(TapDialogue, LogOnIsNotFollowedByAGoAhead) {
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
-                            "WaitString NO SUCCESS", "no message go ahead received"));
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1",
+                            kLogOnOut, "WaitString NO SUCCESS", "no message go ahead received"));
 }
 
 class TapRefusal : public TapDialogue, public ::testing::WithParamInterface<const char*> {};
@@ -125,9 +125,9 @@ TEST_P(TapRefusal, IsNotSentAgain) {
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
-                            "TransMsg: Block:", kBlockText, kBlockOut, "WaitString NO SUCCESS",
-                            "TransMsg: D1: no EOT from D1 received"));
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1",
+                            kLogOnOut, "TransMsg: Block:", kBlockText, kBlockOut,
+                            "WaitString NO SUCCESS", "TransMsg: D1: no EOT from D1 received"));
     EXPECT_THAT(Elapsed(), IsAbout(30s)) << "nothing is told from a time-out";
 }
 
@@ -143,10 +143,11 @@ TEST_F(TapDialogue, TheCentreNeverEndsTheDialogue) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
-                            "TransMsg: Block:", kBlockText, kBlockOut, "TransMsg: EOT CR", kEndOut,
-                            "WaitString NO SUCCESS", "TransMsg: D1: no EOT at end of dialog"));
+    EXPECT_THAT(
+        Milestones(),
+        ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
+                    "TransMsg: Block:", kBlockText, kBlockOut, "TransMsg: EOT CR", kEndOut,
+                    "WaitString NO SUCCESS", "TransMsg: D1: no EOT at end of dialog"));
 }
 
 // --- Writes that fail. A page writes: knock, log-on, block, end of transmission.
@@ -171,7 +172,7 @@ TEST_F(TapDialogue, ThirdKnockCannotBeSent) {
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "WaitString NO SUCCESS",
                             "TransMsg: rn", kKnockOut, "WaitString NO SUCCESS", "TransMsg: rn",
                             kKnockOut, "sending cr for ID= failed"));
     EXPECT_TRUE(faults::ErrorStateWasAskedFor());
@@ -183,7 +184,7 @@ TEST_F(TapDialogue, LogOnCannotBeSent) {
 
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
-    EXPECT_THAT(Milestones(), ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut,
+    EXPECT_THAT(Milestones(), ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut,
                                           "TransMsg: EscPG1", kLogOnOut, "sending escPG1 failed"));
     EXPECT_TRUE(faults::ErrorStateWasAskedFor());
 }
@@ -196,8 +197,8 @@ TEST_F(TapDialogue, BlockCannotBeSent) {
     EXPECT_EQ(Failed(7), Page());
     EXPECT_EQ("", line.Verdict());
     EXPECT_THAT(Milestones(),
-                ElementsAre(kEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1", kLogOnOut,
-                            "TransMsg: Block:", kBlockText, kBlockOut,
+                ElementsAre(kTapEntry, "TransMsg: TAP: rn", kKnockOut, "TransMsg: EscPG1",
+                            kLogOnOut, "TransMsg: Block:", kBlockText, kBlockOut,
                             "TransMsg: D1: sending message block failed"));
     EXPECT_TRUE(faults::ErrorStateWasAskedFor());
 }

@@ -35,6 +35,13 @@ constexpr const char* kEvents = "AlarmFwd_PagerEvents";
 constexpr const char* kPagers = "AlarmFwd_PagerSetting";
 constexpr const char* kTimeModels = "AlarmFwd_TMSetting";
 
+using Lines = std::vector<std::string>;
+
+inline Lines operator+(Lines left, const Lines& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
 // A pager, and the settings that most tests don't care about.
 struct PagerRow {
     std::string description;

@@ -32,12 +32,6 @@ std::vector<std::string> Folded(int state) {
             "Write(AlarmLog, 0) -> 1", "Unlock(AlarmLog)"};
 }
 
-std::vector<std::string> operator+(std::vector<std::string> left,
-                                   const std::vector<std::string>& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
 class EventsTable : public EngineTest {
  protected:
     EventsTable() {

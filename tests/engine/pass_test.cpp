@@ -10,7 +10,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 using Answer = PagingModem::Answer;
-using Lines = std::vector<std::string>;
 
 // One entry of the one alarm, for a pager that the test adds.
 class Pass : public EngineTest {
@@ -76,11 +75,6 @@ Lines Replace(const std::string& pager, int retries, int state) {
                 std::to_string(state) + "}, 'y', 'n') -> 1",
             "Write(AlarmLog, 0) -> 1",
             "Unlock(AlarmLog)"};
-}
-
-Lines operator+(Lines left, const Lines& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
 }
 
 // --- As the trace tells it

@@ -6,14 +6,14 @@
 namespace host {
 namespace {
 
-struct Case {
+struct CodeCase {
     const char* situation;
     const char* heard;
     const char* code;
 };
 
 TEST(CentreCode, IsFoundInWhatWasHeard) {
-    const Case cases[] = {
+    const CodeCase cases[] = {
         {"TAP, alone", "515 Message format error<cr><rs><cr>", "515 Message format error"},
         {"TAP, behind a good word", "110 1.8<cr><ack><cr>514 Checksum error<cr><nak><cr>",
          "514 Checksum error"},
@@ -33,13 +33,13 @@ TEST(CentreCode, IsFoundInWhatWasHeard) {
         {"UCP, no digits", "<stx>03/00022/R/51/N/xx//12<etx>", ""},
         {"nothing", "", ""},
     };
-    for (const Case& one : cases) {
+    for (const CodeCase& one : cases) {
         EXPECT_EQ(one.code, CentreCodeIn(one.heard)) << one.situation;
     }
 }
 
 TEST(CentreCode, OfUcpIsNamedAsItsPublicationDoes) {
-    const Case cases[] = {
+    const CodeCase cases[] = {
         {"", "/R/51/N/01/", "error 01 (checksum error)"},
         {"", "/R/51/N/02/", "error 02 (syntax error)"},
         {"", "/R/51/N/04/", "error 04 (operation not allowed)"},
@@ -48,7 +48,7 @@ TEST(CentreCode, OfUcpIsNamedAsItsPublicationDoes) {
         {"", "/R/51/N/07/", "error 07 (authentication failure)"},
         {"", "/R/51/N/26/", "error 26 (message type not valid)"},
     };
-    for (const Case& one : cases) {
+    for (const CodeCase& one : cases) {
         EXPECT_EQ(one.code, CentreCodeIn(one.heard));
     }
 }

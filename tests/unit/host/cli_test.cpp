@@ -20,7 +20,7 @@ using ::testing::Not;
 using ::testing::StartsWith;
 
 // A site whose pagers' numbers are the results that the library in these tests gives for them.
-constexpr const char* kSite = R"(
+constexpr const char* kCliSite = R"(
 [[port]]
 name = "COM 1"
 [port.sms1]
@@ -52,7 +52,7 @@ class Cli : public ::testing::Test {
         return RunProgram(arguments);
     }
 
-    static void MakeSite(const std::string& text = kSite) {
+    static void MakeSite(const std::string& text = kCliSite) {
         WriteFile("site.toml", text);
         ASSERT_EQ(0, Run({"init"}).exit_code);
         const ProgramRun run = Run({"import", "site.toml"});
@@ -114,7 +114,7 @@ TEST_F(Cli, TakesTheDatabaseFromTheEnvironmentUnlessItIsSaid) {
 }
 
 TEST_F(Cli, FailsWhenItsOutputIsLost) {
-    WriteFile("site.toml", kSite);
+    WriteFile("site.toml", kCliSite);
     const ProgramRun run = RunProgram(
         {"/bin/sh", "-c", std::string("exec ") + PAGERFWD_PROGRAM + " check site.toml >/dev/full"});
     EXPECT_EQ(3, run.exit_code);
@@ -140,7 +140,7 @@ TEST_F(Cli, SaysWhyADatabaseCanNotBeMade) {
 }
 
 TEST_F(Cli, ChecksWithoutADatabase) {
-    WriteFile("site.toml", kSite);
+    WriteFile("site.toml", kCliSite);
     const ProgramRun run = Run({"check", "site.toml"});
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.out, StartsWith("site.toml: no mistakes\nnote: an alarm whose number has gone "
@@ -183,7 +183,7 @@ TEST_F(Cli, SaysWhyAFileCanNotBeRead) {
 }
 
 TEST_F(Cli, Imports) {
-    WriteFile("site.toml", kSite);
+    WriteFile("site.toml", kCliSite);
     ASSERT_EQ(0, Run({"init"}).exit_code);
     const ProgramRun run = Run({"import", "site.toml"});
     EXPECT_EQ(0, run.exit_code);
@@ -213,7 +213,7 @@ TEST_F(Cli, ImportsInSpiteOfWarnings) {
 }
 
 TEST_F(Cli, ImportsIntoADatabaseThatExists) {
-    WriteFile("site.toml", kSite);
+    WriteFile("site.toml", kCliSite);
     const ProgramRun run = Run({"import", "site.toml"});
     EXPECT_EQ(3, run.exit_code);
     EXPECT_THAT(run.err, HasSubstr("make it with: pagerfwd init"));

@@ -6,17 +6,17 @@
 namespace host {
 namespace {
 
-struct Case {
+struct TextCase {
     const char* situation;
     std::string text;
     std::string printable;
 };
 
-void PrintTo(const Case& one, std::ostream* out) {
+void PrintTo(const TextCase& one, std::ostream* out) {
     *out << one.situation;
 }
 
-class PrintableText : public ::testing::TestWithParam<Case> {};
+class PrintableText : public ::testing::TestWithParam<TextCase> {};
 
 TEST_P(PrintableText, IsHarmless) {
     EXPECT_EQ(GetParam().printable, Printable(GetParam().text));
@@ -25,25 +25,27 @@ TEST_P(PrintableText, IsHarmless) {
 INSTANTIATE_TEST_SUITE_P(
     All, PrintableText,
     ::testing::Values(
-        Case{"nothing", "", ""}, Case{"plain text", "duty phone 7~", "duty phone 7~"},
-        Case{"UTF-8 of two, three and four bytes", "J\xC3\xBCrgen \xE2\x82\xAC \xF0\x9F\x93\x9F",
-             "J\xC3\xBCrgen \xE2\x82\xAC \xF0\x9F\x93\x9F"},
-        Case{"an escape sequence", "\x1b[2J", "\\x1b[2J"},
-        Case{"line ends and tabs", "a\r\n\tb",
-             "a\\x0d\\x0a\\x09"
-             "b"},
-        Case{"a zero", std::string("a\0b", 3),
-             "a\\x00"
-             "b"},
-        Case{"delete", "\x7f", "\\x7f"}, Case{"a C1 control in UTF-8", "\xC2\x9B", "\\xc2\\x9b"},
-        Case{"the first character behind the C1 controls", "\xC2\xA0", "\xC2\xA0"},
-        Case{"a mark that turns the direction", "\xE2\x80\xAE", "\\xe2\\x80\\xae"},
-        Case{"Latin-1", "J\xFCrgen", "J\\xfcrgen"},
-        Case{"a character cut short", "\xE2\x82", "\\xe2\\x82"},
-        Case{"a character in more bytes than it needs", "\xC0\xAF", "\\xc0\\xaf"},
-        Case{"half of a surrogate pair", "\xED\xA0\x80", "\\xed\\xa0\\x80"},
-        Case{"behind the last character there is", "\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
-        Case{"a backslash is left alone", "a\\b", "a\\b"}));
+        TextCase{"nothing", "", ""}, TextCase{"plain text", "duty phone 7~", "duty phone 7~"},
+        TextCase{"UTF-8 of two, three and four bytes",
+                 "J\xC3\xBCrgen \xE2\x82\xAC \xF0\x9F\x93\x9F",
+                 "J\xC3\xBCrgen \xE2\x82\xAC \xF0\x9F\x93\x9F"},
+        TextCase{"an escape sequence", "\x1b[2J", "\\x1b[2J"},
+        TextCase{"line ends and tabs", "a\r\n\tb",
+                 "a\\x0d\\x0a\\x09"
+                 "b"},
+        TextCase{"a zero", std::string("a\0b", 3),
+                 "a\\x00"
+                 "b"},
+        TextCase{"delete", "\x7f", "\\x7f"},
+        TextCase{"a C1 control in UTF-8", "\xC2\x9B", "\\xc2\\x9b"},
+        TextCase{"the first character behind the C1 controls", "\xC2\xA0", "\xC2\xA0"},
+        TextCase{"a mark that turns the direction", "\xE2\x80\xAE", "\\xe2\\x80\\xae"},
+        TextCase{"Latin-1", "J\xFCrgen", "J\\xfcrgen"},
+        TextCase{"a character cut short", "\xE2\x82", "\\xe2\\x82"},
+        TextCase{"a character in more bytes than it needs", "\xC0\xAF", "\\xc0\\xaf"},
+        TextCase{"half of a surrogate pair", "\xED\xA0\x80", "\\xed\\xa0\\x80"},
+        TextCase{"behind the last character there is", "\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+        TextCase{"a backslash is left alone", "a\\b", "a\\b"}));
 
 TEST(CharacterName, IsTheCharacterAndItsNumber) {
     EXPECT_EQ("'\xE2\x82\xAC' (U+20AC)", NameOf(FirstCharacter("\xE2\x82\xAC!"), "\xE2\x82\xAC!"));

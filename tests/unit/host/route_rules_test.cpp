@@ -13,7 +13,7 @@ using ::testing::IsEmpty;
 
 // "error 12: there is no pager ..." for each finding on a sound site with this route, which begins
 // in line 10.
-std::vector<std::string> Findings(const std::string& route) {
+std::vector<std::string> RouteFindings(const std::string& route) {
     constexpr const char* kSite =
         "[[port]]\nname = \"COM 1\"\n[port.sms1]\ndial = \"ATDT1\"\n"
         "[[pager]]\ndescription = \"duty\"\ntype = \"sms1\"\nnumber = \"1\"\nport = \"COM 1\"\n"
@@ -29,42 +29,43 @@ std::vector<std::string> Findings(const std::string& route) {
 }
 
 TEST(RouteRules, FindNothingWrongWithASoundRoute) {
-    EXPECT_THAT(Findings("pagers = [\"duty\"]\n"), IsEmpty());
-    EXPECT_THAT(Findings("groups = \"PLANT/*\"\npagers = [\"duty\"]\n"
-                         "severities = [\"critical\", \"major\", \"minor\", \"informational\", "
-                         "\"unknown\"]\n"),
-                IsEmpty());
+    EXPECT_THAT(RouteFindings("pagers = [\"duty\"]\n"), IsEmpty());
+    EXPECT_THAT(
+        RouteFindings("groups = \"PLANT/*\"\npagers = [\"duty\"]\n"
+                      "severities = [\"critical\", \"major\", \"minor\", \"informational\", "
+                      "\"unknown\"]\n"),
+        IsEmpty());
 }
 
 TEST(RouteRules, FindASeverityThatNoAlarmHas) {
-    EXPECT_THAT(
-        Findings("groups = \"A\"\npagers = [\"duty\"]\nseverities = [\"minor\",\n\"Major\"]\n"),
-        ElementsAre("error 14: route for \"A\": there is no severity \"Major\""));
+    EXPECT_THAT(RouteFindings(
+                    "groups = \"A\"\npagers = [\"duty\"]\nseverities = [\"minor\",\n\"Major\"]\n"),
+                ElementsAre("error 14: route for \"A\": there is no severity \"Major\""));
 }
 
 TEST(RouteRules, FindAPagerThatIsNotThere) {
-    EXPECT_THAT(Findings("pagers = [\n\"duty\",\n\"nobody\"]\n"),
+    EXPECT_THAT(RouteFindings("pagers = [\n\"duty\",\n\"nobody\"]\n"),
                 ElementsAre("error 13: route for \"*\": there is no pager \"nobody\""));
 }
 
 TEST(RouteRules, FindAPagerThatStandsTwice) {
-    EXPECT_THAT(Findings("pagers = [\"duty\",\n\"duty\"]\n"),
+    EXPECT_THAT(RouteFindings("pagers = [\"duty\",\n\"duty\"]\n"),
                 ElementsAre("warning 12: route for \"*\": pager \"duty\" stands twice"));
 }
 
 TEST(RouteRules, FindARouteToNobody) {
-    EXPECT_THAT(Findings("groups = \"A\"\n"),
+    EXPECT_THAT(RouteFindings("groups = \"A\"\n"),
                 ElementsAre("warning 10: route for \"A\": names no pager"));
-    EXPECT_THAT(Findings("pagers = []\n"),
+    EXPECT_THAT(RouteFindings("pagers = []\n"),
                 ElementsAre("warning 10: route for \"*\": names no pager"));
 }
 
 TEST(RouteRules, FindAGroupThatNoAlarmOfTheSiteCanHave) {
     EXPECT_THAT(
-        Findings("groups = \"\u6771\"\npagers = [\"duty\"]\n"),
+        RouteFindings("groups = \"\u6771\"\npagers = [\"duty\"]\n"),
         ElementsAre("error 11: the text \"\u6771\" holds '\u6771' (U+6771), which latin1 doesn't "
                     "have"));
-    EXPECT_THAT(Findings("groups = \"a\\u0007\"\npagers = [\"duty\"]\n"),
+    EXPECT_THAT(RouteFindings("groups = \"a\\u0007\"\npagers = [\"duty\"]\n"),
                 ElementsAre("error 11: the text \"a\a\" holds the control character U+0007"));
 }
 

@@ -86,17 +86,17 @@ TEST(SoundSite, HasNoMistakes) {
     EXPECT_THAT(Mistakes(kSound), IsEmpty());
 }
 
-struct Case {
+struct SiteCase {
     int line;
     const char* replacement;
     const char* mistake;
 };
 
-void PrintTo(const Case& one, std::ostream* out) {
+void PrintTo(const SiteCase& one, std::ostream* out) {
     *out << one.replacement << " -> " << one.mistake;
 }
 
-class OneMistake : public ::testing::TestWithParam<Case> {};
+class OneMistake : public ::testing::TestWithParam<SiteCase> {};
 
 TEST_P(OneMistake, IsFound) {
     EXPECT_THAT(Mistakes(WithLine(GetParam().line, GetParam().replacement)),
@@ -107,76 +107,83 @@ TEST_P(OneMistake, IsFound) {
 INSTANTIATE_TEST_SUITE_P(
     InAPort, OneMistake,
     ::testing::Values(
-        Case{4, "baud = 600", "4: port \"COM 1\": 600 is no speed of the serial line driver"},
-        Case{4, "baud = -9600", "4: port \"COM 1\": -9600 is no speed of the serial line driver"},
-        Case{5, "flow = \"None\"", "5: port \"COM 1\": there is no flow control \"None\""},
-        Case{11, "prompt = \"\"", "11: port \"COM 1\": the prompt is empty"},
-        Case{12, "data = 4", "12: port \"COM 1\", pager: 4 data bits can't be set"},
-        Case{12, "data = 9", "12: port \"COM 1\", pager: 9 data bits can't be set"},
-        Case{13, "parity = \"mark\"",
-             "13: port \"COM 1\", pager: parity \"mark\" is refused by the serial line driver"},
-        Case{13, "parity = \"space\"",
-             "13: port \"COM 1\", pager: parity \"space\" is refused by the serial line driver"},
-        Case{14, "stop = 0", "14: port \"COM 1\", pager: 0 stop bits can't be set"},
-        Case{14, "stop = 3", "14: port \"COM 1\", pager: 3 stop bits can't be set"},
-        Case{16, "protocol = \"tap\"", "16: port \"COM 1\", sms1: there is no protocol \"tap\""},
-        Case{18, "data = 0", "18: port \"COM 1\", sms1: 0 data bits can't be set"},
-        Case{19, "parity = \"e\"",
-             "19: port \"COM 1\", sms1: parity \"e\" is refused by the serial line driver"},
-        Case{20, "stop = 5", "20: port \"COM 1\", sms1: 5 stop bits can't be set"},
-        Case{22, "protocol = \"\"", "22: port \"COM 1\", sms2: there is no protocol \"\""},
-        Case{24, "data = 10", "24: port \"COM 1\", sms2: 10 data bits can't be set"},
-        Case{25, "parity = \"\"",
-             "25: port \"COM 1\", sms2: parity \"\" is refused by the serial line driver"},
-        Case{26, "stop = -1", "26: port \"COM 1\", sms2: -1 stop bits can't be set"}));
+        SiteCase{4, "baud = 600", "4: port \"COM 1\": 600 is no speed of the serial line driver"},
+        SiteCase{4, "baud = -9600",
+                 "4: port \"COM 1\": -9600 is no speed of the serial line driver"},
+        SiteCase{5, "flow = \"None\"", "5: port \"COM 1\": there is no flow control \"None\""},
+        SiteCase{11, "prompt = \"\"", "11: port \"COM 1\": the prompt is empty"},
+        SiteCase{12, "data = 4", "12: port \"COM 1\", pager: 4 data bits can't be set"},
+        SiteCase{12, "data = 9", "12: port \"COM 1\", pager: 9 data bits can't be set"},
+        SiteCase{13, "parity = \"mark\"",
+                 "13: port \"COM 1\", pager: parity \"mark\" is refused by the serial line driver"},
+        SiteCase{
+            13, "parity = \"space\"",
+            "13: port \"COM 1\", pager: parity \"space\" is refused by the serial line driver"},
+        SiteCase{14, "stop = 0", "14: port \"COM 1\", pager: 0 stop bits can't be set"},
+        SiteCase{14, "stop = 3", "14: port \"COM 1\", pager: 3 stop bits can't be set"},
+        SiteCase{16, "protocol = \"tap\"",
+                 "16: port \"COM 1\", sms1: there is no protocol \"tap\""},
+        SiteCase{18, "data = 0", "18: port \"COM 1\", sms1: 0 data bits can't be set"},
+        SiteCase{19, "parity = \"e\"",
+                 "19: port \"COM 1\", sms1: parity \"e\" is refused by the serial line driver"},
+        SiteCase{20, "stop = 5", "20: port \"COM 1\", sms1: 5 stop bits can't be set"},
+        SiteCase{22, "protocol = \"\"", "22: port \"COM 1\", sms2: there is no protocol \"\""},
+        SiteCase{24, "data = 10", "24: port \"COM 1\", sms2: 10 data bits can't be set"},
+        SiteCase{25, "parity = \"\"",
+                 "25: port \"COM 1\", sms2: parity \"\" is refused by the serial line driver"},
+        SiteCase{26, "stop = -1", "26: port \"COM 1\", sms2: -1 stop bits can't be set"}));
 
 INSTANTIATE_TEST_SUITE_P(
     InAPager, OneMistake,
     ::testing::Values(
-        Case{28, "description = \"\"", "28: a pager has no description"},
-        Case{30, "port = \"COM 2\"", "30: pager \"duty\": there is no port \"COM 2\""},
-        Case{30, "port = \"com 1\"", "30: pager \"duty\": there is no port \"com 1\""},
-        Case{31, "type = \"beeper\"", "31: pager \"duty\": there is no type \"beeper\""},
-        Case{31, "type = \"4\"", "31: pager \"duty\": there is no type \"4\""},
-        Case{32, "number = \"\"", "32: pager \"duty\": the number \"\" has no digits"},
-        Case{32, "number = \"none@\"", "32: pager \"duty\": the number \"none@\" has no digits"},
-        Case{32, "number = \"5550111@\"",
-             "32: (warning) pager \"duty\": nothing stands behind the @ of its number"},
-        Case{33, "retries = -1", "33: pager \"duty\": retries is -1"},
-        Case{33, "retries = 2147483648", "33: pager \"duty\": retries is 2147483648"},
-        Case{34, "delay = -5", "34: pager \"duty\": delay is -5"},
-        Case{35, "hours = \"offic\"", "35: pager \"duty\": there are no hours \"offic\""},
-        Case{35, "hours = \"office\"",
-             "35: (warning) pager \"duty\": hours \"office\" don't cover the week"},
-        Case{37, "description = \"duty\"", "37: pager \"duty\" is there already, on line 27"},
-        Case{17, "dial = \"\"", "27: pager \"duty\": port \"COM 1\" has no dial command for it"},
-        Case{10, "", "36: pager \"engineer\": port \"COM 1\" has no dial command for it"}));
+        SiteCase{28, "description = \"\"", "28: a pager has no description"},
+        SiteCase{30, "port = \"COM 2\"", "30: pager \"duty\": there is no port \"COM 2\""},
+        SiteCase{30, "port = \"com 1\"", "30: pager \"duty\": there is no port \"com 1\""},
+        SiteCase{31, "type = \"beeper\"", "31: pager \"duty\": there is no type \"beeper\""},
+        SiteCase{31, "type = \"4\"", "31: pager \"duty\": there is no type \"4\""},
+        SiteCase{32, "number = \"\"", "32: pager \"duty\": the number \"\" has no digits"},
+        SiteCase{32, "number = \"none@\"",
+                 "32: pager \"duty\": the number \"none@\" has no digits"},
+        SiteCase{32, "number = \"5550111@\"",
+                 "32: (warning) pager \"duty\": nothing stands behind the @ of its number"},
+        SiteCase{33, "retries = -1", "33: pager \"duty\": retries is -1"},
+        SiteCase{33, "retries = 2147483648", "33: pager \"duty\": retries is 2147483648"},
+        SiteCase{34, "delay = -5", "34: pager \"duty\": delay is -5"},
+        SiteCase{35, "hours = \"offic\"", "35: pager \"duty\": there are no hours \"offic\""},
+        SiteCase{35, "hours = \"office\"",
+                 "35: (warning) pager \"duty\": hours \"office\" don't cover the week"},
+        SiteCase{37, "description = \"duty\"", "37: pager \"duty\" is there already, on line 27"},
+        SiteCase{17, "dial = \"\"",
+                 "27: pager \"duty\": port \"COM 1\" has no dial command for it"},
+        SiteCase{10, "", "36: pager \"engineer\": port \"COM 1\" has no dial command for it"}));
 
 INSTANTIATE_TEST_SUITE_P(
     InHours, OneMistake,
     ::testing::Values(
-        Case{43, "mon-fri = \"8-25\"", "43: hours \"office\": \"25\" is not an hour from 0 to 24"},
-        Case{43, "monday = \"8-18\"", "43: hours \"office\": there is no day \"monday\""},
-        Case{43, "mon = \"8-18\"\nsun-tue = \"8-18\"",
-             "44: hours \"office\": mon is said already, on line 43"},
-        Case{43, "all = true\nmon = \"8-18\"",
-             "43: hours \"office\": all = true, and days besides"},
-        Case{43, "mon = \"none\"", "41: (warning) hours \"office\" allow no hour"},
-        Case{43, "", "41: (warning) hours \"office\" allow no hour"},
-        Case{43, "sun = \"8-18\"\n[[hours]]\nname = \"office\"\nall = true",
-             "45: hours \"office\" are there already, on line 41"}));
+        SiteCase{43, "mon-fri = \"8-25\"",
+                 "43: hours \"office\": \"25\" is not an hour from 0 to 24"},
+        SiteCase{43, "monday = \"8-18\"", "43: hours \"office\": there is no day \"monday\""},
+        SiteCase{43, "mon = \"8-18\"\nsun-tue = \"8-18\"",
+                 "44: hours \"office\": mon is said already, on line 43"},
+        SiteCase{43, "all = true\nmon = \"8-18\"",
+                 "43: hours \"office\": all = true, and days besides"},
+        SiteCase{43, "mon = \"none\"", "41: (warning) hours \"office\" allow no hour"},
+        SiteCase{43, "", "41: (warning) hours \"office\" allow no hour"},
+        SiteCase{43, "sun = \"8-18\"\n[[hours]]\nname = \"office\"\nall = true",
+                 "45: hours \"office\" are there already, on line 41"}));
 
 INSTANTIATE_TEST_SUITE_P(
     InTexts, OneMistake,
     ::testing::Values(
-        Case{1, "encoding = \"utf-8\"", "1: there is no encoding \"utf-8\""},
-        Case{29, "owner = \"\xE2\x82\xAC\"",
-             "29: the text \"\xE2\x82\xAC\" holds '\xE2\x82\xAC' (U+20AC), which latin1 doesn't "
-             "have"},
-        Case{7, "init = \"AT\\rATZ\"",
-             "7: the text \"AT\rATZ\" holds the control character U+000D"},
-        Case{17, "dial = \"ATDT\\u007F\"",
-             "17: the text \"ATDT\x7F\" holds the control character U+007F"}));
+        SiteCase{1, "encoding = \"utf-8\"", "1: there is no encoding \"utf-8\""},
+        SiteCase{
+            29, "owner = \"\xE2\x82\xAC\"",
+            "29: the text \"\xE2\x82\xAC\" holds '\xE2\x82\xAC' (U+20AC), which latin1 doesn't "
+            "have"},
+        SiteCase{7, "init = \"AT\\rATZ\"",
+                 "7: the text \"AT\rATZ\" holds the control character U+000D"},
+        SiteCase{17, "dial = \"ATDT\\u007F\"",
+                 "17: the text \"ATDT\x7F\" holds the control character U+007F"}));
 
 TEST(SeveralMistakes, AreAllFoundInTheOrderOfTheirLines) {
     EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 0\"\nbaud = 1\n[[pager]]\ndescription = \"a\"\n"

@@ -12,7 +12,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 // "3: unknown key ..."
-std::vector<std::string> Mistakes(std::string_view text) {
+std::vector<std::string> FileMistakes(std::string_view text) {
     std::vector<std::string> mistakes;
     const ReadSite read = ParseSite(text);
     for (const Finding& finding : read.findings.All()) {
@@ -211,9 +211,9 @@ TEST(SiteFile, ThatIsNotUtf8IsOneMistakeWithItsLine) {
 
 TEST(SiteFile, ReportsUnknownKeysInEveryPart) {
     EXPECT_THAT(
-        Mistakes("encodign = \"latin1\"\n[[port]]\nname = \"COM 1\"\nbauds = 300\n"
-                 "[port.sms1]\ndail = \"1\"\n[port.sms3]\n[[pager]]\ndescription = \"a\"\n"
-                 "type = \"ntt\"\nnumber = \"1\"\nretry = 2\n[pagers]\n"),
+        FileMistakes("encodign = \"latin1\"\n[[port]]\nname = \"COM 1\"\nbauds = 300\n"
+                     "[port.sms1]\ndail = \"1\"\n[port.sms3]\n[[pager]]\ndescription = \"a\"\n"
+                     "type = \"ntt\"\nnumber = \"1\"\nretry = 2\n[pagers]\n"),
         ElementsAre("1: unknown key \"encodign\" at the top of the file",
                     "4: unknown key \"bauds\" in port", "6: unknown key \"dail\" in port.sms1",
                     "7: unknown key \"sms3\" in port", "12: unknown key \"retry\" in pager",
@@ -222,9 +222,9 @@ TEST(SiteFile, ReportsUnknownKeysInEveryPart) {
 
 TEST(SiteFile, ReportsValuesOfAnotherKind) {
     EXPECT_THAT(
-        Mistakes("encoding = 1\n[[port]]\nname = 1\nbaud = \"300\"\nmodem = 1\nflow = true\n"
-                 "pager = 5\n[[pager]]\ndescription = \"a\"\ntype = \"ntt\"\nnumber = 123\n"
-                 "retries = 1.5\n[[hours]]\nname = \"a\"\nmon = 8\nall = \"yes\"\n"),
+        FileMistakes("encoding = 1\n[[port]]\nname = 1\nbaud = \"300\"\nmodem = 1\nflow = true\n"
+                     "pager = 5\n[[pager]]\ndescription = \"a\"\ntype = \"ntt\"\nnumber = 123\n"
+                     "retries = 1.5\n[[hours]]\nname = \"a\"\nmon = 8\nall = \"yes\"\n"),
         ElementsAre("1: encoding has to be a text between double quotes",
                     "3: port.name has to be a text between double quotes",
                     "4: port.baud has to be a whole number",
@@ -238,14 +238,14 @@ TEST(SiteFile, ReportsValuesOfAnotherKind) {
 }
 
 TEST(SiteFile, ReportsASingleTableWhereAListIsMeant) {
-    EXPECT_THAT(Mistakes("[port]\nname = \"COM 1\"\n"),
+    EXPECT_THAT(FileMistakes("[port]\nname = \"COM 1\"\n"),
                 ElementsAre("1: port has to be a list of tables: [[port]]"));
-    EXPECT_THAT(Mistakes("pager = [1, 2]\n"),
+    EXPECT_THAT(FileMistakes("pager = [1, 2]\n"),
                 ElementsAre("1: pager has to be a list of tables: [[pager]]"));
 }
 
 TEST(SiteFile, ReportsWhatIsMissing) {
-    EXPECT_THAT(Mistakes("[[port]]\n[[pager]]\n[[hours]]\n"),
+    EXPECT_THAT(FileMistakes("[[port]]\n[[pager]]\n[[hours]]\n"),
                 ElementsAre("1: port.name is missing", "2: pager.description is missing",
                             "2: pager.type is missing", "2: pager.number is missing",
                             "3: hours.name is missing"));
@@ -286,11 +286,11 @@ pagers = ["duty",
 
 TEST(SiteFile, ReportsWhatIsNoListOfTexts) {
     EXPECT_THAT(
-        Mistakes("[[route]]\npagers = \"duty\"\nseverities = [\"minor\",\n3,\n[\"major\"]]\n"),
+        FileMistakes("[[route]]\npagers = \"duty\"\nseverities = [\"minor\",\n3,\n[\"major\"]]\n"),
         ElementsAre("2: route.pagers has to be a list of texts, as [\"one\", \"two\"]",
                     "4: route.severities has to be a list of texts, as [\"one\", \"two\"]",
                     "5: route.severities has to be a list of texts, as [\"one\", \"two\"]"));
-    EXPECT_THAT(Mistakes("[[route]]\npager = [\"duty\"]\ngroups = [\"a\"]\n"),
+    EXPECT_THAT(FileMistakes("[[route]]\npager = [\"duty\"]\ngroups = [\"a\"]\n"),
                 ElementsAre("2: unknown key \"pager\" in route",
                             "3: route.groups has to be a text between double quotes"));
 }
@@ -305,9 +305,9 @@ TEST(SiteFile, SaysWhatToDo) {
 }
 
 TEST(SiteFile, MayBeEmpty) {
-    EXPECT_THAT(Mistakes(""), IsEmpty());
-    EXPECT_THAT(Mistakes("# nothing yet\n"), IsEmpty());
-    EXPECT_THAT(Mistakes("port = []\n"), ElementsAre(HasSubstr("[[port]]")));
+    EXPECT_THAT(FileMistakes(""), IsEmpty());
+    EXPECT_THAT(FileMistakes("# nothing yet\n"), IsEmpty());
+    EXPECT_THAT(FileMistakes("port = []\n"), ElementsAre(HasSubstr("[[port]]")));
 }
 
 }  // namespace

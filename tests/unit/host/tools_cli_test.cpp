@@ -26,7 +26,7 @@ std::string ReadWhole(const char* path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-constexpr const char* kSite =
+constexpr const char* kToolsSite =
     "encoding = \"latin1\"\n\n[[port]]\nname = \"COM 1\"\nbaud = 9600\nflow = \"none\"\n"
     "modem = true\ninit = \"AT&F\"\nreset = \"ATZ\"\n\n[port.pager]\ndial = \"ATDT0,\"\n"
     "prompt = \">\"\ndata = 8\nparity = \"none\"\nstop = 1\n\n[port.sms1]\nprotocol = \"TAP\"\n"
@@ -42,7 +42,7 @@ class SiteCommands : public ::testing::Test {
     SiteCommands() {
         unsetenv("PAGERFWD_DATABASE");
         EXPECT_EQ(0, Run({"init"}).exit_code);
-        WriteFile("site.toml", kSite);
+        WriteFile("site.toml", kToolsSite);
         EXPECT_EQ(0, Run({"import", "site.toml"}).exit_code);
     }
 
@@ -64,21 +64,21 @@ class SiteCommands : public ::testing::Test {
 TEST_F(SiteCommands, ExportWhatWasImported) {
     const ProgramRun run = Run({"export"});
     EXPECT_EQ(0, run.exit_code) << run.err;
-    EXPECT_EQ(kSite, run.out);
+    EXPECT_EQ(kToolsSite, run.out);
 }
 
 TEST_F(SiteCommands, ExportToAFileThatIsNotThereYet) {
     const ProgramRun run = Run({"export", "copy.toml"});
     EXPECT_EQ(0, run.exit_code) << run.err;
     EXPECT_EQ("copy.toml: written\n", run.out);
-    EXPECT_EQ(kSite, ReadWhole("copy.toml"));
+    EXPECT_EQ(kToolsSite, ReadWhole("copy.toml"));
     WriteFile("copy.toml", "mine");
     const ProgramRun refused = Run({"export", "copy.toml"});
     EXPECT_EQ(2, refused.exit_code);
     EXPECT_THAT(refused.err, HasSubstr("copy.toml: is there already"));
     EXPECT_EQ("mine", ReadWhole("copy.toml"));
     EXPECT_EQ(0, Run({"export", "--force", "copy.toml"}).exit_code);
-    EXPECT_EQ(kSite, ReadWhole("copy.toml"));
+    EXPECT_EQ(kToolsSite, ReadWhole("copy.toml"));
     EXPECT_EQ(3, Run({"export", "none/copy.toml"}).exit_code);
 }
 

@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 using pagersim::ScriptedLine;
 using pagersim::VirtualClock;
 
-constexpr int32_t kEarlierError = 77;
+constexpr int32_t kFormerError = 77;
 
 // All nine ports are there.
 struct CreateFileTest : testing::Test {
@@ -73,9 +73,9 @@ TEST_F(CreateFileTest, ArgumentsBehindTheNameAreIgnored) {
 }
 
 TEST_F(CreateFileTest, SuccessLeavesTheErrorAlone) {
-    win_errno = kEarlierError;
+    win_errno = kFormerError;
     EXPECT_EQ(1, PortOf("COM1"));
-    EXPECT_EQ(kEarlierError, GetLastError());
+    EXPECT_EQ(kFormerError, GetLastError());
 }
 
 TEST_F(CreateFileTest, FailureLeavesAnErrorThatIsNotZero) {
@@ -112,10 +112,10 @@ struct SerialTest : testing::Test {
     SerialTest() {
         const DCB dcb = Mode("COM2:9600,n,8,1");
         EXPECT_EQ(1, SetCommState(handle, &dcb));
-        win_errno = kEarlierError;
+        win_errno = kFormerError;
     }
     ~SerialTest() override {
-        EXPECT_EQ(kEarlierError, GetLastError()) << "no call but those that say so sets it";
+        EXPECT_EQ(kFormerError, GetLastError()) << "no call but those that say so sets it";
         CloseHandle(handle);
     }
 

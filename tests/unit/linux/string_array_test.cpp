@@ -25,7 +25,7 @@ class OpenArray : public CStringArray {
     bool HasMemory() const { return m_pData != nullptr; }
 };
 
-std::vector<std::string> Texts(const CStringArray& array) {
+std::vector<std::string> TextsOf(const CStringArray& array) {
     std::vector<std::string> texts;
     texts.reserve(static_cast<size_t>(array.GetSize()));
     for (int i = 0; i < array.GetSize(); ++i) {
@@ -49,7 +49,7 @@ TEST(ArraySize, IsZeroAtFirst) {
 TEST(ArraySize, OfTheFirstElementsIsAllocatedExactly) {
     OpenArray array;
     array.SetSize(3);
-    EXPECT_EQ((List{"", "", ""}), Texts(array));
+    EXPECT_EQ((List{"", "", ""}), TextsOf(array));
     EXPECT_EQ(3, array.MaxSize());
 
     OpenArray growing;
@@ -61,10 +61,10 @@ TEST(ArraySize, ShrinksAndGrowsWithinItsMemory) {
     OpenArray array{"a", "b", "c"};
     const int maxSize = array.MaxSize();
     array.SetSize(1);
-    EXPECT_EQ((List{"a"}), Texts(array));
+    EXPECT_EQ((List{"a"}), TextsOf(array));
     array.SetSize(maxSize);
     EXPECT_EQ(maxSize, array.MaxSize());
-    EXPECT_EQ("", Texts(array)[1]);
+    EXPECT_EQ("", TextsOf(array)[1]);
 }
 
 TEST(ArraySize, ReleasesWhatItCutsOff) {
@@ -147,7 +147,7 @@ TEST(ArraySize, KeepsTheElementsWhenTheyMove) {
     array.SetSize(100);
     EXPECT_TRUE(Share(text, array[0]));
     EXPECT_EQ(2, HeaderOf(text).nRefs);
-    EXPECT_EQ("", Texts(array)[99]);
+    EXPECT_EQ("", TextsOf(array)[99]);
 }
 
 TEST(ArraySize, FreeExtraLeavesNoMoreMemoryThanElements) {
@@ -157,7 +157,7 @@ TEST(ArraySize, FreeExtraLeavesNoMoreMemoryThanElements) {
     array.SetAt(16, "last");
     array.FreeExtra();
     EXPECT_EQ(17, array.MaxSize());
-    EXPECT_EQ("last", Texts(array)[16]);
+    EXPECT_EQ("last", TextsOf(array)[16]);
 
     array.RemoveAt(0, 17);
     EXPECT_TRUE(array.HasMemory());
@@ -213,9 +213,9 @@ TEST(SetAtGrow, ReplacesOrLengthens) {
     OpenArray array{"a"};
     array.SetAtGrow(0, "A");
     array.SetAtGrow(2, CString("C"));
-    EXPECT_EQ((List{"A", "", "C"}), Texts(array));
+    EXPECT_EQ((List{"A", "", "C"}), TextsOf(array));
     array.SetAtGrow(3, static_cast<const char*>(nullptr));
-    EXPECT_EQ((List{"A", "", "C", ""}), Texts(array));
+    EXPECT_EQ((List{"A", "", "C", ""}), TextsOf(array));
 }
 
 TEST(SetAtGrow, TakesAnElementOfItsOwn) {
@@ -237,17 +237,17 @@ TEST(SetAtGrowDeathTest, RefusesImpossibleIndices) {
 TEST(InsertAt, MakesRoomForAnElement) {
     OpenArray array{"a", "c"};
     array.InsertAt(1, "b");
-    EXPECT_EQ((List{"a", "b", "c"}), Texts(array));
+    EXPECT_EQ((List{"a", "b", "c"}), TextsOf(array));
     array.InsertAt(0, "x", 2);
-    EXPECT_EQ((List{"x", "x", "a", "b", "c"}), Texts(array));
+    EXPECT_EQ((List{"x", "x", "a", "b", "c"}), TextsOf(array));
     array.InsertAt(5, "end");
-    EXPECT_EQ((List{"x", "x", "a", "b", "c", "end"}), Texts(array));
+    EXPECT_EQ((List{"x", "x", "a", "b", "c", "end"}), TextsOf(array));
 }
 
 TEST(InsertAt, BeyondTheEndLengthens) {
     OpenArray array{"a"};
     array.InsertAt(3, "b", 2);
-    EXPECT_EQ((List{"a", "", "", "b", "b"}), Texts(array));
+    EXPECT_EQ((List{"a", "", "", "b", "b"}), TextsOf(array));
 }
 
 TEST(InsertAt, KeepsTheCountsOfSharers) {
@@ -272,9 +272,9 @@ TEST(InsertAt, MakesRoomForAnArray) {
     const OpenArray added{"x", "y"};
     OpenArray array{"a", "b"};
     array.InsertAt(1, added);
-    EXPECT_EQ((List{"a", "x", "y", "b"}), Texts(array));
+    EXPECT_EQ((List{"a", "x", "y", "b"}), TextsOf(array));
     array.InsertAt(5, added);
-    EXPECT_EQ((List{"a", "x", "y", "b", "", "x", "y"}), Texts(array));
+    EXPECT_EQ((List{"a", "x", "y", "b", "", "x", "y"}), TextsOf(array));
     EXPECT_TRUE(Share(added[0], array[1]));
     array.InsertAt(9, OpenArray());
     EXPECT_EQ(7, array.GetSize());
@@ -295,13 +295,13 @@ TEST(RemoveAt, ClosesTheGap) {
     OpenArray array{"a", "b", "c", "d", "e"};
     const int maxSize = array.MaxSize();
     array.RemoveAt(1, 2);
-    EXPECT_EQ((List{"a", "d", "e"}), Texts(array));
+    EXPECT_EQ((List{"a", "d", "e"}), TextsOf(array));
     array.RemoveAt(2);
-    EXPECT_EQ((List{"a", "d"}), Texts(array));
+    EXPECT_EQ((List{"a", "d"}), TextsOf(array));
     array.RemoveAt(0);
-    EXPECT_EQ((List{"d"}), Texts(array));
+    EXPECT_EQ((List{"d"}), TextsOf(array));
     array.RemoveAt(1, 0);
-    EXPECT_EQ((List{"d"}), Texts(array));
+    EXPECT_EQ((List{"d"}), TextsOf(array));
     EXPECT_EQ(maxSize, array.MaxSize());
 }
 
@@ -330,7 +330,7 @@ TEST(Append, AddsTheOtherArrayAtTheEnd) {
     const OpenArray added{"x", "y"};
     OpenArray array{"a"};
     EXPECT_EQ(1, array.Append(added));
-    EXPECT_EQ((List{"a", "x", "y"}), Texts(array));
+    EXPECT_EQ((List{"a", "x", "y"}), TextsOf(array));
     EXPECT_EQ(3, array.Append(OpenArray()));
     EXPECT_EQ(3, array.GetSize());
 }
@@ -339,7 +339,7 @@ TEST(ArrayCopy, BecomesEqual) {
     const OpenArray src{"x", "y"};
     OpenArray array{"a", "b", "c"};
     array.Copy(src);
-    EXPECT_EQ((List{"x", "y"}), Texts(array));
+    EXPECT_EQ((List{"x", "y"}), TextsOf(array));
     EXPECT_TRUE(Share(src[0], array[0]));
     array.Copy(OpenArray());
     EXPECT_EQ(0, array.GetSize());

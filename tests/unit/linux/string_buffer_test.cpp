@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char* kNoText = nullptr;
-
 // What the operations are made of, for the rules that no operation can break.
 class OpenString : public CString {
  public:

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr const char* kNoText = nullptr;
-
 std::string Whole(const CString& text) {
     return std::string(text, static_cast<size_t>(text.GetLength()));
 }

@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr const char* kNoText = nullptr;
-
 // Unlike Format itself, takes formats that the compiler would refuse.
 CString Printed(const char* format, ...) {
     va_list args;

@@ -21,4 +21,7 @@ inline bool IsSharedEmptyText(const CString& text) {
     return Characters(text) == _afxPchNil;
 }
 
+// A text that isn't there.
+inline constexpr const char* kNoText = nullptr;
+
 #endif

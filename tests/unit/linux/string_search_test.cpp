@@ -10,9 +10,7 @@
 
 namespace {
 
-constexpr const char* kNoText = nullptr;
-
-class OpenString : public CString {
+class TextWithPart : public CString {
  public:
     using CString::CString;
     using CString::Part;
@@ -143,7 +141,7 @@ TEST(Mid, OfTheWholeOfALockedBufferDoesNotShare) {
 }
 
 TEST(MidDeathTest, NeverReadsBeyondTheText) {
-    const OpenString text("abc");
+    const TextWithPart text("abc");
     EXPECT_ASSERTION(text.Part(1, 3), "./XString", "nFirst + nCount <= GetData()->nDataLength");
     EXPECT_ASSERTION(text.Part(-1, 1), "./XString", "nFirst >= 0");
 }

@@ -15,6 +15,8 @@
 
 #include "linux/tty.h"
 
+inline constexpr char kDevice[] = "/dev/ttyS0";
+
 struct CloseLine {
     void operator()(TtyLine* line) const { tty_close(line); }
 };

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -20,35 +19,15 @@
 #include "linux/tty.h"
 #include "linux/tty_line.h"
 #include "sim/testing.h"
+#include "tests/unit/linux/tcsetattr_calls.h"
 #include "tests/unit/linux/temp_folder.h"
 #include "tests/unit/linux/tty_fixture.h"
-
-namespace {
-
-int refusals = 0;  // how many of the next settings the device refuses
-
-}  // namespace
-
-extern "C" {
-int __real_tcsetattr(int fd, int action, const termios* settings);
-
-int __wrap_tcsetattr(int fd, int action, const termios* settings) {
-    if (refusals > 0) {
-        --refusals;
-        errno = EINVAL;
-        return -1;
-    }
-    return __real_tcsetattr(fd, action, settings);
-}
-}
 
 namespace {
 
 using namespace std::chrono_literals;
 using pagersim::Milliseconds;
 using pagersim::VirtualClock;
-
-constexpr char kDevice[] = "/dev/ttyS0";
 
 termios SettingsOf(const std::string& device) {
     const int fd = open(device.c_str(), O_RDWR | O_NOCTTY);
@@ -180,7 +159,7 @@ TEST_F(HangUpTest, DropsTheSpeedForThePauseThenReopensAfterThePause) {
 }
 
 TEST_F(HangUpTest, ReopensAlsoWhenTheSpeedCannotBeDropped) {
-    refusals = 1;
+    TcsetattrCalls::refusals = 1;
     EXPECT_TRUE(tty_hangup(line.get(), 700));
     EXPECT_EQ((std::vector<SpeedLog::Entry>{{700ms, B2400}}), speeds);
     EXPECT_EQ(2, port.Opens());

@@ -5,38 +5,17 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <string>
 
 #include "linux/tty.h"
 #include "sim/testing.h"
+#include "tests/unit/linux/tcsetattr_calls.h"
 #include "tests/unit/linux/tty_fixture.h"
-
-namespace {
-
-bool device_refuses = false;
-int applied_how = -1;  // the action of the latest tcsetattr
-
-}  // namespace
-
-extern "C" {
-int __real_tcsetattr(int fd, int action, const termios* settings);
-
-int __wrap_tcsetattr(int fd, int action, const termios* settings) {
-    applied_how = action;
-    if (device_refuses) {
-        errno = EINVAL;
-        return -1;
-    }
-    return __real_tcsetattr(fd, action, settings);
-}
-}
 
 namespace {
 
 constexpr tcflag_t kEditing = ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHONL;
 constexpr tcflag_t kAllInput = 0xffff;  // the highest bit is the C library's own
-constexpr char kDevice[] = "/dev/ttyS0";
 
 // Leaves every flag of the device on or off before the driver opens it.
 void Prepare(bool on) {
@@ -57,7 +36,7 @@ void Prepare(bool on) {
 }
 
 struct SetupTest : testing::Test {
-    ~SetupTest() override { device_refuses = false; }
+    ~SetupTest() override { TcsetattrCalls::refusals = 0; }
 
     void Open(bool flags_on) {
         Prepare(flags_on);
@@ -202,8 +181,8 @@ TEST_F(SetupTest, RefusesALineThatIsNotOpen) {
 TEST_F(SetupTest, AppliesAtOnceAndSaysWhenTheDeviceRefuses) {
     Open(false);
     SetRaw(2400, 8, 1, 'n');
-    EXPECT_EQ(TCSANOW, applied_how);
-    device_refuses = true;
+    EXPECT_EQ(TCSANOW, TcsetattrCalls::applied_how);
+    TcsetattrCalls::refusals = 1;
     EXPECT_EQ(-1, tty_setup(line.get(), true, true, 2400, 8, 1, 'n'));
 }
 

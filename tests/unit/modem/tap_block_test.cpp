@@ -8,7 +8,7 @@
 
 namespace {
 
-std::string SumOf(const std::string& bytes) {
+std::string TapSumOf(const std::string& bytes) {
     return std::string(CheckSum(CString(bytes.data(), static_cast<int>(bytes.size()))));
 }
 
@@ -26,7 +26,7 @@ struct SumCase {
 class TapCheckSum : public ::testing::TestWithParam<SumCase> {};
 
 TEST_P(TapCheckSum, IsAsPublished) {
-    EXPECT_EQ(GetParam().sum, SumOf(GetParam().bytes)) << GetParam().what;
+    EXPECT_EQ(GetParam().sum, TapSumOf(GetParam().bytes)) << GetParam().what;
 }
 
 const SumCase kSums[] = {
@@ -62,7 +62,7 @@ TEST(TapCheckSumRule, EachDigitIsZeroPlusFourBits) {
         const std::string digits = {static_cast<char>(0x30 + sum / 256),
                                     static_cast<char>(0x30 + sum / 16 % 16),
                                     static_cast<char>(0x30 + sum % 16)};
-        EXPECT_EQ(digits, SumOf(bytes)) << "of a sum of " << sum;
+        EXPECT_EQ(digits, TapSumOf(bytes)) << "of a sum of " << sum;
     }
 }
 
@@ -99,7 +99,7 @@ TEST(TapBlock, NeitherEscapesNorCuts) {
         "7\r" +
             message + "\r\x03",
         block.substr(0, block.size() - 4));
-    EXPECT_EQ(SumOf(block.substr(0, block.size() - 4)) + "\r", block.substr(block.size() - 4));
+    EXPECT_EQ(TapSumOf(block.substr(0, block.size() - 4)) + "\r", block.substr(block.size() - 4));
 }
 
 TEST(TapBlock, ASecondBlockHoldsNothingOfTheFirst) {

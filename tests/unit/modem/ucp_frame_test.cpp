@@ -29,7 +29,7 @@ std::vector<std::string> Fields(const std::string& frame) {
 }
 
 // As the standard says it: all between STX and the checksum, low eight bits.
-std::string SumOf(const std::string& frame) {
+std::string UcpSumOf(const std::string& frame) {
     unsigned sum = 0;
     for (const char c : frame.substr(1, frame.size() - 4)) {
         sum += static_cast<unsigned char>(c);
@@ -98,7 +98,7 @@ TEST(UcpFrame, KeepsALowerCaseChecksumOfAllBetween) {
         const std::string number = std::to_string(i * 7919);
         const std::string frame = FrameOf(number.c_str(), "Pump 3 stopped");
         const std::string sum = Fields(frame).back();
-        EXPECT_EQ(SumOf(frame), sum) << number;
+        EXPECT_EQ(UcpSumOf(frame), sum) << number;
         sawALetter = sawALetter || sum.find_first_of("abcdef") != std::string::npos;
     }
     EXPECT_TRUE(sawALetter);
@@ -108,7 +108,7 @@ TEST(UcpFrame, TakesANumberOfAnyBytesAndLength) {
     const std::string number = "\xE9\xFF" + std::string(64 * 1024, '1');
     const std::string frame = FrameOf(number.c_str(), "x");
     EXPECT_EQ(number, Fields(frame)[4]);
-    EXPECT_EQ(SumOf(frame), Fields(frame).back());
+    EXPECT_EQ(UcpSumOf(frame), Fields(frame).back());
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 using test_support::Call;
 using test_support::MemoryStore;
 
-constexpr char kTable[] = "AlarmLog";
+constexpr char kAlarmTable[] = "AlarmLog";
 
 class AlarmLog : public test_support::StoreTest {
  protected:
@@ -34,10 +34,10 @@ class AlarmLog : public test_support::StoreTest {
                                     {"stationstate", "1"},
                                     {"timestamp", "978948000"}};
         cells.insert(cells.end(), changes.begin(), changes.end());
-        store.Insert(kTable, cells);
+        store.Insert(kAlarmTable, cells);
     }
     std::string State(int32_t id, const char* column) {
-        return store.Read(kTable, {"alarmlogID", std::to_string(id)}, column);
+        return store.Read(kAlarmTable, {"alarmlogID", std::to_string(id)}, column);
     }
 
     CDB_AlarmLog log{MemoryStore::kDatabase};
@@ -63,12 +63,13 @@ void ExpectAlarm(const AlarmLogEntry& entry, int32_t id) {
 
 // With the id's column where the alarms are listed, without it where the id is known.
 Lines EntryLookUps(const Lines& idColumn) {
-    return LookUps(kTable, Lines{"acktime -> 1", "alarmack -> 2"} + idColumn +
-                               Lines{"alarmName -> 3", "alarmnote -> 4", "details -> 6",
-                                     "execstate -> 8", "mailstate -> 9", "monitoronly -> 10",
-                                     "pagerstate -> 11", "stationstate -> 14", "pagerstate -> 11",
-                                     "broadcaststate -> 5", "eventlogstate -> 7", "server -> 12",
-                                     "severity -> 13", "timestamp -> 15"});
+    return LookUps(
+        kAlarmTable,
+        Lines{"acktime -> 1", "alarmack -> 2"} + idColumn +
+            Lines{"alarmName -> 3", "alarmnote -> 4", "details -> 6", "execstate -> 8",
+                  "mailstate -> 9", "monitoronly -> 10", "pagerstate -> 11", "stationstate -> 14",
+                  "pagerstate -> 11", "broadcaststate -> 5", "eventlogstate -> 7", "server -> 12",
+                  "severity -> 13", "timestamp -> 15"});
 }
 
 const Lines kReadAlarm7 = {"Open(alarms, 'n')", "TableOpen(AlarmLog)",
@@ -118,8 +119,8 @@ TEST_F(AlarmLog, NoRowAndTwoRowsAreNoAlarm) {
 }
 
 TEST_F(AlarmLog, MissingColumnsLeaveNullAnd0AndTheIdIsTheOneAskedFor) {
-    store.AddTable(kTable, {"alarmlogID"});
-    store.Insert(kTable, {{"alarmlogID", "7"}});
+    store.AddTable(kAlarmTable, {"alarmlogID"});
+    store.Insert(kAlarmTable, {{"alarmlogID", "7"}});
 
     const auto entry = Hold(log.FindAlarmLogEntry(7));
 
@@ -160,8 +161,8 @@ TEST_F(AlarmLog, FwdInfoIsWhatAPageNeeds) {
     EXPECT_EQ(kForwardOffLimit, info->pagerState);
     EXPECT_EQ(978948000, info->timestamp);
     EXPECT_EQ(kReadAlarm7 +
-                  LookUps(kTable, {"alarmName -> 3", "details -> 6", "stationstate -> 14",
-                                   "pagerstate -> 11", "timestamp -> 15"}) +
+                  LookUps(kAlarmTable, {"alarmName -> 3", "details -> 6", "stationstate -> 14",
+                                        "pagerstate -> 11", "timestamp -> 15"}) +
                   (Lines{"Free()", "Close()"}),
               store.Calls());
 }
@@ -374,13 +375,13 @@ TEST_P(AlarmLogWrite, WithoutTheTableALockThatWasNotTakenIsNotReleased) {
 
 TEST_P(AlarmLogWrite, WaitsForTheOtherWriterOfTheTable) {
     InsertAlarm(7);
-    store.LockAsOther(kTable);
+    store.LockAsOther(kAlarmTable);
     std::thread writer([this] { EXPECT_EQ(1, Set(7, kForwardDone)); });
     while (store.OpenHandles() == 0) {
         std::this_thread::yield();
     }
     EXPECT_EQ(Lines{}, store.Calls(Call::kTableOpen)) << "not before the lock is taken";
-    store.UnlockAsOther(kTable);
+    store.UnlockAsOther(kAlarmTable);
     writer.join();
     EXPECT_EQ("4", State(7, GetParam().column));
 }

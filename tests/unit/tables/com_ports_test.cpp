@@ -9,7 +9,7 @@ namespace {
 using test_support::Call;
 using test_support::MemoryStore;
 
-constexpr char kTable[] = "AlarmFwd_COMProperties";
+constexpr char kPortTable[] = "AlarmFwd_COMProperties";
 
 class ComPorts : public test_support::StoreTest {
  protected:
@@ -64,7 +64,7 @@ MemoryStore::Cells TellingRow(const std::string& description) {
 }
 
 TEST_F(ComPorts, FillsEveryFieldFromItsOwnColumn) {
-    store.Insert(kTable, TellingRow("COM 3"));
+    store.Insert(kPortTable, TellingRow("COM 3"));
 
     const auto port = Hold(ports.FindComPort("COM 3"));
 
@@ -81,27 +81,27 @@ TEST_F(ComPorts, FillsEveryFieldFromItsOwnColumn) {
 }
 
 TEST_F(ComPorts, AsksForAllColumnsBeforeItFreesTheRow) {
-    store.Insert(kTable, TellingRow("COM 3"));
+    store.Insert(kPortTable, TellingRow("COM 3"));
 
     Hold(ports.FindComPort("COM 3"));
 
     const Lines expected =
         Lines{"Open(alarms, 'n')", "TableOpen(AlarmFwd_COMProperties)",
               "GetAllEntriesByCondition(AlarmFwd_COMProperties, Description = \"COM 3\") -> 1"} +
-        LookUps(kTable, {"Baud -> 2",           "Flow -> 3",      "Select -> 1",
-                         "Init -> 7",           "Reset -> 8",     "PagerData -> 4",
-                         "PagerParity -> 5",    "PagerStop -> 6", "PagerDial -> 9",
-                         "PagerActivity -> 22", "SMS1Data -> 10", "SMS1Parity -> 11",
-                         "SMS1Stop -> 12",      "SMS1Dial -> 13", "SMS1Protocol -> 14",
-                         "SMS1Restrict -> 15",  "SMS2Data -> 16", "SMS2Parity -> 17",
-                         "SMS2Stop -> 18",      "SMS2Dial -> 19", "SMS2Protocol -> 20",
-                         "SMS2Restrict -> 21"}) +
+        LookUps(kPortTable, {"Baud -> 2",           "Flow -> 3",      "Select -> 1",
+                             "Init -> 7",           "Reset -> 8",     "PagerData -> 4",
+                             "PagerParity -> 5",    "PagerStop -> 6", "PagerDial -> 9",
+                             "PagerActivity -> 22", "SMS1Data -> 10", "SMS1Parity -> 11",
+                             "SMS1Stop -> 12",      "SMS1Dial -> 13", "SMS1Protocol -> 14",
+                             "SMS1Restrict -> 15",  "SMS2Data -> 16", "SMS2Parity -> 17",
+                             "SMS2Stop -> 18",      "SMS2Dial -> 19", "SMS2Protocol -> 20",
+                             "SMS2Restrict -> 21"}) +
         Lines{"Free()", "Close()"};
     EXPECT_EQ(expected, store.Calls());
 }
 
 TEST_F(ComPorts, UnknownPortIsNullAndTheDatabaseIsClosed) {
-    store.Insert(kTable, TellingRow("COM 3"));
+    store.Insert(kPortTable, TellingRow("COM 3"));
 
     EXPECT_EQ(nullptr, ports.FindComPort("COM 4"));
 
@@ -113,8 +113,8 @@ TEST_F(ComPorts, UnknownPortIsNullAndTheDatabaseIsClosed) {
 }
 
 TEST_F(ComPorts, FirstOfTwoRowsWins) {
-    store.Insert(kTable, {{"Description", "COM 3"}, {"Baud", "2400"}});
-    store.Insert(kTable, {{"Description", "COM 3"}, {"Baud", "9600"}});
+    store.Insert(kPortTable, {{"Description", "COM 3"}, {"Baud", "2400"}});
+    store.Insert(kPortTable, {{"Description", "COM 3"}, {"Baud", "9600"}});
 
     const auto port = Hold(ports.FindComPort("COM 3"));
 
@@ -135,8 +135,8 @@ TEST_F(ComPorts, SelectLooksAtTheFirstCharacterOnly) {
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.why);
-        store.Delete(kTable, {"Description", "COM 1"});
-        store.Insert(kTable, {{"Description", "COM 1"}, {"Select", each.cell}});
+        store.Delete(kPortTable, {"Description", "COM 1"});
+        store.Insert(kPortTable, {{"Description", "COM 1"}, {"Select", each.cell}});
         const auto port = Hold(ports.FindComPort("COM 1"));
         ASSERT_NE(nullptr, port);
         EXPECT_EQ(each.expected, port->select);
@@ -144,8 +144,8 @@ TEST_F(ComPorts, SelectLooksAtTheFirstCharacterOnly) {
 }
 
 TEST_F(ComPorts, MissingColumnsLeaveNullAndFalse) {
-    store.AddTable(kTable, {"Flow", "Description"});
-    store.Insert(kTable, {{"Description", "COM 1"}, {"Flow", "None"}});
+    store.AddTable(kPortTable, {"Flow", "Description"});
+    store.Insert(kPortTable, {{"Description", "COM 1"}, {"Flow", "None"}});
 
     const auto port = Hold(ports.FindComPort("COM 1"));
 
@@ -165,7 +165,7 @@ TEST_F(ComPorts, MissingColumnsLeaveNullAndFalse) {
 }
 
 TEST_F(ComPorts, CellWithoutTextLeavesNull) {
-    store.Insert(kTable,
+    store.Insert(kPortTable,
                  {{"Description", "COM 1"}, {"Baud", std::nullopt}, {"Init", std::nullopt}});
 
     const auto port = Hold(ports.FindComPort("COM 1"));
@@ -177,7 +177,7 @@ TEST_F(ComPorts, CellWithoutTextLeavesNull) {
 }
 
 TEST_F(ComPorts, DescriptionIsTheOneAskedForNotTheCell) {
-    store.Insert(kTable, {{"Description", "COM 1"}});
+    store.Insert(kPortTable, {{"Description", "COM 1"}});
     std::string asked = "COM 1";
 
     const auto port = Hold(ports.FindComPort(asked.c_str()));
@@ -190,7 +190,7 @@ TEST_F(ComPorts, DescriptionIsTheOneAskedForNotTheCell) {
 
 TEST_F(ComPorts, LongTextsAreCopiedWhole) {
     const std::string longText(70000, 'x');
-    store.Insert(kTable, {{"Description", longText}, {"Init", longText}});
+    store.Insert(kPortTable, {{"Description", longText}, {"Init", longText}});
 
     const auto port = Hold(ports.FindComPort(longText.c_str()));
 

@@ -11,18 +11,18 @@ namespace {
 using test_support::Call;
 using test_support::MemoryStore;
 
-constexpr char kTable[] = "AlarmFwd_PagerEvents";
+constexpr char kEventTable[] = "AlarmFwd_PagerEvents";
 
 class PagerFwdEvents : public test_support::StoreTest {
  protected:
     void InsertEvent(int32_t alarm, const std::string& group, const std::string& pager, int state) {
-        store.Insert(kTable, {{"AlmLogID", std::to_string(alarm)},
-                              {"AlmGroup", group},
-                              {"PagerDescr", pager},
-                              {"ServerN", "srv"},
-                              {"Severity", "3"},
-                              {"PagerRetries", "5"},
-                              {"PagerState", std::to_string(state)}});
+        store.Insert(kEventTable, {{"AlmLogID", std::to_string(alarm)},
+                                   {"AlmGroup", group},
+                                   {"PagerDescr", pager},
+                                   {"ServerN", "srv"},
+                                   {"Severity", "3"},
+                                   {"PagerRetries", "5"},
+                                   {"PagerState", std::to_string(state)}});
     }
 
     CDB_PagerFwdEvents events{MemoryStore::kDatabase};
@@ -31,8 +31,8 @@ class PagerFwdEvents : public test_support::StoreTest {
 // --- Reading.
 
 const Lines kColumnLookUps =
-    LookUps(kTable, {"AlmGroup -> 1", "AlmLogID -> 0", "PagerDescr -> 2", "PagerRetries -> 5",
-                     "PagerState -> 6", "ServerN -> 3", "Severity -> 4"});
+    LookUps(kEventTable, {"AlmGroup -> 1", "AlmLogID -> 0", "PagerDescr -> 2", "PagerRetries -> 5",
+                          "PagerState -> 6", "ServerN -> 3", "Severity -> 4"});
 
 TEST_F(PagerFwdEvents, ActiveEventsAreThoseInState2InRowOrder) {
     InsertEvent(7, "ops", "anna", 2);
@@ -137,14 +137,14 @@ TEST_F(PagerFwdEvents, NegativeIdsAreDecimalTextToo) {
 }
 
 TEST_F(PagerFwdEvents, WithoutTheColumnsOfTheKeyNoRowMatches) {
-    store.AddTable(kTable, {"AlmLogID", "PagerState"});
-    store.Insert(kTable, {{"AlmLogID", "7"}});
+    store.AddTable(kEventTable, {"AlmLogID", "PagerState"});
+    store.Insert(kEventTable, {{"AlmLogID", "7"}});
     EXPECT_EQ(nullptr, events.FindFwdEvent(7, "", ""));
 }
 
 TEST_F(PagerFwdEvents, MissingColumnsLeaveNullAnd0) {
-    store.AddTable(kTable, {"PagerState"});
-    store.Insert(kTable, {{"PagerState", "2"}});
+    store.AddTable(kEventTable, {"PagerState"});
+    store.Insert(kEventTable, {{"PagerState", "2"}});
 
     PagerFwdEvent** rows = nullptr;
     ASSERT_EQ(1, events.GetActiveEvents(&rows));
@@ -198,7 +198,7 @@ TEST_F(PagerFwdEvents, ResultOfTheNewRowIsThatOfTheWrite) {
     store.Fail(Call::kSet, 1, 12);
     EXPECT_EQ(12, events.NewPagerFwdEvent("ops", 7, "anna", "srv", kSeverityMajor, 5,
                                           kForwardBeingPaged));
-    EXPECT_EQ(0U, store.RowCount(kTable));
+    EXPECT_EQ(0U, store.RowCount(kEventTable));
 }
 
 // A page without a state would be deleted by the next start.
@@ -209,7 +209,7 @@ TEST_F(PagerFwdEvents, NoHalfRowIsWritten) {
         store.Fail(Call::kAddElement, failing);
         EXPECT_EQ(-1, events.NewPagerFwdEvent("ops", 7, "anna", "srv", kSeverityMajor, 5,
                                               kForwardBeingPaged));
-        EXPECT_EQ(0U, store.RowCount(kTable));
+        EXPECT_EQ(0U, store.RowCount(kEventTable));
         EXPECT_EQ(Lines{}, store.Calls(Call::kSet));
     }
 }
@@ -224,7 +224,7 @@ TEST_F(PagerFwdEvents, ElementsOfAHalfRowAreGivenBack) {
                      "PagerState = 3, PagerRetries = 5, Severity = 2, ServerN = \"srv\"}, "
                      "'y', 'n') -> 0"}),
               store.Calls(Call::kSQLConditionSet));
-    EXPECT_EQ((Lines{"anna"}), store.Column(kTable, "PagerDescr"));
+    EXPECT_EQ((Lines{"anna"}), store.Column(kEventTable, "PagerDescr"));
 }
 
 TEST_F(PagerFwdEvents, NoHalfChangeIsWritten) {
@@ -235,8 +235,8 @@ TEST_F(PagerFwdEvents, NoHalfChangeIsWritten) {
         store.Fail(Call::kAddElement, failing);
         EXPECT_EQ(-1, events.SetPagerForwarded("ops", 7, "anna", 4, kForwardDone));
     }
-    EXPECT_EQ((Lines{"2"}), store.Column(kTable, "PagerState"));
-    EXPECT_EQ((Lines{"5"}), store.Column(kTable, "PagerRetries"));
+    EXPECT_EQ((Lines{"2"}), store.Column(kEventTable, "PagerState"));
+    EXPECT_EQ((Lines{"5"}), store.Column(kEventTable, "PagerRetries"));
 }
 
 TEST_F(PagerFwdEvents, StateIsSetByTheWholeKey) {
@@ -245,7 +245,7 @@ TEST_F(PagerFwdEvents, StateIsSetByTheWholeKey) {
 
     EXPECT_EQ(1, events.SetForwardState("ops", 7, "anna", kForwardOffLimit));
 
-    EXPECT_EQ((Lines{"3", "2"}), store.Column(kTable, "PagerState"));
+    EXPECT_EQ((Lines{"3", "2"}), store.Column(kEventTable, "PagerState"));
     const Lines expected = {
         "Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerEvents)",
         "AddElement(AlarmFwd_PagerEvents, PagerState, 'i', 3)",
@@ -260,8 +260,8 @@ TEST_F(PagerFwdEvents, KeepsTheLowerCaseSOfSetPagerForwarded) {
 
     EXPECT_EQ(1, events.SetPagerForwarded("ops", 7, "anna", 4, kForwardDone));
 
-    EXPECT_EQ((Lines{"4"}), store.Column(kTable, "PagerState"));
-    EXPECT_EQ((Lines{"4"}), store.Column(kTable, "PagerRetries"));
+    EXPECT_EQ((Lines{"4"}), store.Column(kEventTable, "PagerState"));
+    EXPECT_EQ((Lines{"4"}), store.Column(kEventTable, "PagerRetries"));
     const Lines expected = {
         "Open(alarms, 'n')",
         "TableOpen(AlarmFwd_PagerEvents)",
@@ -276,8 +276,8 @@ TEST_F(PagerFwdEvents, KeepsTheLowerCaseSOfSetPagerForwarded) {
 TEST_F(PagerFwdEvents, SetPagerForwardedKeepsStateAndRetriesApart) {
     InsertEvent(7, "ops", "anna", 2);
     events.SetPagerForwarded("ops", 7, "anna", -1, kForwardOffLimit);
-    EXPECT_EQ((Lines{"3"}), store.Column(kTable, "PagerState"));
-    EXPECT_EQ((Lines{"-1"}), store.Column(kTable, "PagerRetries"));
+    EXPECT_EQ((Lines{"3"}), store.Column(kEventTable, "PagerState"));
+    EXPECT_EQ((Lines{"-1"}), store.Column(kEventTable, "PagerRetries"));
 }
 
 TEST_F(PagerFwdEvents, RowIsDeletedByTheWholeKey) {
@@ -286,7 +286,7 @@ TEST_F(PagerFwdEvents, RowIsDeletedByTheWholeKey) {
 
     EXPECT_EQ(1, events.DeletePagerFwdEvent("ops", 7, "anna"));
 
-    EXPECT_EQ(Lines{"bert"}, store.Column(kTable, "PagerDescr"));
+    EXPECT_EQ(Lines{"bert"}, store.Column(kEventTable, "PagerDescr"));
     const Lines expected = {"Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerEvents)",
                             "SQLConditionDelete(AlarmFwd_PagerEvents, WHERE AlmGroup = \"ops\" AND "
                             "AlmLogID = 7 AND PagerDescr = \"anna\", 'y') -> 1",
@@ -301,7 +301,7 @@ TEST_F(PagerFwdEvents, KeepsTheTwoBlanksOfDeleteEventsByAlarmLogId) {
 
     EXPECT_EQ(2, events.DeleteEventsByAlarmLogId(7));
 
-    EXPECT_EQ(Lines{"70"}, store.Column(kTable, "AlmLogID"));
+    EXPECT_EQ(Lines{"70"}, store.Column(kEventTable, "AlmLogID"));
     const Lines expected = {"Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerEvents)",
                             "SQLConditionDelete(AlarmFwd_PagerEvents, "
                             "WHERE AlarmFwd_PagerEvents.AlmLogID  = 7, 'y') -> 2",
@@ -323,7 +323,7 @@ TEST_F(PagerFwdEvents, EveryRowThatIsNotBeingPagedIsInactive) {
 
     EXPECT_EQ(0, events.DeleteInactiveEvents());
 
-    EXPECT_EQ((Lines{"2", "2"}), store.Column(kTable, "PagerState"));
+    EXPECT_EQ((Lines{"2", "2"}), store.Column(kEventTable, "PagerState"));
     const Lines expected = {"Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerEvents)",
                             "SQLConditionDelete(AlarmFwd_PagerEvents, "
                             "WHERE AlarmFwd_PagerEvents.PagerState <> 2, 'y') -> 5",
@@ -365,7 +365,7 @@ TEST_F(PagerFwdEvents, ATextWithQuotesHitsNoOtherRow) {
     InsertEvent(7, "ops", "anna", 2);
     EXPECT_EQ(0,
               events.DeletePagerFwdEvent("ops\" AND AlmLogID = 7 AND PagerDescr = \"anna", 1, "x"));
-    EXPECT_EQ(1U, store.RowCount(kTable));
+    EXPECT_EQ(1U, store.RowCount(kEventTable));
 }
 
 // --- The fold into the alarm log.
@@ -439,8 +439,8 @@ TEST_F(UpdateAlarmLog, WithoutAColumnOfStatesTheAlarmIsLeftAsItIs) {
 }
 
 TEST_F(UpdateAlarmLog, StatesMayStandInTheFirstColumn) {
-    store.AddTable(kTable, {"PagerState", "AlmLogID"});
-    store.Insert(kTable, {{"PagerState", "4"}, {"AlmLogID", "7"}});
+    store.AddTable(kEventTable, {"PagerState", "AlmLogID"});
+    store.Insert(kEventTable, {{"PagerState", "4"}, {"AlmLogID", "7"}});
     store.Insert("AlarmLog", {{"alarmlogID", "7"}});
 
     events.UpdateAlarmLog(7);
@@ -450,7 +450,7 @@ TEST_F(UpdateAlarmLog, StatesMayStandInTheFirstColumn) {
 
 TEST_F(UpdateAlarmLog, ACellWithoutATextIsNoState) {
     InsertEvent(7, "ops", "anna", 1);
-    store.Update(kTable, {"AlmLogID", "7"}, {{"PagerState", std::nullopt}});
+    store.Update(kEventTable, {"AlmLogID", "7"}, {{"PagerState", std::nullopt}});
     InsertEvent(7, "ops", "bert", 4);
     store.Insert("AlarmLog", {{"alarmlogID", "7"}});
 

@@ -12,7 +12,7 @@ namespace {
 using test_support::Call;
 using test_support::MemoryStore;
 
-constexpr char kTable[] = "AlarmFwd_PagerSetting";
+constexpr char kPagerTable[] = "AlarmFwd_PagerSetting";
 
 class PagerSettings : public test_support::StoreTest {
  protected:
@@ -20,14 +20,14 @@ class PagerSettings : public test_support::StoreTest {
     ~PagerSettings() override { CCOMHdl::PageProtocol = CCOMHdl::kTracingOff; }
 
     void InsertAnna() {
-        store.Insert(kTable, {{"description", "anna"},
-                              {"owner", "Anna N."},
-                              {"comport", "COM 2"},
-                              {"pgtype", "4"},
-                              {"pgnumber", "0555123"},
-                              {"numretries", "7"},
-                              {"retrydelay", "45"},
-                              {"timemodel", "office"}});
+        store.Insert(kPagerTable, {{"description", "anna"},
+                                   {"owner", "Anna N."},
+                                   {"comport", "COM 2"},
+                                   {"pgtype", "4"},
+                                   {"pgnumber", "0555123"},
+                                   {"numretries", "7"},
+                                   {"retrydelay", "45"},
+                                   {"timemodel", "office"}});
     }
 
     test_support::TempDir folder;  // the trace lies in the working directory
@@ -55,8 +55,8 @@ TEST_F(PagerSettings, OnePagerByItsDescription) {
     const Lines expected =
         Lines{"Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerSetting)",
               "GetAllEntriesByCondition(AlarmFwd_PagerSetting, description = \"anna\") -> 1"} +
-        LookUps(kTable, {"owner -> 1", "comport -> 2", "pgtype -> 3", "pgnumber -> 4",
-                         "numretries -> 5", "retrydelay -> 6", "timemodel -> 7"}) +
+        LookUps(kPagerTable, {"owner -> 1", "comport -> 2", "pgtype -> 3", "pgnumber -> 4",
+                              "numretries -> 5", "retrydelay -> 6", "timemodel -> 7"}) +
         Lines{"Free()", "Close()"};
     EXPECT_EQ(expected, store.Calls());
 }
@@ -138,8 +138,8 @@ TEST_F(PagerSettings, ANegativeCountIsNoPager) {
 }
 
 TEST_F(PagerSettings, DescriptionComesFromTheArgumentEvenWithoutAnyOtherColumn) {
-    store.AddTable(kTable, {"description"});
-    store.Insert(kTable, {{"description", "anna"}});
+    store.AddTable(kPagerTable, {"description"});
+    store.Insert(kPagerTable, {{"description", "anna"}});
 
     const auto pager = Hold(settings.GetPager("anna"));
 
@@ -156,7 +156,7 @@ TEST_F(PagerSettings, DescriptionComesFromTheArgumentEvenWithoutAnyOtherColumn) 
 }
 
 TEST_F(PagerSettings, CellsWithoutTextAreNullAnd0) {
-    store.Insert(kTable,
+    store.Insert(kPagerTable,
                  {{"description", "anna"}, {"owner", std::nullopt}, {"pgtype", std::nullopt}});
 
     const auto pager = Hold(settings.GetPager("anna"));
@@ -168,7 +168,7 @@ TEST_F(PagerSettings, CellsWithoutTextAreNullAnd0) {
 
 TEST_F(PagerSettings, ADescriptionOf64KiBIsTracedAndCopiedWhole) {
     const std::string name(65536, 'n');
-    store.Insert(kTable, {{"description", name}});
+    store.Insert(kPagerTable, {{"description", name}});
 
     const auto pager = Hold(settings.GetPager(name.c_str()));
 
@@ -184,7 +184,7 @@ TEST_F(PagerSettings, PercentSignsOfADescriptionAreNoFormat) {
 
 TEST_F(PagerSettings, AllPagersInRowOrder) {
     InsertAnna();
-    store.Insert(kTable, {{"description", "bert"}, {"pgtype", "3"}});
+    store.Insert(kPagerTable, {{"description", "bert"}, {"pgtype", "3"}});
 
     Pager** all = nullptr;
     ASSERT_EQ(2, settings.GetAllPagers(&all));
@@ -196,8 +196,9 @@ TEST_F(PagerSettings, AllPagersInRowOrder) {
     const Lines expected =
         Lines{"Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerSetting)",
               "GetAllEntriesByCondition(AlarmFwd_PagerSetting, description, every row) -> 2"} +
-        LookUps(kTable, {"description -> 0", "owner -> 1", "comport -> 2", "numretries -> 5",
-                         "pgtype -> 3", "retrydelay -> 6", "pgnumber -> 4", "timemodel -> 7"}) +
+        LookUps(kPagerTable,
+                {"description -> 0", "owner -> 1", "comport -> 2", "numretries -> 5", "pgtype -> 3",
+                 "retrydelay -> 6", "pgnumber -> 4", "timemodel -> 7"}) +
         Lines{"Free()", "Close()"};
     EXPECT_EQ(expected, store.Calls());
     EXPECT_EQ(Lines{}, test_support::TraceEntries()) << "only GetPager traces";
@@ -217,8 +218,8 @@ TEST_F(PagerSettings, AnEmptyTableIsMinus1AndHandsNothingOut) {
 }
 
 TEST_F(PagerSettings, AllPagersOfATableWithoutColumnsAreCleared) {
-    store.AddTable(kTable, {"description"});
-    store.Insert(kTable, {{"description", std::nullopt}});
+    store.AddTable(kPagerTable, {"description"});
+    store.Insert(kPagerTable, {{"description", std::nullopt}});
 
     Pager** all = nullptr;
     ASSERT_EQ(1, settings.GetAllPagers(&all));

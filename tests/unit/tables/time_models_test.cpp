@@ -15,7 +15,7 @@ namespace {
 using test_support::Call;
 using test_support::MemoryStore;
 
-constexpr char kTable[] = "AlarmFwd_TMSetting";
+constexpr char kHoursTable[] = "AlarmFwd_TMSetting";
 constexpr size_t kHoursOfWeek = 168;
 constexpr time_t kMonday = 978912000;  // 8 January 2001, 0:00 UTC
 constexpr time_t kHour = 3600;
@@ -93,7 +93,7 @@ TEST_F(TimeModels, FirstOfTwoRowsWins) {
 
 TEST_F(TimeModels, ACellCountsByItsFirstCharacter) {
     store.InsertTimeModel("odd", "");
-    store.Update(kTable, {"description", "odd"},
+    store.Update(kHoursTable, {"description", "odd"},
                  {{"Mo00", "1x"},
                   {"Mo01", ""},
                   {"Mo02", "0"},
