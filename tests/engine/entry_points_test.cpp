@@ -2,6 +2,7 @@
 // pager_fwd.cpp.
 #include "engine/pager_fwd.h"
 #include "modem/COMHdl.h"
+#include "tables/owned_text.h"
 #include "tests/engine/engine_test.h"
 
 namespace {
@@ -87,6 +88,21 @@ TEST_F(EntryPoints, KeepsForgettingAHandlerFromBeforeTheFacade) {
         EXPECT_TRUE(CPagerHdl::IsRunning());
     }
     delete before;
+}
+
+// The call that forgot it then makes another, which shares what is up.
+TEST_F(EntryPoints, ForgottenHandlerIsReplaced) {
+    const CPagerHdl before(database);
+    Start();
+    EXPECT_NE(nullptr, pagerHdl);
+    Stop();
+    EXPECT_FALSE(CPagerHdl::IsRunning());
+}
+
+TEST_F(EntryPoints, FacadeKeepsTheNameThatIsThere) {
+    m_dB = CopyText("first");
+    const CPagerFwd facade(database);
+    EXPECT_STREQ("first", m_dB);
 }
 
 TEST_F(EntryPoints, FacadeWithoutANameHasNone) {
@@ -321,7 +337,7 @@ TEST_F(EntryPoints, PagerTypeIsReadAsANumber) {
     char text[] = "anna";
     char number[] = "555";
     char port[] = "COM 1";
-    char type[] = " 4 and more";
+    char type[] = " 4a";
     EXPECT_EQ(0, TestPager(&info, text, number, port, type, text));
     EXPECT_TRUE(TraceHas("Pagernumber: 555 (SMS1(TAP) )"));
 }

@@ -299,6 +299,16 @@ TEST_F(Interleaving, EngineCanBeStoppedAfterItWasRefusedAThread) {
     EXPECT_THAT(Rows(), ElementsAre("7 sms 0 2"));
 }
 
+TEST_F(Interleaving, TestPageNamesTheDatabaseAsLongAsItLasts) {
+    char other[] = "other";
+    info.dbName = other;
+    std::string during;
+    BeforeTheTrace("PAGER TEST invoked!", [&during] { during = m_dB; });
+    EXPECT_EQ(0, Test({"test", kSms1}));
+    EXPECT_EQ("other", during);
+    EXPECT_EQ(nullptr, m_dB);
+}
+
 // --- Rows and entries
 
 // A row that came back after it would be paged again by the next start.

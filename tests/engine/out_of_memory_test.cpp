@@ -171,6 +171,20 @@ TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoFacade) {
     EXPECT_TRUE(CPagerHdl::IsRunning());
 }
 
+// From an engine that is not up only.
+TEST_F(OutOfMemory, ExceptionPassesOnFromTheFirstAlarmAndNoOther) {
+    {
+        const FailingSize fault(sizeof(CPagerFwd));
+        EXPECT_THROW(Forward(1, {"anna"}), std::bad_alloc);
+    }
+    Start();
+    {
+        const FailingSize fault(sizeof database);  // its copy, to look the pagers up with
+        EXPECT_EQ(0, Forward(1, {"anna"}));
+    }
+    EXPECT_EQ(1, Forward(1, {"anna"}));
+}
+
 TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoHandler) {
     {
         const FailingSize fault(sizeof database);  // its copy, the first thing that is made

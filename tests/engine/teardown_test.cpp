@@ -104,6 +104,7 @@ TEST_F(Teardown, OfAWorkerThatIsStuckBesideTheLineGivesUpSoon) {
     EXPECT_FALSE(CPagerHdl::IsRunning());
     EXPECT_EQ(1, Forward(8, {"sms"}));
     EXPECT_EQ(5, Test({"test", kSms1}));
+    EXPECT_NE(nullptr, pagerHdl) << "what a test page has not made stays";
     EXPECT_EQ(2U, Rows().size());
 
     // It comes back and sees that it was asked to stop.
