@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,29 @@ using pagersim::ScriptedLine;
 using pagersim::VirtualClock;
 
 constexpr int32_t kFormerError = 77;
+
+bool no_memory_for_handles = false;
+
+}  // namespace
+
+void* operator new(size_t size) {
+    constexpr size_t kBlockOfHandles = 512;
+    const bool fails =
+        no_memory_for_handles && size == kBlockOfHandles && !pagersim::IsInSimulation();
+    void* const memory = fails ? nullptr : std::malloc(size != 0 ? size : 1);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t /*size*/) noexcept {
+    std::free(memory);
+}
+
+namespace {
 
 // All nine ports are there.
 struct CreateFileTest : testing::Test {
@@ -357,6 +381,21 @@ HANDLE used_at_the_end = nullptr;
 using SerialDeathTest = SerialTest;
 
 // A page may be on the line in another thread while the process ends.
+// The record of a handle comes with a block of its container, when the one before is used up.
+TEST_F(SerialTest, LineIsGivenBackWhenThereIsNoMemoryForItsHandle) {
+    no_memory_for_handles = true;
+    HANDLE refused = handle;
+    for (int i = 0; i < 100 && refused != INVALID_HANDLE_VALUE; ++i) {
+        refused = CreateFile("COM2");
+        CloseHandle(refused);
+    }
+    no_memory_for_handles = false;
+    EXPECT_EQ(INVALID_HANDLE_VALUE, refused);
+    EXPECT_EQ(IE_BADID, GetLastError());
+    win_errno = kEarlierError;
+    EXPECT_EQ(port.Opens(), port.Closes() + 1) << "all but the fixture's own";
+}
+
 TEST_F(SerialDeathTest, HandleStaysValidUntilTheProcessHasEnded) {
     SetCommMask(handle, EV_RXCHAR);
     CloseHandle(handle);

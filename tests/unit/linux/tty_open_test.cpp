@@ -14,6 +14,7 @@
 #include <memory>
 #include <regex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "linux/tty.h"
@@ -111,6 +112,59 @@ TEST(TtyClose, PutsTheOriginalSettingsBack) {
     EXPECT_EQ(before.c_lflag, after.c_lflag);
     EXPECT_EQ(-1, fcntl(fd, F_GETFD)) << "the descriptor is still open";
     close(other);
+}
+
+TEST(TtyClose, TakesDescriptorZeroForOneLikeOthers) {
+    const Pty pty;
+    const termios before = SettingsOf(pty.Path());
+    const int other = open(pty.Path().c_str(), O_RDWR | O_NOCTTY);
+    const int usual = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    close(STDIN_FILENO);
+    TtyLine* const line = tty_open(pty.Path().c_str(), nullptr, nullptr);
+    EXPECT_EQ(STDIN_FILENO, tty_fd(line));
+    EXPECT_EQ(0, tty_setup(line, true, true, 300, 8, 2, 'n'));
+    tty_close(line);
+    EXPECT_EQ(before.c_lflag, SettingsOf(pty.Path()).c_lflag);
+    EXPECT_EQ(-1, fcntl(STDIN_FILENO, F_GETFD)) << "the descriptor is still open";
+    dup2(usual, STDIN_FILENO);
+    close(usual);
+    close(other);
+}
+
+TEST(TtyReopen, WithoutASetUpThereAreTheDevicesOwnSettings) {
+    const Pty pty;
+    const termios before = SettingsOf(pty.Path());
+    const Line line = OpenLine(pty.Path());
+    EXPECT_TRUE(tty_reopen(line.get(), 0));
+    EXPECT_EQ(before.c_lflag, SettingsOf(pty.Path()).c_lflag);
+    EXPECT_EQ(before.c_cflag, SettingsOf(pty.Path()).c_cflag);
+}
+
+// Another thread takes the line's own place while it is closed, and no lower one is left.
+TEST(TtyReopen, FailsForADescriptorThatSelectCannotWaitFor) {
+    const VirtualClock clock;
+    const Pty pty;
+    const Line line = OpenLine(pty.Path());
+    rlimit old{};
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &old));
+    const rlimit enough{std::max<rlim_t>(old.rlim_cur, FD_SETSIZE + 8), old.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &enough)) << "the hard limit (ulimit -Hn) is too low";
+    std::vector<int> taken;
+    while (taken.empty() || taken.back() < FD_SETSIZE - 1) {
+        taken.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
+        ASSERT_LE(0, taken.back());
+    }
+    std::thread other([&taken] {
+        msleep(5);
+        taken.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    });
+    EXPECT_FALSE(tty_reopen(line.get(), 10));
+    EXPECT_EQ(-1, tty_fd(line.get()));
+    other.join();
+    for (const int fd : taken) {
+        close(fd);
+    }
+    setrlimit(RLIMIT_NOFILE, &old);
 }
 
 // A far end that notes the settings it is given, and when.

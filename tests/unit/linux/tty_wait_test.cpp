@@ -19,7 +19,8 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-Calls calls;
+Calls calls;                              // the time-outs of all selects
+int latest_count;                         // of descriptors that the latest select looks through
 std::optional<timeval> interrupted_with;  // a signal ends the next select, with this time left
 std::optional<timeval> readable_with;     // the next select finds input, with this time left
 
@@ -29,6 +30,7 @@ extern "C" {
 int __real_select(int count, fd_set* reads, fd_set* writes, fd_set* excepts, timeval* timeout);
 
 int __wrap_select(int count, fd_set* reads, fd_set* writes, fd_set* excepts, timeval* timeout) {
+    latest_count = count;
     calls.push_back(std::to_string(timeout->tv_sec) + "." + std::to_string(timeout->tv_usec));
     if (interrupted_with) {
         *timeout = *interrupted_with;
@@ -74,6 +76,12 @@ TEST_F(WaitTest, PauseTakesItsTime) {
     msleep(2345);
     EXPECT_EQ(2345ms, VirtualClock::Now());
     EXPECT_EQ(Calls{"2.345000"}, calls);
+    EXPECT_EQ(0, latest_count);
+}
+
+TEST_F(WaitTest, ShortestPauseIsAMillisecond) {
+    msleep(1);
+    EXPECT_EQ(1ms, VirtualClock::Now());
 }
 
 TEST_F(WaitTest, PauseOfZeroOrLessIsNone) {
@@ -109,6 +117,19 @@ TEST_F(WaitTest, NothingWithinTheWaitIsATimeOut) {
     int32_t wait = 700;
     EXPECT_EQ(0, data_ready(ReadEnd(), &wait));
     EXPECT_EQ(700ms, VirtualClock::Now());
+    EXPECT_EQ(ReadEnd() + 1, latest_count);
+    EXPECT_EQ(700, wait) << "it is stored only with input";
+}
+
+TEST_F(WaitTest, DescriptorZeroIsOneLikeOthers) {
+    const int usual = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    MakeReadable();
+    dup2(ReadEnd(), STDIN_FILENO);
+    int32_t wait = 100;
+    EXPECT_EQ(1, data_ready(STDIN_FILENO, &wait));
+    close(STDIN_FILENO);
+    dup2(usual, STDIN_FILENO);
+    close(usual);
 }
 
 TEST_F(WaitTest, NegativeWaitIsNone) {
