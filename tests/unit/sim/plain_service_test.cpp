@@ -76,6 +76,14 @@ TEST_F(PlainServiceTest, WithoutConfirmationNothingIsDelivered) {
     EXPECT_THAT(call_.Notes(), ElementsAre("not confirmed"));
 }
 
+TEST_F(PlainServiceTest, EmptyLineIsNoYes) {
+    Answer();
+    To("4711\r");
+    To("FIRE\r");
+    To("\r");
+    EXPECT_THAT(call_.Pages(), IsEmpty());
+}
+
 TEST_F(PlainServiceTest, EveryFormOfYes) {
     for (const char* yes : {"j", "J", "y", "Y", "jy", "JY", "yes"}) {
         Answer();

@@ -65,12 +65,31 @@ TEST(TapBlock, LengthIsAtMost256) {
     const std::string longest = BlockOf("1\r" + std::string(246, 'x') + "\r");
     ASSERT_EQ(255U, longest.size());
     EXPECT_EQ(0, ReadTapBlock(BlockOf("12\r" + std::string(246, 'x') + "\r"), true).code);
-    EXPECT_EQ(kTapTooLong,
-              ReadTapBlock(BlockOf("123\r" + std::string(246, 'x') + "\r"), true).code);
+    const TapBlock longer = ReadTapBlock(BlockOf("123\r" + std::string(246, 'x') + "\r"), true);
+    EXPECT_EQ(kTapTooLong, longer.code);
+    EXPECT_EQ("a block of 257 characters; 256 are allowed", longer.fault);
 }
 
 TEST(TapBlock, ShiftedControlIsDecoded) {
     EXPECT_THAT(ReadTapBlock(BlockOf("123\rA\x1aMB\r"), true).fields, ElementsAre("123", "A\rB"));
+}
+
+TEST(TapBlock, ShiftedControlMayStandFirstAndLastInAField) {
+    EXPECT_THAT(ReadTapBlock(BlockOf("123\r\x1aMB\r"), true).fields, ElementsAre("123", "\rB"));
+    EXPECT_THAT(ReadTapBlock(BlockOf("123\rA\x1aM\r"), true).fields, ElementsAre("123", "A\r"));
+}
+
+TEST(TapBlock, ShiftWithoutACharacterIsAFault) {
+    EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\rA\x1a\r"), true).code);
+}
+
+TEST(TapBlock, EveryCharacterOfTheChecksumCounts) {
+    const std::string good = BlockOf("123\rABC\r");
+    for (std::size_t from_end = 2; from_end <= 4; ++from_end) {
+        std::string bad = good;
+        ++bad[bad.size() - from_end];
+        EXPECT_EQ(kTapChecksum, ReadTapBlock(bad, true).code) << from_end;
+    }
 }
 
 TEST(TapBlock, BareControlIsAFault) {
@@ -91,6 +110,8 @@ TEST(TapBlock, LenientReaderSkipsLineFeedAndNulButCountsThem) {
 
 TEST(TapBlock, FieldsMustEnd) {
     EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\rABC"), false).code);
+    EXPECT_EQ("the last field doesn't end with <cr>",
+              ReadTapBlock(BlockOf("123\rABC"), false).fault);
     EXPECT_EQ(kTapFormat, ReadTapBlock(BlockOf("123\rABC", '\x17'), false).code);
 }
 
@@ -133,6 +154,10 @@ TEST(TapBlock, IsWholeWithTheCarriageReturnBehindTheChecksum) {
     EXPECT_TRUE(IsWholeTapBlock(BlockOf("123\r", '\x17')));
     EXPECT_TRUE(IsWholeTapBlock(BlockOf("123\rAB", '\x1f')));
     EXPECT_FALSE(IsWholeTapBlock(BlockOf("123\rAB\r", '\x1e')));
+    EXPECT_FALSE(
+        IsWholeTapBlock("\x02"
+                        "123\rABC\r\x03"
+                        "17;X"));
 }
 
 }  // namespace

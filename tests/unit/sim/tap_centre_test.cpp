@@ -144,6 +144,8 @@ TEST_F(TapCentreTest, BadLogOnIsAskedForThreeTimes) {
     EXPECT_EQ("507 Bad log-on\r\x15\rID=", To("hello\r"));
     EXPECT_EQ("507 Bad log-on\r\x15\rID=", To("hello\r"));
     EXPECT_EQ("507 Bad log-on\r\x1b\x04\r", To("hello\r"));
+    EXPECT_THAT(call_.Notes(), Contains("not a log-on: hello").Times(3));
+    EXPECT_EQ("", To("\r" + kLogOn)) << "it is over";
     call_.Hear(300ms);
     EXPECT_TRUE(call_.HungUp());
 }
@@ -205,6 +207,23 @@ TEST_F(TapCentreTest, StrictOneWantsDigitsForAPager) {
     EXPECT_EQ("510 Illegal pager id\r\x1e\r", To(block + TapChecksum(block) + "\r"));
 }
 
+TEST_F(TapCentreTest, AnyDigitsAreAPager) {
+    TapOptions options;
+    options.strict = true;
+    LogOn(options);
+    const std::string block =
+        "\x02"
+        "1023456789\rABC\r\x03";
+    EXPECT_EQ(kAccepted, To(block + TapChecksum(block) + "\r"));
+}
+
+TEST_F(TapCentreTest, SaysNothingOnceTheCallHasEnded) {
+    LogOn();
+    centre_->Ended();
+    EXPECT_EQ("", To(kBlock));
+    EXPECT_THAT(call_.Pages(), IsEmpty());
+}
+
 TEST_F(TapCentreTest, EmptyPagerIsIllegal) {
     LogOn();
     const std::string block = "\x02\rABC\r\x03";
@@ -263,6 +282,7 @@ TEST_F(TapCentreTest, MayAcceptAndNeverEnd) {
     EXPECT_EQ("", To(kEnd));
     EXPECT_EQ("", call_.Hear(60'000ms));
     EXPECT_FALSE(call_.HungUp());
+    EXPECT_THAT(call_.Notes(), ElementsAre("never ends the call"));
     EXPECT_THAT(call_.Pages(), ElementsAre("123: ABC"));
 }
 
@@ -297,11 +317,19 @@ TEST_F(TapCentreTest, FieldMayGoOnInTheNextBlock) {
     EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3 is hot, very hot"));
 }
 
+TEST_F(TapCentreTest, LineFeedWithinABlockCountsInItsChecksum) {
+    LogOn();
+    EXPECT_EQ(kAccepted, To(Block("123\rA\nB\r", kEtx)));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: AB"));
+}
+
 TEST_F(TapCentreTest, FieldsMayComeInBlocksOfTheirOwn) {
     LogOn();
     EXPECT_EQ(kAccepted, To(Block("123\r", kEtb)));
     EXPECT_EQ(kAccepted, To(Block("Pump 3\r", kEtx)));
     EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3"));
+    EXPECT_EQ(kAccepted, To(kBlock));
+    EXPECT_THAT(call_.Pages(), ElementsAre("123: Pump 3", "123: ABC")) << "the next begins anew";
 }
 
 TEST_F(TapCentreTest, FurtherFieldsAreFurtherLines) {

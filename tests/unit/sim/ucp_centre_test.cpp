@@ -114,6 +114,11 @@ TEST_F(UcpCentreTest, TextsMayBeShownInTheAlphabetOfGsm) {
     EXPECT_THAT(call_.Pages(), ElementsAre("0123: Ä¡öñ€", "0123: [@", "0123: 47"));
 }
 
+TEST_F(UcpCentreTest, OtherwiseTextsAreShownAsTheyAre) {
+    To(Submit("0123", "3", "5B40"));
+    EXPECT_THAT(call_.Pages(), ElementsAre("0123: [@"));
+}
+
 TEST_F(UcpCentreTest, TextOf160SeptetsFitsHoweverLongItIsShown) {
     options_.gsm = true;
     std::string hex;
@@ -241,6 +246,23 @@ TEST_F(UcpCentreTest, StrictOneWantsNothingBetweenFrames) {
     EXPECT_THAT(To("\n" + Submit("0123", "3", "4869")), ::testing::HasSubstr("/N/02//"));
     EXPECT_THAT(To(Submit("0123", "3", "4869")), ::testing::HasSubstr("/A//"))
         << "only the next frame is spoilt";
+}
+
+TEST_F(UcpCentreTest, StrictOneNoticesWhatStandsBetweenTwoFrames) {
+    options_.strict = true;
+    EXPECT_THAT(To(Submit("0123", "3", "4869")), ::testing::HasSubstr("/A//"));
+    EXPECT_THAT(To("\n" + Submit("0123", "3", "4869")), ::testing::HasSubstr("/N/02//"));
+    EXPECT_THAT(call_.Notes(), ElementsAre("something stands before the frame"));
+}
+
+TEST_F(UcpCentreTest, OneFieldTooFewIsASyntaxError) {
+    EXPECT_THAT(To(Frame("/O/51/0123/12345/////////////////3//")), ::testing::HasSubstr("/N/02//"));
+    EXPECT_THAT(call_.Notes(), ElementsAre("operation 51 with 20 fields"));
+    EXPECT_THAT(To(Frame("/O/60/0765/2/1/1/")), ::testing::HasSubstr("/N/02//"));
+}
+
+TEST_F(UcpCentreTest, RecipientOf16DigitsIsTaken) {
+    EXPECT_THAT(To(Submit("0123456789012345", "3", "4869")), ::testing::HasSubstr("/A//"));
 }
 
 TEST_F(UcpCentreTest, LenientOneTakesMissingLastFields) {
