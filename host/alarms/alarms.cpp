@@ -10,7 +10,14 @@ constexpr const char* kSelect =
     "SELECT row_id, alarmlogID,"
     " CASE alarm_group WHEN '' THEN alarmName ELSE alarm_group END,"
     " severity, server, details, pagerstate, CAST(timestamp AS INTEGER),"
-    " alarmack NOT IN ('', '0'), CAST(acktime AS INTEGER) FROM AlarmLog ";
+    " alarmack NOT IN ('', '0'), CAST(acktime AS INTEGER), alarmnote FROM AlarmLog ";
+
+// How a note begins that names who has acknowledged.
+const std::string kBy = "acknowledged by ";
+
+std::string NamedIn(std::string_view note) {
+    return note.substr(0, kBy.size()) == kBy ? std::string(note.substr(kBy.size())) : std::string();
+}
 
 std::vector<Alarm> ReadAll(Statement& statement) {
     std::vector<Alarm> alarms;
@@ -26,6 +33,7 @@ std::vector<Alarm> ReadAll(Statement& statement) {
         alarm.raised = static_cast<std::time_t>(statement.Number(7));
         alarm.acknowledged = statement.Number(8) != 0;
         alarm.acknowledged_at = static_cast<std::time_t>(statement.Number(9));
+        alarm.acknowledged_by = NamedIn(statement.Text(10));
         alarms.push_back(std::move(alarm));
     }
     return alarms;
@@ -80,15 +88,18 @@ int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t no
     return number;
 }
 
-Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now) {
+Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now,
+                              const std::string& by) {
     const std::string number_text = std::to_string(number);
     const std::string time = std::to_string(now);
     WriteTransaction transaction(connection);
     // The trigger of the table sets its pagerstate.
     Statement(connection,
-              "UPDATE AlarmLog SET alarmack = '1', acktime = ?"
+              "UPDATE AlarmLog SET alarmack = '1', acktime = ?,"
+              " alarmnote = CASE WHEN alarmnote = '' THEN ? ELSE alarmnote END"
               " WHERE alarmlogID = ? AND alarmack IN ('', '0')")
         .Bind(time)
+        .Bind(by.empty() ? by : kBy + by)
         .Bind(number_text)
         .Run();
     const bool changed = connection.Changes() > 0;

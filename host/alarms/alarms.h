@@ -30,6 +30,7 @@ struct Alarm {
     std::time_t raised = 0;
     bool acknowledged = false;
     std::time_t acknowledged_at = 0;
+    std::string acknowledged_by;  // empty: the alarm log doesn't say
 };
 
 struct NewAlarm {
@@ -45,7 +46,9 @@ struct NewAlarm {
 int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now);
 
 enum class Acknowledged { kNow, kBefore, kUnknown };
-Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now);
+// by: whom the alarm's note names then, unless it holds another text already.
+Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now,
+                              const std::string& by = {});
 
 // Those that are not acknowledged and still being paged, or new.
 std::vector<Alarm> OpenAlarms(Connection& connection);

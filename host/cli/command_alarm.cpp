@@ -1,9 +1,13 @@
 // pagerfwd alarm: the alarm log. Tested by tests/unit/host/cli_alarm_test.cpp.
 #include <unistd.h>
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <array>
 #include <climits>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -68,12 +72,22 @@ ExitCode Raise(const Program& program, const RaiseOptions& options) {
     return kDone;
 }
 
+// Whoever called this program; behind sudo, too.
+std::string UserName() {
+    const char* const before = std::getenv("SUDO_USER");
+    if (geteuid() == 0 && before != nullptr) {
+        return before;
+    }
+    const passwd* const entry = getpwuid(getuid());
+    return entry == nullptr ? "user " + std::to_string(getuid()) : entry->pw_name;
+}
+
 ExitCode Ack(const Program& program, const std::vector<int64_t>& numbers) {
     Lease lease(program.database);
     bool known = true;
     for (const int64_t number : numbers) {
         const std::string name = "alarm " + std::to_string(number);
-        switch (AcknowledgeAlarm(lease.Database(), number, std::time(nullptr))) {
+        switch (AcknowledgeAlarm(lease.Database(), number, std::time(nullptr), UserName())) {
             case Acknowledged::kNow:
                 std::cout << name << ": acknowledged; no further page leaves\n";
                 break;

@@ -80,7 +80,9 @@ ExitCode RunEngine(Program program, const RunOptions& options) {
         program.trace = true;  // only the trace tells that a port can't be opened
         StartTrace(program);
         const Library library(program.library);
-        Service(service_options, library, log).Run(stop);
+        while (Service(service_options, library, log).Run(stop) ==
+               Service::End::kDatabaseReplaced) {
+        }
     } catch (const EngineTaken& taken) {
         throw Failure(kNo, taken.what());
     }

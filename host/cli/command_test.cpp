@@ -97,8 +97,8 @@ int32_t SendShown(const Program& program, Lease& lease, const std::optional<OwnE
     return engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager);
 }
 
-const TestResult& MeaningOf(int32_t code) {
-    const TestResult* const result = FindTestResult(code);
+const TestResult& MeaningOf(int32_t code, const PagerRow& pager) {
+    const TestResult* const result = FindTestResult(code, DialIsThePage(pager.number));
     if (result == nullptr) {
         throw Failure(kCannot,
                       "the library gave a result that is not known: " + std::to_string(code));
@@ -120,9 +120,11 @@ ExitCode Report(const TestResult& result, bool traced) {
     return result.exit;
 }
 
-ExitCode ReportAsJson(const TestResult& result, const std::string& name) {
+ExitCode ReportAsJson(const TestResult& result, const std::string& name, bool dial_is_page) {
+    const bool went_well = result.exit == kDone;
     std::cout << Written({{"pager", name},
-                          {"sent", result.exit == kDone},
+                          {"sent", went_well && !dial_is_page},
+                          {"dialled", went_well && dial_is_page},
                           {"result", result.code},
                           {"meaning", result.meaning},
                           {"remedy", result.remedy}})
@@ -141,13 +143,14 @@ ExitCode Test(const Program& program, const std::string& name, bool sendPending,
     }
 
     if (json) {
-        return ReportAsJson(MeaningOf(SendShown(program, lease, engine, pager)), name);
+        return ReportAsJson(MeaningOf(SendShown(program, lease, engine, pager), pager), name,
+                            DialIsThePage(pager.number));
     }
     std::cout << "test page to \"" << Printable(name) << "\", number "
               << Shown(pager.number, encoding) << (engine ? "" : ", by the running engine")
               << " ...\n"
               << std::flush;
-    return Report(MeaningOf(SendShown(program, lease, engine, pager)), program.trace);
+    return Report(MeaningOf(SendShown(program, lease, engine, pager), pager), program.trace);
 }
 
 }  // namespace

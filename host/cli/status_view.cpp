@@ -7,6 +7,7 @@
 #include "host/cli/names.h"
 #include "host/cli/times.h"
 #include "host/service/engine_locks.h"
+#include "host/service/page_words.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
@@ -45,7 +46,7 @@ class TableOut {
     void Page(const PageStory& page) {
         const std::time_t last = page.end == PageEnd::kPending ? page.due : page.ended;
         Row(Shown(page.alarm, encoding_), Shown(page.group, encoding_),
-            Shown(page.pager, encoding_), WordOf(page.end), TriesOf(page), LocalTime(page.queued),
+            Shown(page.pager, encoding_), StateOf(page), TriesOf(page), LocalTime(page.queued),
             LocalTime(last));
     }
 
@@ -54,7 +55,7 @@ class TableOut {
              const std::string& state, const std::string& tries, const std::string& queued,
              const std::string& last) {
         out_ << std::left << std::setw(11) << alarm << ' ' << std::setw(14) << group << ' '
-             << std::setw(16) << pager << ' ' << std::setw(12) << state << ' ' << std::setw(8)
+             << std::setw(16) << pager << ' ' << std::setw(14) << state << ' ' << std::setw(8)
              << tries << ' ' << std::setw(19) << queued << ' ' << last << "\n";
     }
 
@@ -67,6 +68,7 @@ Json ToJson(const PageStory& page, Encoding encoding) {
                  {"group", Decode(page.group, encoding)},
                  {"pager", Decode(page.pager, encoding)},
                  {"state", WordOf(page.end)},
+                 {"outcome", StateOf(page)},
                  {"tries", page.tries},
                  {"retries", page.retries},
                  {"queued", LocalTime(page.queued)}};

@@ -4,6 +4,9 @@
 namespace host {
 namespace {
 
+constexpr TestResult kDialled = {
+    0, kDone, "dialled; the call is the page, and nothing confirms that it arrived", ""};
+
 constexpr TestResult kResults[] = {
     {-1, kUsage, "the library doesn't know the pager or its hours",
      "Look at the site file with: pagerfwd check"},
@@ -22,7 +25,10 @@ constexpr TestResult kResults[] = {
 
 }  // namespace
 
-const TestResult* FindTestResult(int32_t code) {
+const TestResult* FindTestResult(int32_t code, bool dial_is_page) {
+    if (code == kDialled.code && dial_is_page) {
+        return &kDialled;
+    }
     for (const TestResult& result : kResults) {
         if (result.code == code) {
             return &result;

@@ -16,8 +16,8 @@ struct TestResult {
     const char* remedy;  // empty when all is well
 };
 
-// Null for a code that the library doesn't give.
-const TestResult* FindTestResult(int32_t code);
+// Null for a code that the library doesn't give. dial_is_page: see send_test_page.h.
+const TestResult* FindTestResult(int32_t code, bool dial_is_page);
 
 }  // namespace host
 

@@ -3,28 +3,14 @@
 
 #include <algorithm>
 
+#include "host/alarms/states.h"
 #include "host/service/deliveries.h"
 #include "host/service/history.h"
+#include "host/service/page_words.h"
 #include "host/service/sends.h"
 
 namespace host {
 namespace {
-
-const char* WordOf(PageEnd end) {
-    switch (end) {
-        case PageEnd::kOffLimit:
-            return "given up: its tries are used up";
-        case PageEnd::kAcknowledged:
-            return "taken out: the alarm was acknowledged";
-        case PageEnd::kDropped:
-            return "dropped: its alarm was no longer being paged";
-        case PageEnd::kDone:
-            return "done";
-        case PageEnd::kPending:
-            break;
-    }
-    return "pending";
-}
 
 void AddQueued(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
     for (const PageStory& page : pages) {
@@ -35,16 +21,18 @@ void AddQueued(const std::vector<PageStory>& pages, std::vector<StoryLine>& stor
 void AddEnds(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
     for (const PageStory& page : pages) {
         if (page.end != PageEnd::kPending) {
-            story.push_back({page.ended, page.pager, WordOf(page.end), ""});
+            story.push_back({page.ended, page.pager, EndOf(page), ""});
         }
     }
 }
 
 void AddSends(Connection& connection, const Alarm& alarm, std::vector<StoryLine>& story) {
     for (const Send& send : SendsOf(connection, alarm.number)) {
-        const std::string duration = std::to_string(send.seconds) + " s";
-        story.push_back({send.at, send.pager, WordOf(send.outcome),
-                         send.reason.empty() ? duration : duration + ": " + send.reason});
+        std::string more = std::to_string(send.seconds) + " s";
+        more += send.port.empty() ? "" : ", " + send.port;
+        more += send.outcome == TracedPage::Outcome::kDialled ? "; nothing confirms it" : "";
+        more += send.reason.empty() ? "" : ": " + send.reason;
+        story.push_back({send.at, send.pager, WordOf(send.outcome), more});
     }
 }
 
@@ -62,18 +50,27 @@ void AddRefusals(Connection& connection, const Alarm& alarm, std::vector<StoryLi
     }
 }
 
+bool WentToNobody(Connection& connection, const Alarm& alarm) {
+    return alarm.state == kStateOffLimit && DeliveriesOf(connection, alarm.number).empty() &&
+           PagesOf(connection, alarm.number).empty();
+}
+
 }  // namespace
 
 std::vector<StoryLine> TellAlarm(Connection& connection, const Alarm& alarm) {
     std::vector<StoryLine> story = {{alarm.raised, "", "raised", ""}};
     AddRefusals(connection, alarm, story);
+    if (WentToNobody(connection, alarm)) {
+        story.push_back({alarm.raised, "", "off limit", "no route leads to a pager"});
+    }
     const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
     // In one second, a page is queued, sent and ended in this order.
     AddQueued(pages, story);
     AddSends(connection, alarm, story);
     AddEnds(pages, story);
     if (alarm.acknowledged) {
-        story.push_back({alarm.acknowledged_at, "", "acknowledged", ""});
+        story.push_back({alarm.acknowledged_at, "", "acknowledged",
+                         alarm.acknowledged_by.empty() ? "" : "by " + alarm.acknowledged_by});
     }
     std::stable_sort(story.begin(), story.end(), [](const StoryLine& left, const StoryLine& right) {
         return left.at < right.at;

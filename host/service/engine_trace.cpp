@@ -12,7 +12,8 @@ namespace {
 
 constexpr const char* kTraceFile = "pageprot.txt";
 constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
-constexpr int kNoLineResult = 5;                  // of the library
+constexpr std::time_t kOldestTrace = 7 * 24 * 60 * 60;
+constexpr int kNoLineResult = 5;  // of the library
 
 }  // namespace
 
@@ -32,7 +33,8 @@ EngineTrace::EngineTrace(Connection& connection, Encoding encoding, OperatorLog&
 }
 
 void EngineTrace::Begin() {
-    file_.MoveAside();
+    file_.JoinAside(kLongestTrace, kOldestTrace);
+    begun_ = std::time(nullptr);
     follower_.Restart();
 }
 
@@ -50,8 +52,9 @@ void EngineTrace::Look() {
             "a port that could not be opened stays taken until the engine is made anew; that "
             "is done soon");
     }
-    if (file_.Position() > kLongestTrace) {
+    if (file_.Position() > kLongestTrace || now - begun_ > kOldestTrace) {
         file_.MoveAside();
+        begun_ = now;
     }
 }
 
@@ -69,9 +72,13 @@ void EngineTrace::Tell(const Send& send) {
     const std::string name =
         (send.alarm.empty() ? std::string("page") : "page of alarm " + send.alarm) + " to \"" +
         Decode(send.pager, encoding_) + "\": ";
-    const std::string duration = " (" + std::to_string(send.seconds) + " s)";
+    const std::string duration = " (" + std::to_string(send.seconds) + " s" +
+                                 (send.port.empty() ? "" : ", " + Decode(send.port, encoding_)) +
+                                 ")";
     if (send.outcome == TracedPage::Outcome::kSent) {
         log_.Info(name + "sent" + duration);
+    } else if (send.outcome == TracedPage::Outcome::kDialled) {
+        log_.Info(name + "dialled" + duration + "; the call is the page, and nothing confirms it");
     } else if (send.outcome == TracedPage::Outcome::kOutsideHours) {
         log_.Info(name + "not sent, since it is outside the pager's hours; counted as sent");
     } else {
@@ -80,13 +87,13 @@ void EngineTrace::Tell(const Send& send) {
 }
 
 void EngineTrace::TellWhoHolds(const TracedPage& page) {
-    const std::string device = DeviceOf(page.port);
+    const std::string device = DeviceOf(page.Port());
     if (device.empty()) {
         return;
     }
     const std::string path = "/dev/" + device;
     const std::string holders = HoldersOf(path);
-    log_.Error(page.port + ", " + path + ", could not be opened" +
+    log_.Error(page.Port() + ", " + path + ", could not be opened" +
                (holders.empty() ? "; does it exist, and may this user open it?"
                                 : "; it is held by " + holders));
 }

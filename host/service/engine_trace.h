@@ -1,8 +1,8 @@
 // What is taken from the trace of the running engine: the record of every sending, the figures, the
 // ports that stay taken, and what the operator has to hear at once.
 //
-// The file is kept within bounds: moved aside when it has grown to 16 MiB, and at each start of an
-// engine, which empties it.
+// The file is kept within bounds: moved aside when it has grown to 16 MiB, or after a week. The
+// start of an engine would empty it: what it holds is then added to what was moved aside last.
 //
 // Threads    One.
 // Errors     StoreError, where a sending can't be recorded; the next look goes on behind it.
@@ -46,6 +46,7 @@ class EngineTrace {
     GrowingFile file_;
     PortWatch ports_;
     TraceFollower follower_;
+    std::time_t begun_ = 0;  // the file
     Metrics metrics_;
 };
 

@@ -6,12 +6,40 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
 namespace host {
 namespace {
 
 constexpr int kMostAside = 5;
 constexpr size_t kMostAtOnce = size_t{1} << 20;
+
+// When the file was made; where the system doesn't say, when it was last written.
+std::time_t BegunAt(const std::string& path) {
+    struct statx status {};
+    if (statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_MTIME, &status) != 0) {
+        return 0;
+    }
+    return static_cast<std::time_t>((status.stx_mask & STATX_BTIME) != 0 ? status.stx_btime.tv_sec
+                                                                         : status.stx_mtime.tv_sec);
+}
+
+// Whole, or not at all.
+bool Append(const std::string& path, const std::string& to) {
+    std::error_code none;
+    const auto before = std::filesystem::file_size(to, none);
+    std::ifstream from(path, std::ios::binary);
+    std::ofstream out(to, std::ios::binary | std::ios::app);
+    out << from.rdbuf();
+    out.close();
+    if (!from || !out) {
+        std::filesystem::resize_file(to, before, none);
+        return false;
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -74,6 +102,25 @@ std::string GrowingFile::Read() {
         return Read();
     }
     return bytes;
+}
+
+void GrowingFile::JoinAside(off_t most, std::time_t oldest) {
+    if (!TryJoin(most, oldest)) {
+        MoveAside();
+    }
+}
+
+bool GrowingFile::TryJoin(off_t most, std::time_t oldest) const {
+    const std::string aside = Aside(1);
+    struct stat last {};
+    struct stat named {};
+    if (stat(aside.c_str(), &last) != 0 || stat(path_.c_str(), &named) != 0 ||
+        last.st_size + named.st_size > most || BegunAt(aside) < std::time(nullptr) - oldest ||
+        !Append(path_, aside)) {
+        return false;
+    }
+    std::remove(path_.c_str());
+    return true;
 }
 
 void GrowingFile::MoveAside() {

@@ -8,6 +8,8 @@
 #define PAGERFWD_HOST_SERVICE_GROWING_FILE_H
 
 #include <sys/types.h>
+
+#include <ctime>
 #include <string>
 
 namespace host {
@@ -29,7 +31,12 @@ class GrowingFile {
     // its writer adds to it still, is read. Does nothing where there is no file, or an empty one.
     void MoveAside();
 
+    // Adds the file to the one that was moved aside last, and removes it; where that would become
+    // larger than `most` bytes, or was begun more than `oldest` seconds ago, moves it aside.
+    void JoinAside(off_t most, std::time_t oldest);
+
  private:
+    bool TryJoin(off_t most, std::time_t oldest) const;
     bool Open(const std::string& path);
     bool IsOpenOne(const std::string& path) const;
     std::string Aside(int number) const;

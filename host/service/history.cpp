@@ -1,10 +1,12 @@
 // The history in the database. Tested by tests/unit/host/history_test.cpp.
 #include "host/service/history.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "host/alarms/alarms.h"
 #include "host/alarms/states.h"
+#include "host/service/sends.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -29,7 +31,7 @@ std::vector<PageKey> ReadKeys(Statement& statement) {
 std::vector<PageChange> ReadChanges(Connection& connection, const PageKey& key) {
     std::vector<PageChange> changes;
     Statement statement(connection,
-                        "SELECT at, change, state, CAST(tries AS INTEGER) FROM Host_History"
+                        "SELECT at, change, state, CAST(tries AS INTEGER), row_id FROM Host_History"
                         " WHERE (alarm = ?1 AND pager = ?2 AND alarm_group = ?3)"
                         " OR (alarm = '' AND pager = '' AND change = ?4 AND row_id >"
                         "  (SELECT min(row_id) FROM Host_History"
@@ -39,7 +41,7 @@ std::vector<PageChange> ReadChanges(Connection& connection, const PageKey& key) 
     while (statement.Step()) {
         changes.push_back({static_cast<std::time_t>(statement.Number(0)),
                            std::string(statement.Text(1)), std::string(statement.Text(2)),
-                           statement.Number(3)});
+                           statement.Number(3), statement.Number(4)});
     }
     return changes;
 }
@@ -62,6 +64,31 @@ bool IsAcknowledged(Connection& connection, const std::string& number) {
     return alarm && (alarm->acknowledged || alarm->state == kStateAcknowledged);
 }
 
+Reached ReachedWith(TracedPage::Outcome outcome) {
+    switch (outcome) {
+        case TracedPage::Outcome::kSent:
+            return Reached::kSent;
+        case TracedPage::Outcome::kDialled:
+            return Reached::kDialled;
+        case TracedPage::Outcome::kOutsideHours:
+            return Reached::kOutsideHours;
+        case TracedPage::Outcome::kNotSent:
+        case TracedPage::Outcome::kCutOff:
+            break;
+    }
+    return Reached::kNothing;
+}
+
+Reached ReachedBy(Connection& connection, const PageStory& page) {
+    Reached reached = Reached::kUnknown;
+    for (const Send& send : SendsOf(connection, page.alarm)) {
+        if (send.pager == page.pager && send.at >= page.queued) {
+            reached = std::max(reached, ReachedWith(send.outcome));
+        }
+    }
+    return reached;
+}
+
 PageStory StoryOf(Connection& connection, const PageKey& key) {
     const PagerLimits limits = LimitsOf(connection, key.pager);
     PageStory story = TellStory(ReadChanges(connection, key), limits.delay,
@@ -70,6 +97,7 @@ PageStory StoryOf(Connection& connection, const PageKey& key) {
     story.group = key.group;
     story.pager = key.pager;
     story.retries = limits.retries;
+    story.reached = ReachedBy(connection, story);
     return story;
 }
 
@@ -103,6 +131,21 @@ std::vector<PageStory> EndedPages(Connection& connection, int64_t count) {
         " ORDER BY last");
     statement.Bind(count);
     return StoriesOf(connection, ReadKeys(statement));
+}
+
+std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, int64_t last) {
+    Statement statement(connection,
+                        "SELECT alarm, alarm_group, pager FROM Host_History"
+                        " WHERE row_id > ? AND row_id <= ? AND alarm <> ''"
+                        " GROUP BY alarm, alarm_group, pager ORDER BY max(row_id)");
+    statement.Bind(first).Bind(last);
+    std::vector<PageStory> ended;
+    for (PageStory& story : StoriesOf(connection, ReadKeys(statement))) {
+        if (story.end != PageEnd::kPending && story.ended_by > first && story.ended_by <= last) {
+            ended.push_back(std::move(story));
+        }
+    }
+    return ended;
 }
 
 std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm) {

@@ -26,9 +26,13 @@ struct PageChange {
     std::string change;  // as in host/store/schema.h
     std::string state;
     int64_t tries = 0;
+    int64_t row = 0;  // of the history
 };
 
 enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped };
+
+// The most that a page's sendings have come to. Unknown: none was recorded.
+enum class Reached { kUnknown, kNothing, kOutsideHours, kDialled, kSent };
 
 // Texts as the tables have them.
 struct PageStory {
@@ -40,7 +44,9 @@ struct PageStory {
     std::time_t queued = 0;
     std::time_t due = 0;    // computed; while it is pending
     std::time_t ended = 0;  // computed; 0 while it is pending
+    int64_t ended_by = 0;   // the row of the history; 0 while it is pending
     PageEnd end = PageEnd::kPending;
+    Reached reached = Reached::kUnknown;
 };
 
 // The story of one page. changes: of this page, and where engines started, in order. delay: the
@@ -51,6 +57,9 @@ PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool 
 std::vector<PageStory> PendingPages(Connection& connection);
 // The last so many that have ended, the oldest first.
 std::vector<PageStory> EndedPages(Connection& connection, int64_t count);
+// Those that ended by a change behind the first of these rows of the history, up to the second; in
+// the order of the changes.
+std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, int64_t last);
 // Every page of one alarm.
 std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm);
 

@@ -37,32 +37,64 @@ void Figure(std::ostream& out, const char* name, const char* type, const char* h
     out << name << ' ' << value << "\n";
 }
 
+// A sending that found no port has none.
+std::string PortLabel(const std::string& port, Encoding encoding) {
+    return "port=\"" + Label(port.empty() ? "none" : Decode(port, encoding)) + "\"";
+}
+
+const char* ResultOf(TracedPage::Outcome outcome) {
+    switch (outcome) {
+        case TracedPage::Outcome::kSent:
+            return kResultSent;
+        case TracedPage::Outcome::kDialled:
+            return kResultDialled;
+        case TracedPage::Outcome::kOutsideHours:
+            return kResultOutsideHours;
+        case TracedPage::Outcome::kNotSent:
+        case TracedPage::Outcome::kCutOff:
+            break;
+    }
+    return kResultFailed;
+}
+
 }  // namespace
 
 void Metrics::Count(const Send& send) {
     line_seconds += static_cast<uint64_t>(send.seconds);
-    switch (send.outcome) {
-        case TracedPage::Outcome::kSent:
-            ++sent;
-            last_success[send.port] = send.at;
-            break;
-        case TracedPage::Outcome::kOutsideHours:
-            ++outside_hours;
-            break;
-        case TracedPage::Outcome::kNotSent:
-        case TracedPage::Outcome::kCutOff:
-            ++failed;
-            break;
+    const std::string result = ResultOf(send.outcome);
+    ++sendings[result][send.port];
+    if (result == kResultSent || result == kResultDialled) {
+        last_success[send.port] = send.at;
     }
+}
+
+uint64_t Metrics::Total(const std::string& result) const {
+    uint64_t total = 0;
+    if (const auto found = sendings.find(result); found != sendings.end()) {
+        for (const auto& [port, count] : found->second) {
+            total += count;
+        }
+    }
+    return total;
 }
 
 std::string AsText(const Metrics& metrics, Encoding encoding) {
     std::ostringstream out;
     constexpr const char* kPages = "pagerfwd_pages_total";
-    Head(out, kPages, "counter", "Sendings of pages since the engine started, by result.");
-    out << kPages << "{result=\"sent\"} " << metrics.sent << "\n"
-        << kPages << "{result=\"failed\"} " << metrics.failed << "\n"
-        << kPages << "{result=\"outside_hours\"} " << metrics.outside_hours << "\n";
+    Head(out, kPages, "counter",
+         "Sendings of pages since the engine started, by result and by the port that was used.");
+    for (const auto& [result, ports] : metrics.sendings) {
+        for (const auto& [port, count] : ports) {
+            out << kPages << "{result=\"" << result << "\"," << PortLabel(port, encoding) << "} "
+                << count << "\n";
+        }
+    }
+    constexpr const char* kEnded = "pagerfwd_pages_ended_total";
+    Head(out, kEnded, "counter",
+         "Pages that ended since the engine started, by what they came to.");
+    for (const auto& [end, count] : metrics.ended) {
+        out << kEnded << "{end=\"" << end << "\"} " << count << "\n";
+    }
     Figure(out, "pagerfwd_pages_given_up_total", "counter",
            "Pages whose tries were used up since the engine started.", metrics.given_up);
     Figure(out, "pagerfwd_line_seconds_total", "counter",
@@ -72,10 +104,9 @@ std::string AsText(const Metrics& metrics, Encoding encoding) {
            static_cast<uint64_t>(metrics.started));
     constexpr const char* kLast = "pagerfwd_last_success_timestamp_seconds";
     Head(out, kLast, "gauge",
-         "When a page last got through, since 1970, by the port that its pager names.");
+         "When a page last got through, since 1970, by the port that was used.");
     for (const auto& [port, at] : metrics.last_success) {
-        out << kLast << "{port=\"" << Label(port.empty() ? "any" : Decode(port, encoding)) << "\"} "
-            << at << "\n";
+        out << kLast << '{' << PortLabel(port, encoding) << "} " << at << "\n";
     }
     return out.str();
 }
@@ -83,9 +114,12 @@ std::string AsText(const Metrics& metrics, Encoding encoding) {
 void WriteFileAtomically(const std::string& path, const std::string& text) {
     const std::string temporary = path + ".new";
     std::ofstream file(temporary, std::ios::trunc | std::ios::binary);
-    file << text << std::flush;
+    file << text;
+    file.close();
     if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        throw std::runtime_error(path + ": can't be written: " + std::strerror(errno));
+        const std::string why = std::strerror(errno);
+        std::remove(temporary.c_str());
+        throw std::runtime_error(path + ": can't be written: " + why);
     }
 }
 

@@ -59,6 +59,7 @@ class Teller {
         }
         story_.end = PageEnd::kPending;
         story_.ended = 0;
+        story_.ended_by = 0;
     }
 
     // An ended page's row is only tidied up. One that is owed has been acknowledged, or its alarm
@@ -72,6 +73,7 @@ class Teller {
     void End(const PageChange& change, PageEnd end) {
         story_.end = end;
         story_.ended = change.at;
+        story_.ended_by = change.row;
     }
 
     const int64_t delay_;

@@ -3,6 +3,10 @@
 
 namespace host {
 
+bool DialIsThePage(const std::string& number) {
+    return number.empty() || number.find('@') == number.size() - 1;
+}
+
 int32_t SendTestPage(const Library& library, const std::string& database, PagerRow pager) {
     std::string name = database;
     int32_t no_alarm = 0;

@@ -10,6 +10,10 @@
 
 namespace host {
 
+// Whether the call itself is the page: behind the number's "@" there is nothing to transfer, so
+// that nothing confirms it.
+bool DialIsThePage(const std::string& number);
+
 // Returns the library's result. An engine that is up stays so.
 int32_t SendTestPage(const Library& library, const std::string& database, PagerRow pager);
 

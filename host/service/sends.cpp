@@ -8,8 +8,8 @@ namespace {
 
 using Outcome = TracedPage::Outcome;
 
-constexpr Outcome kOutcomes[] = {Outcome::kSent, Outcome::kNotSent, Outcome::kOutsideHours,
-                                 Outcome::kCutOff};
+constexpr Outcome kOutcomes[] = {Outcome::kSent, Outcome::kDialled, Outcome::kNotSent,
+                                 Outcome::kOutsideHours, Outcome::kCutOff};
 
 Outcome OutcomeFor(std::string_view word) {
     for (const Outcome outcome : kOutcomes) {
@@ -65,6 +65,8 @@ const char* WordOf(Outcome outcome) {
     switch (outcome) {
         case Outcome::kSent:
             return "sent";
+        case Outcome::kDialled:
+            return "dialled";
         case Outcome::kNotSent:
             return "not sent";
         case Outcome::kOutsideHours:
@@ -81,7 +83,7 @@ Send SendOf(Connection& connection, const TracedPage& page, std::time_t now) {
     send.seconds = page.seconds;
     send.alarm = page.test ? std::string() : AlarmOf(connection, page);
     send.pager = page.pager;
-    send.port = page.port;
+    send.port = page.Port();
     send.outcome = page.outcome;
     send.result = page.result;
     send.reason = page.reason;
@@ -123,7 +125,8 @@ std::vector<Send> SendsOf(Connection& connection, const std::string& alarm) {
 std::map<std::string, std::time_t> LastSuccesses(Connection& connection) {
     std::map<std::string, std::time_t> successes;
     Statement statement(connection,
-                        "SELECT port, max(at) FROM Host_Sends WHERE outcome = 'sent'"
+                        "SELECT port, max(at) FROM Host_Sends"
+                        " WHERE outcome IN ('sent', 'dialled')"
                         " GROUP BY port");
     while (statement.Step()) {
         successes.emplace(statement.Text(0), static_cast<std::time_t>(statement.Number(1)));

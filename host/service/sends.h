@@ -22,7 +22,7 @@ struct Send {
     int64_t seconds = 0;
     std::string alarm;  // its number; empty: a test page, or it isn't known
     std::string pager;
-    std::string port;  // that the pager names; empty: any
+    std::string port;  // that was used; where none was found, that the pager names, if it does
     TracedPage::Outcome outcome = TracedPage::Outcome::kCutOff;
     int64_t result = 0;  // the library's; 0 where it was sent
     std::string reason;  // why not, in words

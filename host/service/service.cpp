@@ -25,6 +25,18 @@ int64_t VersionSeen(Connection& connection) {
     return statement.Number(0);
 }
 
+// All that the table of ports holds, as one text.
+std::string PortsOf(Connection& connection) {
+    std::string ports;
+    Statement statement(connection, "SELECT * FROM AlarmFwd_COMProperties ORDER BY row_id");
+    while (statement.Step()) {
+        for (int column = 1; column < statement.Columns(); ++column) {
+            ports.append(statement.Text(column)).push_back('\0');
+        }
+    }
+    return ports;
+}
+
 std::string Age(std::time_t seconds) {
     constexpr std::time_t kHour = 60 * 60;
     if (seconds >= 2 * kDay) {
@@ -48,25 +60,60 @@ Service::Service(ServiceOptions options, const Library& library, OperatorLog& lo
           [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
           log_),
       trace_(lease_.Database(), encoding_, log_),
+      ends_(lease_.Database(), encoding_, log_),
       room_(options_.database, log_) {
     locks_.TakeDevices(lease_.Database());
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
-void Service::Run(StopSignal& stop) {
+Service::End Service::Run(StopSignal& stop) {
     room_.Look(std::time(nullptr));
     LookAtPendingPages();
     Start();
     NotifyManager("READY=1");
     do {
+        LookAtFile();
         StepOrReport();
-    } while (!done_ && !stop.WaitFor(kBetweenLooks));
-    NotifyManager("STOPPING=1");
+    } while (!done_ && !replaced_ && !stop.WaitFor(kBetweenLooks));
+    if (!replaced_) {
+        NotifyManager("STOPPING=1");
+    }
     log_.Info("ending; a page on the line is finished first");
     Stop();
     TellLastFigures();
     TellWhatIsLost();
     log_.Info("ended");
+    return replaced_ ? End::kDatabaseReplaced : End::kAskedFor;
+}
+
+// A database that was put in the place of the one served, as from a backup, is served from now on.
+// While there is none of this name, the one that is open goes on.
+void Service::LookAtFile() {
+    const FileNamed named = lease_.Named();
+    replaced_ = named == FileNamed::kReplaced;
+    if (replaced_) {
+        log_.Warning(options_.database + ": replaced by another file, which is served from now on");
+    } else if (named == FileNamed::kGone && !gone_) {
+        log_.Error(options_.database + ": the file has gone; no page can leave until it is back");
+    }
+    gone_ = named == FileNamed::kGone;
+}
+
+// The library knows the ports as they were when it was started; all else is read at every use.
+void Service::ReadAnew() {
+    seen_ = -1;
+    const bool same = ports_ == PortsOf(lease_.Database());
+    log_.Info(std::string("reading anew, as asked: the ports ") +
+              (same ? "are the same" : "have changed"));
+    if (!same) {
+        RenewEngine();
+    }
+}
+
+void Service::LookAtTrace() {
+    ends_.Mark();
+    trace_.Look();
+    ends_.Look();
 }
 
 // What is kept in memory ends with the process.
@@ -113,6 +160,7 @@ void Service::Start() {
         log_.Error(std::string(failure.what()) + "; the due times that are shown may be wrong");
     }
     trace_.Begin();
+    ports_ = PortsOf(lease_.Database());
     std::string name = options_.database;
     FwdSpecialInfoStr info{name.data(), nullptr, nullptr, nullptr};
     library_.StartAlarmFwdPager(&info);
@@ -121,7 +169,7 @@ void Service::Start() {
 
 void Service::Stop() {
     library_.StopAlarmFwdPager();
-    trace_.Look();
+    LookAtTrace();
 }
 
 void Service::StepOrReport() {
@@ -134,11 +182,14 @@ void Service::StepOrReport() {
 }
 
 void Service::Step() {
+    if (StopSignal::TakeHangUp()) {
+        ReadAnew();
+    }
     if (HasChanged() || intake_.WantsAgain(std::time(nullptr))) {
         intake_.Run(lease_.Database());
         SendTestPages();
     }
-    trace_.Look();
+    LookAtTrace();
     if (trace_.Ports().IsDue(std::time(nullptr))) {
         RenewEngine();
     }
@@ -195,10 +246,12 @@ void Service::WriteMetrics() {
     }
     metrics_at_ = now + kBetweenMetrics;
     Metrics metrics = trace_.Figures();
+    metrics.ended = ends_.Counts();
     metrics.pending = static_cast<uint64_t>(CountPendingPages(lease_.Database()));
     NotifyManager("STATUS=" + std::to_string(metrics.pending) + " page(s) pending, " +
-                  std::to_string(metrics.sent) + " sent, " + std::to_string(metrics.failed) +
-                  " failed");
+                  std::to_string(metrics.Total(kResultSent)) + " sent, " +
+                  std::to_string(metrics.Total(kResultDialled)) + " dialled, " +
+                  std::to_string(metrics.Total(kResultFailed)) + " failed");
     if (options_.metrics.empty()) {
         return;
     }

@@ -18,6 +18,7 @@
 #include "host/service/engine_trace.h"
 #include "host/service/intake.h"
 #include "host/service/operator_log.h"
+#include "host/service/page_ends.h"
 #include "host/service/room.h"
 #include "host/service/stop_signal.h"
 #include "host/store/pool.h"
@@ -38,13 +39,19 @@ class Service {
     // Takes the locks.
     Service(ServiceOptions options, const Library& library, OperatorLog& log);
 
-    // Until the end is asked for. A page on the line is finished first.
-    void Run(StopSignal& stop);
+    enum class End { kAskedFor, kDatabaseReplaced };
+
+    // Until the end is asked for, or the database's name leads to another file: whoever calls makes
+    // a new service then. A page on the line is finished first.
+    End Run(StopSignal& stop);
 
  private:
     void Start();
     void Stop();
     void LookAtPendingPages();
+    void LookAtFile();
+    void ReadAnew();
+    void LookAtTrace();
     void Step();
     void StepOrReport();
     bool HasChanged();
@@ -66,11 +73,15 @@ class Service {
     EngineLocks locks_;
     Intake intake_;
     EngineTrace trace_;
+    PageEnds ends_;
     Room room_;
     int64_t seen_ = -1;  // the version of the database at the last look
     std::time_t metrics_at_ = 0;
     std::time_t forget_at_ = 0;  // when old history is looked for again
     bool done_ = false;
+    bool gone_ = false;      // the database has no name
+    bool replaced_ = false;  // its name leads to another file
+    std::string ports_;      // as the engine has them
 };
 
 }  // namespace host

@@ -6,12 +6,19 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 namespace host {
 namespace {
 
 int ends[2] = {-1, -1};  // read and write; the handler can't be given them
+volatile std::sig_atomic_t hung_up = 0;
+
+// It ends a wait by coming.
+void HandleHangUp(int) {
+    hung_up = 1;
+}
 
 void Handle(int) {
     const int error = errno;
@@ -35,13 +42,22 @@ StopSignal::StopSignal() {
     sigemptyset(&action.sa_mask);
     sigaction(SIGTERM, &action, &term_);
     sigaction(SIGINT, &action, &interrupt_);
+    action.sa_handler = HandleHangUp;
+    sigaction(SIGHUP, &action, &hang_up_);
 }
 
 StopSignal::~StopSignal() {
     sigaction(SIGTERM, &term_, nullptr);
     sigaction(SIGINT, &interrupt_, nullptr);
+    sigaction(SIGHUP, &hang_up_, nullptr);
     close(ends[0]);
     close(ends[1]);
+}
+
+bool StopSignal::TakeHangUp() {
+    const bool asked = hung_up != 0;
+    hung_up = 0;
+    return asked;
 }
 
 bool StopSignal::WaitFor(std::chrono::milliseconds longest) {

@@ -1,4 +1,5 @@
-// The end that is asked for: SIGTERM and SIGINT, made into something that a wait can end with.
+// What a signal asks for, made into something that a wait can end with: SIGTERM and SIGINT for the
+// end, SIGHUP for reading anew.
 //
 // Ownership  One object per process. When it ends, the signals do again what they did before.
 // Threads    One waits.
@@ -22,11 +23,15 @@ class StopSignal {
     // Waits so long, or until the end is asked for. True: it is.
     bool WaitFor(std::chrono::milliseconds longest);
 
+    // Whether reading anew was asked for since the last call.
+    static bool TakeHangUp();
+
     bool IsAskedFor() { return WaitFor(std::chrono::milliseconds{0}); }
 
  private:
     struct sigaction term_ {};
     struct sigaction interrupt_ {};
+    struct sigaction hang_up_ {};
 };
 
 }  // namespace host

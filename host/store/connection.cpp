@@ -101,6 +101,11 @@ void Connection::Run(const char* sql) {
     }
 }
 
+void Connection::LeaveLog() {
+    int on = 1;
+    sqlite3_file_control(database_.get(), "main", SQLITE_FCNTL_PERSIST_WAL, &on);
+}
+
 int32_t Connection::Changes() const {
     return sqlite3_changes(database_.get());
 }
@@ -201,6 +206,10 @@ void Statement::Run() {
 std::string_view Statement::Text(int column) const {
     const unsigned char* text = sqlite3_column_text(statement_, column);
     return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
+}
+
+int Statement::Columns() const {
+    return sqlite3_column_count(statement_);
 }
 
 int64_t Statement::Number(int column) const {

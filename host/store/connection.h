@@ -44,6 +44,10 @@ class Connection {
     // is kept is seen. held outlives the connection.
     void KeepRefused(HeldWrites& held);
 
+    // The end of the connection leaves the files beside the database as they are: they may be those
+    // of another that has its name by now.
+    void LeaveLog();
+
     // How many rows the statement that ran last has changed.
     int32_t Changes() const;
     bool InTransaction() const;
@@ -116,6 +120,7 @@ class Statement {
     // A cell of the row, up to its first zero byte; valid until the next step.
     std::string_view Text(int column) const;
     int64_t Number(int column) const;
+    int Columns() const;
 
  private:
     Connection& connection_;

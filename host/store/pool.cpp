@@ -41,6 +41,13 @@ class DatabaseFile {
 
     bool Is(const FileIdentity& file) const { return file == identity_; }
     bool IsStillNamed() const { return Is(IdentityOf(path_)); }
+    FileNamed Named() const {
+        const FileIdentity now = IdentityOf(path_);
+        if (now == FileIdentity{}) {
+            return FileNamed::kGone;
+        }
+        return Is(now) ? FileNamed::kStill : FileNamed::kReplaced;
+    }
     OwnerLock& Owners() { return owners_; }
     HeldWrites& Held() { return held_; }
 
@@ -57,6 +64,16 @@ class DatabaseFile {
         }
         return lent;
     }
+
+    ~DatabaseFile() {
+        if (!IsStillNamed()) {
+            for (const std::unique_ptr<PooledConnection>& idle : idle_) {
+                idle->connection.LeaveLog();
+            }
+        }
+    }
+    DatabaseFile(const DatabaseFile&) = delete;
+    DatabaseFile& operator=(const DatabaseFile&) = delete;
 
     void GiveBack(std::unique_ptr<PooledConnection> lent) {
         const std::lock_guard guard(mutex_);
@@ -140,6 +157,10 @@ Lease::~Lease() {
 
 OwnerLock& Lease::Owners() {
     return file_->Owners();
+}
+
+FileNamed Lease::Named() const {
+    return file_->Named();
 }
 
 size_t Lease::CountHeld() {

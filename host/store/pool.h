@@ -31,6 +31,8 @@ struct PooledConnection {
 // the database in this process, as held_writes.h has it.
 enum class Refusals { kThrown, kKept };
 
+enum class FileNamed { kStill, kGone, kReplaced };
+
 // A connection, lent. It goes back when the lease ends, unless a transaction is stuck on it.
 class Lease {
  public:
@@ -44,6 +46,8 @@ class Lease {
     Connection& Database() { return lent_->connection; }
     KnownLayouts& Layouts() { return lent_->layouts; }
     OwnerLock& Owners();
+    // Whether the name that was leased leads to this file still, to none, or to another.
+    FileNamed Named() const;
     // How many transactions are kept in memory, since the file system has refused them.
     size_t CountHeld();
 

@@ -72,6 +72,9 @@ void PageBuilder::NoteHeader(const TraceMeaning& meaning) {
         case TraceKind::kPort:
             page_.port = Kept(field);
             break;
+        case TraceKind::kPortUsed:
+            page_.port_used = Kept(field);
+            break;
         case TraceKind::kNumber:
             page_.type = TypeFor(TakeBehind(field, " ("));
             page_.number_called = Kept(field);
@@ -126,7 +129,7 @@ void PageBuilder::NoteStep(const TraceMeaning& meaning) {
             break;
         case TraceKind::kAfterDial:
             // Unless a transfer follows, the call was the page.
-            page_.outcome = TracedPage::Outcome::kSent;
+            page_.outcome = TracedPage::Outcome::kDialled;
             EnterPhase(PagePhase::kHangUp);
             break;
         case TraceKind::kBeforeTransfer:

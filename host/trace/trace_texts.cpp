@@ -50,7 +50,7 @@ constexpr Pattern kPatterns[] = {
     // Opening the port.
     {"IsHourSet: ", TraceKind::kStep, "", kOpen},
     {"COM port information:", TraceKind::kStep},
-    {"COM Name: ", TraceKind::kStep, "", kOpen},
+    {"COM Name: ", TraceKind::kPortUsed, "", kOpen},
     {"Isn't a Modemport", TraceKind::kStep},
     {"Initialization string: ", TraceKind::kStep, "", kOpen},
     {"Reset string: ", TraceKind::kStep, "", kOpen},

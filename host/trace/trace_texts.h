@@ -14,7 +14,8 @@ enum class TraceKind {
     kPageStart,
     kPageEnd,
     kTest,
-    kPager,   // field: "duty at 01/08/01<tab>10:00:00<tab>"
+    kPager,  // field: "duty at 01/08/01<tab>10:00:00<tab>"
+    kPortUsed,
     kPort,    // field, as in all below: what stands behind the label
     kNumber,  // "5550111 (SMS1(TAP) )"
     kHours,

@@ -40,6 +40,7 @@ struct Turn {
 struct TracedPage {
     enum class Outcome {
         kSent,
+        kDialled,  // the call was the page: nothing confirms it
         kNotSent,
         kOutsideHours,  // counts as sent
         kCutOff,        // the trace, or the process, ended before the page did
@@ -55,6 +56,10 @@ struct TracedPage {
     // raised: the alarm's number, read as a time, "01/08/01 / 10:00:00".
     std::string raised;
     std::string pager, number_called, type, port, hours, alarm, server, severity, settings, message;
+    std::string port_used;  // port is the one that the pager names, and may be empty
+
+    // The port that was used; the one that was asked for, where none was found.
+    const std::string& Port() const { return port_used.empty() ? port : port_used; }
 
     Outcome outcome = Outcome::kCutOff;
     int result = 0;      // the library's, where it was not sent

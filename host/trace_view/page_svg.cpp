@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
+#include <vector>
 
 #include "host/text/printable.h"
 #include "host/trace_view/page_text.h"
@@ -14,10 +16,13 @@ namespace {
 constexpr int kWidth = 960;
 constexpr int kLeft = 90;
 constexpr int kRight = kWidth - 30;
-constexpr int kPhasesY = 70;
-constexpr int kLanesY = 110;
+constexpr int kTitleHeight = 44;
+constexpr int kLineHeight = 18;
+// From the title's end on.
+constexpr int kPhasesY = 26;
+constexpr int kLanesY = 66;
 constexpr int kLaneHeight = 20;
-constexpr int kRowsY = 230;
+constexpr int kRowsY = 186;
 constexpr int kRowHeight = 24;
 constexpr size_t kMostRows = 400;
 constexpr size_t kMostInRow = 100;
@@ -27,11 +32,43 @@ constexpr const char* kGrey = "#777";
 constexpr const char* kPale = "#ddd";
 constexpr const char* kOurs = "#1565c0";
 constexpr const char* kTheirs = "#2e7d32";
-constexpr const char* kVain = "#c62828";
+constexpr const char* kVain = "#c62828";      // of pages that failed, and only there
+constexpr const char* kNoMatter = "#ffb300";  // in vain too, but the page came through
 constexpr const char* kFound = "#9ccc65";
 constexpr const char* kPause = "#bdbdbd";
 constexpr std::array<const char*, kPagePhases> kPhaseColours = {"#cfd8dc", "#ffe0b2", "#bbdefb",
                                                                 "#c8e6c9", "#e1bee7"};
+
+bool BeginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
+// Where the text is to be broken: behind a blank, if there is one, and in any case between two
+// characters of UTF-8.
+size_t EndOfLine(std::string_view text, size_t most) {
+    size_t characters = 0;
+    size_t end = 0;
+    for (; end < text.size(); ++end) {
+        if (BeginsCharacter(text[end]) && ++characters > most) {
+            break;
+        }
+    }
+    if (end == text.size()) {
+        return end;
+    }
+    const size_t blank = text.substr(0, end).rfind(' ');
+    return blank == std::string_view::npos || blank == 0 ? end : blank + 1;
+}
+
+std::vector<std::string> InLines(std::string_view text, size_t most) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        const size_t end = EndOfLine(text, most);
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+    return lines;
+}
 
 class Timeline {
  public:
@@ -52,13 +89,22 @@ class Timeline {
     }
 
     void DrawTitle() {
-        const char* colour = Failed() ? kVain : kTheirs;
         svg_.Text(kLeft, 24, Shown(page_.pager) + "  " + Shown(page_.number_called), kMostInTitle,
                   "#222", "start", "font-size:16px;font-weight:bold");
-        std::string below = WhenBegun(page_) + ", " + std::to_string(page_.seconds) + " s, " +
-                            std::string(NameOf(page_.outcome));
+        std::string below = WhenBegun(page_) + ", " + std::to_string(page_.seconds) + " s, ";
+        below += page_.Port().empty() ? "" : Shown(page_.Port()) + ", ";
+        below += std::string(NameOf(page_.outcome));
         below += page_.reason.empty() ? "" : ": " + Shown(page_.reason);
-        svg_.Text(kLeft, 44, below, kMostInTitle, colour);
+        DrawWhole(below, Failed() ? kVain : kTheirs);
+    }
+
+    // In as many lines as it takes.
+    void DrawWhole(const std::string& text, const char* colour) {
+        for (const std::string& line : InLines(text, kMostInTitle)) {
+            svg_.Text(kLeft, title_end_, line, kMostInTitle, colour);
+            title_end_ += kLineHeight;
+        }
+        title_end_ -= kLineHeight;
     }
 
     bool Failed() const {
@@ -75,9 +121,9 @@ class Timeline {
             const int x = At(begun);
             const int width = At(begun + seconds) - x;
             if (seconds > 0) {
-                svg_.Bar({x, kPhasesY, width, 24}, kPhaseColours.at(phase), label);
+                svg_.Bar({x, title_end_ + kPhasesY, width, 24}, kPhaseColours.at(phase), label);
                 // Seven pixels a character.
-                svg_.Text(x + 4, kPhasesY + 16, label,
+                svg_.Text(x + 4, title_end_ + kPhasesY + 16, label,
                           static_cast<size_t>(std::max(width - 14, 0)) / 7);
             }
             begun += seconds;
@@ -97,7 +143,7 @@ class Timeline {
         DrawScale();
     }
 
-    static int LaneY(int lane) { return kLanesY + lane * (kLaneHeight + 4); }
+    int LaneY(int lane) const { return title_end_ + kLanesY + lane * (kLaneHeight + 4); }
 
     void DrawInLane(const Turn& turn) {
         const int x = At(turn.from);
@@ -138,11 +184,13 @@ class Timeline {
         }
     }
 
-    static const char* ColourOfWait(const Turn& turn) {
+    const char* ColourOfFailure() const { return Failed() ? kVain : kNoMatter; }
+
+    const char* ColourOfWait(const Turn& turn) const {
         if (turn.kind == Turn::Kind::kPaused) {
             return kPause;
         }
-        return turn.found ? kFound : kVain;
+        return turn.found ? kFound : ColourOfFailure();
     }
 
     std::string Describe(const Turn& turn) const {
@@ -164,7 +212,7 @@ class Timeline {
 
     // Returns where the rows end.
     int DrawRows() {
-        int y = kRowsY;
+        int y = title_end_ + kRowsY;
         svg_.Text(kLeft, y - 12, "pagerfwd", kMostInRow, kOurs, "middle");
         svg_.Text(kRight, y - 12, "modem, centre", kMostInRow, kTheirs, "end");
         const int top = y;
@@ -191,7 +239,7 @@ class Timeline {
 
     void DrawRow(const Turn& turn, int y) {
         const int base = y + 14;
-        svg_.Text(kLeft - 12, base, Duration(turn.from), kMostInRow, kGrey, "end");
+        svg_.Text(kLeft - 12, base, Duration(turn.to), kMostInRow, kGrey, "end");
         switch (turn.kind) {
             case Turn::Kind::kSaid:
                 svg_.Text(kLeft + 14, base, Describe(turn), kMostInRow, kOurs);
@@ -207,7 +255,7 @@ class Timeline {
                 svg_.Text(kLeft + 14, base, Describe(turn), kMostInRow, kGrey);
                 break;
             case Turn::Kind::kFailure:
-                svg_.Text(kLeft + 14, base, Describe(turn), kMostInRow, kVain, "start",
+                svg_.Text(kLeft + 14, base, Describe(turn), kMostInRow, ColourOfFailure(), "start",
                           "font-weight:bold");
                 break;
             case Turn::Kind::kUnknown:
@@ -220,6 +268,7 @@ class Timeline {
     const TracedPage& page_;
     Encoding encoding_;
     SvgWriter svg_;
+    int title_end_ = kTitleHeight;
 };
 
 }  // namespace

@@ -52,6 +52,8 @@ std::string_view NameOf(TracedPage::Outcome outcome) {
     switch (outcome) {
         case TracedPage::Outcome::kSent:
             return "sent";
+        case TracedPage::Outcome::kDialled:
+            return "dialled";
         case TracedPage::Outcome::kNotSent:
             return "not sent";
         case TracedPage::Outcome::kOutsideHours:
@@ -84,6 +86,7 @@ std::string PageText::Shown(std::string_view text) const {
 std::string PageText::Painted(TracedPage::Outcome outcome, std::string_view text) const {
     switch (outcome) {
         case TracedPage::Outcome::kSent:
+        case TracedPage::Outcome::kDialled:
             return colours_.Green(text);
         case TracedPage::Outcome::kOutsideHours:
             return colours_.Yellow(text);
@@ -97,7 +100,7 @@ std::string PageText::Painted(TracedPage::Outcome outcome, std::string_view text
 std::string PageText::Summary(const TracedPage& page) const {
     std::string line = "page " + std::to_string(page.number) + "  " + WhenBegun(page) + "  \"" +
                        Shown(page.pager) + "\"";
-    for (const std::string* part : {&page.type, &page.number_called, &page.port}) {
+    for (const std::string* part : {&page.type, &page.number_called, &page.Port()}) {
         line += part->empty() ? "" : "  " + Shown(*part);
     }
     std::string outcome(NameOf(page.outcome));

@@ -29,7 +29,7 @@ class AlarmStory : public ServiceTest {
         }
         return lines;
     }
-    void AddSend(TracedPage::Outcome outcome, const char* reason = "") {
+    void AddSend(TracedPage::Outcome outcome, const char* reason = "", const char* port = "") {
         Send send;
         send.at = kNow;
         send.seconds = 24;
@@ -37,6 +37,7 @@ class AlarmStory : public ServiceTest {
         send.pager = "duty";
         send.outcome = outcome;
         send.reason = reason;
+        send.port = port;
         RecordSend(connection, send);
     }
 };
@@ -69,6 +70,32 @@ TEST_F(AlarmStory, TellsWhoWasNeverPaged) {
 TEST_F(AlarmStory, TellsTheAcknowledgement) {
     AcknowledgeAlarm(connection, 7, kNow + 60);
     EXPECT_THAT(Tell(), ElementsAre("raised", "acknowledged"));
+}
+
+TEST_F(AlarmStory, TellsWhoAcknowledged) {
+    AcknowledgeAlarm(connection, 7, kNow + 60, "maria");
+    EXPECT_THAT(Tell(), ElementsAre("raised", "acknowledged (by maria)"));
+}
+
+TEST_F(AlarmStory, LeavesTheNoteOfAnotherProgramAlone) {
+    Execute("UPDATE AlarmLog SET alarmnote = 'see the plan'");
+    AcknowledgeAlarm(connection, 7, kNow + 60, "maria");
+    EXPECT_THAT(Rows("alarmnote FROM AlarmLog"), ElementsAre("see the plan"));
+    EXPECT_THAT(Tell(), ElementsAre("raised", "acknowledged"));
+}
+
+TEST_F(AlarmStory, TellsThatNoRouteLedAnywhere) {
+    PlanDeliveries(connection, *FindAlarm(connection, "7"), {});
+    EXPECT_THAT(Tell(), ElementsAre("raised", "off limit (no route leads to a pager)"));
+}
+
+TEST_F(AlarmStory, NamesThePortThatWasUsedAndSaysWhatNothingConfirms) {
+    WriteEvent(7, "duty", 2);
+    AddSend(TracedPage::Outcome::kDialled, "", "COM 2");
+    AddSend(TracedPage::Outcome::kNotSent, "busy", "COM 1");
+    EXPECT_THAT(Tell(), ElementsAre("raised", "duty: queued",
+                                    "duty: dialled (24 s, COM 2; nothing confirms it)",
+                                    "duty: not sent (24 s, COM 1: busy)"));
 }
 
 }  // namespace

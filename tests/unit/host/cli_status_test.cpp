@@ -52,18 +52,18 @@ TEST_F(CliStatus, IsATable) {
     EXPECT_EQ(
         "engine: not running\n"
         "pending: 2\n"
-        "ALARM       GROUP          PAGER            STATE        TRIES    QUEUED              "
+        "ALARM       GROUP          PAGER            STATE          TRIES    QUEUED              "
         "DUE (computed)\n"
-        "7           ops            duty             pending      1 of 3   2001-01-08 10:00:00 "
+        "7           ops            duty             pending        1 of 3   2001-01-08 10:00:00 "
         "2001-01-08 10:30:00\n"
-        "7           ops            night            pending      0 of 6   2001-01-08 10:00:00 "
+        "7           ops            night            pending        0 of 6   2001-01-08 10:00:00 "
         "2001-01-08 10:00:00\n"
         "ended, the last 2:\n"
-        "ALARM       GROUP          PAGER            STATE        TRIES    QUEUED              "
+        "ALARM       GROUP          PAGER            STATE          TRIES    QUEUED              "
         "ENDED (computed)\n"
-        "6           ops            duty             done         1 of 3   2001-01-08 10:00:00 "
+        "6           ops            duty             done           1 of 3   2001-01-08 10:00:00 "
         "2001-01-08 10:00:30\n"
-        "5           ops            duty             off limit    3 of 3   2001-01-08 10:00:00 "
+        "5           ops            duty             off limit      3 of 3   2001-01-08 10:00:00 "
         "2001-01-08 10:01:30\n",
         Run({"status"}).out);
 }
@@ -73,13 +73,13 @@ TEST_F(CliStatus, IsJsonThatMarksWhatIsComputed) {
     const nlohmann::json status = Status();
     ASSERT_EQ(2U, status["pending"].size());
     EXPECT_EQ(nlohmann::json::parse(R"({"alarm": "7", "group": "ops", "pager": "duty",
-                                        "state": "pending", "tries": 1, "retries": 2,
+                                        "state": "pending", "outcome": "pending", "tries": 1, "retries": 2,
                                         "queued": "2001-01-08 10:00:00",
                                         "computed": {"due": "2001-01-08 10:30:00"}})"),
               status["pending"][0]);
     ASSERT_EQ(2U, status["ended"].size());
     EXPECT_EQ(nlohmann::json::parse(R"({"alarm": "5", "group": "ops", "pager": "duty",
-                                        "state": "off limit", "tries": 3, "retries": 2,
+                                        "state": "off limit", "outcome": "off limit", "tries": 3, "retries": 2,
                                         "queued": "2001-01-08 10:00:00",
                                         "computed": {"ended": "2001-01-08 10:01:30"}})"),
               status["ended"][1]);

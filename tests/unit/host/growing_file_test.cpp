@@ -132,5 +132,44 @@ TEST_F(AGrowingFile, LosesNothingThatWasMovedAsideTwice) {
     EXPECT_EQ("", file.Read());
 }
 
+TEST_F(AGrowingFile, JoinsWhatWasMovedAsideLast) {
+    constexpr time_t kOld = 1000;
+    Add("one");
+    file.JoinAside(6, kOld);
+    Add("two");
+    file.JoinAside(6, kOld);
+    EXPECT_EQ("onetwo", Aside(1));
+    EXPECT_FALSE(std::filesystem::exists(kName));
+    Add("x");
+    file.JoinAside(6, kOld);  // too large
+    EXPECT_EQ("x", Aside(1));
+    EXPECT_EQ("onetwo", Aside(2));
+    Add("y");
+    file.JoinAside(6, -kOld);  // too old
+    EXPECT_EQ("y", Aside(1));
+    EXPECT_EQ("x", Aside(2));
+}
+
+TEST_F(AGrowingFile, IsMovedAsideWhereTheDiskHasNoRoomToJoin) {
+    std::filesystem::create_symlink("/dev/full", std::string(kName) + ".1");
+    Add("one");
+    file.JoinAside(100, 1000);
+    EXPECT_EQ("one", Aside(1));
+}
+
+// Who reads on, as a command does, loses nothing.
+TEST_F(AGrowingFile, IsReadToItsEndWhenItHasJoined) {
+    Add("one");
+    file.JoinAside(100, 1000);
+    Add("two");
+    GrowingFile reader(kName);
+    EXPECT_EQ("two", reader.Read());
+    Add("three");
+    file.JoinAside(100, 1000);
+    Add("four");
+    EXPECT_EQ("three", reader.Read());
+    EXPECT_EQ("four", reader.Read());
+}
+
 }  // namespace
 }  // namespace host

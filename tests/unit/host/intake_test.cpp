@@ -102,6 +102,14 @@ TEST_F(AnIntake, HandsAnAlarmToEachPagerOfItsRoutesOnce) {
     EXPECT_THAT(said.str(), HasSubstr("<6>alarm 7 (ops) to \"b\": queued\n"));
 }
 
+// Numbers are texts in the table, and 10 would stand before 9 there.
+TEST_F(AnIntake, HandsOverByNumberAndWithinAnAlarmByPlace) {
+    AddAlarm("10");
+    AddAlarm("9");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("9 to b", "9 to a", "9 to c", "10 to b", "10 to a", "10 to c"));
+}
+
 TEST_F(AnIntake, TakesAlarmsInTheirOrder) {
     AddAlarm("7");
     AddAlarm("8", "");

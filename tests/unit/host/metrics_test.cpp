@@ -31,15 +31,23 @@ TEST(Metrics, CountEverySendingByItsOutcome) {
     metrics.Count(SendWith(Outcome::kNotSent, 5));
     metrics.Count(SendWith(Outcome::kCutOff, 1));
     metrics.Count(SendWith(Outcome::kOutsideHours, 0));
+    metrics.Count(SendWith(Outcome::kDialled, 10, "COM 2"));
+    metrics.ended["undelivered"] = 2;
     metrics.given_up = 7;
     metrics.pending = 3;
     metrics.started = 978940000;
     const std::string text = AsText(metrics, Encoding::kLatin1);
-    EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_total{result=\"sent\"} 2\n"));
-    EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_total{result=\"failed\"} 2\n"));
-    EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_total{result=\"outside_hours\"} 1\n"));
+    const std::string pages = "\npagerfwd_pages_total{result=";
+    EXPECT_THAT(text, HasSubstr(pages + "\"sent\",port=\"COM 1\"} 1\n"));
+    EXPECT_THAT(text, HasSubstr(pages + "\"sent\",port=\"none\"} 1\n"));
+    EXPECT_THAT(text, HasSubstr(pages + "\"failed\",port=\"COM 1\"} 2\n"));
+    EXPECT_THAT(text, HasSubstr(pages + "\"outside_hours\",port=\"COM 1\"} 1\n"));
+    EXPECT_THAT(text, HasSubstr(pages + "\"dialled\",port=\"COM 2\"} 1\n"));
+    EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_ended_total{end=\"undelivered\"} 2\n"));
+    EXPECT_EQ(2U, metrics.Total(kResultSent));
+    EXPECT_EQ(0U, Metrics().Total(kResultSent));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_given_up_total 7\n"));
-    EXPECT_THAT(text, HasSubstr("\npagerfwd_line_seconds_total 66\n"));
+    EXPECT_THAT(text, HasSubstr("\npagerfwd_line_seconds_total 76\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_pending 3\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_start_time_seconds 978940000\n"));
 }
@@ -52,8 +60,8 @@ TEST(Metrics, TellTheLastSuccessOfEachPort) {
     const std::string text = AsText(metrics, Encoding::kLatin1);
     constexpr const char* kName = "\npagerfwd_last_success_timestamp_seconds";
     EXPECT_THAT(text, HasSubstr(std::string(kName) + "{port=\"COM 1\"} 978948000\n"));
-    EXPECT_THAT(text, HasSubstr(std::string(kName) + "{port=\"any\"} 978948000\n"));
-    EXPECT_EQ(std::string::npos, text.find("COM 2"));
+    EXPECT_THAT(text, HasSubstr(std::string(kName) + "{port=\"none\"} 978948000\n"));
+    EXPECT_EQ(std::string::npos, text.find(std::string(kName) + "{port=\"COM 2"));
 }
 
 TEST(Metrics, EscapeWhatTheFormatAsksFor) {
@@ -72,6 +80,17 @@ TEST(Metrics, ArePutInThePlaceOfTheFileBefore) {
     EXPECT_EQ("two\n", text.str());
     EXPECT_FALSE(std::filesystem::exists("figures.prom.new"));
     EXPECT_THROW(WriteFileAtomically("no/such/folder/f", "x"), std::runtime_error);
+}
+
+// /dev/full takes a file's beginning and refuses its rest: the good file before stays.
+TEST(Metrics, LeaveTheFileBeforeWhereTheDiskIsFull) {
+    const test_support::TempDir folder;
+    WriteFileAtomically("figures.prom", "one\n");
+    std::filesystem::create_symlink("/dev/full", "figures.prom.new");
+    EXPECT_THROW(WriteFileAtomically("figures.prom", std::string(100000, 'x')), std::runtime_error);
+    std::ostringstream text;
+    text << std::ifstream("figures.prom").rdbuf();
+    EXPECT_EQ("one\n", text.str());
 }
 
 }  // namespace

@@ -284,7 +284,7 @@ TEST_F(TraceCommand, WritesJson) {
     const auto json = nlohmann::json::parse(Run({"--json"}).out);
     ASSERT_EQ(2U, json.size());
     EXPECT_EQ("duty", json[0]["pager"]);
-    EXPECT_EQ("sent", json[1]["outcome"]);
+    EXPECT_EQ("dialled", json[1]["outcome"]);
     EXPECT_EQ("[]\n", Run({"--json", "--pager", "nobody"}).out);
 }
 

@@ -191,6 +191,15 @@ TEST(TracedPages, TellWhatWasSaidAndForHowLong) {
     EXPECT_EQ(TraceKind::kUnknown, recorded.events[0].kind);
 }
 
+TEST(TracedPages, KnowThePortThatWasUsed) {
+    TraceWriter trace;
+    trace.Begin().Say("COM Name: COM 2").End();
+    const RecordedTrace recorded = RecordedTrace::Of(trace.Text());
+    ASSERT_THAT(recorded.pages, SizeIs(1));
+    EXPECT_EQ("COM 1", recorded.pages[0].port);
+    EXPECT_EQ("COM 2", recorded.pages[0].Port());
+}
+
 struct Failing {
     const char* situation;
     std::vector<std::string> lines;
@@ -262,7 +271,7 @@ TEST(TracedPages, TellWhatBecameOfThem) {
          "the centre didn't take the page: the modem said NO CARRIER"},
         {"dialled, and nothing to transfer",
          {"Message to send: ", "Before Dial", "After Dial", "Before CloseComPort"},
-         Outcome::kSent,
+         Outcome::kDialled,
          0,
          ""},
         {"neither sent nor failed", {}, Outcome::kCutOff, 0, "doesn't say what became of it"},

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "host/trace/calendar.h"
 #include "host/trace_view/page_filter.h"
@@ -15,6 +16,7 @@ namespace host {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -165,6 +167,7 @@ TEST(PageJson, HoldsEverything) {
     EXPECT_EQ("not sent", json["outcome"]);
     EXPECT_EQ(6, json["result"]);
     EXPECT_EQ("dialling failed: the modem said BUSY", json["reason"]);
+    EXPECT_EQ(json["port_asked"], json["port"]);
     EXPECT_EQ(9, json["phases"]["dial"]);
     EXPECT_EQ("ATDT1<cr>", json["dialogue"][1]["said"]);
     EXPECT_EQ("BUSY", json["dialogue"][2]["heard"]);
@@ -215,9 +218,61 @@ TEST(PageSvg, ShowsWhoSpokeWhoWaitedAndForHowLong) {
     const std::string svg = PageAsSvg(BusyPage(), Encoding::kLatin1);
     EXPECT_THAT(svg, StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg "));
     EXPECT_TRUE(IsWellFormed(svg)) << svg;
-    EXPECT_THAT(svg, AllOf(HasSubstr(">dial 9 s<"), HasSubstr(">ATDT1&lt;cr&gt;<"),
-                           HasSubstr(">BUSY<"), HasSubstr(">waited 9 s for CONNECT, in vain<"),
-                           HasSubstr("2001-01-08 10:00:00, 17 s, not sent: dialling failed")));
+    EXPECT_THAT(svg,
+                AllOf(HasSubstr(">dial 9 s<"), HasSubstr(">ATDT1&lt;cr&gt;<"), HasSubstr(">BUSY<"),
+                      HasSubstr(">waited 9 s for CONNECT, in vain<"),
+                      HasSubstr("2001-01-08 10:00:00, 17 s, COM 1, not sent: dialling failed")));
+}
+
+constexpr const char* kRed = "#c62828";
+
+TEST(PageSvg, IsRedOnlyWhereThePageFailed) {
+    TracedPage page = BusyPage();
+    EXPECT_THAT(PageAsSvg(page, Encoding::kLatin1), HasSubstr(kRed));
+    for (const auto outcome : {TracedPage::Outcome::kSent, TracedPage::Outcome::kDialled,
+                               TracedPage::Outcome::kOutsideHours}) {
+        page.outcome = outcome;
+        EXPECT_THAT(PageAsSvg(page, Encoding::kLatin1), Not(HasSubstr(kRed)));
+    }
+}
+
+TEST(PageSvg, NamesThePortThatWasUsed) {
+    TracedPage page = BusyPage();
+    page.port_used = "COM 2";
+    EXPECT_THAT(PageAsSvg(page, Encoding::kLatin1),
+                HasSubstr("2001-01-08 10:00:00, 17 s, COM 2, not sent: "));
+}
+
+// The times at the left, from top to bottom.
+std::vector<std::string> TimesOf(const std::string& svg) {
+    std::vector<std::string> times;
+    const std::regex time("text-anchor=\"end\"[^>]*>(\\d+:\\d\\d)<");
+    for (std::sregex_iterator found(svg.begin(), svg.end(), time), end; found != end; ++found) {
+        times.push_back((*found)[1]);
+    }
+    return times;
+}
+
+TEST(PageSvg, HasItsTimesInOrder) {
+    TracedPage page = BusyPage();
+    page.turns = {{Turn::Kind::kSaid, PagePhase::kDial, 3, 3, "ATDT1", false, 0},
+                  {Turn::Kind::kHeard, PagePhase::kDial, 9, 9, "BUSY", false, 0},
+                  {Turn::Kind::kWaited, PagePhase::kDial, 3, 12, "CONNECT", false, 120000}};
+    EXPECT_THAT(TimesOf(PageAsSvg(page, Encoding::kLatin1)), ElementsAre("0:03", "0:09", "0:12"));
+}
+
+TEST(PageSvg, HasItsReasonWholeInAsManyLinesAsItTakes) {
+    TracedPage page = BusyPage();
+    page.reason.clear();
+    for (int word = 100; word < 200; ++word) {
+        page.reason += "word" + std::to_string(word) + " ";
+    }
+    const std::string svg = PageAsSvg(page, Encoding::kLatin1);
+    EXPECT_TRUE(IsWellFormed(svg));
+    for (int word = 100; word < 200; ++word) {
+        EXPECT_THAT(svg, HasSubstr("word" + std::to_string(word))) << word;
+    }
+    EXPECT_THAT(svg, Not(HasSubstr("\xE2\x80\xA6")));
 }
 
 TEST(PageSvg, EscapesWhateverTheTexts) {
