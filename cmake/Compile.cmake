@@ -13,6 +13,11 @@ target_include_directories(pagerfwd_compile INTERFACE ${CMAKE_SOURCE_DIR}/includ
 find_package(Threads REQUIRED)
 target_link_libraries(pagerfwd_compile INTERFACE Threads::Threads)
 
+# For the programs. File systems of today have inode numbers and sizes of 64 bits: without this, stat
+# fails there in a program of 32 bits. The library keeps the types that its interface was made with.
+add_library(pagerfwd_large_files INTERFACE)
+target_compile_definitions(pagerfwd_large_files INTERFACE _FILE_OFFSET_BITS=64)
+
 # Lines in a stack trace are enough but for a debugger, and take half the time to compile.
 add_compile_options($<$<CONFIG:RelWithDebInfo>:-g1>)
 if(PAGERFWD_SANITIZE)

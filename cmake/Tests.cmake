@@ -5,7 +5,7 @@ add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM
 
 # GoogleTest's headers, compiled once for all test programs: they take longer than most tests.
 add_executable(pagerfwd_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp)
-target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile gmock)
+target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile pagerfwd_large_files gmock)
 target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
 # What tests the library's own files: scripts/coverage counts their lines by it.
@@ -20,8 +20,9 @@ add_custom_target(library_tests)
 function(pagerfwd_test name)
     cmake_parse_arguments(ARG "ALONE" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE pagerfwd_compile -Wl,--no-as-needed pagersim_preload
-                                          -Wl,--as-needed ${ARG_LINKS} gmock_main)
+    target_link_libraries(${name} PRIVATE pagerfwd_compile pagerfwd_large_files
+                                          -Wl,--no-as-needed pagersim_preload -Wl,--as-needed
+                                          ${ARG_LINKS} gmock_main)
     target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ${PAGERFWD_UNITY})
     # The program whole, not each of its tests: most of them take less time than its start.

@@ -13,6 +13,7 @@ namespace {
 constexpr const char* kTraceFile = "pageprot.txt";
 constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
 constexpr std::time_t kOldestTrace = 7 * 24 * 60 * 60;
+constexpr int kMostPieces = 64;   // of 1 MiB, in one look
 constexpr int kNoLineResult = 5;  // of the library
 
 }  // namespace
@@ -41,12 +42,14 @@ void EngineTrace::Begin() {
 void EngineTrace::Look() {
     const std::time_t now = std::time(nullptr);
     const bool was_taken = ports_.IsAnyTaken();
-    std::string bytes;
-    do {
-        bytes = file_.Read();
+    for (int piece = 0; piece < kMostPieces; ++piece) {
+        const std::string bytes = file_.Read();
         ports_.Read(bytes);
         follower_.Read(bytes, now);
-    } while (!bytes.empty());
+        if (bytes.empty()) {
+            break;
+        }
+    }
     if (ports_.IsAnyTaken() && !was_taken) {
         log_.Error(
             "a port that could not be opened stays taken until the engine is made anew; that "

@@ -48,8 +48,13 @@ GrowingFile::~GrowingFile() {
 }
 
 bool GrowingFile::Open(const std::string& path) {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (file < 0) {
+        return false;
+    }
+    struct stat status {};
+    if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(file);
         return false;
     }
     Close();
@@ -86,10 +91,8 @@ std::string GrowingFile::Successor() const {
     return path_;
 }
 
-std::string GrowingFile::Read() {
-    if (file_ < 0 && !Open(path_)) {
-        return {};
-    }
+// What the open file has behind the position; all of it anew where it was emptied.
+std::string GrowingFile::ReadOpenOne() {
     struct stat status {};
     if (fstat(file_, &status) == 0 && status.st_size < position_) {
         position_ = 0;  // emptied
@@ -98,8 +101,19 @@ std::string GrowingFile::Read() {
     const ssize_t size = pread(file_, bytes.data(), bytes.size(), position_);
     bytes.resize(size > 0 ? static_cast<size_t>(size) : 0);
     position_ += static_cast<off_t>(bytes.size());
-    if (bytes.empty() && !IsOpenOne(path_) && Open(Successor())) {
-        return Read();
+    return bytes;
+}
+
+std::string GrowingFile::Read() {
+    if (file_ < 0 && !Open(path_)) {
+        return {};
+    }
+    std::string bytes = ReadOpenOne();
+    for (int opened = 0; bytes.empty() && opened <= kMostAside; ++opened) {
+        if (IsOpenOne(path_) || !Open(Successor())) {
+            break;
+        }
+        bytes = ReadOpenOne();
     }
     return bytes;
 }

@@ -1,7 +1,8 @@
 // Reads a file that another part of the process writes, as it grows.
 //
 // The file may be emptied and begun anew, and may be moved aside; those moved aside are read first.
-// What was written before it is emptied and not yet read is lost.
+// What was written before it is emptied and not yet read is lost. Only a regular file is read, and
+// no link to one: others never end, or hold up who opens them.
 //
 // Threads    One.
 #ifndef PAGERFWD_HOST_SERVICE_GROWING_FILE_H
@@ -39,6 +40,7 @@ class GrowingFile {
     bool TryJoin(off_t most, std::time_t oldest) const;
     bool Open(const std::string& path);
     bool IsOpenOne(const std::string& path) const;
+    std::string ReadOpenOne();
     std::string Aside(int number) const;
     std::string Successor() const;
     void Close();

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -117,6 +118,31 @@ TEST_F(AGrowingFile, IsNotMovedAsideWhereThereIsNothingInIt) {
     file.MoveAside();
     file.MoveAside();
     EXPECT_EQ("one", Aside(1));
+}
+
+// Both have 64 bits on file systems of today. In 32, the file can't even be opened.
+TEST_F(AGrowingFile, MayBeLargerThanTwoGigabytes) {
+    Add("one");
+    std::filesystem::resize_file(kName, (uintmax_t{2} << 30) + 1);
+    EXPECT_EQ(std::string("one") + std::string((size_t{1} << 20) - 3, '\0'), file.Read());
+    EXPECT_EQ(8U, sizeof(file.Position()));
+    EXPECT_EQ(8U, sizeof(ino_t));
+}
+
+// One that never ends, one that would hold up who opens it, and one that is somebody else's.
+TEST_F(AGrowingFile, IsARegularOneAndNoLink) {
+    std::filesystem::create_symlink("/dev/zero", kName);
+    EXPECT_EQ("", file.Read());
+    std::filesystem::remove(kName);
+    ASSERT_EQ(0, mkfifo(kName, 0600));
+    EXPECT_EQ("", file.Read());
+    std::filesystem::remove(kName);
+    WriteFile("else.txt", "secret");
+    std::filesystem::create_symlink("else.txt", kName);
+    EXPECT_EQ("", file.Read());
+    std::filesystem::remove(kName);
+    Add("one");
+    EXPECT_EQ("one", file.Read());
 }
 
 // Moved aside and begun anew twice between two looks, as when the engine is made anew.
