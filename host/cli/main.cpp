@@ -30,8 +30,8 @@ void AddOptions(CLI::App& app, Program& program) {
         ->default_val("./pagerfwd.db")
         ->type_name("FILE");
     app.add_option("--library", program.library,
-                   "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor among "
-                   "the system's libraries")
+                   "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor where it "
+                   "is installed")
         ->type_name("FILE");
     app.add_option("--locks", program.locks,
                    "The folder where engines lock the serial devices that they use")

@@ -4,7 +4,9 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace host {
 namespace {
@@ -12,8 +14,14 @@ namespace {
 constexpr const char* kFileName = "libPagerFwd.so";
 
 std::string ProgramFolder() {
-    std::error_code none;
-    return std::filesystem::read_symlink("/proc/self/exe", none).parent_path().string();
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) {
+        throw LibraryError(
+            "/proc doesn't say where this program lies; name the library with "
+            "--library FILE");
+    }
+    return program.parent_path().string();
 }
 
 std::string LastError() {
@@ -32,11 +40,27 @@ void* Load(const std::string& path) {
     return library;
 }
 
-// The first that is there, or the last, which the system's own search is left with.
+// In this order, when the program lies in `folder`.
+std::vector<std::string> LibraryCandidates(const std::string& folder) {
+    return {folder + "/" + kFileName, folder + "/../lib/" + kFileName,
+            folder + "/" PAGERFWD_LIBRARY_FROM_PROGRAM "/" + kFileName};
+}
+
+// A name without a slash would be looked for along paths that others may have set.
+std::string Named(const std::string& path) {
+    if (path.find('/') == std::string::npos) {
+        throw LibraryError("--library " + path + ": a file is named by its path, such as ./" +
+                           path);
+    }
+    return path;
+}
+
+// The first that is there, or the last, for the message to name where it belongs.
 std::string FirstThere(const std::vector<std::string>& candidates) {
     for (const std::string& candidate : candidates) {
-        if (std::filesystem::exists(candidate)) {
-            return std::filesystem::absolute(candidate).string();
+        std::error_code none;
+        if (std::filesystem::exists(candidate, none)) {
+            return candidate;
         }
     }
     return candidates.back();
@@ -53,14 +77,9 @@ void Resolve(void* library, const char* name, Function& function) {
 
 }  // namespace
 
-std::vector<std::string> LibraryCandidates(const std::string& folder) {
-    return {folder + "/" + kFileName, folder + "/../lib/" + kFileName, kFileName};
-}
-
 Library::Library(const std::string& path) {
-    const std::vector<std::string> said{path};
     void* const library =
-        Load(FirstThere(path.empty() ? LibraryCandidates(ProgramFolder()) : said));
+        Load(path.empty() ? FirstThere(LibraryCandidates(ProgramFolder())) : Named(path));
     Resolve(library, "AlarmFwdPager", AlarmFwdPager);
     Resolve(library, "StartAlarmFwdPager", StartAlarmFwdPager);
     Resolve(library, "StopAlarmFwdPager", StopAlarmFwdPager);

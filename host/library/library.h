@@ -6,7 +6,6 @@
 
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 namespace host {
 
@@ -20,8 +19,9 @@ class LibraryError : public std::runtime_error {
 // Errors     LibraryError, naming the file and the reason.
 class Library {
  public:
-    // path: the file, or empty to search beside the program, in ../lib, and where the system's
-    // libraries are.
+    // path: the file, with a slash in it. Empty: beside the program, in ../lib from there, or where
+    // it is installed as this program was built. Nowhere else: whoever could put a file into a
+    // folder that is searched would have it run.
     explicit Library(const std::string& path);
 
     decltype(&::AlarmFwdPager) AlarmFwdPager = nullptr;
@@ -30,9 +30,6 @@ class Library {
     decltype(&::TestPager) TestPager = nullptr;
     decltype(&::NXIsInTimeModel) NXIsInTimeModel = nullptr;
 };
-
-// Where it is searched for, in this order, when the program lies in `folder`.
-std::vector<std::string> LibraryCandidates(const std::string& folder);
 
 }  // namespace host
 

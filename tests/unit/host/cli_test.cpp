@@ -383,7 +383,7 @@ TEST_F(Cli, SaysWhyTheLibraryIsNotLoaded) {
     };
     WriteFile("letter.so", "Dear library");
     for (const std::string& library :
-         {std::string("none.so"), std::string("letter.so"), std::string(NEEDY_LIBRARY)}) {
+         {std::string("./none.so"), std::string("./letter.so"), std::string(NEEDY_LIBRARY)}) {
         const ProgramRun run = test(library);
         EXPECT_EQ(3, run.exit_code);
         EXPECT_EQ("", run.out);
@@ -392,6 +392,44 @@ TEST_F(Cli, SaysWhyTheLibraryIsNotLoaded) {
     EXPECT_THAT(test(NEEDY_LIBRARY).err, HasSubstr("NobodyHasThis"));
     EXPECT_THAT(test(POOR_LIBRARY).err, AllOf(HasSubstr("the library lacks a function: "),
                                               HasSubstr("StartAlarmFwdPager")));
+}
+
+// It would be looked for in folders that whoever started the program has named.
+TEST_F(Cli, TakesNoLibraryWithoutASlash) {
+    MakeSite();
+    std::filesystem::copy_file(FAKE_LIBRARY, "planted.so");
+    setenv("LD_LIBRARY_PATH", folder.Path().c_str(), 1);
+    const ProgramRun run = RunProgram(
+        {PAGERFWD_PROGRAM, "--database", "site.db", "--library", "planted.so", "test", "duty"});
+    unsetenv("LD_LIBRARY_PATH");
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_EQ("", run.out);
+    EXPECT_THAT(run.err, HasSubstr("a file is named by its path, such as ./planted.so"));
+}
+
+// Neither the folder at hand nor the linker's are searched: anyone may write to the one.
+TEST_F(Cli, RunsNoLibraryThatWasPlanted) {
+    MakeSite();
+    std::filesystem::copy_file(FAKE_LIBRARY, "libPagerFwd.so");
+    std::filesystem::create_directories("elsewhere/bin");
+    const std::string program = folder.Path() / "elsewhere/bin/pagerfwd";
+    std::filesystem::copy_file(PAGERFWD_PROGRAM, program);
+    setenv("LD_LIBRARY_PATH", folder.Path().c_str(), 1);
+    const ProgramRun run = RunProgram({program, "--database", "site.db", "test", "duty"});
+    unsetenv("LD_LIBRARY_PATH");
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_THAT(run.err,
+                AllOf(HasSubstr("the library can't be loaded: "), HasSubstr("elsewhere/bin/")));
+}
+
+TEST_F(Cli, FindsTheLibraryThatIsInstalledWithIt) {
+    MakeSite();
+    std::filesystem::create_directories("elsewhere/bin");
+    std::filesystem::create_directories("elsewhere/lib");
+    std::filesystem::copy_file(FAKE_LIBRARY, "elsewhere/lib/libPagerFwd.so");
+    const std::string program = folder.Path() / "elsewhere/bin/pagerfwd";
+    std::filesystem::copy_file(PAGERFWD_PROGRAM, program);
+    EXPECT_EQ(0, RunProgram({program, "--database", "site.db", "test", "duty"}).exit_code);
 }
 
 }  // namespace
