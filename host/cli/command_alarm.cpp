@@ -20,6 +20,7 @@
 #include "host/cli/times.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
+#include "host/store/look.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
 
@@ -129,10 +130,10 @@ Json ToJson(const Alarm& alarm, Encoding encoding) {
 }
 
 ExitCode List(const Program& program, const ListOptions& options) {
-    Lease lease(program.database);
-    const Encoding encoding = EncodingOf(lease.Database());
-    const std::vector<Alarm> alarms =
-        options.open ? OpenAlarms(lease.Database()) : LastAlarms(lease.Database(), options.count);
+    const auto [encoding, alarms] = Look(program.database, [&options](Connection& database) {
+        return std::pair(EncodingOf(database),
+                         options.open ? OpenAlarms(database) : LastAlarms(database, options.count));
+    });
     if (!options.json) {
         PrintTable(alarms, encoding);
         return kDone;

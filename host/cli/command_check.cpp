@@ -10,7 +10,7 @@
 #include "host/cli/site_input.h"
 #include "host/site/database_check.h"
 #include "host/site/sending_rules.h"
-#include "host/store/pool.h"
+#include "host/store/look.h"
 #include "host/text/printable.h"
 
 namespace host {
@@ -45,8 +45,7 @@ ExitCode CheckFile(const std::string& path, bool json) {
 }
 
 ExitCode CheckTables(const std::string& database, bool json) {
-    Lease lease(database);
-    const ReadBack read = CheckDatabase(lease.Database());
+    const ReadBack read = Look(database, CheckDatabase);
     const ExitCode code = Report(database, read.site, read.findings, json);
     if (!json && code == kNo) {
         std::cout

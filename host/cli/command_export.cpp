@@ -1,44 +1,32 @@
 // pagerfwd export: the tables as a site file. Tested by tests/unit/host/tools_cli_test.cpp.
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include "host/cli/program.h"
 #include "host/cli/site_input.h"
+#include "host/files/whole_file.h"
 #include "host/site/read_back.h"
 #include "host/site/site_check.h"
 #include "host/site/site_writer.h"
-#include "host/store/pool.h"
+#include "host/store/look.h"
 #include "host/text/printable.h"
 
 namespace host {
 namespace {
 
-// Either the whole text stands there afterwards, or what stood there before.
-void WriteWhole(const std::string& path, const std::string& text) {
-    const std::string beside = path + ".new";
-    std::ofstream file(beside, std::ios::binary);
-    file << text << std::flush;
-    if (!file || std::rename(beside.c_str(), path.c_str()) != 0) {
-        throw Failure(kCannot, path + ": can't be written: " + std::strerror(errno));
-    }
-}
-
 ExitCode Export(const Program& program, const std::string& path, bool force) {
-    Lease lease(program.database);
-    ReadBack read = ReadSiteBack(lease.Database());
+    ReadBack read =
+        Look(program.database, [](Connection& database) { return ReadSiteBack(database); });
     const std::string text = WriteSite(read.site);
     if (path.empty()) {
         std::cout << text;
     } else if (!force && std::filesystem::exists(path)) {
         throw Failure(kUsage, path + ": is there already; to replace it, say so: --force");
     } else {
-        WriteWhole(path, text);
+        WriteWhole(path, text, kPrivate);
         std::cout << Printable(path) << ": written\n";
     }
     CheckSite(read.site, read.findings);

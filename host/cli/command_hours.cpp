@@ -13,6 +13,7 @@
 #include "host/site/site_tables.h"
 #include "host/site/stored_hours.h"
 #include "host/site/week_grid.h"
+#include "host/store/look.h"
 #include "host/store/pool.h"
 #include "host/text/colours.h"
 #include "host/text/json.h"
@@ -48,21 +49,29 @@ Json WeekAsJson(const NamedWeek& named, Encoding encoding) {
     return {{"name", Decode(named.name, encoding)}, {"week", std::move(week)}};
 }
 
+bool Has(const std::vector<NamedWeek>& weeks, const std::string& name) {
+    return std::any_of(weeks.begin(), weeks.end(),
+                       [&name](const NamedWeek& week) { return week.name == name; });
+}
+
 ExitCode Show(const Program& program, const std::string& name, bool json) {
-    Lease lease(program.database);
-    const Encoding encoding = EncodingOf(lease.Database());
+    const auto [encoding, weeks] = Look(program.database, [&name](Connection& database) {
+        const Encoding of_site = EncodingOf(database);
+        std::vector<NamedWeek> found = ReadWeeks(database);
+        if (!name.empty() && !Has(found, InTables(name, of_site))) {
+            RefuseName(database, name, of_site, "");
+        }
+        return std::pair(of_site, std::move(found));
+    });
     const std::string wanted = InTables(name, encoding);
     Json list = Json::array();
     std::string text;
-    for (const NamedWeek& named : ReadWeeks(lease.Database())) {
+    for (const NamedWeek& named : weeks) {
         if (name.empty() || named.name == wanted) {
             list.push_back(WeekAsJson(named, encoding));
             text += (text.empty() ? "" : "\n") + std::string("hours \"") +
                     Shown(named.name, encoding) + "\"\n" + Painted(WriteGrid(named.week));
         }
-    }
-    if (list.empty() && !name.empty()) {
-        RefuseName(lease.Database(), name, encoding, "");
     }
     std::cout << (json ? Written(list) + "\n" : text);
     return kDone;

@@ -11,7 +11,7 @@
 #include "host/cli/times.h"
 #include "host/service/alarm_story.h"
 #include "host/site/site_tables.h"
-#include "host/store/pool.h"
+#include "host/store/look.h"
 #include "host/text/json.h"
 
 namespace host {
@@ -48,19 +48,25 @@ void Print(const Alarm& alarm, const std::vector<StoryLine>& story, Encoding enc
     }
 }
 
+struct Told {
+    Encoding encoding;
+    Alarm alarm;
+    std::vector<StoryLine> story;
+};
+
 ExitCode Log(const Program& program, int64_t number, bool json) {
-    Lease lease(program.database);
-    const Encoding encoding = EncodingOf(lease.Database());
-    const std::optional<Alarm> alarm = FindAlarm(lease.Database(), std::to_string(number));
-    if (!alarm) {
-        throw Failure(kNo, "there is no alarm " + std::to_string(number) +
-                               "; pagerfwd alarm list shows the last ones");
-    }
-    const std::vector<StoryLine> story = TellAlarm(lease.Database(), *alarm);
+    const Told told = Look(program.database, [number](Connection& database) {
+        const std::optional<Alarm> alarm = FindAlarm(database, std::to_string(number));
+        if (!alarm) {
+            throw Failure(kNo, "there is no alarm " + std::to_string(number) +
+                                   "; pagerfwd alarm list shows the last ones");
+        }
+        return Told{EncodingOf(database), *alarm, TellAlarm(database, *alarm)};
+    });
     if (json) {
-        std::cout << Written(ToJson(*alarm, story, encoding)) << "\n";
+        std::cout << Written(ToJson(told.alarm, told.story, told.encoding)) << "\n";
     } else {
-        Print(*alarm, story, encoding);
+        Print(told.alarm, told.story, told.encoding);
     }
     return kDone;
 }

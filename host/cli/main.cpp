@@ -29,14 +29,15 @@ void AddOptions(CLI::App& app, Program& program) {
         ->envname("PAGERFWD_DATABASE")
         ->default_val("./pagerfwd.db")
         ->type_name("FILE");
-    app.add_option("--library", program.library,
-                   "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor where it "
-                   "is installed")
+    app.add_option(
+           "--library", program.library,
+           "libPagerFwd.so, if it is neither beside this program, nor in ../lib, nor where it "
+           "is installed")
         ->type_name("FILE");
     app.add_option("--locks", program.locks,
-                   "The folder where engines lock the serial devices that they use")
+                   "The folder where engines lock the serial devices that they use (without it: "
+                   "/run/pagerfwd, or the user's own run-time folder)")
         ->envname("PAGERFWD_LOCKS")
-        ->default_val("/run/lock")
         ->type_name("FOLDER");
     app.add_flag("--trace", program.trace,
                  "Let the library write every step of a page to pageprot.txt, in this folder");
@@ -97,6 +98,7 @@ int Run(const Program& program) {
 }
 
 int Main(int argc, char** argv) {
+    KeepFilesPrivate();
     Program program;
     CLI::App app("Forwards alarms to pagers over modems: the host of libPagerFwd.so.", "pagerfwd");
     app.set_version_flag("--version", "pagerfwd " PAGERFWD_VERSION);

@@ -1,11 +1,16 @@
 // Common parts of the commands. Tested by tests/unit/host/cli_test.cpp.
 #include "host/cli/program.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
+
+#include "host/files/shared_file.h"
 
 namespace host {
 namespace {
@@ -26,6 +31,7 @@ constexpr Meaning kMeanings[] = {
 };
 
 constexpr const char* kTraceFile = "pageprot.txt";
+constexpr mode_t kOfOthers = 0007;
 constexpr const char* kTraceSwitch = "NX_PAGEPROT";
 
 }  // namespace
@@ -49,14 +55,21 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
+void KeepFilesPrivate() {
+    umask(umask(0) | kOfOthers);
+}
+
 void StartTrace(const Program& program) {
     if (!program.trace) {
         return;
     }
-    if (!std::ofstream(kTraceFile, std::ios::app)) {
-        throw Failure(kCannot,
-                      std::string(kTraceFile) +
-                          ": the trace can't be written in this folder: " + std::strerror(errno));
+    try {
+        Ownership ownership = OwnershipOf(".");
+        ownership.mode &= ~kOfOthers;
+        CloseToOthers(OpenOrMakeShared(kTraceFile, O_WRONLY, ownership));
+    } catch (const FileError& error) {
+        throw Failure(kCannot, std::string(kTraceFile) +
+                                   ": the trace can't be written in this folder: " + error.what());
     }
     setenv(kTraceSwitch, "1", 1);
 }

@@ -41,7 +41,7 @@ class Failure : public std::runtime_error {
 struct Program {
     std::string database;
     std::string library;  // empty: searched for
-    std::string locks;    // the folder of the locks of serial devices
+    std::string locks;    // the folder of the locks of serial devices; empty: the usual one
     bool trace = false;
 
     std::function<ExitCode()> command;  // what the command line asks for
@@ -65,6 +65,10 @@ void AddTrace(CLI::App& app, Program& program);
 
 // The text of a file. Throws Failure.
 std::string ReadFile(const std::string& path);
+
+// Lets nobody but owner and group read what is written from now on, by the library too: it holds
+// numbers and texts.
+void KeepFilesPrivate();
 
 // Turns the library's trace on, in the working directory. Throws Failure where it can't be written:
 // the library would stop at the first line of its trace. Does nothing without --trace.

@@ -9,7 +9,7 @@
 #include "host/service/engine_locks.h"
 #include "host/service/page_words.h"
 #include "host/site/site_tables.h"
-#include "host/store/pool.h"
+#include "host/store/look.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
 
@@ -99,14 +99,19 @@ void PrintTable(std::ostream& out, const std::vector<PageStory>& pages, const ch
     }
 }
 
+std::string NameOf(const LockFile& lock) {
+    const std::string words = lock.Words();
+    return words.empty() ? lock.Holder() : words;
+}
+
 }  // namespace
 
 EngineStatus ReadStatus(const std::string& database, int64_t ended) {
-    Lease lease(database);
-    Connection& connection = lease.Database();
-    LockFile lock = DatabaseLock(database);
-    return {EncodingOf(connection), lock.IsTaken() ? lock.Holder() : std::string(),
-            PendingPages(connection), EndedPages(connection, ended)};
+    const LockFile lock = DatabaseLock(database);
+    return Look(database, [&](Connection& connection) {
+        return EngineStatus{EncodingOf(connection), lock.IsTaken() ? NameOf(lock) : std::string(),
+                            PendingPages(connection), EndedPages(connection, ended)};
+    });
 }
 
 std::string AsTables(const EngineStatus& status) {

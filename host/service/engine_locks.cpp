@@ -1,7 +1,12 @@
 // Locks of an engine. Tested by tests/unit/host/engine_locks_test.cpp.
 #include "host/service/engine_locks.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace host {
@@ -19,14 +24,45 @@ std::vector<std::string> PortNames(Connection& connection) {
 std::string TakenPort(const std::string& port, const std::string& device,
                       const std::string& holder) {
     std::string text = "port \"";
-    text.append(port).append("\", /dev/").append(device).append(": used already by pagerfwd ");
+    text.append(port).append("\", /dev/").append(device).append(": used already by ");
     return text.append(holder).append(" (for another database)");
+}
+
+// The unit makes it for the service, and root for whom the database belongs to.
+std::string UsualFolder(const std::string& database) {
+    constexpr const char* kFolder = "/run/pagerfwd";
+    constexpr mode_t kOwnerAndGroup = 0770;
+    if (mkdir(kFolder, kOwnerAndGroup) == 0) {
+        const Ownership ownership = OwnershipOf(database);
+        static_cast<void>(!chown(kFolder, ownership.owner, ownership.group));
+        return kFolder;
+    }
+    std::error_code none;
+    const char* const own = std::getenv("XDG_RUNTIME_DIR");
+    if (own != nullptr && !std::filesystem::is_directory(kFolder, none)) {
+        return own;
+    }
+    return kFolder;
+}
+
+// Whoever may write in the folder may take the locks in it.
+Ownership OfFolder(const std::string& folder) {
+    try {
+        return OwnershipOf(folder);
+    } catch (const FileError& error) {
+        throw StoreError(folder + ": no locks can be made there: " + error.what());
+    }
 }
 
 }  // namespace
 
 LockFile DatabaseLock(const std::string& database) {
-    return LockFile(std::filesystem::weakly_canonical(database).string() + "-engine");
+    try {
+        return LockFile(std::filesystem::weakly_canonical(database).string() + "-engine",
+                        OwnershipOf(database));
+    } catch (const FileError& error) {
+        throw StoreError(database + ": " + error.what());
+    }
 }
 
 std::string DeviceOf(const std::string& port) {
@@ -41,21 +77,23 @@ std::string DeviceOf(const std::string& port) {
 }
 
 EngineLocks::EngineLocks(const std::string& database, std::string folder, std::string holder)
-    : folder_(std::move(folder)), holder_(std::move(holder)) {
+    : database_(database), folder_(std::move(folder)), holder_(std::move(holder)) {
     LockFile lock = DatabaseLock(database);
     if (!lock.TryTake(holder_)) {
-        throw EngineTaken(database + ": served already by pagerfwd " + lock.Holder());
+        throw EngineTaken(database + ": served already by " + lock.Holder());
     }
     locks_.push_back(std::move(lock));
 }
 
 void EngineLocks::TakeDevices(Connection& connection) {
+    std::string folder = folder_;
     for (const std::string& port : PortNames(connection)) {
         const std::string device = DeviceOf(port);
         if (device.empty() || devices_.count(device) != 0) {
             continue;
         }
-        LockFile lock(folder_ + "/pagerfwd-" + device);
+        folder = folder.empty() ? UsualFolder(database_) : folder;
+        LockFile lock(folder + "/pagerfwd-" + device, OfFolder(folder));
         if (!lock.TryTake(holder_)) {
             throw EngineTaken(TakenPort(port, device, lock.Holder()));
         }

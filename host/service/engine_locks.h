@@ -20,12 +20,15 @@ class EngineTaken : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The lock of a database: beside it, as "site.db-engine".
+// The lock of a database: beside it, as "site.db-engine". Throws StoreError where there is no such
+// database.
 LockFile DatabaseLock(const std::string& database);
 
 class EngineLocks {
  public:
-    // folder: where the locks of devices lie, the same for all databases of a machine.
+    // folder: where the locks of devices lie, the same for all databases of a machine. Empty:
+    // /run/pagerfwd, which root makes for the owner of the database; where there is none, the user's
+    // own run-time folder.
     // holder: the command, for the messages of others.
     EngineLocks(const std::string& database, std::string folder, std::string holder);
 
@@ -33,6 +36,7 @@ class EngineLocks {
     void TakeDevices(Connection& connection);
 
  private:
+    const std::string database_;
     const std::string folder_;
     const std::string holder_;
     std::vector<LockFile> locks_;

@@ -2,8 +2,10 @@
 #include "host/service/lock_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -14,16 +16,6 @@
 namespace host {
 namespace {
 
-constexpr mode_t kForEveryone = 0666;
-
-// In a folder that everyone may write to, the system refuses to "create" another user's file.
-int OpenLockFile(const std::string& path) {
-    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    return file >= 0 || errno != ENOENT
-               ? file
-               : open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kForEveryone);
-}
-
 struct flock WholeFile() {
     struct flock whole {};
     whole.l_type = F_WRLCK;
@@ -31,26 +23,34 @@ struct flock WholeFile() {
     return whole;
 }
 
+std::string WordsIn(const Descriptor& file) {
+    std::array<char, 100> word{};
+    const ssize_t size = pread(file.Number(), word.data(), word.size() - 1, 0);
+    std::string words(word.data(), size > 0 ? static_cast<size_t>(size) : 0);
+    words.erase(std::min(words.find('\n'), words.size()));
+    return words;
+}
+
 }  // namespace
 
-LockFile::LockFile(std::string path) : path_(std::move(path)), file_(OpenLockFile(path_)) {
-    if (file_ < 0) {
-        throw StoreError(path_ + ": the lock file can't be opened: " + std::strerror(errno));
+Descriptor LockFile::OpenToLook() const {
+    try {
+        return OpenShared(path_, O_RDONLY);
+    } catch (const FileError& error) {
+        throw StoreError(path_ + ": the lock file can't be opened: " + error.what());
     }
 }
-
-LockFile::~LockFile() {
-    if (file_ >= 0) {
-        close(file_);
-    }
-}
-
-LockFile::LockFile(LockFile&& other) noexcept
-    : path_(std::move(other.path_)), file_(std::exchange(other.file_, -1)) {}
 
 bool LockFile::TryTake(const std::string& holder) {
+    try {
+        if (!file_.IsOpen()) {
+            file_ = OpenOrMakeShared(path_, O_RDWR, ownership_);
+        }
+    } catch (const FileError& error) {
+        throw StoreError(path_ + ": the lock file can't be opened: " + error.what());
+    }
     struct flock whole = WholeFile();
-    if (fcntl(file_, F_OFD_SETLK, &whole) != 0) {
+    if (fcntl(file_.Number(), F_OFD_SETLK, &whole) != 0) {
         if (errno == EAGAIN || errno == EACCES) {
             return false;
         }
@@ -58,26 +58,45 @@ bool LockFile::TryTake(const std::string& holder) {
     }
     const std::string word = holder + ", process " + std::to_string(getpid()) + "\n";
     // Only for messages: on a full disk the lock holds all the same.
-    if (ftruncate(file_, 0) == 0 && pwrite(file_, word.data(), word.size(), 0) < 0) {
+    if (ftruncate(file_.Number(), 0) == 0 &&
+        pwrite(file_.Number(), word.data(), word.size(), 0) < 0) {
         return true;
     }
     return true;
 }
 
-bool LockFile::IsTaken() {
+bool LockFile::IsTaken() const {
+    const Descriptor opened = file_.IsOpen() ? Descriptor() : OpenToLook();
+    if (!file_.IsOpen() && !opened.IsOpen()) {
+        return false;
+    }
     struct flock whole = WholeFile();
-    if (fcntl(file_, F_OFD_GETLK, &whole) != 0) {
+    const Descriptor& file = file_.IsOpen() ? file_ : opened;
+    if (fcntl(file.Number(), F_OFD_GETLK, &whole) != 0) {
         throw StoreError(path_ + ": can't be looked at: " + std::strerror(errno));
     }
     return whole.l_type != F_UNLCK;
 }
 
-std::string LockFile::Holder() {
-    std::array<char, 100> word{};
-    const ssize_t size = pread(file_, word.data(), word.size() - 1, 0);
-    std::string holder(word.data(), size > 0 ? static_cast<size_t>(size) : 0);
-    holder.erase(std::min(holder.find('\n'), holder.size()));
-    return holder.empty() ? "another process" : holder;
+std::string LockFile::Words() const {
+    const Descriptor file = OpenToLook();
+    struct stat status {};
+    if (!file.IsOpen() || fstat(file.Number(), &status) != 0) {
+        return {};
+    }
+    const bool believed =
+        status.st_uid == geteuid() || status.st_uid == 0 || status.st_uid == ownership_.owner;
+    return believed ? WordsIn(file) : std::string();
+}
+
+std::string LockFile::Holder() const {
+    const std::string words = Words();
+    struct stat status {};
+    if (!words.empty() || lstat(path_.c_str(), &status) != 0) {
+        return words.empty() ? "another process" : "pagerfwd " + words;
+    }
+    return "a process that doesn't say what it is; " + path_ + " belongs to user " +
+           std::to_string(status.st_uid);
 }
 
 }  // namespace host

@@ -7,31 +7,38 @@
 
 #include <string>
 
+#include "host/files/shared_file.h"
+
 namespace host {
 
 class LockFile {
  public:
-    explicit LockFile(std::string path);
-    ~LockFile();
-    LockFile(LockFile&& other) noexcept;
-    LockFile(const LockFile&) = delete;
-    LockFile& operator=(const LockFile&) = delete;
-    LockFile& operator=(LockFile&&) = delete;
+    // ownership: of the file, where taking the lock makes it. Looking makes none.
+    LockFile(std::string path, const Ownership& ownership)
+        : path_(std::move(path)), ownership_(ownership) {}
 
     // Takes the lock, and leaves a word about this process in the file. False: another holds it.
     bool TryTake(const std::string& holder);
 
     // Whether another process, or another object, holds it.
-    bool IsTaken();
+    bool IsTaken() const;
 
-    // What the holder has said of itself: "run, process 123".
-    std::string Holder();
+    // What the holder has said of itself: "run, process 123". Words are believed only in a file of a
+    // user who may hold the lock: ourselves, root, or the one to whom the file was to belong. Empty:
+    // there are none.
+    std::string Words() const;
+
+    // Whom to name in a message: "pagerfwd run, process 123", or whose file it is.
+    std::string Holder() const;
 
     const std::string& Path() const { return path_; }
 
  private:
+    Descriptor OpenToLook() const;
+
     std::string path_;
-    int file_ = -1;
+    Ownership ownership_;
+    Descriptor file_;  // from the first try to take it
 };
 
 }  // namespace host

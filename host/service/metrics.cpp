@@ -1,12 +1,7 @@
 // Figures for monitoring. Tested by tests/unit/host/metrics_test.cpp.
 #include "host/service/metrics.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 #include <sstream>
-#include <stdexcept>
 
 namespace host {
 namespace {
@@ -109,18 +104,6 @@ std::string AsText(const Metrics& metrics, Encoding encoding) {
         out << kLast << '{' << PortLabel(port, encoding) << "} " << at << "\n";
     }
     return out.str();
-}
-
-void WriteFileAtomically(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".new";
-    std::ofstream file(temporary, std::ios::trunc | std::ios::binary);
-    file << text;
-    file.close();
-    if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const std::string why = std::strerror(errno);
-        std::remove(temporary.c_str());
-        throw std::runtime_error(path + ": can't be written: " + why);
-    }
 }
 
 }  // namespace host

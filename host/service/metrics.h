@@ -1,7 +1,6 @@
 // The engine's figures, in the text exposition format that node exporters collect from files.
 //
 // Threads    One.
-// Errors     std::runtime_error, naming the file, where it can't be written.
 #ifndef PAGERFWD_HOST_SERVICE_METRICS_H
 #define PAGERFWD_HOST_SERVICE_METRICS_H
 
@@ -38,9 +37,6 @@ inline constexpr const char* kResultOutsideHours = "outside_hours";
 
 // ports: in the encoding of the tables; shown as UTF-8.
 std::string AsText(const Metrics& metrics, Encoding encoding);
-
-// Puts the file in the place of the one before, so that no reader sees half of it.
-void WriteFileAtomically(const std::string& path, const std::string& text);
 
 }  // namespace host
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/alarms/alarms.h"
+#include "host/files/whole_file.h"
 #include "host/service/backlog.h"
 #include "host/service/history.h"
 #include "host/service/notify.h"
@@ -256,7 +257,8 @@ void Service::WriteMetrics() {
         return;
     }
     try {
-        WriteFileAtomically(options_.metrics, AsText(metrics, encoding_));
+        // Anyone may read it: it names no person.
+        WriteWhole(options_.metrics, AsText(metrics, encoding_), kForEveryone);
     } catch (const std::runtime_error& failure) {
         log_.Error(failure.what());
     }

@@ -1,11 +1,22 @@
 // SQLite behind three small classes. Tested by tests/unit/host/connection_test.cpp.
 #include "host/store/connection.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
 #include <utility>
+
+#include "host/files/shared_file.h"
 
 namespace host {
 namespace {
@@ -26,10 +37,79 @@ constexpr const char* kSettings =
 // text each time would fill the memory.
 constexpr size_t kMostKept = 64;
 
-int OpenFlags(Connection::Mode mode) {
-    // One thread at a time: SQLite's own mutexes aren't needed.
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-    return mode == Connection::Mode::kCreate ? flags | SQLITE_OPEN_CREATE : flags;
+// One thread at a time: SQLite's own mutexes aren't needed.
+constexpr int kFlags = SQLITE_OPEN_NOMUTEX;
+
+constexpr mode_t kOwnerAndGroup = 0660;
+
+void RequireFile(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error)) {
+        throw StoreError(
+            path + ": " +
+            (error ? error.message() : "there is no such database; make it with: pagerfwd init"));
+    }
+}
+
+// SQLite would make it for everybody, as older makes of this program did.
+void MakeFile(const std::string& path) {
+    const Descriptor made(
+        open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerAndGroup));
+    if (!made.IsOpen() && errno != EEXIST) {
+        throw StoreError(path + ": can't be made: " + std::strerror(errno));
+    }
+    std::error_code none;
+    std::filesystem::permissions(path, std::filesystem::perms::others_all,
+                                 std::filesystem::perm_options::remove, none);
+}
+
+bool IsThere(const std::string& path) {
+    std::error_code none;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, none));
+}
+
+// What is no database gets no journals either; SQLite says what it is.
+bool IsDatabase(const std::string& path) {
+    constexpr std::string_view kBegin = "SQLite format 3";
+    std::array<char, kBegin.size()> begin{};
+    std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
+    return kBegin == std::string_view(begin.data(), begin.size());
+}
+
+// SQLite gives its journals the mode of the database, but the group of whoever comes first. What
+// can't be done here it says itself. Nothing is opened while this process may have the database
+// open, which has a journal then: closing it would end the locks that SQLite holds.
+void MakeJournals(const std::string& path) {
+    if (IsThere(path + "-wal") || !IsDatabase(path)) {
+        return;
+    }
+    try {
+        const Ownership ownership = OwnershipOf(path);
+        MakeShared(path + "-shm", ownership);
+        MakeShared(path + "-wal", ownership);
+    } catch (const FileError&) {
+        return;
+    }
+}
+
+// "file:/a/site.db?" and the settings. What has a meaning in such a name is escaped.
+std::string AsUri(const std::string& path, const char* settings) {
+    std::string uri = "file:";
+    for (const char c : std::filesystem::absolute(path).string()) {
+        if (c == '%' || c == '?' || c == '#') {
+            std::array<char, 4> escaped{};
+            std::snprintf(escaped.data(), escaped.size(), "%%%02X", static_cast<unsigned>(c));
+            uri += escaped.data();
+        } else {
+            uri += c;
+        }
+    }
+    return uri + "?" + settings;
+}
+
+bool HasBytes(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::file_size(path, error) > 0 && !error;
 }
 
 }  // namespace
@@ -39,17 +119,47 @@ void Connection::Closer::operator()(sqlite3* database) const {
 }
 
 Connection::Connection(const std::string& path, Mode mode) : path_(path) {
-    if (mode == Mode::kExisting && !std::filesystem::exists(path)) {
-        throw StoreError(path + ": there is no such database; make it with: pagerfwd init");
+    if (mode == Mode::kCreate) {
+        MakeFile(path);
     }
+    RequireFile(path);
+    if (mode == Mode::kLook || access(path.c_str(), W_OK) != 0) {
+        OpenToLook();
+    } else {
+        OpenToWrite();
+    }
+}
+
+void Connection::Open(const std::string& name, int flags) {
     sqlite3* database = nullptr;
-    const int result = sqlite3_open_v2(path.c_str(), &database, OpenFlags(mode), nullptr);
+    const int result = sqlite3_open_v2(name.c_str(), &database, kFlags | flags, nullptr);
     database_.reset(database);
     if (result != SQLITE_OK) {
-        throw LastError();
+        Fail();
     }
     sqlite3_busy_timeout(database, static_cast<int>(kBusyTimeout.count()));
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, kLongestCell);
+}
+
+void Connection::OpenToWrite() {
+    MakeJournals(path_);
+    Open(path_, SQLITE_OPEN_READWRITE);
     Execute(kSettings);
+}
+
+// Without a journal there is nothing beside the database to be read, and SQLite makes no journal
+// for a file that it takes for one that nobody changes. With one, it reads both, and the index of
+// the journal as whoever writes keeps it.
+void Connection::OpenToLook() {
+    const bool has_index = IsThere(path_ + "-shm");
+    at_rest_ = !IsThere(path_ + "-wal") || !has_index;
+    if (!has_index && HasBytes(path_ + "-wal")) {
+        throw StoreError(path_ +
+                         ": was left in the midst of a change; the next that may write to it puts "
+                         "it right: pagerfwd init");
+    }
+    Open(AsUri(path_, at_rest_ ? "immutable=1" : "readonly_shm=1"),
+         SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
 Connection::~Connection() = default;
@@ -97,7 +207,7 @@ void Connection::Execute(const char* sql) {
 
 void Connection::Run(const char* sql) {
     if (sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-        throw LastError();
+        Fail();
     }
 }
 
@@ -114,9 +224,14 @@ bool Connection::InTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }
 
-StoreError Connection::LastError() const {
+void Connection::Fail() const {
     // No object at all means that there was no memory for one.
-    return StoreError(path_ + ": " + (database_ ? sqlite3_errmsg(database_.get()) : "no memory"));
+    const std::string text =
+        path_ + ": " + (database_ ? sqlite3_errmsg(database_.get()) : "no memory");
+    if (database_ && sqlite3_errcode(database_.get()) == SQLITE_TOOBIG) {
+        throw RowTooLarge(text);
+    }
+    throw StoreError(text);
 }
 
 void Connection::Finalizer::operator()(sqlite3_stmt* statement) const {
@@ -130,7 +245,7 @@ Connection::KeptStatements::node_type Connection::Take(const std::string& sql) {
     sqlite3_stmt* made = nullptr;
     if (sqlite3_prepare_v3(database_.get(), sql.c_str(), static_cast<int>(sql.size()),
                            SQLITE_PREPARE_PERSISTENT, &made, nullptr) != SQLITE_OK) {
-        throw LastError();
+        Fail();
     }
     std::unique_ptr<sqlite3_stmt, Finalizer> statement(made);
     return kept_.extract(kept_.emplace(sql, std::move(statement)).first);
@@ -165,7 +280,7 @@ Statement& Statement::Bind(std::string_view text) {
     const char* bytes = text.data() == nullptr ? "" : text.data();
     if (sqlite3_bind_text64(statement_, ++bound_, bytes, text.size(), SQLITE_STATIC, SQLITE_UTF8) !=
         SQLITE_OK) {
-        throw connection_.LastError();
+        connection_.Fail();
     }
     if (noted_) {
         noted_->values.emplace_back(std::string(text));
@@ -175,7 +290,7 @@ Statement& Statement::Bind(std::string_view text) {
 
 Statement& Statement::Bind(int64_t number) {
     if (sqlite3_bind_int64(statement_, ++bound_, number) != SQLITE_OK) {
-        throw connection_.LastError();
+        connection_.Fail();
     }
     if (noted_) {
         noted_->values.emplace_back(number);
@@ -194,7 +309,7 @@ bool Statement::Step() {
         case SQLITE_DONE:
             return false;
         default:
-            throw connection_.LastError();
+            connection_.Fail();
     }
 }
 

@@ -29,14 +29,28 @@ class StoreError : public std::runtime_error {
 
 class WriteTransaction;
 
+// A row that a statement met has a text or blob of more than this, in bytes: it can't be read.
+class RowTooLarge : public StoreError {
+ public:
+    using StoreError::StoreError;
+};
+inline constexpr int kLongestCell = 1 << 20;
+
 class Connection {
  public:
-    enum class Mode { kExisting, kCreate };
+    //   kExisting  to read and write; only to read, where this user may do no more
+    //   kCreate    the same, and makes the file, for its owner and group alone
+    //   kLook      to read; makes no file beside it
+    enum class Mode { kExisting, kCreate, kLook };
 
     // Opens the file. What is committed from now on survives a power cut; readers and one writer,
     // in any process, don't stop each other; two writers wait for each other, up to ten seconds.
     explicit Connection(const std::string& path, Mode mode = Mode::kExisting);
     ~Connection();
+
+    // Whether it was opened to be looked at while nobody had it open: what is read is sound only
+    // while that stays so.
+    bool IsAtRest() const { return at_rest_; }
 
     void Execute(const char* sql);
 
@@ -53,8 +67,8 @@ class Connection {
     bool InTransaction() const;
     const std::string& Path() const { return path_; }
 
-    // "site.db: no such table: AlarmLog", for what has just failed on this connection.
-    StoreError LastError() const;
+    // "site.db: no such table: AlarmLog": throws what has just failed on this connection.
+    [[noreturn]] void Fail() const;
 
  private:
     friend class Statement;
@@ -91,7 +105,12 @@ class Connection {
     // Whether what has just failed is the file system's refusal.
     bool WasRefused() const;
 
+    void Open(const std::string& name, int flags);
+    void OpenToWrite();
+    void OpenToLook();
+
     std::string path_;
+    bool at_rest_ = false;
     std::unique_ptr<sqlite3, Closer> database_;
     KeptStatements kept_;  // those not in use; ended before the database closes
     HeldWrites* held_ = nullptr;

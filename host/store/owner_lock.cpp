@@ -2,13 +2,13 @@
 #include "host/store/owner_lock.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <limits>
 #include <random>
 
+#include "host/files/shared_file.h"
 #include "host/store/connection.h"
 
 namespace host {
@@ -35,32 +35,27 @@ int32_t DrawNumber() {
 
 }  // namespace
 
-OwnerLock::OwnerLock(const std::string& database) : path_(database + "-owners") {}
+OwnerLock::OwnerLock(const std::string& database)
+    : database_(database), path_(database + "-owners") {}
 
-OwnerLock::~OwnerLock() {
-    if (file_ >= 0) {
-        close(file_);
-    }
-}
-
-// Requires: mutex_ held.
-void OwnerLock::Open() {
-    if (file_ >= 0) {
-        return;
-    }
-    file_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (file_ < 0) {
-        throw StoreError(path_ + ": " + std::strerror(errno));
+void OwnerLock::OpenToTake() {
+    try {
+        file_ = OpenOrMakeShared(path_, O_RDWR, OwnershipOf(database_));
+    } catch (const FileError& error) {
+        throw StoreError(path_ + ": " + error.what());
     }
 }
 
 int32_t OwnerLock::Mine() {
     const std::lock_guard guard(mutex_);
-    Open();
+    if (mine_ != 0) {
+        return mine_;
+    }
+    OpenToTake();
     while (mine_ == 0) {
         const int32_t drawn = DrawNumber();
         struct flock byte = ByteOf(drawn);
-        if (fcntl(file_, F_OFD_SETLK, &byte) == 0) {
+        if (fcntl(file_.Number(), F_OFD_SETLK, &byte) == 0) {
             mine_ = drawn;
         } else if (errno != EAGAIN && errno != EACCES) {
             throw StoreError(path_ + ": can't be locked: " + std::strerror(errno));
@@ -69,17 +64,30 @@ int32_t OwnerLock::Mine() {
     return mine_;
 }
 
-bool OwnerLock::Lives(int32_t owner) {
-    const std::lock_guard guard(mutex_);
-    Open();
-    if (owner == mine_) {
-        return true;
+bool OwnerLock::IsTaken(int32_t owner) {
+    try {
+        if (!file_.IsOpen()) {
+            file_ = OpenShared(path_, O_RDONLY);
+        }
+    } catch (const FileError& error) {
+        throw StoreError(path_ + ": " + error.what());
+    }
+    if (!file_.IsOpen()) {
+        return false;  // nobody has taken any
     }
     struct flock byte = ByteOf(owner);
-    if (fcntl(file_, F_OFD_GETLK, &byte) != 0) {
+    if (fcntl(file_.Number(), F_OFD_GETLK, &byte) != 0) {
         throw StoreError(path_ + ": can't be looked at: " + std::strerror(errno));
     }
     return byte.l_type != F_UNLCK;
+}
+
+bool OwnerLock::Lives(int32_t owner) {
+    const std::lock_guard guard(mutex_);
+    if (owner <= 0) {
+        return false;  // nobody's, whoever wrote it
+    }
+    return owner == mine_ || IsTaken(owner);
 }
 
 }  // namespace host

@@ -15,28 +15,32 @@
 #include <mutex>
 #include <string>
 
+#include "host/files/descriptor.h"
+
 namespace host {
 
 class OwnerLock {
  public:
     explicit OwnerLock(const std::string& database);
-    ~OwnerLock();
     OwnerLock(const OwnerLock&) = delete;
     OwnerLock& operator=(const OwnerLock&) = delete;
 
     // This process's number, above 0. The first call takes the lock.
     int32_t Mine();
 
-    // Whether the process with this number still lives.
+    // Whether the process with this number still lives. Looking makes no file.
     bool Lives(int32_t owner);
 
  private:
-    void Open();
+    // Require mutex_ held.
+    void OpenToTake();
+    bool IsTaken(int32_t owner);
 
+    const std::string database_;
     const std::string path_;
     std::mutex mutex_;
-    int file_ = -1;     // guarded by mutex_
-    int32_t mine_ = 0;  // guarded by mutex_
+    Descriptor file_;   // guarded by mutex_; open to read, and to write from when a number is taken
+    int32_t mine_ = 0;  // guarded by mutex_; 0 until it is taken
 };
 
 }  // namespace host

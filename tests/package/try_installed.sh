@@ -11,6 +11,7 @@ trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 export PATH=$root/usr/bin:$PATH PAGERFWD_LOCKS=$folder LD_LIBRARY_PATH=$library
 unset PAGERSIM_PRELOAD PAGERFWD_DATABASE
+"$here/../security/two_users.sh" "$root/usr/bin/pagerfwd"
 examples=$root/usr/share/doc/pagersim/examples
 
 simulated() { pagersim --quiet --exchange "$examples/exchange.toml" --clock clock "$@"; }

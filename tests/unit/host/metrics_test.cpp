@@ -4,10 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 
-#include "tests/support/temp_dir.h"
 
 namespace host {
 namespace {
@@ -69,28 +67,6 @@ TEST(Metrics, EscapeWhatTheFormatAsksFor) {
     metrics.last_success["a\"b\\c\nd\xE9"] = 1;
     EXPECT_THAT(AsText(metrics, Encoding::kLatin1),
                 HasSubstr("{port=\"a\\\"b\\\\c\\nd\u00E9\"} 1"));
-}
-
-TEST(Metrics, ArePutInThePlaceOfTheFileBefore) {
-    const test_support::TempDir folder;
-    WriteFileAtomically("figures.prom", "one\n");
-    WriteFileAtomically("figures.prom", "two\n");
-    std::ostringstream text;
-    text << std::ifstream("figures.prom").rdbuf();
-    EXPECT_EQ("two\n", text.str());
-    EXPECT_FALSE(std::filesystem::exists("figures.prom.new"));
-    EXPECT_THROW(WriteFileAtomically("no/such/folder/f", "x"), std::runtime_error);
-}
-
-// /dev/full takes a file's beginning and refuses its rest: the good file before stays.
-TEST(Metrics, LeaveTheFileBeforeWhereTheDiskIsFull) {
-    const test_support::TempDir folder;
-    WriteFileAtomically("figures.prom", "one\n");
-    std::filesystem::create_symlink("/dev/full", "figures.prom.new");
-    EXPECT_THROW(WriteFileAtomically("figures.prom", std::string(100000, 'x')), std::runtime_error);
-    std::ostringstream text;
-    text << std::ifstream("figures.prom").rdbuf();
-    EXPECT_EQ("one\n", text.str());
 }
 
 }  // namespace

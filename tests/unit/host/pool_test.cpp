@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/unit/host/child_process.h"
 #include "tests/unit/host/host_test.h"
 #include "tests/unit/host/table_client.h"
 
@@ -29,6 +30,18 @@ TEST_F(ConnectionPool, LendsEachConnectionOnce) {
     Lease one(database);
     Lease other(database);
     EXPECT_NE(&one.Database(), &other.Database());
+}
+
+// Whoever closes a file gives up all locks of its process on it, SQLite's too: another process
+// would take itself for the last, and remove the journal.
+TEST_F(ConnectionPool, KeepsTheLocksOfOneConnectionWhenItOpensAnother) {
+    Lease one(database);
+    { Lease other(database); }
+    Connection more(database);
+    ChildProcess process({STORE_PROCESS, database, "lock"});
+    EXPECT_EQ("locked", process.ReadLine());
+    EXPECT_EQ(0, process.Finish());
+    EXPECT_TRUE(std::filesystem::exists(database + "-wal"));
 }
 
 TEST_F(ConnectionPool, KnowsADatabaseByAnyOfItsNames) {

@@ -8,6 +8,7 @@
 //   store_process DATABASE engine          holds the locks of an engine
 //   store_process FILE lock-file           holds the lock file
 #include <pagerfwd/table_access.h>
+#include <unistd.h>
 
 #include <functional>
 #include <iostream>
@@ -66,7 +67,7 @@ void HoldEngine(const std::string& database) {
 }
 
 void HoldLockFile(const std::string& path) {
-    host::LockFile lock(path);
+    host::LockFile lock(path, {geteuid(), getegid(), 0600});
     SayAndWait(lock.TryTake("a test") ? "taken" : "refused");
 }
 

@@ -1,0 +1,30 @@
+// Looks. Tested by tests/unit/host/look_test.cpp.
+#include "host/store/look.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "host/store/schema.h"
+
+namespace host {
+
+Glance::Stamp Glance::StampOf(const std::string& path) {
+    struct stat status {};
+    stat(path.c_str(), &status);
+    return {status.st_ctim, status.st_size, access((path + "-wal").c_str(), F_OK) == 0};
+}
+
+Glance::Glance(const std::string& path)
+    : before_(StampOf(path)), connection_(path, Connection::Mode::kLook) {
+    RequireTables(connection_);
+}
+
+bool Glance::WasDisturbed() const {
+    const Stamp now = StampOf(connection_.Path());
+    return connection_.IsAtRest() &&
+           (now.has_journal != before_.has_journal || now.size != before_.size ||
+            now.changed.tv_sec != before_.changed.tv_sec ||
+            now.changed.tv_nsec != before_.changed.tv_nsec);
+}
+
+}  // namespace host

@@ -1,0 +1,62 @@
+// Looking at a database: with the right to read alone, and without leaving anything beside it.
+//
+//   const auto alarms = host::Look("site.db", [](host::Connection& database) {
+//       return host::LastAlarms(database, 20);
+//   });
+//
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_STORE_LOOK_H
+#define PAGERFWD_HOST_STORE_LOOK_H
+
+#include <ctime>
+#include <string>
+
+#include "host/store/connection.h"
+
+namespace host {
+
+// A connection for one look, and whether what was read by it can be trusted: a database that nobody
+// has open is read without a lock, and somebody may come.
+class Glance {
+ public:
+    // Throws when the file doesn't exist or holds none of our tables.
+    explicit Glance(const std::string& path);
+
+    Connection& Database() { return connection_; }
+    bool WasDisturbed() const;
+
+ private:
+    // What differs from one state of the file to another.
+    struct Stamp {
+        timespec changed;
+        int64_t size;
+        bool has_journal;
+    };
+    static Stamp StampOf(const std::string& path);
+
+    const Stamp before_;
+    Connection connection_;
+};
+
+// Reads as often as it is disturbed, within reason. `read` gets the connection.
+template <typename Read>
+auto Look(const std::string& path, Read read) {
+    constexpr int kMostTries = 20;
+    for (int tries = 1;; ++tries) {
+        Glance glance(path);
+        try {
+            auto found = read(glance.Database());
+            if (!glance.WasDisturbed() || tries == kMostTries) {
+                return found;
+            }
+        } catch (const StoreError&) {
+            if (!glance.WasDisturbed() || tries == kMostTries) {
+                throw;
+            }
+        }
+    }
+}
+
+}  // namespace host
+
+#endif

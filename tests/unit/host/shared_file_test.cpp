@@ -1,0 +1,117 @@
+// Files that several users share, and files that are written whole.
+#include "host/files/shared_file.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "host/files/whole_file.h"
+#include "tests/support/temp_dir.h"
+#include "tests/unit/host/files.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+
+class SharedFile : public ::testing::Test {
+ protected:
+    SharedFile() : umask_(umask(077)) {}
+    ~SharedFile() override { umask(umask_); }
+
+    static mode_t ModeOf(const char* path) {
+        struct stat status {};
+        return stat(path, &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+    static Ownership Own(mode_t mode) { return {geteuid(), getegid(), mode}; }
+    static std::string WhyNot(const char* path) {
+        try {
+            OpenOrMakeShared(path, O_RDWR, Own(0660));
+            return "opened";
+        } catch (const FileError& error) {
+            return error.what();
+        }
+    }
+    static size_t Files() {
+        return static_cast<size_t>(std::distance(fs::directory_iterator("."), {}));
+    }
+
+    const test_support::TempDir folder;
+
+ private:
+    const mode_t umask_;
+};
+
+TEST_F(SharedFile, TakesTheModeThatItIsGivenWhateverTheUmask) {
+    EXPECT_TRUE(OpenOrMakeShared("f", O_RDWR, Own(0660)).IsOpen());
+    EXPECT_EQ(0660U, ModeOf("f"));
+    EXPECT_EQ(1U, Files());
+}
+
+TEST_F(SharedFile, StaysAsItIsWhereItIsThere) {
+    WriteFile("f", "dear");
+    chmod("f", 0604);
+    MakeShared("f", Own(0660));
+    EXPECT_TRUE(OpenOrMakeShared("f", O_RDWR, Own(0660)).IsOpen());
+    EXPECT_EQ(0604U, ModeOf("f"));
+    EXPECT_EQ(4U, fs::file_size("f"));
+    EXPECT_EQ(1U, Files());
+}
+
+TEST_F(SharedFile, IsNotMadeByLooking) {
+    EXPECT_FALSE(OpenShared("f", O_RDONLY).IsOpen());
+    EXPECT_EQ(0U, Files());
+}
+
+TEST_F(SharedFile, IsARegularOne) {
+    fs::create_symlink("elsewhere", "link");
+    EXPECT_EQ("it is a link", WhyNot("link"));
+    EXPECT_FALSE(fs::exists("elsewhere"));
+    ASSERT_EQ(0, mkfifo("pipe", 0600));
+    EXPECT_EQ("it is no regular file", WhyNot("pipe"));
+    EXPECT_THAT(WhyNot("/nowhere/at/all"), HasSubstr("No such file"));
+}
+
+TEST_F(SharedFile, IsTakenAwayFromOthers) {
+    WriteFile("f", "");
+    chmod("f", 0646);
+    CloseToOthers(OpenShared("f", O_RDONLY));
+    EXPECT_EQ(0640U, ModeOf("f"));
+}
+
+class WholeFile : public SharedFile {};
+
+TEST_F(WholeFile, IsPutInThePlaceOfTheOneBefore) {
+    WriteWhole("f", "one\n", 0644);
+    WriteWhole("f", "two\n", 0644);
+    std::ostringstream text;
+    text << std::ifstream("f").rdbuf();
+    EXPECT_EQ("two\n", text.str());
+    EXPECT_EQ(0644U, ModeOf("f"));
+    EXPECT_EQ(1U, Files());
+}
+
+TEST_F(WholeFile, LeavesNothingBehindWhereItCantBeWritten) {
+    fs::create_directories("f/x");
+    EXPECT_THROW(WriteWhole("f", "x", 0644), FileError);
+    EXPECT_THROW(WriteWhole("no/such/folder/f", "x", 0644), FileError);
+    EXPECT_EQ(1U, Files());
+}
+
+// Of a name that can be foreseen, somebody may have made a link to a file of ours.
+TEST_F(WholeFile, IsNotWrittenThroughALinkBesideIt) {
+    WriteFile("dear", "dear");
+    fs::create_symlink("dear", "f.new");
+    fs::create_symlink("dear", "f");
+    WriteWhole("f", "x", 0644);
+    EXPECT_EQ(4U, fs::file_size("dear"));
+    EXPECT_FALSE(fs::is_symlink("f"));
+}
+
+}  // namespace
+}  // namespace host
