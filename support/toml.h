@@ -5,6 +5,9 @@
 
 #define TOML_HEADER_ONLY 1
 #define TOML_EXCEPTIONS 0
+// Tables within tables: a site file and an exchange have three. Without the limit, a file could
+// have so many that freeing them takes more stack than there is.
+#define TOML_MAX_NESTED_VALUES 16
 
 // toml++ 3.3 takes for impossible what a file can have: letters where only a blank could stand, as
 // in name = öl, and what is no key where one begins. Its tables of letters answer "no" instead, and

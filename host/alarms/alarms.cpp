@@ -3,10 +3,12 @@
 
 #include <limits>
 
+#include "host/text/controls.h"
+
 namespace host {
 namespace {
 
-constexpr const char* kSelect =
+const std::string kSelect =
     "SELECT row_id, alarmlogID,"
     " CASE alarm_group WHEN '' THEN alarmName ELSE alarm_group END,"
     " severity, server, details, pagerstate, CAST(timestamp AS INTEGER),"
@@ -25,9 +27,9 @@ std::vector<Alarm> ReadAll(Statement& statement) {
         Alarm alarm;
         alarm.row = statement.Number(0);
         alarm.number = statement.Text(1);
-        alarm.group = statement.Text(2);
+        alarm.group = WithoutControls(statement.Text(2));
         alarm.severity = statement.Text(3);
-        alarm.server = statement.Text(4);
+        alarm.server = WithoutControls(statement.Text(4));
         alarm.details = statement.Text(5);
         alarm.state = statement.Text(6);
         alarm.raised = static_cast<std::time_t>(statement.Number(7));
@@ -39,9 +41,47 @@ std::vector<Alarm> ReadAll(Statement& statement) {
     return alarms;
 }
 
-std::vector<Alarm> ReadWhere(Connection& connection, const char* condition) {
-    Statement statement(connection, std::string(kSelect) + condition);
+std::vector<Alarm> ReadAtOnce(Connection& connection, const std::string& condition) {
+    Statement statement(connection, kSelect + condition);
     return ReadAll(statement);
+}
+
+std::vector<int64_t> RowIds(Connection& connection, const std::string& condition) {
+    std::vector<int64_t> rows;
+    Statement statement(connection, "SELECT row_id FROM AlarmLog " + condition);
+    while (statement.Step()) {
+        rows.push_back(statement.Number(0));
+    }
+    return rows;
+}
+
+// One that can't be read doesn't hide the others.
+std::vector<Alarm> ReadOneByOne(Connection& connection, const std::string& condition,
+                                std::vector<int64_t>* unreadable) {
+    std::vector<Alarm> alarms;
+    for (const int64_t row : RowIds(connection, condition)) {
+        try {
+            Statement statement(connection, kSelect + "WHERE row_id = ?");
+            statement.Bind(row);
+            for (Alarm& alarm : ReadAll(statement)) {
+                alarms.push_back(std::move(alarm));
+            }
+        } catch (const RowTooLarge&) {
+            if (unreadable != nullptr) {
+                unreadable->push_back(row);
+            }
+        }
+    }
+    return alarms;
+}
+
+std::vector<Alarm> ReadWhere(Connection& connection, const std::string& condition,
+                             std::vector<int64_t>* unreadable = nullptr) {
+    try {
+        return ReadAtOnce(connection, condition);
+    } catch (const RowTooLarge&) {
+        return ReadOneByOne(connection, condition, unreadable);
+    }
 }
 
 bool IsUsed(Connection& connection, int64_t number) {
@@ -118,19 +158,17 @@ std::vector<Alarm> OpenAlarms(Connection& connection) {
 }
 
 std::vector<Alarm> LastAlarms(Connection& connection, int64_t count) {
-    Statement statement(connection, std::string(kSelect) +
-                                        "WHERE row_id IN (SELECT row_id FROM AlarmLog"
-                                        " ORDER BY row_id DESC LIMIT ?) ORDER BY row_id");
-    statement.Bind(count);
-    return ReadAll(statement);
+    return ReadWhere(connection,
+                     "WHERE row_id IN (SELECT row_id FROM AlarmLog ORDER BY row_id DESC LIMIT " +
+                         std::to_string(count) + ") ORDER BY row_id");
 }
 
-std::vector<Alarm> NewAlarms(Connection& connection) {
-    return ReadWhere(connection, "WHERE pagerstate IN ('', '0') ORDER BY row_id");
+std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable) {
+    return ReadWhere(connection, "WHERE pagerstate IN ('', '0') ORDER BY row_id", unreadable);
 }
 
 std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number) {
-    Statement statement(connection, std::string(kSelect) + "WHERE alarmlogID = ?");
+    Statement statement(connection, kSelect + "WHERE alarmlogID = ?");
     statement.Bind(number);
     std::vector<Alarm> alarms = ReadAll(statement);
     return alarms.size() == 1 ? std::optional<Alarm>(std::move(alarms.front())) : std::nullopt;

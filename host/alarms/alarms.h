@@ -54,7 +54,8 @@ Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_
 std::vector<Alarm> OpenAlarms(Connection& connection);
 // The last so many, the oldest first.
 std::vector<Alarm> LastAlarms(Connection& connection, int64_t count);
-std::vector<Alarm> NewAlarms(Connection& connection);
+// unreadable: gets the rows that are too large to be read, if it is given. They hide no others.
+std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable = nullptr);
 // None: there isn't exactly one of this number.
 std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number);
 

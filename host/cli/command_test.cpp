@@ -44,6 +44,7 @@ class OwnEngine {
     OwnEngine(const Program& program, Connection& connection, bool sendPending)
         : database_(program.database), locks_(program.database, program.locks, "test") {
         locks_.TakeDevices(connection);
+        MendTexts(connection);
         MendAlarmStates(connection);
         MindPendingPages(connection, sendPending);
         MendAlarmStates(connection);

@@ -2,18 +2,56 @@
 #include "host/service/backlog.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/service/deliveries.h"
+#include "host/store/faults.h"
+#include "host/text/controls.h"
 
 namespace host {
 namespace {
 
-int32_t Change(Connection& connection, const char* sql) {
-    WriteTransaction transaction(connection);
-    connection.Execute(sql);
-    const int32_t count = connection.Changes();
-    transaction.Commit();
-    return count;
+std::vector<int64_t> RowIds(Connection& connection, const char* sql) {
+    std::vector<int64_t> rows;
+    Statement statement(connection, sql);
+    while (statement.Step()) {
+        rows.push_back(statement.Number(0));
+    }
+    return rows;
+}
+
+// Of an event, and of its history: both are found by the group and the pager.
+void MendTextsOf(Connection& connection, int64_t row) {
+    std::string alarm;
+    std::string group;
+    std::string pager;
+    {
+        Statement statement(connection,
+                            "SELECT AlmLogID, AlmGroup, PagerDescr FROM AlarmFwd_PagerEvents"
+                            " WHERE row_id = ?");
+        statement.Bind(row).Step();
+        alarm = statement.Text(0);
+        group = statement.Text(1);
+        pager = statement.Text(2);
+    }
+    const std::string new_group = WithoutControls(group);
+    const std::string new_pager = WithoutControls(pager);
+    Statement(connection,
+              "UPDATE AlarmFwd_PagerEvents SET AlmGroup = ?, PagerDescr = ? WHERE row_id = ?")
+        .Bind(new_group)
+        .Bind(new_pager)
+        .Bind(row)
+        .Run();
+    Statement(connection,
+              "UPDATE Host_History SET alarm_group = ?, pager = ?"
+              " WHERE alarm = ? AND alarm_group = ? AND pager = ?")
+        .Bind(new_group)
+        .Bind(new_pager)
+        .Bind(alarm)
+        .Bind(group)
+        .Bind(pager)
+        .Run();
 }
 
 }  // namespace
@@ -29,11 +67,44 @@ Backlog LookAtBacklog(Connection& connection) {
 }
 
 int32_t MendAlarmStates(Connection& connection) {
-    return Change(connection,
-                  "UPDATE AlarmLog SET pagerstate = '2'"
-                  " WHERE pagerstate IN ('3', '4') AND alarmack IN ('', '0')"
-                  " AND alarmlogID IN (SELECT AlmLogID FROM AlarmFwd_PagerEvents"
-                  "  WHERE PagerState = '2')");
+    WriteTransaction transaction(connection);
+    int32_t mended = 0;
+    for (const int64_t row : RowIds(connection,
+                                    "SELECT row_id FROM AlarmLog"
+                                    " WHERE pagerstate IN ('3', '4') AND alarmack IN ('', '0')"
+                                    " AND alarmlogID IN (SELECT AlmLogID FROM AlarmFwd_PagerEvents"
+                                    "  WHERE PagerState = '2')")) {
+        try {
+            Statement(connection, "UPDATE AlarmLog SET pagerstate = '2' WHERE row_id = ?")
+                .Bind(row)
+                .Run();
+            ++mended;
+        } catch (const RowTooLarge& error) {
+            ReportFault("row " + std::to_string(row) + " of AlarmLog: " + error.what());
+        }
+    }
+    transaction.Commit();
+    return mended;
+}
+
+void MendTexts(Connection& connection) {
+    constexpr const char* kRows =
+        "SELECT row_id FROM AlarmFwd_PagerEvents WHERE PagerState = '2'"
+        " AND (AlmGroup GLOB ?1 OR PagerDescr GLOB ?1)";
+    constexpr const char* kAnyControl = "*[\x01-\x1F\x7F]*";
+    WriteTransaction transaction(connection);
+    std::vector<int64_t> rows;
+    {
+        Statement statement(connection, kRows);
+        statement.Bind(std::string_view(kAnyControl));
+        while (statement.Step()) {
+            rows.push_back(statement.Number(0));
+        }
+    }
+    for (const int64_t row : rows) {
+        MendTextsOf(connection, row);
+    }
+    transaction.Commit();
 }
 
 int32_t DiscardPages(Connection& connection, std::time_t raised_before) {

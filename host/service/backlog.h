@@ -23,6 +23,11 @@ Backlog LookAtBacklog(Connection& connection);
 // before the engine is started, and after a page was queued.
 int32_t MendAlarmStates(Connection& connection);
 
+// Pending pages whose group or pager has control characters, as an older make or another program
+// wrote them: the library sees them without, and would not find their rows again. To be called
+// before the engine is started.
+void MendTexts(Connection& connection);
+
 // Gives up the pages of alarms that were raised before: those that are pending, those still to be
 // queued, and those of alarms that were never taken up. Returns how many pages of the first two
 // kinds that were. To be called before the engine is started, behind MendAlarmStates.

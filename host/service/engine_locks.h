@@ -27,9 +27,8 @@ LockFile DatabaseLock(const std::string& database);
 class EngineLocks {
  public:
     // folder: where the locks of devices lie, the same for all databases of a machine. Empty:
-    // /run/pagerfwd, which root makes for the owner of the database; where there is none, the user's
-    // own run-time folder.
-    // holder: the command, for the messages of others.
+    // /run/pagerfwd, which root makes for the owner of the database; where there is none, the
+    // user's own run-time folder. holder: the command, for the messages of others.
     EngineLocks(const std::string& database, std::string folder, std::string holder);
 
     // Takes the devices of the ports that the tables name by now. Those taken before stay so.

@@ -44,7 +44,6 @@ void EngineTrace::Look() {
     const bool was_taken = ports_.IsAnyTaken();
     for (int piece = 0; piece < kMostPieces; ++piece) {
         const std::string bytes = file_.Read();
-        ports_.Read(bytes);
         follower_.Read(bytes, now);
         if (bytes.empty()) {
             break;
@@ -62,6 +61,7 @@ void EngineTrace::Look() {
 }
 
 void EngineTrace::PageEnded(const TracedPage& page) {
+    ports_.PageEnded(page);
     const Send send = SendOf(connection_, page, std::time(nullptr));
     metrics_.Count(send);
     Tell(send);

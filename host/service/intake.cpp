@@ -40,22 +40,40 @@ void Intake::Run(Connection& connection) {
     }
     not_before_ = 0;
     for (const Delivery& delivery : OpenDeliveries(connection)) {
-        if (!HandOver(connection, delivery)) {
-            not_before_ = std::time(nullptr) + kSecondsBeforeAgain;
-            return;
+        try {
+            if (!HandOver(connection, delivery)) {
+                not_before_ = std::time(nullptr) + kSecondsBeforeAgain;
+            }
+        } catch (const RowTooLarge& error) {
+            SetAside(Name(delivery), error.what());
         }
     }
 }
 
+void Intake::SetAside(const std::string& what, const std::string& why) {
+    if (told_.insert(what).second) {
+        log_.Error(what + " is set aside: " + why);
+    }
+}
+
 void Intake::TakeUp(Connection& connection) {
-    const std::vector<Alarm> alarms = NewAlarms(connection);
+    std::vector<int64_t> unreadable;
+    const std::vector<Alarm> alarms = NewAlarms(connection, &unreadable);
+    for (const int64_t row : unreadable) {
+        SetAside("row " + std::to_string(row) + " of the alarm log",
+                 "it has a text of more than 1 MiB");
+    }
     if (alarms.empty()) {
         return;
     }
     const std::vector<StoredRoute> routes = ReadRoutes(connection, encoding_);
     for (const Alarm& alarm : alarms) {
-        TakeUp(connection, alarm,
-               PagersFor(routes, Decode(alarm.group, encoding_), alarm.severity));
+        try {
+            TakeUp(connection, alarm,
+                   PagersFor(routes, Decode(alarm.group, encoding_), alarm.severity));
+        } catch (const RowTooLarge& error) {
+            SetAside("row " + std::to_string(alarm.row) + " of the alarm log", error.what());
+        }
     }
 }
 
@@ -82,7 +100,10 @@ bool Intake::HandOver(Connection& connection, const Delivery& delivery) {
     const std::optional<Alarm> alarm = FindAlarm(connection, delivery.alarm);
     const std::optional<int32_t> answer = AnswerFor(connection, delivery, alarm);
     if (!answer) {
-        log_.Warning(Name(delivery) + ": the library can't read the tables now; trying again soon");
+        if (told_.insert(Name(delivery)).second) {
+            log_.Warning(Name(delivery) +
+                         ": the library can't read the tables now; trying again soon");
+        }
         return false;
     }
     NoteAnswer(connection, delivery, *answer);
@@ -95,7 +116,7 @@ bool Intake::HandOver(Connection& connection, const Delivery& delivery) {
 
 std::optional<int32_t> Intake::AnswerFor(Connection& connection, const Delivery& delivery,
                                          const std::optional<Alarm>& alarm) {
-    if (!alarm) {
+    if (!alarm || !IsLibraryNumber(alarm->number)) {
         return kAlarmUnknown;
     }
     if (WasEverQueued(connection, delivery)) {
@@ -131,7 +152,8 @@ int32_t Intake::Call(Connection& connection, const Alarm& alarm, const Delivery&
 bool Intake::IsPassing(Connection& connection, const Delivery& delivery, int32_t answer) {
     switch (answer) {
         case kAlarmUnknown:
-            return FindAlarm(connection, delivery.alarm).has_value();
+            return IsLibraryNumber(delivery.alarm) &&
+                   FindAlarm(connection, delivery.alarm).has_value();
         case kPagerUnknown:
             return FindPagers(connection, delivery.pager).size() == 1;
         default:

@@ -2,6 +2,8 @@
 // at a time, until every pager of its routes has an answer.
 //
 // Threads    One.
+// A row that can't be read is set aside, said once, and the next one has its turn.
+//
 // Errors     StoreError. What was taken up and not handed over stays open in the tables.
 #ifndef PAGERFWD_HOST_SERVICE_INTAKE_H
 #define PAGERFWD_HOST_SERVICE_INTAKE_H
@@ -9,6 +11,8 @@
 #include <ctime>
 #include <functional>
 #include <optional>
+#include <set>
+#include <string>
 
 #include "host/service/deliveries.h"
 #include "host/service/operator_log.h"
@@ -40,10 +44,12 @@ class Intake {
     bool IsPassing(Connection& connection, const Delivery& delivery, int32_t answer);
     void Report(const Delivery& delivery, int32_t answer);
     std::string Name(const Delivery& delivery) const;
+    void SetAside(const std::string& what, const std::string& why);
 
     const Encoding encoding_;
     const Forward forward_;
     OperatorLog& log_;
+    std::set<std::string> told_;  // of what an error or a warning has been said
     std::time_t not_before_ = 0;  // after an answer that may change: when to ask again
 };
 

@@ -9,15 +9,15 @@
 #define PAGERFWD_HOST_SERVICE_PORT_WATCH_H
 
 #include <ctime>
-#include <string>
-#include <string_view>
+
+#include "host/trace/traced_page.h"
 
 namespace host {
 
 class PortWatch {
  public:
-    // More of the trace.
-    void Read(std::string_view trace);
+    // A page of the trace has ended.
+    void PageEnded(const TracedPage& page);
 
     // A port couldn't be opened since the engine was made.
     bool IsAnyTaken() const { return taken_; }
@@ -31,9 +31,6 @@ class PortWatch {
     void Renewed(std::time_t now);
 
  private:
-    void ReadLine(std::string_view line);
-
-    std::string rest_;  // an unfinished line
     bool taken_ = false;
     std::time_t not_before_ = 0;
     std::time_t pause_ = 0;

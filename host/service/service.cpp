@@ -138,6 +138,7 @@ void Service::TellLastFigures() {
 
 void Service::LookAtPendingPages() {
     Connection& connection = lease_.Database();
+    MendTexts(connection);
     MendAlarmStates(connection);
     if (options_.discard_older) {
         const std::time_t before =
@@ -211,7 +212,7 @@ bool Service::IsDone() {
         return false;
     }
     Connection& connection = lease_.Database();
-    return NewAlarms(connection).empty() && !HasOpenDeliveries(connection) &&
+    return NewAlarms(connection).empty() && OpenDeliveries(connection).empty() &&
            !HasPagesInHand(connection);
 }
 
@@ -276,6 +277,7 @@ void Service::RenewEngine() {
 // Those of ports that were added since.
 void Service::TakeDevices() {
     try {
+        MendTexts(lease_.Database());
         MendAlarmStates(lease_.Database());
         locks_.TakeDevices(lease_.Database());
     } catch (const std::runtime_error& failure) {

@@ -12,16 +12,47 @@ struct Row {
     std::string pager;
 };
 
-std::vector<Row> OpenRows(Connection& connection) {
+std::vector<Row> ReadRows(Connection& connection, const std::string& condition) {
     std::vector<Row> rows;
     Statement statement(connection,
-                        "SELECT row_id, asked_by, pager FROM Host_TestPages"
-                        " WHERE answer IS NULL ORDER BY row_id");
+                        "SELECT row_id, asked_by, pager FROM Host_TestPages " + condition);
     while (statement.Step()) {
         rows.push_back({statement.Number(0), static_cast<int32_t>(statement.Number(1)),
                         std::string(statement.Text(2))});
     }
     return rows;
+}
+
+// Whoever asked for a pager of such a name gets the answer that there is none.
+void ShortenNames(Connection& connection) {
+    std::vector<int64_t> asked;
+    {
+        Statement statement(connection, "SELECT row_id FROM Host_TestPages WHERE answer IS NULL");
+        while (statement.Step()) {
+            asked.push_back(statement.Number(0));
+        }
+    }
+    for (const int64_t row : asked) {
+        try {
+            ReadRows(connection, "WHERE row_id = " + std::to_string(row));
+        } catch (const RowTooLarge&) {
+            WriteTransaction transaction(connection);
+            Statement(connection, "UPDATE Host_TestPages SET pager = '' WHERE row_id = ?")
+                .Bind(row)
+                .Run();
+            transaction.Commit();
+        }
+    }
+}
+
+std::vector<Row> OpenRows(Connection& connection) {
+    const char* const open = "WHERE answer IS NULL ORDER BY row_id";
+    try {
+        return ReadRows(connection, open);
+    } catch (const RowTooLarge&) {
+        ShortenNames(connection);
+        return ReadRows(connection, open);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // The site file's parts and their defaults. Tested by tests/unit/host/site_file_test.cpp.
 #include "host/site/site_file.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string>
 
 #include "host/site/toml_reader.h"
@@ -113,10 +115,33 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     }
 }
 
+// Each dot of a key is a table within the one before, which the TOML library frees by recursion. No
+// key goes over the end of a line, and no line of a site has so many dots, in texts or elsewhere.
+// 0: there is none.
+int LineThatIsTooDeep(std::string_view text) {
+    constexpr std::ptrdiff_t kMostDots = 200;
+    for (int line = 1; !text.empty(); ++line) {
+        const std::string_view this_one = text.substr(0, text.find('\n'));
+        if (std::count(this_one.begin(), this_one.end(), '.') > kMostDots) {
+            return line;
+        }
+        text.remove_prefix(std::min(text.size(), this_one.size() + 1));
+    }
+    return 0;
+}
+
 }  // namespace
 
 ReadSite ParseSite(std::string_view text) {
     ReadSite read;
+    if (const int line = LineThatIsTooDeep(text); line > 0) {
+        read.findings.Error(line, "a key of too many parts, with dots between them",
+                            "Nothing of the file is read.",
+                            "Write keys as the reference has them.");
+        ReadDocument({}, read);  // what is taken for granted
+        read.is_toml = false;
+        return read;
+    }
     ReadDocument(text, read);  // the readers have ended, and said all, when this returns
     return read;
 }

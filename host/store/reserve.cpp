@@ -10,6 +10,9 @@
 namespace host {
 namespace {
 
+// A row; one of the longest cell would be too long itself.
+constexpr int64_t kAtOnce = kLongestCell / 2;
+
 int64_t Number(Connection& connection, const char* sql) {
     Statement statement(connection, sql);
     statement.Step();
@@ -35,7 +38,9 @@ void ReserveRoom(const std::string& database) {
     }
     WriteTransaction filling(connection);
     connection.Execute("DROP TABLE IF EXISTS Host_Reserve; CREATE TABLE Host_Reserve (room BLOB)");
-    Statement(connection, "INSERT INTO Host_Reserve VALUES (zeroblob(?))").Bind(kReserve).Run();
+    for (int64_t room = 0; room < kReserve; room += kAtOnce) {
+        Statement(connection, "INSERT INTO Host_Reserve VALUES (zeroblob(?))").Bind(kAtOnce).Run();
+    }
     filling.Commit();
     WriteTransaction dropping(connection);
     connection.Execute("DROP TABLE Host_Reserve");

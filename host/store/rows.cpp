@@ -6,7 +6,9 @@
 #include <cstring>
 #include <new>
 
+#include "host/store/faults.h"
 #include "host/store/where.h"
+#include "host/text/controls.h"
 
 namespace host {
 namespace {
@@ -117,21 +119,82 @@ void RowSetFree::operator()(DBAsciiRowSet rows) const {
     std::free(rows);
 }
 
-Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
-    Statement statement(connection, SelectStatement(layout, terms));
-    BindTerms(statement, terms);
-    const size_t width = layout.columns.size();
+namespace {
+
+// The cells of rows, one behind the other.
+struct Cells {
     size_t height = 0;
     std::string texts;
-    for (; statement.Step(); ++height) {
+
+    // The row that the statement stands on.
+    void Take(const Statement& statement, size_t width) {
+        std::string row;
         for (size_t column = 0; column < width; ++column) {
-            texts.append(statement.Text(static_cast<int>(column))).push_back('\0');
+            row.append(WithoutControls(statement.Text(static_cast<int>(column)))).push_back('\0');
+        }
+        texts += row;
+        ++height;
+    }
+};
+
+Cells ReadAtOnce(Connection& connection, const TableLayout& layout,
+                 const std::vector<Term>& terms) {
+    Cells cells;
+    Statement statement(connection, SelectStatement(layout, terms));
+    BindTerms(statement, terms);
+    while (statement.Step()) {
+        cells.Take(statement, layout.columns.size());
+    }
+    return cells;
+}
+
+std::vector<int64_t> RowIds(Connection& connection, const TableLayout& layout,
+                            const std::vector<Term>& terms) {
+    std::vector<int64_t> rows;
+    Statement statement(connection, "SELECT row_id FROM " + Quoted(layout.table->name) +
+                                        WhereInSight(*layout.table, terms) + " ORDER BY row_id");
+    BindTerms(statement, terms);
+    while (statement.Step()) {
+        rows.push_back(statement.Number(0));
+    }
+    return rows;
+}
+
+// One that can't be read doesn't hide the others.
+Cells ReadOneByOne(Connection& connection, const TableLayout& layout,
+                   const std::vector<Term>& terms) {
+    Cells cells;
+    for (const int64_t row : RowIds(connection, layout, terms)) {
+        const std::string number = std::to_string(row);
+        try {
+            const Cells one = ReadAtOnce(connection, layout, {{"row_id", "=", number}});
+            cells.height += one.height;
+            cells.texts += one.texts;
+        } catch (const RowTooLarge& error) {
+            ReportFault("row " + number + " of " + layout.table->name +
+                        " is left out: " + error.what());
         }
     }
-    if (height == 0) {
+    return cells;
+}
+
+Cells ReadCells(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
+    try {
+        return ReadAtOnce(connection, layout, terms);
+    } catch (const RowTooLarge&) {
+        return ReadOneByOne(connection, layout, terms);
+    }
+}
+
+}  // namespace
+
+Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
+    const Cells cells = ReadCells(connection, layout, terms);
+    if (cells.height == 0) {
         return {};
     }
-    return {static_cast<int32_t>(height), Pack(texts, height, width)};
+    return {static_cast<int32_t>(cells.height),
+            Pack(cells.texts, cells.height, layout.columns.size())};
 }
 
 }  // namespace host

@@ -51,7 +51,8 @@ struct Rows {
     OwnedRowSet cells;  // null when count is 0; one piece of memory
 };
 
-// The rows for which the terms hold, in order of insertion.
+// The rows for which the terms hold, in order of insertion; their texts without control characters.
+// A row that is too large to be read is left out, and told as a fault.
 Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms);
 
 }  // namespace host

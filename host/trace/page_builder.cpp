@@ -13,6 +13,7 @@ namespace {
 constexpr size_t kTextKept = 4096;  // of what is said at once, of a name, of a message
 constexpr std::string_view kNeverSaid = "WAIT_STRING";  // waited for, to listen for a while
 constexpr size_t kShownSoFar = 80;
+constexpr std::string_view kNotOpened = "COM port cannot be opened!";
 
 std::string Kept(std::string_view text) {
     return std::string(text.substr(0, kTextKept));
@@ -45,14 +46,26 @@ PageBuilder::PageBuilder(uint64_t number, uint64_t line, TraceClock& clock)
     page_.second = clock.SecondOfDay();
 }
 
-void PageBuilder::Take(const TraceEntry& entry, const TraceMeaning& meaning) {
+void PageBuilder::NoteTime() {
     NotePause();
     last_ = Now();
     page_.seconds = last_;
-    if (std::exchange(bytes_follow_, false)) {
-        return;  // the same bytes stand in the line that says that they went out
-    }
-    if (meaning.kind == TraceKind::kUnknown) {
+}
+
+void PageBuilder::TakeBytes() {
+    NoteTime();
+    bytes_follow_ = false;
+}
+
+// A port is opened before anything is heard: what says otherwise later, a far end has said.
+bool PageBuilder::IsOutOfPlace(const TraceMeaning& meaning) const {
+    return meaning.kind == TraceKind::kFailed && phase_ != PagePhase::kOpen &&
+           meaning.field == kNotOpened;
+}
+
+void PageBuilder::Take(const TraceEntry& entry, const TraceMeaning& meaning) {
+    NoteTime();
+    if (meaning.kind == TraceKind::kUnknown || IsOutOfPlace(meaning)) {
         Add(Turn::Kind::kUnknown, NameControls(entry.text.substr(0, kTextKept)));
         return;
     }

@@ -20,12 +20,19 @@ class PageBuilder {
     // An entry of the page, between its start and its end.
     void Take(const TraceEntry& entry, const TraceMeaning& meaning);
 
+    // The next entry is what is sent, raw: no text of the library. It stands also in the line that
+    // says that it went out.
+    bool BytesFollow() const { return bytes_follow_; }
+    void TakeBytes();
+
     // The page has ended, or was cut off.
     const TracedPage& End(bool cutOff);
 
     const TracedPage& Page() const { return page_; }
 
  private:
+    void NoteTime();
+    bool IsOutOfPlace(const TraceMeaning& meaning) const;
     void NoteHeader(const TraceMeaning& meaning);
     void NotePager(std::string_view field);
     void NoteStep(const TraceMeaning& meaning);

@@ -3,6 +3,9 @@
 
 #include <array>
 #include <istream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host/trace/page_builder.h"
 #include "host/trace/trace_clock.h"
@@ -41,6 +44,9 @@ struct TraceReader::State {
             clock.Advance(entry.second);
         }
         const TraceMeaning meaning = Understand(entry.text);
+        if (page && page->BytesFollow() && IsBytes(entry, meaning)) {
+            return;
+        }
         if (meaning.kind == TraceKind::kPageStart) {
             CutOff();
             page.emplace(++pages, entry.line, clock);
@@ -56,7 +62,29 @@ struct TraceReader::State {
         }
     }
 
+    // What goes over the line is traced as it is, whatever it looks like: as an end of the page, or
+    // as news of the engine. Such news may also be another thread's, which came before the bytes.
+    // Then the bytes are still to come; where the line that says that they went out comes first,
+    // they were no news.
+    bool IsBytes(const TraceEntry& entry, const TraceMeaning& meaning) {
+        if (IsOfEngine(meaning.kind)) {
+            perhaps_news.push_back({entry, std::string(entry.text)});
+            return true;
+        }
+        page->TakeBytes();
+        if (meaning.kind == TraceKind::kOut) {
+            perhaps_news.clear();
+            return false;
+        }
+        for (Kept& news : std::exchange(perhaps_news, {})) {
+            news.entry.text = news.text;
+            sink.OnEvent({news.entry, Understand(news.text), clock.Day()});
+        }
+        return true;
+    }
+
     void CutOff() {
+        perhaps_news.clear();
         if (page) {
             End(true);
         }
@@ -67,8 +95,14 @@ struct TraceReader::State {
         page.reset();
     }
 
+    struct Kept {
+        TraceEntry entry;
+        std::string text;
+    };
+
     TraceSink& sink;
     TraceClock clock;
+    std::vector<Kept> perhaps_news;
     uint64_t pages = 0;
     std::optional<PageBuilder> page;
     EntrySplitter entries;

@@ -1,8 +1,9 @@
 // One call of the library's trace: a time of day and a text, as the trace file has them.
 //
 // An entry begins on a line that begins with " 7: 5: 9" and a tab, and lasts until the next such
-// line: texts are written as they are, line breaks in them too. What a far end says stands in the
-// trace raw, so one that says such a line itself can't be told from the library.
+// line: texts are written as they are, line breaks in them too. Those of the tables have none (see
+// host/text/controls.h). What a far end says stands in the trace raw, so one that says such a line
+// itself can't be told from the library.
 #ifndef PAGERFWD_HOST_TRACE_TRACE_ENTRY_H
 #define PAGERFWD_HOST_TRACE_TRACE_ENTRY_H
 

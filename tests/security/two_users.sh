@@ -127,7 +127,7 @@ as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine
 as_reader "$pagerfwd" alarm list | grep -q zero || fail "the alarm is gone"
 
 # The operators of the group write to it, too. An alarm of an operator, and a test by root, leave what the service can use.
-as_service rm site/site.db-engine site/site.db-owners site/pageprot.txt site/figures.prom
+as_service rm -f site/site.db-engine site/site.db-owners site/pageprot.txt site/figures.prom
 as_service chmod g+w site/site.db
 as_operator "$pagerfwd" alarm raise "one" >/dev/null
 cd site

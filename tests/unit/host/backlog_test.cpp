@@ -6,6 +6,7 @@
 
 #include "host/service/history.h"
 #include "host/store/pending.h"
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -99,6 +100,28 @@ TEST_F(ABacklog, KeepsAcknowledgedAlarmsAcknowledgedWhenItIsGivenUp) {
     AcknowledgeAlarm(connection, 7, kNow);
     DiscardPages(connection, kNow - 60);
     EXPECT_EQ("1", StateOf("7"));
+}
+
+TEST_F(ABacklog, MendsStatesBesideOneThatIsTooLarge) {
+    Add(7, "4", 2);
+    Add(8, "4", 2);
+    WriteAsAnother(database,
+                   "UPDATE AlarmLog SET alarmnote = hex(zeroblob(600000)) WHERE alarmlogID = '7'");
+    EXPECT_EQ(1, MendAlarmStates(connection));
+    EXPECT_EQ("2", StateOf("8"));
+    EXPECT_EQ(1U, faults.size());
+}
+
+// As another program, or an older make, has written it.
+TEST_F(ABacklog, MendsTheTextsByWhichTheLibraryFindsItsRows) {
+    AddAlarm("7", "2");
+    WriteEvent(7, "du\nty", 2, 0, "o\tps");
+    WriteEvent(7, "done\n", 4);
+    MendTexts(connection);
+    EXPECT_THAT(Rows("AlmGroup || '|' || PagerDescr FROM AlarmFwd_PagerEvents ORDER BY row_id"),
+                ElementsAre("o ps|du ty", "ops|done\n"));
+    EXPECT_THAT(Rows("alarm_group || '|' || pager FROM Host_History ORDER BY row_id"),
+                ElementsAre("o ps|du ty", "ops|done\n"));
 }
 
 }  // namespace

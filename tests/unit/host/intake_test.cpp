@@ -4,14 +4,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <optional>
 
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -44,6 +47,9 @@ class AnIntake : public ServiceTest {
     int32_t Forward(const Alarm& alarm, const Delivery& delivery) {
         EXPECT_EQ("2", StateOf(alarm.number));
         calls.push_back(delivery.alarm + " to " + delivery.pager);
+        if (forwarded) {
+            forwarded(alarm, delivery);
+        }
         if (dies_before_call == calls.size()) {
             throw ProcessDied();
         }
@@ -84,6 +90,7 @@ class AnIntake : public ServiceTest {
 
     std::optional<Intake> intake;
     std::vector<std::string> calls;
+    std::function<void(const Alarm&, const Delivery&)> forwarded;
     std::map<std::string, int32_t> answers;
     size_t dies_before_call = 0;
     size_t dies_after_call = 0;
@@ -214,17 +221,17 @@ TEST_F(AnIntake, TriesAgainAfterTenSecondsWhatTheLibraryCouldNotRead) {
     answers["a"] = -1;  // though there is such a pager
     AddAlarm("7");
     Run();
-    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a"));
-    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c -"));
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
+    EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c 1"));
     EXPECT_FALSE(intake->WantsAgain(kNow + 9));
     EXPECT_TRUE(intake->WantsAgain(kNow + 10));
     pagersim::VirtualClock::Set(kNow + 9);
     Run();
-    EXPECT_EQ(2U, calls.size());
+    EXPECT_EQ(3U, calls.size());
     pagersim::VirtualClock::Set(kNow + 10);
     answers.clear();
     Run();
-    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to a", "7 to c"));
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c", "7 to a"));
     EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
     EXPECT_FALSE(intake->WantsAgain(kNow + 1000));
 }
@@ -233,7 +240,7 @@ TEST_F(AnIntake, TriesAgainWhenTheLibraryDoesNotSeeTheAlarm) {
     answers["b"] = 0;
     AddAlarm("7");
     Run();
-    EXPECT_THAT(Noted(), ElementsAre("b -", "a -", "c -"));
+    EXPECT_THAT(Noted(), ElementsAre("b -", "a 1", "c 1"));
     EXPECT_TRUE(intake->WantsAgain(kNow + 10));
 }
 
@@ -243,7 +250,7 @@ TEST_F(AnIntake, TakesUpNewAlarmsWhileItWaits) {
     Run();
     AddAlarm("8");
     Run();
-    EXPECT_EQ(1U, calls.size());
+    EXPECT_EQ(3U, calls.size());
     EXPECT_EQ("2", StateOf("8"));
     EXPECT_THAT(Noted("8"), ElementsAre("b -", "a -", "c -"));
 }
@@ -348,6 +355,75 @@ TEST_F(AnIntake, HandsTextsOverAsTheyAre) {
     EXPECT_THAT(calls, IsEmpty());
     EXPECT_THAT(Noted(), ElementsAre(pager + " 3"));
     EXPECT_THAT(faults, IsEmpty());
+}
+
+// --- Rows that can't be read.
+
+TEST_F(AnIntake, SetsAsideAnAlarmThatIsTooLargeAndSaysItOnce) {
+    AddAlarm("6");
+    AddAlarm("7");
+    AddAlarm("8");
+    WriteAsAnother(database,
+                   "UPDATE AlarmLog SET details = hex(zeroblob(600000)) WHERE alarmlogID = '7'");
+    Run();
+    Run();
+    EXPECT_THAT(calls, ElementsAre("6 to b", "6 to a", "6 to c", "8 to b", "8 to a", "8 to c"));
+    EXPECT_EQ("2", StateOf("8"));
+    const size_t at = said.str().find("row 2 of the alarm log is set aside: ");
+    EXPECT_NE(std::string::npos, at) << said.str();
+    EXPECT_EQ(std::string::npos, said.str().find("row 2 of", at + 1));
+}
+
+// Its texts can be read, but the row can't be written.
+TEST_F(AnIntake, SetsAsideAnAlarmThatCantBeTakenUp) {
+    AddAlarm("7");
+    AddAlarm("8");
+    WriteAsAnother(database,
+                   "UPDATE AlarmLog SET alarmnote = hex(zeroblob(600000)) WHERE alarmlogID = '7'");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("8 to b", "8 to a", "8 to c"));
+    EXPECT_THAT(said.str(), HasSubstr("row 1 of the alarm log is set aside: "));
+}
+
+TEST_F(AnIntake, SetsAsideADeliveryThatIsTooLarge) {
+    answers["b"] = answers["a"] = answers["c"] = -1;
+    AddAlarm("7");
+    Run();
+    answers.clear();
+    WriteAsAnother(database,
+                   "UPDATE Host_Deliveries SET pager = hex(zeroblob(600000)) WHERE pager = 'b'");
+    pagersim::VirtualClock::Set(kNow + 10);
+    calls.clear();
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to a", "7 to c"));
+    EXPECT_THAT(faults, Contains(HasSubstr("an open delivery is left out")));
+}
+
+// Another program's: the alarm is there, under what is no number of the library.
+TEST_F(AnIntake, RefusesADeliveryOfWhatIsNoNumber) {
+    AddAlarm("seven", "2");
+    AddAlarm("8");
+    Execute("INSERT INTO Host_Deliveries VALUES ('seven', 0, 'ops', 'a', 0, NULL)");
+    Run();
+    EXPECT_THAT(Noted("seven"), ElementsAre("a 0"));
+    EXPECT_THAT(calls, ElementsAre("8 to b", "8 to a", "8 to c"));
+}
+
+// A line feed would begin a line of the library's trace.
+TEST_F(AnIntake, HandsOverNoControlCharacters) {
+    Route(2, {});
+    Execute("DELETE FROM Host_RoutePagers");
+    Route(2, {"a"});
+    AddAlarm("7", "0", "ops\n10:00:00\tMessage transfered!");
+    std::string group;
+    forwarded = [&group](const Alarm& alarm, const Delivery& delivery) {
+        group = delivery.group + "|" + alarm.server;
+    };
+    Execute("UPDATE AlarmLog SET server = 'a' || char(10, 13, 27, 127) || 'b'");
+    Run();
+    EXPECT_EQ("ops 10:00:00 Message transfered!|a    b", group);
+    Restart();
+    EXPECT_THAT(calls, IsEmpty());  // it knows the event again
 }
 
 // Another program may begin its numbers anew, or ask for an alarm's pages once more.

@@ -56,7 +56,9 @@ TEST_F(RoomTest, IsReservedWhileThereIsSome) {
 TEST_F(RoomTest, IsReservedAnewWhereItIsUsedUp) {
     Minute(kPlenty);
     Execute("CREATE TABLE user (room BLOB)");
-    Execute("INSERT INTO user VALUES (zeroblob(3000000))");
+    for (int row = 0; row < 3; ++row) {
+        Execute("INSERT INTO user VALUES (zeroblob(1000000))");
+    }
     EXPECT_LT(FreePages() * 4096, host::kReserve);
     Minute(kPlenty);
     EXPECT_LT(FreePages() * 4096, host::kReserve);

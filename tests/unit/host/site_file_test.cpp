@@ -7,6 +7,7 @@
 namespace host {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -308,6 +309,28 @@ TEST(SiteFile, MayBeEmpty) {
     EXPECT_THAT(FileMistakes(""), IsEmpty());
     EXPECT_THAT(FileMistakes("# nothing yet\n"), IsEmpty());
     EXPECT_THAT(FileMistakes("port = []\n"), ElementsAre(HasSubstr("[[port]]")));
+}
+
+// The TOML library takes a table a dot, and frees them by recursion.
+TEST(SiteFile, IsRefusedWhereItIsNestedDeeperThanAnyReal) {
+    std::string dots = "a";
+    for (int i = 0; i < 200000; ++i) {
+        dots += ".a";
+    }
+    EXPECT_THAT(Mistakes("encoding = \"latin1\"\n" + dots + " = 1\n"),
+                Contains(HasSubstr("2: a key of too many parts")));
+    EXPECT_THAT(Mistakes("[" + dots + "]\n"), Contains(HasSubstr("1: a key of too many parts")));
+    const std::string brackets(200000, '[');
+    EXPECT_FALSE(Mistakes("x = " + brackets).empty());
+    EXPECT_FALSE(Mistakes("x = [\n" + std::string(100, '{') + "\n").empty());
+}
+
+TEST(SiteFile, MayHaveManyDotsInItsTexts) {
+    const std::string dots(100, '.');
+    const ReadSite read =
+        ParseSite("[[pager]]\ndescription = \"" + dots + "\"\ntype = \"sms1\"\nnumber = \"5\"\n");
+    ASSERT_EQ(1U, read.site.pagers.size());
+    EXPECT_EQ(dots, read.site.pagers[0].description.value);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/host_test.h"
 #include "tests/unit/host/table_client.h"
@@ -25,6 +26,36 @@ class TableAccess : public HostTest {
         ASSERT_EQ(0, Alarms().Insert({{"alarmlogID", number}, {"pagerstate", state}}));
     }
 };
+
+// --- What strangers write.
+
+// The library writes texts into its trace as they are.
+TEST_F(TableAccess, HandsOutNoControlCharacters) {
+    std::string all;
+    for (char c = 1; c < ' '; ++c) {
+        all += c;
+    }
+    const std::string text = "a" + all + "\x7F\x81z";
+    ASSERT_EQ(0, Alarms().Insert({{"alarmlogID", 7}, {"details", text.c_str()}}));
+    EXPECT_THAT(Alarms().ReadAll("details"), ElementsAre("a" + std::string(32, ' ') + "\x81z"));
+}
+
+TEST_F(TableAccess, LeavesOutARowThatIsTooLargeAndTellsOfIt) {
+    AddAlarm(7, 0);
+    AddAlarm(8, 0);
+    AddAlarm(9, 0);
+    WriteAsAnother(database,
+                   "UPDATE AlarmLog SET details = hex(zeroblob(600000)) WHERE alarmlogID = '8'");
+    EXPECT_THAT(Alarms().ReadAll("alarmlogID"), ElementsAre("7", "9"));
+    EXPECT_THAT(faults, ElementsAre(HasSubstr("row 2 of AlarmLog is left out")));
+    EXPECT_THAT(Alarms().Read("alarmlogID", "alarmlogID", "8"), IsEmpty());
+}
+
+TEST_F(TableAccess, WritesNoTextOfMoreThanAMebibyte) {
+    const std::string large((size_t{1} << 20) + 1, 'x');
+    EXPECT_NE(0, Alarms().Insert({{"alarmlogID", 7}, {"details", large.c_str()}}));
+    EXPECT_THAT(Alarms().ReadAll("alarmlogID"), IsEmpty());
+}
 
 // --- Between processes.
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/service_test.h"
 
@@ -79,6 +80,18 @@ TEST_F(AskedTestPages, KeepTheirPagersName) {
     const std::string name = "a\"b'c%s\x93\xFA;--";
     AskForTestPage(connection, owners, name);
     EXPECT_EQ(name, Next());
+}
+
+TEST_F(AskedTestPages, AreNotHiddenByOneThatIsTooLarge) {
+    AskForTestPage(connection, owners, "large");
+    AskForTestPage(connection, owners, "duty");
+    WriteAsAnother(database,
+                   "UPDATE Host_TestPages SET pager = hex(zeroblob(600000)) WHERE pager = 'large'");
+    const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
+    ASSERT_TRUE(next);
+    EXPECT_EQ("", next->pager);  // which no pager is called
+    AnswerTestPage(connection, next->asked, -1);
+    EXPECT_EQ("duty", Next());
 }
 
 }  // namespace

@@ -408,5 +408,27 @@ TEST(TracedPages, ComeOutOfAnyBytes) {
     }
 }
 
+// --- What goes over the line, and looks like the library's own words.
+
+TEST(TracedPages, AreNotEndedByWhatIsSent) {
+    for (const char* bytes :
+         {"*** END PAGING ***", "*** START PAGING ***", "Message transfered!",
+          "CPagerHdl::CPagerHdl: x", "Check4DialThreadLoop: Retries exceeded: x/Major/s/",
+          "Dialing fails!"}) {
+        TraceWriter trace;
+        trace.Begin()
+            .Say("TransMsg: msg + rn:")
+            .Say(bytes)
+            .Say("OUT: x!!!!")
+            .Say("Message NOT transfered!")
+            .Say("*** END PAGING ***");
+        const RecordedTrace read = RecordedTrace::Of(trace.Text());
+        ASSERT_THAT(read.pages, SizeIs(1)) << bytes;
+        EXPECT_EQ(TracedPage::Outcome::kNotSent, read.pages[0].outcome) << bytes;
+        EXPECT_EQ(7, read.pages[0].result) << bytes;
+        EXPECT_THAT(read.events, IsEmpty()) << bytes;
+    }
+}
+
 }  // namespace
 }  // namespace host
