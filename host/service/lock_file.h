@@ -23,9 +23,9 @@ class LockFile {
     // Whether another process, or another object, holds it.
     bool IsTaken() const;
 
-    // What the holder has said of itself: "run, process 123". Words are believed only in a file of a
-    // user who may hold the lock: ourselves, root, or the one to whom the file was to belong. Empty:
-    // there are none.
+    // What the holder has said of itself: "run, process 123". Words are believed only in a file of
+    // a user who may hold the lock: ourselves, root, or the one to whom the file was to belong.
+    // Empty: there are none.
     std::string Words() const;
 
     // Whom to name in a message: "pagerfwd run, process 123", or whose file it is.
