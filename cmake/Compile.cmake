@@ -1,6 +1,7 @@
 # How everything here is compiled, and the two shapes of a target: a layer of the library, a program.
 
 set(PAGERFWD_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
+option(PAGERFWD_SANITIZE_TESTS "Sanitize the tests' own code, too" ON)
 option(PAGERFWD_FUZZ "Build tests/fuzz in the place of the other tests; needs clang" OFF)
 
 add_library(pagerfwd_compile INTERFACE)

@@ -34,6 +34,8 @@ function(install_for_integrators)
     install(DIRECTORY include/pagerfwd DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
             FILES_MATCHING PATTERN "*.h")
     install_man(libPagerFwd.3 dev)
+    install(DIRECTORY examples/host DESTINATION ${PAGERFWD_DOC_ROOT}/libpagerfwd-dev/examples
+            COMPONENT dev)
 
     set(pkgconfig ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
     string(REGEX REPLACE "[^/]+" ".." PAGERFWD_UP ${pkgconfig})
@@ -66,12 +68,14 @@ function(install_host)
             DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endfunction()
 
-# A unit names its program by the whole path, which is known only when the prefix is.
+# A unit names program and library by the whole path, which is known only when the prefix is.
 function(install_unit)
     install(CODE "
         file(READ \"${PROJECT_SOURCE_DIR}/packaging/pagerfwd.service\" unit)
         string(REPLACE /usr/bin/pagerfwd \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/pagerfwd\"
                unit \"\${unit}\")
+        string(REPLACE /usr/lib/libPagerFwd.so
+               \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libPagerFwd.so\" unit \"\${unit}\")
         file(WRITE \"${PROJECT_BINARY_DIR}/pagerfwd.service\" \"\${unit}\")"
         COMPONENT host)
     install(FILES ${PROJECT_BINARY_DIR}/pagerfwd.service DESTINATION lib/systemd/system

@@ -24,18 +24,25 @@ build() {
         say "building $preset failed; the whole log: $log" >&2
         return 1
     fi
-    [ ! -t 1 ] || printf '\r\033[K'
+    end_of_progress
     say "built $preset"
 }
 
-# "[12/230]" of the build tool, on a terminal in place, elsewhere every half minute.
+# "[12/230]" of the build tool.
 show_progress() {
     local step
     step=$(grep -oE '^\[[0-9]+/[0-9]+\]' "$2" 2>/dev/null | tail -n 1) || true
+    show "building $1 $step"
+}
+
+# A line that moves: on a terminal in place, elsewhere every half minute.
+show() {
     if [ -t 1 ]; then
-        printf '\r\033[Kbuilding %s %s' "$1" "$step"
+        printf '\r\033[K%s' "$1"
     elif ((SECONDS >= ${next_progress:-10})); then
-        say "building $1 $step"
+        say "$1"
         next_progress=$((SECONDS + 30))
     fi
 }
+
+end_of_progress() { [ ! -t 1 ] || printf '\r\033[K'; }

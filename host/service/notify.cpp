@@ -36,4 +36,25 @@ void NotifyManager(const std::string& message) {
     close(file);
 }
 
+Heartbeat::Heartbeat() {
+    const char* const whom = std::getenv("WATCHDOG_PID");
+    const char* const limit = std::getenv("WATCHDOG_USEC");
+    if (limit == nullptr || (whom != nullptr && std::to_string(getpid()) != whom)) {
+        return;
+    }
+    const long long microseconds = std::strtoll(limit, nullptr, 10);
+    if (microseconds > 0) {
+        between_ = static_cast<std::time_t>(microseconds / 2 / 1000000);
+    }
+}
+
+void Heartbeat::Beat() {
+    const std::time_t now = std::time(nullptr);
+    const bool was_set_back = now < last_;
+    if (between_ && (was_set_back || now - last_ >= *between_)) {
+        NotifyManager("WATCHDOG=1");
+        last_ = now;
+    }
+}
+
 }  // namespace host

@@ -5,12 +5,26 @@
 #ifndef PAGERFWD_HOST_SERVICE_NOTIFY_H
 #define PAGERFWD_HOST_SERVICE_NOTIFY_H
 
+#include <ctime>
+#include <optional>
 #include <string>
 
 namespace host {
 
 bool HasManager();
 void NotifyManager(const std::string& message);
+
+// Tells a manager that watches (WATCHDOG_USEC) that the engine goes on: "WATCHDOG=1", twice in the
+// time after which it would be ended as stuck.
+class Heartbeat {
+ public:
+    Heartbeat();
+    void Beat();
+
+ private:
+    std::optional<std::time_t> between_;  // seconds; none: nobody watches
+    std::time_t last_ = 0;
+};
 
 }  // namespace host
 

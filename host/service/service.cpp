@@ -75,6 +75,8 @@ Service::End Service::Run(StopSignal& stop) {
     do {
         LookAtFile();
         StepOrReport();
+        // Also when the disk refused: to be ended would lose what is kept until it takes it again.
+        heartbeat_.Beat();
     } while (!done_ && !replaced_ && !stop.WaitFor(kBetweenLooks));
     if (!replaced_) {
         NotifyManager("STOPPING=1");
@@ -238,6 +240,7 @@ void Service::SendTestPages() {
         log_.Info("test page to \"" + Decode(asked->pager, encoding_) + "\": result " +
                   std::to_string(answer));
         AnswerTestPage(lease_.Database(), asked->asked, answer);
+        heartbeat_.Beat();  // each may take as long as a page
     }
 }
 

@@ -17,6 +17,7 @@
 #include "host/service/engine_locks.h"
 #include "host/service/engine_trace.h"
 #include "host/service/intake.h"
+#include "host/service/notify.h"
 #include "host/service/operator_log.h"
 #include "host/service/page_ends.h"
 #include "host/service/room.h"
@@ -77,6 +78,7 @@ class Service {
     Room room_;
     int64_t seen_ = -1;  // the version of the database at the last look
     std::time_t metrics_at_ = 0;
+    Heartbeat heartbeat_;
     std::time_t forget_at_ = 0;  // when old history is looked for again
     bool done_ = false;
     bool gone_ = false;      // the database has no name

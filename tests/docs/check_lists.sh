@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Holds the lists of the guides to the sources: nothing is missing, nothing is invented.
-# Usage: check_lists.sh SOURCE-FOLDER failures|results|keys|words|code|links
+# Usage: check_lists.sh SOURCE-FOLDER failures|results|keys|words|code|links|licences
 set -euo pipefail
 export LC_ALL=C
 cd "$1"
@@ -147,6 +147,11 @@ stands_somewhere() {
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# What is installed to be compiled or linked in.
+packages_in_setup() {
+    grep -oE '\b(lib[a-z0-9+]+-dev|[a-z0-9-]+-json3-dev|googletest)\b' scripts/setup | sort -u
+}
+
 case $2 in
     failures)
         compare <(failures_in_sources | without_rest | sort -u) \
@@ -157,6 +162,10 @@ case $2 in
             <(first_cells docs/operator-guide.md '### Results' | sort -u)
         ;;
     keys | words | code | links) "check_$2" ;;
+    licences)
+        compare <(packages_in_setup) \
+            <(sed -n '/^## Licence/,$s/^| `\([^`]*\)` |.*/\1/p' README.md | sort -u)
+        ;;
     *)
         echo "unknown check: $2" >&2
         exit 2

@@ -18,8 +18,10 @@ diff -u <(sort "$here/installed.txt") \
 DESTDIR=$root/elsewhere cmake --install "$build" --prefix /opt/pages --component host >/dev/null
 unit=$root/elsewhere/opt/pages/lib/systemd/system/pagerfwd.service
 [ "$(grep -c '^Exec.*=/opt/pages/bin/pagerfwd ' "$unit")" = 2 ]
+grep -q "^ExecStart=.* --library /opt/pages/${library#usr/}/libPagerFwd.so run" "$unit"
 grep -q '^Exec.*=/usr/bin/chmod ' "$unit"
 rm -r "$root/elsewhere"
+"$here/unit_test.sh" "$root/usr/lib/systemd/system/pagerfwd.service"
 
 # No path of the build folder or of the root in what is text.
 if grep -rIlE "$(dirname "$build")|$root" "$root"; then

@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "sim/testing.h"
 #include "tests/support/temp_dir.h"
 
 namespace host {
@@ -75,6 +76,48 @@ TEST(Notify, SaysNothingWithoutAManager) {
     setenv("NOTIFY_SOCKET", std::string(200, 'x').c_str(), 1);
     NotifyManager("READY=1");
     unsetenv("NOTIFY_SOCKET");
+}
+
+// The environment of a service that is watched, 60 seconds at most between two signs of life.
+struct HeartbeatTest : testing::Test {
+    HeartbeatTest() { setenv("WATCHDOG_USEC", "60000000", 1); }
+    ~HeartbeatTest() override {
+        unsetenv("WATCHDOG_USEC");
+        unsetenv("WATCHDOG_PID");
+    }
+
+    pagersim::VirtualClock clock;
+    const Manager manager{"@pagerfwd-beats-" + std::to_string(getpid())};
+};
+
+TEST_F(HeartbeatTest, IsHeardTwiceInTheTimeThatIsAllowed) {
+    Heartbeat heartbeat;
+    EXPECT_EQ("", manager.Hears());
+    heartbeat.Beat();
+    EXPECT_EQ("WATCHDOG=1", manager.Hears());
+    sleep(29);
+    heartbeat.Beat();
+    EXPECT_EQ("", manager.Hears());
+    sleep(1);
+    heartbeat.Beat();
+    EXPECT_EQ("WATCHDOG=1", manager.Hears());
+}
+
+TEST_F(HeartbeatTest, IsNotHeardWhereNobodyOrAnotherProcessIsWatched) {
+    setenv("WATCHDOG_PID", "1", 1);
+    Heartbeat().Beat();
+    EXPECT_EQ("", manager.Hears());
+    setenv("WATCHDOG_PID", std::to_string(getpid()).c_str(), 1);
+    Heartbeat().Beat();
+    EXPECT_EQ("WATCHDOG=1", manager.Hears());
+    for (const char* limit : {"0", "-5", "soon"}) {
+        setenv("WATCHDOG_USEC", limit, 1);
+        Heartbeat().Beat();
+        EXPECT_EQ("", manager.Hears()) << limit;
+    }
+    unsetenv("WATCHDOG_USEC");
+    Heartbeat().Beat();
+    EXPECT_EQ("", manager.Hears());
 }
 
 }  // namespace
