@@ -17,8 +17,9 @@ add_custom_target(library_tests)
 # Every test program runs on the simulated lines and the virtual clock of sim/, which it links.
 # ALONE: its tests have the machine to themselves. Two threads of the program under test begin at
 # once there, and what is expected is what they do when neither has to wait for a processor.
+# SUMMER: its tests run a second time, in a zone that has summer time (tests/support/zone.h).
 function(pagerfwd_test name)
-    cmake_parse_arguments(ARG "ALONE" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE;SUMMER" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE pagerfwd_compile pagerfwd_large_files
                                           -Wl,--no-as-needed pagersim_preload -Wl,--as-needed
@@ -28,6 +29,11 @@ function(pagerfwd_test name)
     # The program whole, not each of its tests: most of them take less time than its start.
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 600 RUN_SERIAL ${ARG_ALONE})
+    if(ARG_SUMMER)
+        add_test(NAME ${name}_in_summer_zone COMMAND ${name} --gtest_brief=1)
+        set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 600
+                             ENVIRONMENT "PAGERFWD_TEST_ZONE=GMT0BST,M3.5.0/1,M10.5.0")
+    endif()
     if("pagerfwd_linux" IN_LIST ARG_LINKS)
         add_dependencies(library_tests ${name})
         set_tests_properties(${name} PROPERTIES LABELS library)

@@ -11,18 +11,25 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/alarms/alarms.h"
+#include "host/alarms/mending.h"
 #include "host/alarms/states.h"
 #include "host/cli/names.h"
+#include "host/cli/numbers.h"
 #include "host/cli/program.h"
+#include "host/cli/raise_warnings.h"
+#include "host/cli/severities.h"
 #include "host/cli/times.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/look.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
+#include "host/text/nearest.h"
+#include "host/text/text_table.h"
 
 namespace host {
 namespace {
@@ -47,29 +54,36 @@ std::string HostName() {
     return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
 }
 
-// A text of a new alarm, as the tables have it.
-std::string EncodeOrFail(const std::string& text, Encoding encoding) {
-    try {
-        return Encode(text, encoding);
-    } catch (const NotEncodable& character) {
-        throw Failure(kUsage, std::string(character.what()) +
-                                  " can't be paged: " + std::string(WordFor(encoding)) +
-                                  ", the encoding of this site, doesn't have it");
+void Warn(const std::string& text) {
+    std::cerr << "pagerfwd: warning: " << text << "\n";
+}
+
+// A text of a new alarm, as the tables have it: an alarm isn't refused for its letters.
+std::string EncodeText(const char* what, const std::string& text, Encoding encoding) {
+    std::string bytes = EncodeNearest(text, encoding);
+    if (Decode(bytes, encoding) != text) {
+        Warn(std::string(what) + " is written \"" + Shown(bytes, encoding) +
+             "\": " + std::string(WordFor(encoding)) +
+             ", the encoding of this site, lacks some of its characters");
     }
+    return bytes;
 }
 
 ExitCode Raise(const Program& program, const RaiseOptions& options) {
-    const char* const severity = CellFor(kSeverities, options.severity);
-    if (severity == nullptr) {
-        throw Failure(kUsage, "there is no severity \"" + options.severity + "\"; write " +
-                                  ListOf(kSeverities));
-    }
+    const std::string severity = SeverityFor(options.severity);
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
-    const std::string server = options.server.empty() ? HostName() : options.server;
-    const NewAlarm alarm{EncodeOrFail(options.group, encoding), severity,
-                         EncodeOrFail(server, encoding), EncodeOrFail(options.details, encoding)};
-    std::cout << RaiseAlarm(lease.Database(), alarm, std::time(nullptr)) << "\n";
+    const NewAlarm alarm{
+        EncodeText("the group", options.group, encoding), severity,
+        EncodeText("the server", options.server.empty() ? HostName() : options.server, encoding),
+        EncodeText("the text", options.details, encoding)};
+    if (alarm.details.find_first_not_of(' ') == std::string::npos) {
+        throw Failure(kUsage, "the text is empty: say what has happened");
+    }
+    std::cout << RaiseAlarm(lease.Database(), alarm, std::time(nullptr)) << std::endl;
+    for (const std::string& warning : WarningsFor(lease.Database(), alarm, encoding)) {
+        Warn(warning);
+    }
     return kDone;
 }
 
@@ -109,31 +123,37 @@ std::string SeverityWord(const std::string& cell) {
     return word == nullptr ? cell : word;
 }
 
+std::string StateOf(const Alarm& alarm) {
+    return alarm.acknowledged ? "acknowledged" : StateWord(alarm.state);
+}
+
 void PrintTable(const std::vector<Alarm>& alarms, Encoding encoding) {
+    TextTable table({"ALARM", "RAISED", "SEVERITY", "GROUP", "SERVER", "STATE", "TEXT"});
     for (const Alarm& alarm : alarms) {
-        std::cout << Shown(alarm.number, encoding) << "  " << LocalTime(alarm.raised) << "  "
-                  << Shown(SeverityWord(alarm.severity), encoding) << "  "
-                  << Shown(alarm.group, encoding) << "  " << Shown(alarm.server, encoding) << "  "
-                  << (alarm.acknowledged ? "acknowledged" : StateWord(alarm.state)) << "  "
-                  << Shown(alarm.details, encoding) << "\n";
+        table.Add({Shown(alarm.number, encoding), LocalTime(alarm.raised),
+                   SeverityWord(alarm.severity), Shown(alarm.group, encoding),
+                   Shown(alarm.server, encoding), Shown(StateOf(alarm), encoding),
+                   Shown(alarm.details, encoding)});
     }
+    std::cout << (alarms.empty() ? "no alarms\n" : table.Text());
 }
 
 Json ToJson(const Alarm& alarm, Encoding encoding) {
-    return {{"alarm", Decode(alarm.number, encoding)},
-            {"raised", LocalTime(alarm.raised)},
-            {"severity", Decode(SeverityWord(alarm.severity), encoding)},
-            {"group", Decode(alarm.group, encoding)},
-            {"server", Decode(alarm.server, encoding)},
-            {"state", alarm.acknowledged ? "acknowledged" : StateWord(alarm.state)},
-            {"details", Decode(alarm.details, encoding)}};
+    return {
+        {"alarm", Decode(alarm.number, encoding)},   {"raised", LocalTime(alarm.raised)},
+        {"severity", SeverityWord(alarm.severity)},  {"group", Decode(alarm.group, encoding)},
+        {"server", Decode(alarm.server, encoding)},  {"state", Decode(StateOf(alarm), encoding)},
+        {"details", Decode(alarm.details, encoding)}};
 }
 
 ExitCode List(const Program& program, const ListOptions& options) {
-    const auto [encoding, alarms] = Look(program.database, [&options](Connection& database) {
+    auto [encoding, alarms] = Look(program.database, [&options](Connection& database) {
         return std::pair(EncodingOf(database),
                          options.open ? OpenAlarms(database) : LastAlarms(database, options.count));
     });
+    for (Alarm& alarm : alarms) {
+        alarm = Mended(std::move(alarm), encoding);
+    }
     if (!options.json) {
         PrintTable(alarms, encoding);
         return kDone;
@@ -157,7 +177,12 @@ void AddRaise(CLI::App& alarm, Program& program) {
     command->add_option("--severity", options->severity, "How bad it is")->capture_default_str();
     command->add_option("--server", options->server, "Who raises it (without it: this machine)");
     command->footer(
-        "A running \"pagerfwd run\" takes it up within a second; otherwise the next one does.\n\n"
+        "A running \"pagerfwd run\" takes it up within a second; otherwise the next one does. Its "
+        "number\n"
+        "goes to standard output, and to standard error a warning where no engine runs, no route\n"
+        "leads to a pager, or a pager gets only a part of the text. Letters that the site's "
+        "encoding\n"
+        "lacks become the nearest ones, control characters blanks.\n\n"
         "Example:\n"
         "  pagerfwd alarm raise --group plant/017 --severity major \"Pump 3 stands still\"\n");
     command->callback([options, &program] {
@@ -186,7 +211,7 @@ void AddList(CLI::App& alarm, Program& program) {
     command->add_flag("--open", options->open, "All that are still being paged, and only these");
     command->add_option("--count", options->count, "How many")
         ->capture_default_str()
-        ->check(CLI::PositiveNumber);
+        ->check(NumberFrom(1));
     command->add_flag("--json", options->json, "As JSON");
     command->footer("Example:\n  pagerfwd alarm list --open\n");
     command->callback([options, &program] {

@@ -41,7 +41,7 @@ ExitCode Report(const std::string& name, const Site& site, const Findings& findi
 
 ExitCode CheckFile(const std::string& path, bool json) {
     const ReadSite read = LoadSite(path);
-    return Report(path, read.site, read.findings, json);
+    return Report(NameOfFile(path), read.site, read.findings, json);
 }
 
 ExitCode CheckTables(const std::string& database, bool json) {
@@ -61,7 +61,7 @@ void AddCheck(CLI::App& app, Program& program) {
         "check", "Say every mistake in a site file or, without one, in the database");
     const auto path = std::make_shared<std::string>();
     const auto json = std::make_shared<bool>(false);
-    command->add_option("FILE", *path, "The site file (TOML)");
+    command->add_option("FILE", *path, "The site file (TOML); - is standard input");
     command->add_flag("--json", *json, "The findings as JSON");
     command->footer(
         "Each mistake is said with its line or row, what would come of it, and what to do. Errors\n"
@@ -70,6 +70,7 @@ void AddCheck(CLI::App& app, Program& program) {
         "Examples:\n"
         "  pagerfwd check site.toml\n"
         "  pagerfwd --database site.db check\n"
+        "  pagerfwd export | pagerfwd check -\n"
         "  pagerfwd check site.toml --json | jq -r '.findings[].what'\n");
     command->callback([path, json, &program] {
         program.command = [path, json, &program] {

@@ -10,10 +10,12 @@
 #include "host/cli/names.h"
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
+#include "host/cli/severities.h"
 #include "host/explain/explanation.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
+#include "host/text/nearest.h"
 #include "host/text/printable.h"
 #include "host/text_helpers.h"
 #include "linux/tty.h"
@@ -110,8 +112,18 @@ Json AsJson(const std::string& name, const Explanation& explanation) {
             {"notes", explanation.notes}};
 }
 
-ExitCode Explain(const Program& program, const std::string& name, const std::string& text,
-                 bool json) {
+struct ExplainOptions {
+    std::string pager;
+    std::string text = PagedAlarm().details;
+    std::string group = PagedAlarm().group;
+    std::string severity = "informational";
+    std::string server = PagedAlarm().server;
+    bool json = false;
+};
+
+ExitCode Explain(const Program& program, const ExplainOptions& options) {
+    const std::string& name = options.pager;
+    const int32_t severity = std::stoi(SeverityFor(options.severity));
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
     const PagerRow row = FindOnePager(lease.Database(), name, encoding);
@@ -130,16 +142,14 @@ ExitCode Explain(const Program& program, const std::string& name, const std::str
     pager.pagerType = std::atoi(row.type.c_str());
     pager.pagerNumber = number.data();
     const UsablePort usable = MakeUsable(*portRow);
-    try {
-        const Explanation explanation = ExplainPage(pager, *usable.port, Encode(text, encoding));
-        if (json) {
-            std::cout << Written(AsJson(name, explanation)) << "\n";
-        } else {
-            Print(name, explanation);
-        }
-    } catch (const NotEncodable& character) {
-        throw Failure(kUsage, std::string("the site's lines can't carry ") + character.what() +
-                                  "; leave it out of --text");
+    const Explanation explanation = ExplainPage(
+        pager, *usable.port,
+        {EncodeNearest(options.group, encoding), EncodeNearest(options.server, encoding),
+         EncodeNearest(options.text, encoding), severity});
+    if (options.json) {
+        std::cout << Written(AsJson(name, explanation)) << "\n";
+    } else {
+        Print(name, explanation);
     }
     return kDone;
 }
@@ -149,23 +159,27 @@ ExitCode Explain(const Program& program, const std::string& name, const std::str
 void AddExplain(CLI::App& app, Program& program) {
     CLI::App* const command = app.add_subcommand(
         "explain", "Show what would go over the line for a page, without touching a line");
-    const auto name = std::make_shared<std::string>();
-    const auto text = std::make_shared<std::string>("test");
-    command->add_option("PAGER", *name, "The pager's description in the site file")->required();
-    command->add_option("--text", *text, "The alarm's text; without it, that of a test page");
-    const auto json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "The explanation as JSON");
+    const auto options = std::make_shared<ExplainOptions>();
+    command->add_option("PAGER", options->pager, "The pager's description in the site file")
+        ->required();
+    command->add_option("--text", options->text,
+                        "The alarm's text; without it, that of a test page");
+    command->add_option("--group", options->group, "The alarm's group")->capture_default_str();
+    command->add_option("--severity", options->severity, "How bad it is")->capture_default_str();
+    command->add_option("--server", options->server, "Who has raised it")->capture_default_str();
+    command->add_flag("--json", options->json, "The explanation as JSON");
     command->footer(
         "Line settings, dial command, and every byte of the dialogue, field by field, as the "
         "library\n"
-        "builds them. Control characters are shown by name, such as <cr>.\n\n"
+        "builds them. Control characters are shown by name, such as <cr>; those of the text are "
+        "sent\n"
+        "as blanks, and what the site's encoding lacks in the nearest letters.\n\n"
         "Examples:\n"
         "  pagerfwd --database site.db explain \"duty phone\"\n"
-        "  pagerfwd --database site.db explain \"duty phone\" --text \"Door 3 is open\"\n");
-    command->callback([name, text, json, &program] {
-        program.command = [name, text, json, &program] {
-            return Explain(program, *name, *text, *json);
-        };
+        "  pagerfwd --database site.db explain \"duty phone\" --text \"Door 3 is open\"\n"
+        "  pagerfwd --database site.db explain \"Osaka office\" --severity major --server pumps\n");
+    command->callback([options, &program] {
+        program.command = [options, &program] { return Explain(program, *options); };
     });
 }
 

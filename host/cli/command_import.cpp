@@ -19,7 +19,7 @@ std::string Counted(size_t count, const char* noun) {
 
 ExitCode Import(const Program& program, const std::string& path) {
     const ReadSite read = LoadSite(path);
-    PrintFindings(std::cerr, path, read.findings);
+    PrintFindings(std::cerr, NameOfFile(path), read.findings);
     if (read.findings.HasErrors()) {
         std::cerr << "nothing is imported\n";
         return kNo;
@@ -38,7 +38,7 @@ void AddImport(CLI::App& app, Program& program) {
     CLI::App* const command = app.add_subcommand(
         "import", "Put the ports, pagers and hours of a site file into the database");
     const auto path = std::make_shared<std::string>();
-    command->add_option("FILE", *path, "The site file (TOML)")->required();
+    command->add_option("FILE", *path, "The site file (TOML); - is standard input")->required();
     command->footer(
         "What the database knew of the site before is replaced, all or nothing. Alarms and "
         "pending\n"

@@ -10,6 +10,7 @@
 #include "host/library/library.h"
 #include "host/service/service.h"
 #include "host/store/faults.h"
+#include "host/text/age.h"
 
 namespace host {
 namespace {
@@ -20,30 +21,6 @@ struct RunOptions {
     std::string metrics;
 };
 
-// "90m", "12h", "3d"
-std::chrono::seconds ParseAge(const std::string& text) {
-    size_t end = 0;
-    long number = -1;
-    try {
-        number = std::stol(text, &end);
-    } catch (const std::logic_error&) {
-        end = 0;
-    }
-    if (end > 0 && end + 1 == text.size() && number >= 0 && number < 100000) {
-        switch (text[end]) {
-            case 'm':
-                return std::chrono::minutes(number);
-            case 'h':
-                return std::chrono::hours(number);
-            case 'd':
-                return std::chrono::hours(24 * number);
-            default:
-                break;
-        }
-    }
-    throw Failure(kUsage, "\"" + text + "\" is no age; write it as 90m, 12h or 3d");
-}
-
 ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
     ServiceOptions service;
     service.database = program.database;
@@ -52,6 +29,10 @@ ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
     service.metrics = options.metrics;
     if (options.discard_older) {
         service.discard_older = ParseAge(*options.discard_older);
+        if (!service.discard_older) {
+            throw Failure(
+                kUsage, "\"" + *options.discard_older + "\" is no age; write it as 90m, 12h or 3d");
+        }
     }
     return service;
 }

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/cli/numbers.h"
 #include "host/cli/program.h"
 #include "host/cli/status_view.h"
 
@@ -29,7 +30,7 @@ void AddStatus(CLI::App& app, Program& program) {
     const auto options = std::make_shared<StatusOptions>();
     command->add_option("--ended", options->ended, "How many that have ended")
         ->capture_default_str()
-        ->check(CLI::NonNegativeNumber);
+        ->check(NumberFrom(0));
     command->add_flag("--json", options->json, "As JSON");
     command->footer(
         "Looking changes nothing. \"Off limit\" are pages that were given up; \"done\" those that "

@@ -12,6 +12,7 @@
 #include <string>
 #include <system_error>
 
+#include "host/cli/numbers.h"
 #include "host/cli/program.h"
 #include "host/cli/progress.h"
 #include "host/text/colours.h"
@@ -211,7 +212,7 @@ void AddTrace(CLI::App& app, Program& program) {
         ->type_name("TIME");
     command->add_option("--page", options->page, "Only this page, as they are counted in the file")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(NumberFrom(1));
     command->add_flag("--brief", options->brief, "A line for each page, without its dialogue");
     command->add_flag("--all", options->all, "Also what the engine says between pages");
     auto* const json = command->add_flag("--json", options->json, "The pages as a JSON array");

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "host/cli/program.h"
+#include "host/cli/usage_error.h"
 #include "host/store/connection.h"
 #include "host/store/pool.h"
 #include "host/text/printable.h"
@@ -57,7 +58,9 @@ void AddCommands(CLI::App& app, Program& program) {
     AddStatus(app, program);
     AddWatch(app, program);
     AddLog(app, program);
+    AddRoutes(app, program);
     AddTrace(app, program);
+    AddNames(app, program);
 }
 
 int Complain(const std::exception& reason, ExitCode code) {
@@ -74,12 +77,14 @@ void PrintLines(std::ostream& out, const std::string& text) {
 }
 
 ExitCode EndParsing(const CLI::App& app, const CLI::ParseError& end) {
-    std::ostringstream out;
-    std::ostringstream err;
-    const bool asked = app.exit(end, out, err) == 0;
-    PrintLines(std::cout, out.str());
-    PrintLines(std::cerr, err.str());
-    return asked ? kDone : kUsage;
+    if (end.get_exit_code() == 0) {
+        std::ostringstream help;
+        app.exit(end, help, help);
+        PrintLines(std::cout, help.str());
+        return kDone;
+    }
+    PrintLines(std::cerr, "pagerfwd: " + UsageError(app, end));
+    return kUsage;
 }
 
 int Run(const Program& program) {

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "host/files/shared_file.h"
@@ -21,7 +23,7 @@ struct Meaning {
 };
 constexpr Meaning kMeanings[] = {
     {kDone, "done: the page was sent, the hour is allowed, the file has no mistakes"},
-    {kNo, "the answer is no: the hour is barred, the file has mistakes"},
+    {kNo, "the answer is no: the hour is barred, the file has mistakes, nobody would be paged"},
     {kUsage, "the command line is wrong, or names a pager or hours that don't exist"},
     {kCannot, "the database, the library or a file can't be used"},
     {kNoLine, "test: no line, since the port is unknown, taken, or refused to open"},
@@ -30,6 +32,7 @@ constexpr Meaning kMeanings[] = {
     {kNoModem, "test: the modem didn't answer"},
 };
 
+constexpr const char* kStandardInput = "-";
 constexpr const char* kTraceFile = "pageprot.txt";
 constexpr mode_t kOfOthers = 0007;
 constexpr const char* kTraceSwitch = "NX_PAGEPROT";
@@ -45,6 +48,9 @@ std::string ExitCodeHelp() {
 }
 
 std::string ReadFile(const std::string& path) {
+    if (path == kStandardInput) {
+        return {std::istreambuf_iterator<char>(std::cin), {}};
+    }
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     // A folder opens, and fails only when it is read.

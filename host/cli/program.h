@@ -57,13 +57,15 @@ void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);
 void AddLog(CLI::App& app, Program& program);
+void AddNames(CLI::App& app, Program& program);
+void AddRoutes(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);
 void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
 void AddTrace(CLI::App& app, Program& program);
 
-// The text of a file. Throws Failure.
+// The text of a file; "-" is standard input. Throws Failure.
 std::string ReadFile(const std::string& path);
 
 // Lets nobody but owner and group read what is written from now on, by the library too: it holds

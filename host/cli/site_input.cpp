@@ -9,6 +9,10 @@
 
 namespace host {
 
+std::string NameOfFile(const std::string& path) {
+    return path == "-" ? "standard input" : path;
+}
+
 ReadSite LoadSite(const std::string& path) {
     ReadSite read = ParseSite(ReadFile(path));
     if (read.is_toml) {

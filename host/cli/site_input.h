@@ -9,6 +9,9 @@
 
 namespace host {
 
+// What messages call a site file: "-" is standard input.
+std::string NameOfFile(const std::string& path);
+
 // The site and everything that is wrong with it. Throws Failure when the file can't be read.
 ReadSite LoadSite(const std::string& path);
 

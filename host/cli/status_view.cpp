@@ -1,8 +1,9 @@
 // The view of the status. Tested by tests/unit/host/cli_status_test.cpp.
 #include "host/cli/status_view.h"
 
-#include <iomanip>
+#include <algorithm>
 #include <sstream>
+#include <utility>
 
 #include "host/cli/names.h"
 #include "host/cli/times.h"
@@ -12,6 +13,7 @@
 #include "host/store/look.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
+#include "host/text/text_table.h"
 
 namespace host {
 namespace {
@@ -35,33 +37,6 @@ const char* WordOf(PageEnd end) {
 std::string TriesOf(const PageStory& page) {
     return std::to_string(page.tries) + " of " + std::to_string(page.retries + 1);
 }
-
-class TableOut {
- public:
-    TableOut(std::ostream& out, Encoding encoding) : out_(out), encoding_(encoding) {}
-
-    void Head(const char* last) {
-        Row("ALARM", "GROUP", "PAGER", "STATE", "TRIES", "QUEUED", last);
-    }
-    void Page(const PageStory& page) {
-        const std::time_t last = page.end == PageEnd::kPending ? page.due : page.ended;
-        Row(Shown(page.alarm, encoding_), Shown(page.group, encoding_),
-            Shown(page.pager, encoding_), StateOf(page), TriesOf(page), LocalTime(page.queued),
-            LocalTime(last));
-    }
-
- private:
-    void Row(const std::string& alarm, const std::string& group, const std::string& pager,
-             const std::string& state, const std::string& tries, const std::string& queued,
-             const std::string& last) {
-        out_ << std::left << std::setw(11) << alarm << ' ' << std::setw(14) << group << ' '
-             << std::setw(16) << pager << ' ' << std::setw(14) << state << ' ' << std::setw(8)
-             << tries << ' ' << std::setw(19) << queued << ' ' << last << "\n";
-    }
-
-    std::ostream& out_;
-    const Encoding encoding_;
-};
 
 Json ToJson(const PageStory& page, Encoding encoding) {
     Json json = {{"alarm", Decode(page.alarm, encoding)},
@@ -88,15 +63,20 @@ Json ToJson(const std::vector<PageStory>& pages, Encoding encoding) {
     return list;
 }
 
-void PrintTable(std::ostream& out, const std::vector<PageStory>& pages, const char* last,
-                Encoding encoding) {
-    TableOut table(out, encoding);
-    if (!pages.empty()) {
-        table.Head(last);
-    }
+std::string TableOf(const std::vector<PageStory>& pages, const char* last, Encoding encoding) {
+    TextTable table({"ALARM", "GROUP", "PAGER", "STATE", "TRIES", "QUEUED", last});
     for (const PageStory& page : pages) {
-        table.Page(page);
+        table.Add({Shown(page.alarm, encoding), Shown(page.group, encoding),
+                   Shown(page.pager, encoding), StateOf(page), TriesOf(page),
+                   LocalTime(page.queued),
+                   LocalTime(page.end == PageEnd::kPending ? page.due : page.ended)});
     }
+    return table.Text();
+}
+
+// How many rows a table can have in so many lines, its heading among them.
+size_t RowsIn(size_t lines) {
+    return lines > 0 ? lines - 1 : 0;
 }
 
 std::string NameOf(const LockFile& lock) {
@@ -109,18 +89,35 @@ std::string NameOf(const LockFile& lock) {
 EngineStatus ReadStatus(const std::string& database, int64_t ended) {
     const LockFile lock = DatabaseLock(database);
     return Look(database, [&](Connection& connection) {
+        std::vector<PageStory> pending = PendingPages(connection);
+        const size_t all_pending = pending.size();
         return EngineStatus{EncodingOf(connection), lock.IsTaken() ? NameOf(lock) : std::string(),
-                            PendingPages(connection), EndedPages(connection, ended)};
+                            std::move(pending), all_pending, EndedPages(connection, ended)};
     });
 }
 
+EngineStatus Fitting(EngineStatus status, size_t lines) {
+    constexpr size_t kFixed = 3;  // what stands between the tables
+    size_t left = lines > kFixed ? lines - kFixed : 0;
+    status.pending.resize(std::min(status.pending.size(), RowsIn(left)));
+    left -= status.pending.empty() ? 0 : status.pending.size() + 1;
+    const size_t ended = std::min(status.ended.size(), RowsIn(left));
+    status.ended.erase(status.ended.begin(), status.ended.end() - static_cast<ptrdiff_t>(ended));
+    return status;
+}
+
 std::string AsTables(const EngineStatus& status) {
+    const size_t pending = status.pending.size();
     std::ostringstream out;
     out << "engine: " << (status.engine.empty() ? "not running" : Printable(status.engine)) << "\n"
-        << "pending: " << status.pending.size() << "\n";
-    PrintTable(out, status.pending, "DUE (computed)", status.encoding);
-    out << "ended, the last " << status.ended.size() << ":\n";
-    PrintTable(out, status.ended, "ENDED (computed)", status.encoding);
+        << "pending: " << status.all_pending;
+    if (pending < status.all_pending) {
+        out << ", the first " << pending;
+    }
+    out << "\n"
+        << TableOf(status.pending, "DUE (computed)", status.encoding) << "ended, the last "
+        << status.ended.size() << ":\n"
+        << TableOf(status.ended, "ENDED (computed)", status.encoding);
     return out.str();
 }
 

@@ -14,11 +14,16 @@ struct EngineStatus {
     Encoding encoding = Encoding::kLatin1;
     std::string engine;  // who serves the database: "run, process 12"; empty: nobody
     std::vector<PageStory> pending;
+    size_t all_pending = 0;  // also where only the first are shown
     std::vector<PageStory> ended;
 };
 
 // Looking changes nothing. Throws StoreError.
 EngineStatus ReadStatus(const std::string& database, int64_t ended);
+
+// As much of it as so many lines hold: the pages that are pending first, and of those that have
+// ended the last.
+EngineStatus Fitting(EngineStatus status, size_t lines);
 
 std::string AsTables(const EngineStatus& status);
 std::string AsJson(const EngineStatus& status);

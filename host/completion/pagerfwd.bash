@@ -1,7 +1,7 @@
 # Completion of `pagerfwd` for bash: goes to /usr/share/bash-completion/completions/pagerfwd.
 #
 # Commands and options are taken from the program's own help, so that they are those of the program
-# that is installed.
+# that is installed; pagers, hours and alarms from the database that the command line names.
 
 # The names in a section of a help text: _pagerfwd_help_names SECTION, the text on standard input.
 _pagerfwd_help_names() {
@@ -14,6 +14,42 @@ _pagerfwd_help_names() {
 # The long options in a help text on standard input.
 _pagerfwd_help_options() {
     grep -oE '^  (-[A-Za-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+'
+}
+
+# What the command line says of an option's value; nothing where it doesn't.
+_pagerfwd_value_of() {
+    local index
+    for ((index = 1; index < COMP_CWORD; ++index)); do
+        if [[ ${COMP_WORDS[index]} == "$1" ]]; then
+            # Bash takes --option=value for three words.
+            [[ ${COMP_WORDS[index + 1]} == = ]] && ((++index))
+            printf '%s' "${COMP_WORDS[index + 1]}"
+            return
+        fi
+    done
+}
+
+# Offers the names of a kind that begin with the word so far; the quotation mark that it begins with
+# is no part of it.
+_pagerfwd_offer_names() {
+    local database name word=${current#[\"\']}
+    local -a options=()
+    database=$(_pagerfwd_value_of --database)
+    [[ -z $database ]] || options=(--database "${database/#\~/$HOME}")
+    while IFS= read -r name; do
+        [[ $name == "$word"* ]] && COMPREPLY+=("$name")
+    done < <("$program" "${options[@]}" names "$1" 2>/dev/null)
+}
+
+# What stands where an option's value or a word of the command may stand.
+_pagerfwd_offer_words() {
+    case ${command[*]} in
+        test | explain) _pagerfwd_offer_names pagers ;;
+        in-hours | "hours show" | "hours edit") _pagerfwd_offer_names hours ;;
+        "alarm ack") _pagerfwd_offer_names open-alarms ;;
+        log) _pagerfwd_offer_names alarms ;;
+        *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
+    esac
 }
 
 _pagerfwd() {
@@ -39,7 +75,9 @@ _pagerfwd() {
     case $previous in
         --encoding) mapfile -t COMPREPLY < <(compgen -W "latin1 shift_jis" -- "$current") ;;
         --locks) mapfile -t COMPREPLY < <(compgen -d -- "$current") ;;
-        --database | --library | --svg) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
+        --severity) _pagerfwd_offer_names severities ;;
+        --pager) _pagerfwd_offer_names pagers ;;
+        --database | --library | --svg | --metrics) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
         *)
             if [[ $current == -* ]]; then
                 mapfile -t COMPREPLY < <(
@@ -47,7 +85,7 @@ _pagerfwd() {
             elif [[ -n $commands ]]; then
                 mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
             else
-                mapfile -t COMPREPLY < <(compgen -f -- "$current")
+                _pagerfwd_offer_words
             fi
             ;;
     esac

@@ -4,7 +4,6 @@
 
 #include "engine/page_text.h"
 #include "host/explain/fields.h"
-#include "linux/XStringArray.h"
 #include "linux/tty.h"
 #include "modem/dialogue_texts.h"
 #include "modem/line_mode.h"
@@ -20,27 +19,6 @@ const char* TextOrEmpty(const char* text) {
 std::string Quoted(const std::string& bytes) {
     return mkprint(bytes.data(), static_cast<int32_t>(bytes.size()));
 }
-
-// The alarm of a test page, but for its details.
-class TestAlarm {
- public:
-    explicit TestAlarm(const std::string& details) {
-        for (const char* name : {"Critical", "Major", "Minor", "Informational", "Unknown"}) {
-            severity_names_.SetAtGrow(severity_names_.GetSize(), name);
-        }
-        source_ = {"TEST/000", "TESTSERVER", details.c_str(), kInformational, &severity_names_, 0};
-    }
-    TestAlarm(const TestAlarm&) = delete;
-    TestAlarm& operator=(const TestAlarm&) = delete;
-
-    const PageSource& Source() const { return source_; }
-
- private:
-    static constexpr int32_t kInformational = 4;
-
-    CStringArray severity_names_;
-    PageSource source_{};
-};
 
 // The name of the protocol that an SMS page goes by; empty for the other pager types.
 std::string SmsProtocolName(const ::Pager& pager, const ComPort& port) {
@@ -124,23 +102,27 @@ bool LosesEighthBit(const ::Pager& pager, const ComPort& port) {
            (group != nullptr && port.*group->data != "8" && pager.pagerType != kNTTPager);
 }
 
-bool TakesTheAlarmText(int32_t pagerType) {
-    return pagerType == kAlphanumericPager || pagerType == kFirstSmsService ||
-           pagerType == kSecondSmsService;
-}
-
-std::string CutNote(size_t kept, size_t whole) {
-    return "only " + std::to_string(kept) + " of " + std::to_string(whole) +
-           " characters of the text are sent";
+// What the pager's user won't hear of the alarm; null where the text is sent.
+const char* NoteOnContent(const PageContent& page, int32_t pagerType) {
+    if (page.number.IsEmpty()) {
+        return "the call itself is the page; nothing is transferred";
+    }
+    switch (pagerType) {
+        case kSignalPager:
+        case kNumericPager:
+            return "nothing of the alarm is sent, only that there is one";
+        case kNTTPager:
+            return "of the alarm, only the number of its severity and its server are sent";
+        default:
+            return nullptr;
+    }
 }
 
 void AddNotes(std::vector<std::string>& notes, const ::Pager& pager, const ComPort& port,
-              const std::string& text, const std::string& alarmText) {
-    if (TakesTheAlarmText(pager.pagerType) && text.size() < alarmText.size()) {
-        notes.push_back(CutNote(text.size(), alarmText.size()));
-    }
-    if (pager.pagerType == kNTTPager && text.size() > kNttBytes) {
-        notes.push_back(CutNote(kNttBytes, text.size()));
+              const std::string& text, const PagedAlarm& alarm) {
+    if (const std::optional<TextCut> cut = CutOf(pager.pagerType, alarm)) {
+        notes.push_back("only " + std::to_string(cut->kept) + " of " + std::to_string(cut->whole) +
+                        " characters of the text are sent");
     }
     std::string arrives = text;
     for (char& c : arrives) {
@@ -161,11 +143,11 @@ std::string ExplainedStep::Bytes() const {
     return bytes;
 }
 
-Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const std::string& details) {
+Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const PagedAlarm& alarm) {
     const auto protocol = static_cast<unsigned char>(pager.pagerType);
-    const TestAlarm alarm(details);
+    const AlarmSource source(alarm);
     const PageContent page =
-        ComposePage(pager.pagerType, TextOrEmpty(pager.pagerNumber), alarm.Source());
+        ComposePage(pager.pagerType, TextOrEmpty(pager.pagerNumber), source.Source());
     const std::string sms = SmsProtocolName(pager, port);
 
     Explanation explanation;
@@ -173,9 +155,13 @@ Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const std::st
     explanation.mode = Quoted(BytesOf(ModeText(DeviceName(port.name), port, protocol)));
     explanation.settings = Quoted(BytesOf(SettingsText(port, protocol)));
     explanation.steps.push_back(DialStep(port, protocol, page));
+    if (const char* const note = NoteOnContent(page, pager.pagerType)) {
+        explanation.notes.emplace_back(note);
+    }
     if (page.number.IsEmpty()) {
-        explanation.notes.emplace_back("the call itself is the page; nothing is transferred");
-    } else if (sms == "TAP") {
+        return explanation;
+    }
+    if (sms == "TAP") {
         AddTap(explanation.steps, page);
     } else if (sms == "UCP") {
         explanation.steps.push_back(UcpFrameFields(page.number, page.message));
@@ -187,8 +173,7 @@ Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const std::st
         explanation.notes.emplace_back(
             "nothing is sent, and success is reported: no such pager type or protocol");
     }
-    AddNotes(explanation.notes, pager, port, BytesOf(page.message),
-             BytesOf(AlarmText(alarm.Source())));
+    AddNotes(explanation.notes, pager, port, BytesOf(page.message), alarm);
     return explanation;
 }
 

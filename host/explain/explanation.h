@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/explain/paged_alarm.h"
 #include "modem/COMHdl.h"
 #include "tables/pager_settings.h"
 
@@ -35,9 +36,8 @@ struct Explanation {
     std::vector<std::string> notes;  // what the pager's user will not see as it was written
 };
 
-// The alarm that the page is about has the test page's group, server and severity, and these
-// details. All texts are in the encoding of the tables.
-Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const std::string& details);
+// All texts are in the encoding of the tables.
+Explanation ExplainPage(const ::Pager& pager, const ComPort& port, const PagedAlarm& alarm);
 
 }  // namespace host
 

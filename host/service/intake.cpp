@@ -3,6 +3,7 @@
 
 #include <charconv>
 
+#include "host/alarms/mending.h"
 #include "host/alarms/states.h"
 #include "host/service/backlog.h"
 #include "host/service/routes.h"
@@ -67,12 +68,13 @@ void Intake::TakeUp(Connection& connection) {
         return;
     }
     const std::vector<StoredRoute> routes = ReadRoutes(connection, encoding_);
-    for (const Alarm& alarm : alarms) {
+    for (const Alarm& found : alarms) {
         try {
+            const Alarm alarm = MendAlarm(connection, found, encoding_);
             TakeUp(connection, alarm,
                    PagersFor(routes, Decode(alarm.group, encoding_), alarm.severity));
         } catch (const RowTooLarge& error) {
-            SetAside("row " + std::to_string(alarm.row) + " of the alarm log", error.what());
+            SetAside("row " + std::to_string(found.row) + " of the alarm log", error.what());
         }
     }
 }

@@ -2,9 +2,10 @@
 #include "host/service/routes.h"
 
 #include <fnmatch.h>
-#include <locale.h>
 
 #include <algorithm>
+
+#include "host/text/utf8_locale.h"
 
 namespace host {
 namespace {
@@ -35,27 +36,6 @@ bool Has(const Values& values, const Value& value) {
     return std::find(values.begin(), values.end(), value) != values.end();
 }
 
-// Patterns match characters, and texts are UTF-8, whatever locale the process has. On a system that
-// has no such locale, they match bytes.
-class MatchingUtf8 {
- public:
-    MatchingUtf8() : utf8_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {
-        before_ = uselocale(utf8_);
-    }
-    ~MatchingUtf8() {
-        uselocale(before_);
-        if (utf8_ != nullptr) {
-            freelocale(utf8_);
-        }
-    }
-    MatchingUtf8(const MatchingUtf8&) = delete;
-    MatchingUtf8& operator=(const MatchingUtf8&) = delete;
-
- private:
-    const locale_t utf8_;
-    locale_t before_;
-};
-
 bool Fits(const StoredRoute& route, const std::string& group, std::string_view severity) {
     return fnmatch(route.groups.c_str(), group.c_str(), 0) == 0 &&
            (route.severities.empty() || Has(route.severities, severity));
@@ -76,7 +56,7 @@ std::vector<StoredRoute> ReadRoutes(Connection& connection, Encoding encoding) {
 
 std::vector<std::string> PagersFor(const std::vector<StoredRoute>& routes, const std::string& group,
                                    std::string_view severity) {
-    const MatchingUtf8 utf8;
+    const Utf8Locale utf8;
     std::vector<std::string> pagers;
     for (const StoredRoute& route : routes) {
         if (!Fits(route, group, severity)) {

@@ -28,7 +28,7 @@ bool Owes(Connection& connection, const std::string& alarm, const TracedPage& pa
 }
 
 // The library writes the number as a local time. In the hour that occurs twice in autumn two
-// numbers have the same.
+// numbers have the same; elsewhere only one of the two is that time.
 std::string AlarmOf(Connection& connection, const TracedPage& page) {
     for (const int summer : {0, 1}) {
         std::tm parts{};
@@ -37,7 +37,7 @@ std::string AlarmOf(Connection& connection, const TracedPage& page) {
         }
         parts.tm_isdst = summer;
         std::string alarm = std::to_string(std::mktime(&parts));
-        if (Owes(connection, alarm, page)) {
+        if (parts.tm_isdst == summer && Owes(connection, alarm, page)) {
             return alarm;
         }
     }
@@ -49,12 +49,18 @@ std::time_t EndOf(const TracedPage& page, std::time_t now) {
     if (!page.day) {
         return now;
     }
-    constexpr int kDay = 24 * 60 * 60;
+    constexpr int kMinute = 60;
+    constexpr int kHour = 60 * kMinute;
+    constexpr int kDay = 24 * kHour;
     const std::time_t midday = static_cast<std::time_t>(*page.day) * kDay + kDay / 2;
     std::tm parts{};
     gmtime_r(&midday, &parts);  // only for the date
-    parts.tm_hour = 0;
-    parts.tm_sec = page.second + page.seconds;
+    // Not as seconds since midnight: on two days of the year, these aren't the clock's.
+    const int end = page.second + page.seconds;
+    parts.tm_mday += end / kDay;
+    parts.tm_hour = end % kDay / kHour;
+    parts.tm_min = end % kHour / kMinute;
+    parts.tm_sec = end % kMinute;
     parts.tm_isdst = -1;
     return std::min(now, std::mktime(&parts));
 }

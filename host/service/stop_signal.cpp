@@ -62,8 +62,13 @@ bool StopSignal::TakeHangUp() {
 
 bool StopSignal::WaitFor(std::chrono::milliseconds longest) {
     pollfd asked{ends[0], POLLIN, 0};
-    // The byte stays in the pipe: every later look sees it too.
-    return poll(&asked, 1, static_cast<int>(longest.count())) > 0;
+    // The byte stays in the pipe: every later look sees it too, and so does this one where the
+    // signal has ended it.
+    int found = 0;
+    do {
+        found = poll(&asked, 1, static_cast<int>(longest.count()));
+    } while (found < 0 && errno == EINTR);
+    return found > 0;
 }
 
 }  // namespace host

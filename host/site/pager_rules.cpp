@@ -1,9 +1,11 @@
 // What a pager's row has to hold. Tested by tests/unit/host/site_check_test.cpp.
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "host/site/barred_tries.h"
 #include "host/site/rules.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
@@ -17,8 +19,10 @@ std::string PagerCalled(const Pager& pager) {
     return "pager " + InQuotes(pager.description.value);
 }
 
-bool IsSms(const Pager& pager) {
-    return pager.type.value == "sms1" || pager.type.value == "sms2";
+// Signal, numeric and alphanumeric pagers: a service is dialled, and the number typed in there.
+bool IsPlain(const Pager& pager) {
+    return pager.type.value == "signal" || pager.type.value == "numeric" ||
+           pager.type.value == "alphanumeric";
 }
 
 void CheckDescription(const Site& site, size_t index, Findings& findings) {
@@ -91,6 +95,29 @@ const char* PartFor(const Pager& pager) {
     return IsSms(pager) ? pager.type.value.c_str() : "pager";
 }
 
+// Whether a whole telephone number stands behind its D, and not only an outside line.
+bool DialsANumber(std::string_view command) {
+    constexpr auto kFewest = 3;
+    const size_t dial = std::min(command.find_last_of("Dd"), command.size());
+    return std::count_if(command.begin() + static_cast<ptrdiff_t>(dial), command.end(),
+                         [](char c) { return c >= '0' && c <= '9'; }) >= kFewest;
+}
+
+void CheckPrefix(const Port& port, const Pager& pager, Findings& findings) {
+    const std::string& dial = port.pager.dial.value;
+    if (IsPlain(pager) && pager.number.value.find('@') == std::string::npos &&
+        HasDigit(pager.number.value) && !DialsANumber(dial)) {
+        findings.Warning(
+            pager.number.line,
+            PagerCalled(pager) + ": its number " + InQuotes(pager.number.value) + " has no @",
+            "Port " + InQuotes(port.name.value) + " would dial " + InQuotes(dial) +
+                " alone: what stands behind the @ is typed in there, and nothing "
+                "before it is dialled.",
+            "Write \"PREFIX@NUMBER\": PREFIX is the paging service, NUMBER the "
+            "pager's own.");
+    }
+}
+
 void CheckService(const Port& port, const Pager& pager, Findings& findings) {
     if (!port.modem.value) {
         findings.Error(
@@ -105,6 +132,8 @@ void CheckService(const Port& port, const Pager& pager, Findings& findings) {
                        std::string("The modem would be sent an empty command. ") + kUnreachable,
                        std::string("Add to the port, under [port.") + PartFor(pager) +
                            "]: dial = \"ATDT...\"");
+    } else {
+        CheckPrefix(port, pager, findings);
     }
 }
 
@@ -146,6 +175,23 @@ void CheckPort(const Site& site, const Pager& pager, Findings& findings) {
     }
 }
 
+// Hours that allow nothing at all are a mistake of their own.
+void CheckTries(const TimeModel& model, const Pager& pager, Findings& findings) {
+    const Week week = WeekOf(model);
+    const std::optional<size_t> hour = FirstHourInVain(week, pager);
+    if (hour && !IsSms(pager) && week.any()) {
+        findings.Warning(
+            pager.hours.line,
+            PagerCalled(pager) + ": its tries can end before its hours " +
+                InQuotes(pager.hours.value) + " begin",
+            "A try outside the hours counts. An alarm on " +
+                std::string(NameOfDay(*hour / kHoursInDay)) + " at " +
+                std::to_string(*hour % kHoursInDay) + ":00 would be given up before any page left.",
+            "Let retries times delay be longer than the longest break, or page somebody else "
+            "then.");
+    }
+}
+
 void CheckHours(const Site& site, const Pager& pager, Findings& findings) {
     const TimeModel* model = FindTimeModel(site, pager.hours.value);
     if (model == nullptr) {
@@ -164,6 +210,8 @@ void CheckHours(const Site& site, const Pager& pager, Findings& findings) {
             "A page outside them counts as sent, and an SMS page that counts as sent "
             "is done: it is never sent.",
             "Let SMS pagers be paged always, or accept it.");
+    } else {
+        CheckTries(*model, pager, findings);
     }
 }
 

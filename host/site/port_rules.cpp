@@ -1,7 +1,9 @@
 // What a port's row has to hold. Tested by tests/unit/host/site_check_test.cpp.
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 #include "host/site/rules.h"
 #include "host/site/words.h"
@@ -54,6 +56,28 @@ void CheckFlow(const Port& port, Findings& findings) {
         findings.Error(port.flow.line,
                        PortCalled(port) + ": there is no flow control " + InQuotes(port.flow.value),
                        "The line would run without flow control.", "Write " + ListOf(kFlows) + ".");
+    } else if (port.flow.value == "hardware") {
+        findings.Warning(port.flow.line, PortCalled(port) + ": hardware flow control",
+                         "While the modem is off or its cable out, a page waits for it for ever, "
+                         "and no other page leaves.",
+                         "Write flow = \"none\", which is enough at these speeds.");
+    }
+}
+
+// A modem dials by the D of a line that begins with AT, whatever stands between the two.
+bool IsDialCommand(std::string_view command) {
+    const auto at = [&](size_t place) { return std::toupper(command[place]); };
+    return command.size() > 2 && at(0) == 'A' && at(1) == 'T' &&
+           command.find_first_of("Dd", 2) != std::string_view::npos;
+}
+
+void CheckDial(const Port& port, const char* part, const SaidText& dial, Findings& findings) {
+    if (!dial.value.empty() && !IsDialCommand(dial.value)) {
+        findings.Error(
+            dial.line,
+            PortCalled(port) + ", " + part + ": " + InQuotes(dial.value) + " is no dial command",
+            "The modem would not dial, and every page would fail (result 6).",
+            "Begin it with ATD, such as: dial = \"ATDT0,5550101\"");
     }
 }
 
@@ -123,6 +147,9 @@ void CheckPorts(const Site& site, Findings& findings) {
         CheckLine(port, "pager", port.pager.settings, findings);
         CheckLine(port, "sms1", port.sms1.settings, findings);
         CheckLine(port, "sms2", port.sms2.settings, findings);
+        CheckDial(port, "pager", port.pager.dial, findings);
+        CheckDial(port, "sms1", port.sms1.dial, findings);
+        CheckDial(port, "sms2", port.sms2.dial, findings);
         CheckProtocol(port, "sms1", port.sms1, findings);
         CheckProtocol(port, "sms2", port.sms2, findings);
     }

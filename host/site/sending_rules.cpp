@@ -41,7 +41,7 @@ bool IsAscii(std::string_view text) {
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-// The first text of the site with an accent; null where there is none.
+// The first text of the site with an accent that pages contain; null where there is none.
 const std::string* AccentedText(const Site& site) {
     for (const Route& route : site.routes) {
         if (!IsAscii(route.groups.value)) {
@@ -49,11 +49,8 @@ const std::string* AccentedText(const Site& site) {
         }
     }
     for (const Pager& pager : site.pagers) {
-        for (const std::string* text :
-             {&pager.number.value, &pager.description.value, &pager.owner.value}) {
-            if (!IsAscii(*text)) {
-                return text;
-            }
+        if (!IsAscii(pager.number.value)) {
+            return &pager.number.value;
         }
     }
     return nullptr;

@@ -100,6 +100,11 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     TomlDocument document(text, read.findings);
     read.is_toml = document.IsToml();
     TomlReader reader = document.Root();
+    if (read.is_toml && reader.KeysLeft().empty()) {
+        read.findings.Error(1, "the file says nothing",
+                            "Importing it would take every port, pager and route away.",
+                            "Begin with a copy of the example, examples/site.toml.");
+    }
     read.site.encoding = reader.Text("encoding", "latin1");
     for (TomlReader& port : reader.Parts("port")) {
         read.site.ports.push_back(ReadPort(port));

@@ -18,6 +18,9 @@ enum class Encoding { kLatin1, kShiftJis };
 std::optional<Encoding> EncodingNamed(std::string_view word);
 std::string_view WordFor(Encoding encoding);
 
+// What the C library calls it.
+const char* IconvName(Encoding encoding);
+
 // A character that the encoding doesn't have.
 class NotEncodable : public std::runtime_error {
  public:

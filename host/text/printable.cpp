@@ -30,12 +30,6 @@ unsigned char Byte(std::string_view text, size_t at) {
     return static_cast<unsigned char>(text[at]);
 }
 
-// C0 and C1 controls and DEL steer terminals; so do the marks that turn the direction of writing.
-bool Steers(uint32_t code) {
-    return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x202A && code <= 0x202E) ||
-           (code >= 0x2066 && code <= 0x2069);
-}
-
 std::string Escaped(std::string_view bytes) {
     std::string escaped;
     for (const char byte : bytes) {
@@ -48,6 +42,11 @@ std::string Escaped(std::string_view bytes) {
 }
 
 }  // namespace
+
+bool Steers(uint32_t code) {
+    return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x202A && code <= 0x202E) ||
+           (code >= 0x2066 && code <= 0x2069);
+}
 
 Utf8Character FirstCharacter(std::string_view utf8) {
     const Utf8Character invalid{Byte(utf8, 0), 1, false};

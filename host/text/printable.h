@@ -21,6 +21,10 @@ struct Utf8Character {
 };
 Utf8Character FirstCharacter(std::string_view utf8);
 
+// Whether it could steer a terminal, or a page: a control character, or a mark that turns the
+// direction of writing.
+bool Steers(uint32_t code);
+
 // How messages name a character: 'é' (U+00E9), or U+0007 alone where it can't be shown.
 std::string NameOf(const Utf8Character& character, std::string_view utf8);
 

@@ -22,6 +22,7 @@
 #include "host/alarms/alarms.h"
 #include "host/store/connection.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/zone.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
 
@@ -66,7 +67,7 @@ pagers = ["tech"]
 )";
 
     RunTest() {
-        setenv("TZ", "UTC", 1);
+        test_support::UseTestZone();
         MakeSite("pagerfwd.db", kSite);
     }
 

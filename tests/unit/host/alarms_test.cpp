@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "host/alarms/mending.h"
 #include "host/alarms/states.h"
 #include "tests/unit/host/service_test.h"
 
@@ -126,6 +127,43 @@ TEST(AlarmStates, HaveWords) {
     EXPECT_EQ("off limit", StateWord("3"));
     EXPECT_EQ("done", StateWord("4"));
     EXPECT_EQ("state 22", StateWord("22"));
+}
+
+// --- Rows of other programs.
+
+TEST(MendedAlarm, HasItsSeverityAsANumber) {
+    const std::pair<const char*, const char*> kCases[] = {
+        {"1", "1"},  {"5", "5"},           {"critical", "1"}, {"Minor", "3"},   {"UNKNOWN", "5"},
+        {" 2", "2"}, {"4.0", "4"},         {"0", "1"},        {"", "1"},        {"urgent", "1"},
+        {"6", "5"},  {"99999999999", "5"}, {"-1", "5"},       {"majority", "1"}};
+    for (const auto& [written, mended] : kCases) {
+        Alarm alarm;
+        alarm.severity = written;
+        EXPECT_EQ(mended, Mended(alarm, Encoding::kLatin1).severity) << written;
+    }
+}
+
+TEST_F(Alarms, AreMendedInTheirRowOnly) {
+    for (const char* number : {"7", "8"}) {
+        Statement(connection,
+                  "INSERT INTO AlarmLog (alarmlogID, alarmName, severity, server, details)"
+                  " VALUES (?, 'n\xC3\xBC', 'minor', 's\xC3\xBC', 'd\xC3\xBC')")
+            .Bind(number)
+            .Run();
+    }
+    const Alarm now = MendAlarm(connection, *FindAlarm(connection, "7"), Encoding::kLatin1);
+    EXPECT_EQ("n\xFC s\xFC d\xFC 3",
+              now.group + " " + now.server + " " + now.details + " " + now.severity);
+    EXPECT_THAT(Rows("alarm_group || ' ' || server || ' ' || details || ' ' || severity FROM"
+                     " AlarmLog"),
+                ElementsAre("n\xFC s\xFC d\xFC 3", " s\xC3\xBC d\xC3\xBC minor"));
+}
+
+TEST_F(Alarms, ThatNeedNoMendingAreNotWritten) {
+    Raise(978948000);
+    connection.Execute("PRAGMA query_only = 1");
+    const Alarm alarm = *FindAlarm(connection, "978948000");
+    EXPECT_EQ("x", MendAlarm(connection, alarm, Encoding::kLatin1).details);
 }
 
 }  // namespace

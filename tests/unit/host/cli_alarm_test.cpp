@@ -66,15 +66,61 @@ TEST_F(CliAlarm, RefusesWhatItDoesNotKnow) {
     EXPECT_THAT(List(), IsEmpty());
 }
 
-TEST_F(CliAlarm, RefusesTextsThatTheSiteCantPage) {
-    for (const char* option : {"--group", "--server"}) {
-        const ProgramRun run = Run({"alarm", "raise", option, "\u6771", "x"});
+TEST_F(CliAlarm, IsWrittenInTheNearestLettersAndNeverRefused) {
+    const ProgramRun run = Run({"alarm", "raise", "--group", "\u0141/1", "--server", "\u6771",
+                                "2 \u2013 3 \u00B0C\r\nnow"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_EQ("L/1", List()[0]["group"]);
+    EXPECT_EQ("?", List()[0]["server"]);
+    EXPECT_EQ("2 - 3 \u00B0C  now", List()[0]["details"]);
+    EXPECT_THAT(run.err,
+                AllOf(HasSubstr("pagerfwd: warning: the group is written \"L/1\": latin1, the "
+                                "encoding of this site, lacks some of its characters\n"),
+                      HasSubstr("warning: the server is written \"?\""),
+                      HasSubstr("warning: the text is written \"2 - 3 \u00B0C  now\"")));
+}
+
+TEST_F(CliAlarm, IsRefusedWithoutAText) {
+    for (const char* text : {"", "  ", "\r\n"}) {
+        const ProgramRun run = Run({"alarm", "raise", text});
         EXPECT_EQ(2, run.exit_code);
-        EXPECT_THAT(run.err, AllOf(HasSubstr("U+6771"), HasSubstr("latin1")));
+        EXPECT_THAT(run.err, HasSubstr("the text is empty"));
     }
-    EXPECT_EQ(2, Run({"alarm", "raise", "\u6771"}).exit_code);
     EXPECT_THAT(List(), IsEmpty());
 }
+
+// --- What is warned of.
+
+TEST_F(CliAlarm, WarnsThatNobodyWillBePaged) {
+    const ProgramRun run = Run({"alarm", "raise", "--group", "A/\x1b", "--severity", "minor", "x"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.out, ::testing::MatchesRegex("[0-9]+\n"));
+    EXPECT_THAT(run.err,
+                EndsWith("pagerfwd: warning: no engine is running for this database: nobody is "
+                         "paged until one is started\n"
+                         "pagerfwd: warning: no route leads from group \"A/ \", severity minor, to "
+                         "a pager: nobody is paged\n"));
+}
+
+TEST_F(CliAlarm, WarnsOfNothingWhereAllIsWell) {
+    ChildProcess engine({STORE_PROCESS, "site.db", "engine"});
+    engine.ReadLine();
+    Execute(
+        "INSERT INTO Host_Routes VALUES (1, 'A*', '2'); INSERT INTO Host_RoutePagers VALUES"
+        " (1, 0, 'duty'); INSERT INTO AlarmFwd_PagerSetting (description, pgtype) VALUES"
+        " ('duty', '2')");
+    EXPECT_EQ("", Run({"alarm", "raise", "--group", "A/1", "--severity", "major", "--server", "s",
+                       std::string(70, 'x')})
+                      .err);
+    // "A/Major/s/" and the text.
+    EXPECT_EQ(
+        "pagerfwd: warning: pager \"duty\" gets only the first 80 of 81 characters of the page\n",
+        Run({"alarm", "raise", "--group", "A/1", "--severity", "major", "--server", "s",
+             std::string(71, 'x')})
+            .err);
+}
+
+// --- The rest.
 
 TEST_F(CliAlarm, KeepsTextsInTheEncodingOfTheSite) {
     Execute("INSERT INTO Host_Settings VALUES ('encoding', 'shift_jis')");
@@ -121,9 +167,23 @@ TEST_F(CliAlarm, IsListedAsText) {
         " timestamp) VALUES ('7', '2', '2', 'pumps', 'Pump 3', 'plant/1', '978948000'),"
         " ('8', '4', 'odd', '', '', 'x', '')");
     EXPECT_EQ(
-        "7  2001-01-08 10:00:00  major  plant/1  pumps  being paged  Pump 3\n"
-        "8  -  odd  x    done  \n",
+        "ALARM  RAISED               SEVERITY  GROUP    SERVER  STATE        TEXT\n"
+        "7      2001-01-08 10:00:00  major     plant/1  pumps   being paged  Pump 3\n"
+        "8      -                    critical  x                done         \n",
         Run({"alarm", "list"}).out);
+}
+
+TEST_F(CliAlarm, IsListedAsItWillBePaged) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, severity, server, details, alarm_group) VALUES"
+        " ('7', 'Minor', 's', 'J\xC3\xBCrgen' || char(13), 'g')");
+    EXPECT_EQ("minor", List()[0]["severity"]);
+    EXPECT_EQ("J\u00FCrgen ", List()[0]["details"]);
+}
+
+TEST_F(CliAlarm, ListSaysThatThereIsNone) {
+    EXPECT_EQ("no alarms\n", Run({"alarm", "list"}).out);
+    EXPECT_THAT(List(), IsEmpty());
 }
 
 TEST_F(CliAlarm, NeverSteersTheTerminal) {
@@ -132,8 +192,9 @@ TEST_F(CliAlarm, NeverSteersTheTerminal) {
         " (char(27) || '[1', char(27) || '[2', char(27) || '[3', char(27,10) || '[4',"
         " char(155) || '[5')");
     const ProgramRun run = Run({"alarm", "list"});
-    EXPECT_THAT(run.out, AllOf(HasSubstr("\\x1b[1"), HasSubstr("\\x1b[2"), HasSubstr("  [3"),
-                               HasSubstr("\\x1b\\x0a[4"), Not(HasSubstr("\x1b"))));
+    // Texts have blanks in their place, as pages will.
+    EXPECT_THAT(run.out, AllOf(HasSubstr("\\x1b[1"), HasSubstr(" [3"), HasSubstr("  [4"),
+                               Not(HasSubstr("\x1b"))));
     EXPECT_THAT(Run({"alarm", "list", "--json"}).out,
                 AllOf(HasSubstr("\\u001b[1"), Not(HasSubstr("\x1b"))));
 }

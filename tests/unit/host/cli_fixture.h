@@ -11,6 +11,7 @@
 #include "host/store/connection.h"
 #include "host/store/pool.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/zone.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
 
@@ -18,7 +19,7 @@ class CliFixture : public ::testing::Test {
  protected:
     CliFixture() {
         unsetenv("PAGERFWD_DATABASE");
-        setenv("TZ", "UTC", 1);
+        test_support::UseTestZone();
     }
     ~CliFixture() override { host::CloseDatabases(); }
 

@@ -52,19 +52,13 @@ TEST_F(CliStatus, IsATable) {
     EXPECT_EQ(
         "engine: not running\n"
         "pending: 2\n"
-        "ALARM       GROUP          PAGER            STATE          TRIES    QUEUED              "
-        "DUE (computed)\n"
-        "7           ops            duty             pending        1 of 3   2001-01-08 10:00:00 "
-        "2001-01-08 10:30:00\n"
-        "7           ops            night            pending        0 of 6   2001-01-08 10:00:00 "
-        "2001-01-08 10:00:00\n"
+        "ALARM  GROUP  PAGER  STATE    TRIES   QUEUED               DUE (computed)\n"
+        "7      ops    duty   pending  1 of 3  2001-01-08 10:00:00  2001-01-08 10:30:00\n"
+        "7      ops    night  pending  0 of 6  2001-01-08 10:00:00  2001-01-08 10:00:00\n"
         "ended, the last 2:\n"
-        "ALARM       GROUP          PAGER            STATE          TRIES    QUEUED              "
-        "ENDED (computed)\n"
-        "6           ops            duty             done           1 of 3   2001-01-08 10:00:00 "
-        "2001-01-08 10:00:30\n"
-        "5           ops            duty             off limit      3 of 3   2001-01-08 10:00:00 "
-        "2001-01-08 10:01:30\n",
+        "ALARM  GROUP  PAGER  STATE      TRIES   QUEUED               ENDED (computed)\n"
+        "6      ops    duty   done       1 of 3  2001-01-08 10:00:00  2001-01-08 10:00:30\n"
+        "5      ops    duty   off limit  3 of 3  2001-01-08 10:00:00  2001-01-08 10:01:30\n",
         Run({"status"}).out);
 }
 

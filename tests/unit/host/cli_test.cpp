@@ -32,6 +32,9 @@ type = "sms1"
 number = "0"
 port = "COM 1"
 
+[[route]]
+pagers = ["duty"]
+
 [[hours]]
 name = "open"
 all = true
@@ -167,7 +170,7 @@ TEST_F(Cli, LooksNoFurtherThanASyntaxError) {
 }
 
 TEST_F(Cli, WarnsWithoutFailing) {
-    WriteFile("site.toml", "");
+    WriteFile("site.toml", "encoding = \"latin1\"\n");
     const ProgramRun run = Run({"check", "site.toml"});
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.out, HasSubstr("site.toml:1: warning: there is no port"));
@@ -206,10 +209,37 @@ TEST_F(Cli, ImportsNothingOfAFileWithErrors) {
 
 TEST_F(Cli, ImportsInSpiteOfWarnings) {
     ASSERT_EQ(0, Run({"init"}).exit_code);
-    WriteFile("site.toml", "");
+    WriteFile("site.toml", "encoding = \"latin1\"\n");
     const ProgramRun run = Run({"import", "site.toml"});
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.err, HasSubstr("warning"));
+}
+
+TEST_F(Cli, TakesNoEmptyFileForASite) {
+    MakeSite();
+    WriteFile("empty.toml", "");
+    EXPECT_EQ(1, Run({"check", "empty.toml"}).exit_code);
+    EXPECT_EQ(1, Run({"import", "empty.toml"}).exit_code);
+    EXPECT_EQ(0, Run({"test", "duty"}).exit_code);
+}
+
+TEST_F(Cli, ReadsASiteFromStandardInput) {
+    WriteFile("site.toml", kCliSite);
+    WriteFile("bad.toml", "[[port]]\nname = \"COM 0\"\n");
+    const auto with_input = [](const std::string& command, const char* file) {
+        return RunProgram({"/bin/sh", "-c",
+                           std::string("exec ") + PAGERFWD_PROGRAM + " --database site.db " +
+                               command + " - <" + file});
+    };
+    ProgramRun run = with_input("check", "site.toml");
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out, StartsWith("standard input: no mistakes\n"));
+    run = with_input("check", "bad.toml");
+    EXPECT_EQ(1, run.exit_code);
+    EXPECT_THAT(run.out, StartsWith("standard input:2: error: there is no port \"COM 0\""));
+    ASSERT_EQ(0, Run({"init"}).exit_code);
+    EXPECT_EQ(0, with_input("import", "site.toml").exit_code);
+    EXPECT_EQ(0, Run({"test", "duty"}).exit_code);
 }
 
 TEST_F(Cli, ImportsIntoADatabaseThatExists) {
@@ -323,7 +353,7 @@ TEST_F(Cli, DoesNotStartWhereTheTraceCanNotBeWritten) {
 
 TEST_F(Cli, FindsAPagerByItsNameInTheTerminalsEncoding) {
     MakeSite(
-        "[[port]]\nname = \"COM 1\"\n[port.sms1]\ndial = \"1\"\n"
+        "[[port]]\nname = \"COM 1\"\n[port.sms1]\ndial = \"ATDT1\"\n"
         "[[pager]]\ndescription = \"J\xC3\xBCrgen\"\ntype = \"sms1\"\nnumber = \"0\"\n");
     const ProgramRun run = Run({"test", "J\xC3\xBCrgen"});
     EXPECT_EQ(0, run.exit_code);
@@ -334,9 +364,29 @@ TEST_F(Cli, FindsAPagerByItsNameInTheTerminalsEncoding) {
 
 TEST_F(Cli, CountsTwoByteCharactersWhereTheSiteIsShiftJis) {
     MakeSite(
-        "encoding = \"shift_jis\"\n[[port]]\nname = \"COM 1\"\n[port.pager]\ndial = \"1\"\n"
+        "encoding = \"shift_jis\"\n[[port]]\nname = \"COM 1\"\n[port.pager]\ndial = \"ATDT1\"\n"
         "[[pager]]\ndescription = \"duty\"\ntype = \"ntt\"\nnumber = \"0\"\n");
     EXPECT_THAT(Run({"test", "duty"}).out, HasSubstr("|2|quiet]"));
+}
+
+TEST_F(Cli, ExplainsTwoByteCharactersWhereTheSiteIsShiftJis) {
+    MakeSite(
+        "encoding = \"shift_jis\"\n[[port]]\nname = \"COM 1\"\n[port.pager]\ndial = \"ATDT1\"\n"
+        "[[pager]]\ndescription = \"duty\"\ntype = \"ntt\"\nnumber = \"0\"\n");
+    // Its second byte is that of a backslash.
+    EXPECT_THAT(Run({"explain", "duty", "--server", "\u8868", "--severity", "critical"}).out,
+                HasSubstr("\n  = ATDT*2*2966067##;<cr>\n"));
+}
+
+TEST_F(Cli, ExplainsAPageOfAnyAlarm) {
+    MakeSite();
+    EXPECT_THAT(Run({"explain", "duty", "--group", "PLANT/1", "--severity", "major", "--server",
+                     "pumps", "--text", "2 \u2013 3"})
+                    .out,
+                HasSubstr("\n    PLANT/Major/pumps/2 - 3  text\n"));
+    const ProgramRun run = Run({"explain", "duty", "--severity", "bad"});
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("there is no severity \"bad\""));
 }
 
 TEST_F(Cli, SendsNoEscapesToTheTerminal) {

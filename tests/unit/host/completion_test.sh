@@ -53,5 +53,46 @@ check_command
 offers --brief --trace trace pageprot.txt --b
 offers import --database site.db imp
 offers latin1 trace --encoding ""
+# Names of the database that the command line names, blanks and all.
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cat >"$folder/site.toml" <<'END'
+[[port]]
+name = "COM 1"
+[port.sms1]
+dial = "ATDT1"
+[[pager]]
+description = "duty phone"
+type = "sms1"
+number = "1"
+[[hours]]
+name = "office"
+all = true
+[[route]]
+pagers = ["duty phone"]
+END
+site=$folder/site.db
+"$program" --database "$site" init >/dev/null
+"$program" --database "$site" import "$folder/site.toml" >/dev/null
+open=$("$program" --database "$site" alarm raise x 2>/dev/null)
+over=$("$program" --database "$site" alarm raise y 2>/dev/null)
+"$program" --database "$site" alarm ack "$over" >/dev/null
+for command in test explain "trace --pager"; do
+    offers "duty phone" --database "$site" $command ""
+    offers "duty phone" --database = "$site" $command '"du'
+    [ -z "$(offered --database "$site" $command x)" ] || fail "a pager is offered for $command x"
+done
+for command in in-hours "hours show" "hours edit"; do
+    offers office --database "$site" $command of
+done
+offers "$open" --database "$site" alarm ack ""
+[[ $(offered --database "$site" alarm ack "") != *"$over"* ]] || fail "an alarm that is over is offered"
+offers "$over" --database "$site" log ""
+offers major --database "$site" alarm raise --severity ma
+offers critical routes --severity ""
+offers "duty phone" --database "$site" test --json ""
+[ -z "$(offered --database "$folder/none.db" test "")" ] || fail "a pager of no database is offered"
+[ ! -e "$folder/none.db" ] || fail "completion has made a database"
+
 [ -z "$(offered nonsense --bogus)" ] || fail "something is offered for --bogus"
 exit $failed

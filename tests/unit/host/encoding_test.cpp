@@ -2,6 +2,7 @@
 #include "host/text/encoding.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 namespace host {
 namespace {
@@ -72,6 +73,18 @@ TEST(Encode, TakesTextsLargerThanItsBuffer) {
         umlauts += "\xC3\xBC";
     }
     EXPECT_EQ(std::string(50'000, '\xFC'), Encode(umlauts, Encoding::kLatin1));
+}
+
+TEST(Encode, KeepsNoMemory) {
+    const auto encode_often = [] {
+        for (int i = 0; i < 1000; ++i) {
+            Encode("\xC3\xBC", Encoding::kLatin1);
+        }
+    };
+    encode_often();
+    const auto before = mallinfo2().uordblks;
+    encode_often();
+    EXPECT_LT(mallinfo2().uordblks, before + 1000);
 }
 
 TEST(Decode, MarksBytesThatMeanNothing) {

@@ -40,7 +40,7 @@ class Explanations : public ::testing::Test {
         Pager pager{};
         pager.pagerType = type;
         pager.pagerNumber = number.data();
-        return host::ExplainPage(pager, port, details);
+        return host::ExplainPage(pager, port, {"TEST/000", "TESTSERVER", details, 4});
     }
 
     static std::vector<std::string> Bytes(const host::Explanation& explanation) {
@@ -115,6 +115,44 @@ TEST_F(Explanations, NttTextIsCutIntoPairsOfDigits) {
         << "4/TESTSERVER";
     EXPECT_EQ("99", page.steps[1].pieces[2].bytes);
     EXPECT_EQ("4", page.steps[1].pieces[2].meaning);
+    EXPECT_THAT(page.notes, ElementsAre("of the alarm, only the number of its severity and its "
+                                        "server are sent"));
+}
+
+TEST_F(Explanations, TextHasTheGroupTheSeverityAndTheServerOfTheAlarm) {
+    Pager pager{};
+    pager.pagerType = 3;
+    char number[] = "5550103";
+    pager.pagerNumber = number;
+    const host::PagedAlarm alarm{"PLANT/017", "p1", "x", 2};
+    EXPECT_EQ("ATDT*2*297604696##;\r", host::ExplainPage(pager, port, alarm).steps[1].Bytes())
+        << "2/p1";
+    pager.pagerType = 4;
+    EXPECT_EQ("PLANT/Major/p1/x", host::ExplainPage(pager, port, alarm).steps[3].pieces[3].bytes);
+}
+
+TEST_F(Explanations, PageThatShowsNothingOfTheAlarmSaysSo) {
+    for (const int32_t type : {0, 1}) {
+        EXPECT_THAT(Explain(type, "1@2").notes,
+                    ElementsAre("nothing of the alarm is sent, only that there is one"));
+    }
+}
+
+TEST_F(Explanations, CutIsThatOfThePagersType) {
+    const auto cut = [](int32_t type, const std::string& server, size_t details) {
+        const auto found = host::CutOf(type, {"G/1", server, std::string(details, 'x'), 1});
+        return found ? std::to_string(found->kept) + " of " + std::to_string(found->whole) : "-";
+    };
+    // "G/Critical/s/" is 13 characters long.
+    EXPECT_EQ("-", cut(2, "s", 67));
+    EXPECT_EQ("80 of 81", cut(2, "s", 68));
+    EXPECT_EQ("-", cut(4, "s", 127));
+    EXPECT_EQ("140 of 141", cut(4, "s", 128));
+    EXPECT_EQ("140 of 141", cut(5, "s", 128));
+    EXPECT_EQ("-", cut(0, "s", 1000));
+    EXPECT_EQ("-", cut(1, "s", 1000));
+    EXPECT_EQ("-", cut(3, std::string(12, 's'), 1000));
+    EXPECT_EQ("14 of 15", cut(3, std::string(13, 's'), 1000));
 }
 
 TEST_F(Explanations, ProtocolOfAnotherNameSendsNothing) {

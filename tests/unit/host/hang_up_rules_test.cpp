@@ -15,7 +15,8 @@ std::vector<std::string> HangUpFindings(const std::string& init, const std::stri
                                         const std::string& port = "") {
     ReadSite read = ParseSite("[[port]]\nname = \"COM 1\"\n" + init +
                               "[port.sms1]\ndial = \"ATDT1\"\n[port.sms2]\ndial = \"ATDT2\"\n" +
-                              port + "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\n" + pager);
+                              port + "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\n" + pager +
+                              "[[route]]\npagers = [\"duty\"]\n");
     CheckSite(read.site, read.findings);
     std::vector<std::string> found;
     for (const Finding& finding : read.findings.All()) {
@@ -44,7 +45,8 @@ TEST(HangUpRules, ModemOfAUcpPagerNeedsAShortGuardTime) {
 TEST(HangUpRules, WhatIsAdvisedIsTakenForGood) {
     ReadSite read = ParseSite(
         "[[port]]\nname = \"COM 1\"\n[port.sms2]\ndial = \"ATDT2\"\n"
-        "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\ntype = \"sms2\"\n");
+        "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\ntype = \"sms2\"\n"
+        "[[route]]\npagers = [\"duty\"]\n");
     CheckSite(read.site, read.findings);
     ASSERT_EQ(1U, read.findings.All().size());
     const std::string& remedy = read.findings.All()[0].remedy;

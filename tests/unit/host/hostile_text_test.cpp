@@ -134,23 +134,17 @@ TEST_P(HostileText, OfAnArgumentReachesNoTerminal) {
 }
 
 TEST_P(HostileText, OfAnAlarmReachesNoTerminal) {
-    const ProgramRun raised =
-        Run({"alarm", "raise", "--group", "g/" + Text(), "--server", Text(), Text()});
-    // The direction mark has no byte on the site's lines.
-    EXPECT_EQ(2, raised.exit_code);
-    std::string text = Text();
-    text.erase(text.find("\xE2\x80\xAE"));
+    // What steers has become blanks.
     const ProgramRun taken =
-        Run({"alarm", "raise", "--group", "g/" + text, "--server", text, text});
+        Run({"alarm", "raise", "--group", "g/" + Text(), "--server", Text(), Text()});
     ASSERT_EQ(0, taken.exit_code) << taken.err;
     const std::string number = taken.out.substr(0, taken.out.find('\n'));
 
-    EXPECT_THAT(Run({"alarm", "list"}).out, HasSubstr(R"("'\ %s%n%d \x1b]0;x\x07)"));
-    EXPECT_THAT(Run({"alarm", "list", "--json"}).out,
-                HasSubstr(R"(\"'\\ %s%n%d \u001b]0;x\u0007)"));
+    EXPECT_THAT(Run({"alarm", "list"}).out, HasSubstr(R"("'\ %s%n%d  ]0;x )"));
+    EXPECT_THAT(Run({"alarm", "list", "--json"}).out, HasSubstr(R"(\"'\\ %s%n%d  ]0;x )"));
     EXPECT_EQ(0, Run({"status"}).exit_code);
     EXPECT_EQ(0, Run({"status", "--json"}).exit_code);
-    EXPECT_THAT(Run({"log", number}).out, HasSubstr(R"("'\ %s%n%d \x1b]0;x\x07)"));
+    EXPECT_THAT(Run({"log", number}).out, HasSubstr(R"("'\ %s%n%d  ]0;x )"));
     EXPECT_EQ(0, Run({"log", number, "--json"}).exit_code);
     EXPECT_EQ(0, Run({"alarm", "ack", number}).exit_code);
 }

@@ -126,6 +126,19 @@ TEST_F(AnIntake, TakesAlarmsInTheirOrder) {
     EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c", "8 to b", "8 to a", "8 to c"));
 }
 
+TEST_F(AnIntake, MendsWhatAnotherProgramHasWritten) {
+    Execute("INSERT INTO Host_Routes VALUES (3, 'J\xFC*', '2')");
+    Route(3, {"c"});
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, alarm_group, severity, server, details) VALUES"
+        " ('7', 'J\xC3\xBC/1', 'Major', 'a' || char(13) || 'b', '2 \xE2\x80\x93 3')");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to c"));
+    EXPECT_THAT(Rows("severity || '|' || alarm_group || '|' || server || '|' || details"
+                     " FROM AlarmLog"),
+                ElementsAre("2|J\xFC/1|a b|2 - 3"));
+}
+
 // --- Processes that die.
 
 TEST_F(AnIntake, GoesOnAfterADeathBeforeTheCall) {

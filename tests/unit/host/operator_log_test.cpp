@@ -9,16 +9,14 @@
 #include <thread>
 
 #include "sim/testing.h"
+#include "tests/support/zone.h"
 
 namespace host {
 namespace {
 
 class TheLog : public ::testing::Test {
  protected:
-    TheLog() {
-        setenv("TZ", "UTC", 1);
-        tzset();
-    }
+    TheLog() { test_support::UseTestZone(); }
 
     const pagersim::VirtualClock clock{pagersim::VirtualClock::kDefaultStart};
     std::ostringstream out;

@@ -8,8 +8,11 @@
 namespace host {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 // "error 12: there is no pager ..." for each finding on a sound site with this route, which begins
 // in line 10.
@@ -58,6 +61,28 @@ TEST(RouteRules, FindARouteToNobody) {
                 ElementsAre("warning 10: route for \"A\": names no pager"));
     EXPECT_THAT(RouteFindings("pagers = []\n"),
                 ElementsAre("warning 10: route for \"*\": names no pager"));
+}
+
+TEST(RouteRules, FindAPatternThatNoGroupFits) {
+    const auto found = [](const std::string& pattern) {
+        return RouteFindings("groups = '" + pattern + "'\npagers = [\"duty\"]\n");
+    };
+    for (const char* pattern : {"PLANT\\", "[z-a]", "a[z-a]*"}) {
+        EXPECT_THAT(found(pattern), ElementsAre("error 11: route for \"" + std::string(pattern) +
+                                                "\": no group fits this pattern"));
+    }
+    for (const char* pattern : {"*", "PLANT/*", "?", "[a-c]x", "[!a]", "[", "[a", "[]a]", "[!]a]",
+                                "a\\*", "[^x]*[0-9]"}) {
+        EXPECT_THAT(found(pattern), IsEmpty()) << pattern;
+    }
+    for (const char* pattern : {"[\u00FC]", "\u00FC?", "[!\u00E0-\u00FC]"}) {
+        EXPECT_THAT(found(pattern), Not(Contains(HasSubstr("no group fits")))) << pattern;
+    }
+}
+
+TEST(RouteRules, FindAPatternThatFitsNoGroupAtAll) {
+    EXPECT_THAT(RouteFindings("groups = \"\"\npagers = [\"duty\"]\n"),
+                ElementsAre("warning 11: route for \"\": only alarms without a group fit"));
 }
 
 TEST(RouteRules, FindAGroupThatNoAlarmOfTheSiteCanHave) {

@@ -17,10 +17,11 @@ using ::testing::IsEmpty;
 std::string SiteWith(const std::string& port, const std::string& pager,
                      const std::string& top = "") {
     return top +
-           "[[port]]\nname = \"COM 1\"\ninit = \"AT&F&D2S12=2\"\n[port.pager]\ndial = \"ATDT0\"\n" +
+           "[[route]]\npagers = [\"duty\"]\n[[port]]\nname = \"COM 1\"\n"
+           "init = \"AT&F&D2S12=2\"\n[port.pager]\ndial = \"ATDT0\"\n" +
            port +
            "[port.sms1]\ndial = \"ATDT1\"\n[port.sms2]\ndial = \"ATDT2\"\n"
-           "[[pager]]\ndescription = \"duty\"\nnumber = \"1\"\n" +
+           "[[pager]]\ndescription = \"duty\"\nnumber = \"1@1\"\n" +
            pager;
 }
 
@@ -35,27 +36,42 @@ std::vector<std::string> Consequences(const std::string& text) {
     return consequences;
 }
 
-constexpr const char* kOwner = "owner = \"J\xC3\xBCrgen\"\n";
+// Pages begin with the group.
+constexpr const char* kGroup = "[[route]]\ngroups = \"J\xC3\xBCrgen\"\npagers = [\"duty\"]\n";
 
 TEST(SendingRules, SayHowAccentsArriveInSevenBits) {
     const std::string mangled =
         "A page with the text \"J\xC3\xBCrgen\" would be sent as \"J|rgen\".";
-    const std::string owner = kOwner;
-    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms1\"\n" + owner)), ElementsAre(mangled));
-    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms2\"\n" + owner)), ElementsAre(mangled));
-    EXPECT_THAT(Consequences(SiteWith("", "type = \"alphanumeric\"\n" + owner)), IsEmpty());
-    EXPECT_THAT(Consequences(SiteWith("data = 7\n", "type = \"alphanumeric\"\n" + owner)),
+    const std::string group = kGroup;
+    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms1\"\n" + group)), ElementsAre(mangled));
+    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms2\"\n" + group)), ElementsAre(mangled));
+    EXPECT_THAT(Consequences(SiteWith("", "type = \"alphanumeric\"\n" + group)), IsEmpty());
+    EXPECT_THAT(Consequences(SiteWith("data = 7\n", "type = \"alphanumeric\"\n" + group)),
                 ElementsAre(mangled));
-    EXPECT_THAT(Consequences(SiteWith("data = 7\n", "type = \"numeric\"\n" + owner)), IsEmpty());
-    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms1\"\nowner = \"Anna\"\n")), IsEmpty());
+    EXPECT_THAT(Consequences(SiteWith("data = 7\n", "type = \"numeric\"\n" + group)), IsEmpty());
+    EXPECT_THAT(Consequences(SiteWith("", "type = \"sms1\"\n")), IsEmpty());
+}
+
+TEST(SendingRules, SayHowAnAccentInANumberArrives) {
+    const std::string pager = "[[pager]]\ndescription = \"two\"\ntype = \"sms1\"\n";
+    EXPECT_THAT(
+        Consequences(SiteWith("", "type = \"sms1\"\n" + pager + "number = \"1\xC3\xBC\"\n")),
+        ElementsAre("A page with the text \"1\xC3\xBC\" would be sent as \"1|\"."));
+}
+
+TEST(SendingRules, SayNothingOfAccentsInNamesThatNoPageContains) {
+    EXPECT_THAT(Consequences(SiteWith("",
+                                      "type = \"sms1\"\nowner = \"J\xC3\xBCrgen\"\n[[pager]]\n"
+                                      "description = \"J\xC3\xBCrgen\"\ntype = \"sms1\"\n"
+                                      "number = \"2\"\n")),
+                IsEmpty());
 }
 
 TEST(SendingRules, SayItOnceForEachService) {
-    const std::string pager = "type = \"sms1\"\nowner = \"J\xC3\xBCrgen\"\n";
-    EXPECT_THAT(Consequences(SiteWith("", pager +
-                                              "[[pager]]\ndescription = \"two\"\n"
-                                              "number = \"2\"\n" +
-                                              pager)),
+    EXPECT_THAT(Consequences(SiteWith("",
+                                      "type = \"sms1\"\n[[pager]]\ndescription = \"two\"\n"
+                                      "number = \"2\"\ntype = \"sms1\"\n" +
+                                          std::string(kGroup))),
                 ::testing::SizeIs(1));
 }
 

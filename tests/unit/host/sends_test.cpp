@@ -4,8 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
+#include "tests/support/zone.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -18,7 +17,7 @@ using Outcome = TracedPage::Outcome;
 class Sends : public ServiceTest {
  protected:
     Sends() {
-        setenv("TZ", "UTC", 1);
+        test_support::UseTestZone();
         WriteEvent(978948000, "duty", 2);
     }
 
@@ -62,6 +61,66 @@ TEST_F(Sends, BelongToNoAlarmThatOwesNoSuchPage) {
     page = Page();
     page.test = true;
     EXPECT_EQ("", Of(page).alarm);
+}
+
+// --- Where summer time is kept.
+
+class SendsInCentralEurope : public Sends {
+ protected:
+    SendsInCentralEurope() { test_support::UseZone(test_support::kCentralEurope); }
+
+    std::string AlarmRaised(const char* when) {
+        TracedPage page = Page();
+        page.raised = when;
+        return Of(page).alarm;
+    }
+};
+
+TEST_F(SendsInCentralEurope, BelongToTheirAlarmOnBothSidesOfBothNights) {
+    const std::pair<int32_t, const char*> kAlarms[] = {
+        {978944400, "01/08/01 / 10:00:00"},  {985481999, "03/25/01 / 01:59:59"},
+        {985482000, "03/25/01 / 03:00:00"},  {994579200, "07/08/01 / 10:00:00"},
+        {1004227199, "10/28/01 / 01:59:59"}, {1004234400, "10/28/01 / 03:00:00"}};
+    for (const auto& [alarm, raised] : kAlarms) {
+        EXPECT_EQ("", AlarmRaised(raised)) << raised;
+        WriteEvent(alarm, "duty", 2);
+        EXPECT_EQ(std::to_string(alarm), AlarmRaised(raised)) << raised;
+    }
+}
+
+TEST_F(SendsInCentralEurope, BelongToNoAlarmOfAnHourBeforeOrAfter) {
+    for (const int32_t alarm : {978944400, 994579200}) {
+        WriteEvent(alarm - 3600, "duty", 2);
+        WriteEvent(alarm + 3600, "duty", 2);
+    }
+    EXPECT_EQ("", AlarmRaised("01/08/01 / 10:00:00"));
+    EXPECT_EQ("", AlarmRaised("07/08/01 / 10:00:00"));
+}
+
+TEST_F(SendsInCentralEurope, BelongToEitherAlarmOfTheHourThatComesTwice) {
+    WriteEvent(1004229000 + 3600, "duty", 2);
+    EXPECT_EQ("1004232600", AlarmRaised("10/28/01 / 02:30:00"));
+    WriteEvent(1004229000 - 10, "duty", 2);
+    EXPECT_EQ("1004228990", AlarmRaised("10/28/01 / 02:29:50"));
+}
+
+TEST_F(Sends, MayEndBehindMidnight) {
+    TracedPage page = Page();
+    page.second = 24 * 60 * 60 - 4;
+    EXPECT_EQ(kNow + 14 * 60 * 60 + 20, Of(page, kNow + 24 * 60 * 60).at);
+}
+
+TEST_F(SendsInCentralEurope, EndByTheClockOfTheirDay) {
+    const std::pair<int64_t, std::time_t> kEnds[] = {
+        {978944400, 978944400},     // 8 January, 10:00
+        {985507200, 985507200},     // 25 March, 10:00, eight hours after the night's jump
+        {1004259600, 1004259600}};  // 28 October, 10:00
+    for (const auto& [end, expected] : kEnds) {
+        TracedPage page = Page();
+        page.day = end / (24 * 60 * 60);
+        page.second = 10 * 60 * 60 - page.seconds;
+        EXPECT_EQ(expected, Of(page, expected + 100).at);
+    }
 }
 
 TEST_F(Sends, EndNowWhereTheTraceDoesNotSayTheDay) {

@@ -21,7 +21,7 @@ name = "COM 1"
 baud = 9600
 flow = "none"
 modem = true
-init = "AT&F"
+init = "AT&F&D2S12=2"
 reset = "ATZ"
 [port.pager]
 dial = "ATDT0,"
@@ -57,7 +57,14 @@ number = "5550100@3003"
 hours = "office"
 [[hours]]
 name = "office"
-mon-fri = "8-18"
+mon-sun = "2-24"
+[[pager]]
+description = "night"
+port = "COM 1"
+type = "sms2"
+number = "5550112"
+[[route]]
+pagers = ["night"]
 )";
 
 std::string WithLine(int wanted, const std::string& replacement) {
@@ -111,6 +118,19 @@ INSTANTIATE_TEST_SUITE_P(
         SiteCase{4, "baud = -9600",
                  "4: port \"COM 1\": -9600 is no speed of the serial line driver"},
         SiteCase{5, "flow = \"None\"", "5: port \"COM 1\": there is no flow control \"None\""},
+        SiteCase{5, "flow = \"hardware\"", "5: (warning) port \"COM 1\": hardware flow control"},
+        SiteCase{10, "dial = \"0,\"", "10: port \"COM 1\", pager: \"0,\" is no dial command"},
+        SiteCase{17, "dial = \"DT5550101\"",
+                 "17: port \"COM 1\", sms1: \"DT5550101\" is no dial command"},
+        SiteCase{17, "dial = \"AT5550101\"",
+                 "17: port \"COM 1\", sms1: \"AT5550101\" is no dial command"},
+        SiteCase{23, "dial = \"5550102\"",
+                 "23: port \"COM 1\", sms2: \"5550102\" is no dial command"},
+        SiteCase{23, "dial = \"XTD5550102\"",
+                 "23: port \"COM 1\", sms2: \"XTD5550102\" is no dial command"},
+        SiteCase{23, "dial = \"AXD5550102\"",
+                 "23: port \"COM 1\", sms2: \"AXD5550102\" is no dial command"},
+        SiteCase{23, "dial = \"AT\"", "23: port \"COM 1\", sms2: \"AT\" is no dial command"},
         SiteCase{11, "prompt = \"\"", "11: port \"COM 1\": the prompt is empty"},
         SiteCase{12, "data = 4", "12: port \"COM 1\", pager: 4 data bits can't be set"},
         SiteCase{12, "data = 9", "12: port \"COM 1\", pager: 9 data bits can't be set"},
@@ -153,8 +173,15 @@ INSTANTIATE_TEST_SUITE_P(
         SiteCase{35, "hours = \"office\"",
                  "35: (warning) pager \"duty\": hours \"office\" don't cover the week"},
         SiteCase{37, "description = \"duty\"", "37: pager \"duty\" is there already, on line 27"},
+        SiteCase{39, "number = \"3003\"",
+                 "39: (warning) pager \"engineer\": its number \"3003\" has no @"},
+        SiteCase{40, "hours = \"office\"\nretries = 1",
+                 "40: (warning) pager \"engineer\": its tries can end before its hours \"office\" "
+                 "begin"},
         SiteCase{17, "dial = \"\"",
                  "27: pager \"duty\": port \"COM 1\" has no dial command for it"},
+        SiteCase{23, "dial = \"\"",
+                 "44: pager \"night\": port \"COM 1\" has no dial command for it"},
         SiteCase{10, "", "36: pager \"engineer\": port \"COM 1\" has no dial command for it"}));
 
 INSTANTIATE_TEST_SUITE_P(
@@ -163,13 +190,13 @@ INSTANTIATE_TEST_SUITE_P(
         SiteCase{43, "mon-fri = \"8-25\"",
                  "43: hours \"office\": \"25\" is not an hour from 0 to 24"},
         SiteCase{43, "monday = \"8-18\"", "43: hours \"office\": there is no day \"monday\""},
-        SiteCase{43, "mon = \"8-18\"\nsun-tue = \"8-18\"",
+        SiteCase{43, "mon-sat = \"2-24\"\nsun-tue = \"2-24\"",
                  "44: hours \"office\": mon is said already, on line 43"},
         SiteCase{43, "all = true\nmon = \"8-18\"",
                  "43: hours \"office\": all = true, and days besides"},
         SiteCase{43, "mon = \"none\"", "41: (warning) hours \"office\" allow no hour"},
         SiteCase{43, "", "41: (warning) hours \"office\" allow no hour"},
-        SiteCase{43, "sun = \"8-18\"\n[[hours]]\nname = \"office\"\nall = true",
+        SiteCase{43, "mon-sun = \"2-24\"\n[[hours]]\nname = \"office\"\nall = true",
                  "45: hours \"office\" are there already, on line 41"}));
 
 INSTANTIATE_TEST_SUITE_P(
@@ -180,14 +207,17 @@ INSTANTIATE_TEST_SUITE_P(
             29, "owner = \"\xE2\x82\xAC\"",
             "29: the text \"\xE2\x82\xAC\" holds '\xE2\x82\xAC' (U+20AC), which latin1 doesn't "
             "have"},
-        SiteCase{7, "init = \"AT\\rATZ\"",
-                 "7: the text \"AT\rATZ\" holds the control character U+000D"},
+        SiteCase{7, "init = \"AT\\rS12=2\"",
+                 "7: the text \"AT\rS12=2\" holds the control character U+000D"},
+        SiteCase{23, "dial = \"ATDT\\u0007\"",
+                 "23: the text \"ATDT\a\" holds the control character U+0007"},
         SiteCase{17, "dial = \"ATDT\\u007F\"",
                  "17: the text \"ATDT\x7F\" holds the control character U+007F"}));
 
 TEST(SeveralMistakes, AreAllFoundInTheOrderOfTheirLines) {
     EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 0\"\nbaud = 1\n[[pager]]\ndescription = \"a\"\n"
-                         "type = \"x\"\nnumber = \"\"\nhours = \"y\"\nport = \"z\"\nbogus = 1\n"),
+                         "type = \"x\"\nnumber = \"\"\nhours = \"y\"\nport = \"z\"\nbogus = 1\n"
+                         "[[route]]\npagers = [\"a\"]\n"),
                 ElementsAre("2: there is no port \"COM 0\"",
                             "3: port \"COM 0\": 1 is no speed of the serial line driver",
                             "6: pager \"a\": there is no type \"x\"",
@@ -224,7 +254,42 @@ TEST(Speeds, AreThoseOfTheLineDriver) {
 }
 
 TEST(ASiteWithoutPorts, SendsNothing) {
-    EXPECT_THAT(Mistakes(""), ElementsAre("1: (warning) there is no port"));
+    EXPECT_THAT(Mistakes("encoding = \"latin1\"\n"), ElementsAre("1: (warning) there is no port"));
+}
+
+TEST(AFileThatSaysNothing, IsAMistake) {
+    for (const char* text : {"", "\n\n", "# to be written\n"}) {
+        EXPECT_THAT(Mistakes(text),
+                    ElementsAre("1: the file says nothing", "1: (warning) there is no port"));
+    }
+}
+
+TEST(ASiteWithoutRoutes, PagesNobody) {
+    const std::string sound = kSound;
+    EXPECT_THAT(Mistakes(sound.substr(0, sound.find("[[route]]"))),
+                ElementsAre("27: (warning) there is no route"));
+}
+
+TEST(DialCommands, HaveADBehindAnAt) {
+    for (const char* dial : {"ATDT0,5550101", "atdt0,5550101", "ATX3DP5550101", "ATD 5550101"}) {
+        EXPECT_THAT(Mistakes(WithLine(17, "dial = \"" + std::string(dial) + "\"")), IsEmpty());
+    }
+}
+
+TEST(APlainPagersNumber, NeedsNoAtWhereThePortDialsTheService) {
+    const auto with_dial = [](const char* type, const char* dial) {
+        std::string text = WithLine(39, "number = \"3003\"");
+        const std::string before = "dial = \"ATDT0,\"";
+        text.replace(text.find(before), before.size(), "dial = \"" + std::string(dial) + "\"");
+        const std::string alphanumeric = "\"alphanumeric\"";
+        text.replace(text.find(alphanumeric), alphanumeric.size(), type);
+        return Mistakes(text).size();
+    };
+    EXPECT_EQ(0U, with_dial("\"alphanumeric\"", "ATDT0,5550100"));
+    EXPECT_EQ(0U, with_dial("\"numeric\"", "ATDT110"));
+    EXPECT_EQ(1U, with_dial("\"numeric\"", "ATDT00,"));
+    EXPECT_EQ(1U, with_dial("\"signal\"", "ATM1L2X3DT0,"));
+    EXPECT_EQ(0U, with_dial("\"ntt\"", "ATDT0,"));
 }
 
 TEST(APagerForAnyPort, NeedsItsServiceOnEveryModem) {
@@ -236,13 +301,15 @@ TEST(APagerForAnyPort, NeedsItsServiceOnEveryModem) {
 
 TEST(APagerForAnyPort, NeedsAModem) {
     EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\nmodem = false\n[[pager]]\n"
-                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\n"),
+                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\n"
+                         "[[route]]\npagers = [\"a\"]\n"),
                 ElementsAre("4: pager \"a\": no port has a modem"));
 }
 
 TEST(APagerOnAPortWithoutAModem, ReachesNobody) {
     EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\nmodem = false\n[[pager]]\n"
-                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\nport = \"COM 1\"\n"),
+                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\nport = \"COM 1\"\n"
+                         "[[route]]\npagers = [\"a\"]\n"),
                 ElementsAre("8: pager \"a\": port \"COM 1\" has no modem"));
 }
 
@@ -255,7 +322,9 @@ TEST(ASignalPager, MayBeReachedByDiallingAlone) {
 
 TEST(Always, MayBeGivenByTheFile) {
     EXPECT_THAT(Mistakes(std::string(kSound) + "[[hours]]\nname = \"always\"\nmon = \"8-9\"\n"),
-                ElementsAre("35: (warning) pager \"duty\": hours \"always\" don't cover the week"));
+                ElementsAre("35: (warning) pager \"duty\": hours \"always\" don't cover the week",
+                            "44: (warning) pager \"night\": hours \"always\" don't cover the "
+                            "week"));
 }
 
 TEST(AZero, IsNoPartOfAText) {
@@ -271,6 +340,8 @@ TEST(Kana, NeedsShiftJis) {
     text.replace(text.find("latin1"), 6, "shift_jis");
     EXPECT_THAT(Mistakes(text),
                 ElementsAre("27: (warning) pager \"duty\": seven bits of each character reach the "
+                            "service behind port \"COM 1\"",
+                            "44: (warning) pager \"night\": seven bits of each character reach the "
                             "service behind port \"COM 1\""));
 }
 

@@ -305,9 +305,10 @@ TEST(SiteFile, SaysWhatToDo) {
     EXPECT_EQ("Its default would hold in its place.", kind.consequence);
 }
 
-TEST(SiteFile, MayBeEmpty) {
-    EXPECT_THAT(FileMistakes(""), IsEmpty());
-    EXPECT_THAT(FileMistakes("# nothing yet\n"), IsEmpty());
+TEST(SiteFile, MustSaySomething) {
+    EXPECT_THAT(FileMistakes(""), ElementsAre("1: the file says nothing"));
+    EXPECT_THAT(FileMistakes("# nothing yet\n"), ElementsAre("1: the file says nothing"));
+    EXPECT_THAT(FileMistakes("encoding = \"latin1\"\n"), IsEmpty());
     EXPECT_THAT(FileMistakes("port = []\n"), ElementsAre(HasSubstr("[[port]]")));
 }
 

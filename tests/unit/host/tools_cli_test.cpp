@@ -35,7 +35,8 @@ constexpr const char* kToolsSite =
     "mon-fri = \"8-18\"\n\n[[hours]]\nname = \"always\"\nall = true\n\n[[pager]]\n"
     "description = \"duty \\\"A\\\"\"\nowner = \"J\xC3\xBCrgen\"\nport = \"COM 1\"\ntype = "
     "\"sms1\"\n"
-    "number = \"5550111\"\nretries = 5\ndelay = 45\nhours = \"always\"\n";
+    "number = \"5550111\"\nretries = 5\ndelay = 45\nhours = \"always\"\n\n[[route]]\n"
+    "groups = \"*\"\npagers = [\"duty \\\"A\\\"\"]\n";
 
 class SiteCommands : public ::testing::Test {
  protected:
@@ -80,6 +81,20 @@ TEST_F(SiteCommands, ExportToAFileThatIsNotThereYet) {
     EXPECT_EQ(0, Run({"export", "--force", "copy.toml"}).exit_code);
     EXPECT_EQ(kToolsSite, ReadWhole("copy.toml"));
     EXPECT_EQ(3, Run({"export", "none/copy.toml"}).exit_code);
+}
+
+TEST_F(SiteCommands, ExportTheWholeFileOrNone) {
+    WriteFile("copy.toml", "mine");
+    // A disk that is full behind the first block.
+    const ProgramRun run = RunProgram({"/bin/sh", "-c",
+                                       std::string("ulimit -f 1; trap '' XFSZ; exec ") +
+                                           PAGERFWD_PROGRAM + " export --force copy.toml"});
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("copy.toml"));
+    EXPECT_EQ("mine", ReadWhole("copy.toml"));
+    for (const auto& file : std::filesystem::directory_iterator(".")) {
+        EXPECT_THAT(file.path().filename().string(), Not(HasSubstr("copy.toml."))) << "left behind";
+    }
 }
 
 TEST_F(SiteCommands, ExportWhatImportWouldRefuseAndSaySo) {

@@ -1,0 +1,34 @@
+// Ages. Tested by tests/unit/host/age_test.cpp.
+#include "host/text/age.h"
+
+#include <charconv>
+
+namespace host {
+namespace {
+
+struct Unit {
+    char letter;
+    std::chrono::seconds length;
+};
+constexpr Unit kUnits[] = {
+    {'m', std::chrono::minutes(1)}, {'h', std::chrono::hours(1)}, {'d', std::chrono::hours(24)}};
+constexpr uint32_t kMost = 99'999;
+
+}  // namespace
+
+std::optional<std::chrono::seconds> ParseAge(std::string_view text) {
+    uint32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop + 1 != end || number > kMost) {
+        return std::nullopt;
+    }
+    for (const Unit& unit : kUnits) {
+        if (*stop == unit.letter) {
+            return number * unit.length;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace host

@@ -1,0 +1,16 @@
+// How old something is, as the command line says it.
+#ifndef PAGERFWD_HOST_TEXT_AGE_H
+#define PAGERFWD_HOST_TEXT_AGE_H
+
+#include <chrono>
+#include <optional>
+#include <string_view>
+
+namespace host {
+
+// "90m", "12h" or "3d"; below 100,000 of each. None: it is no age.
+std::optional<std::chrono::seconds> ParseAge(std::string_view text);
+
+}  // namespace host
+
+#endif

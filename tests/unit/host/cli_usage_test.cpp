@@ -1,0 +1,80 @@
+// What is said of a command line that can't be understood.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/unit/host/cli_fixture.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+struct UsageCase {
+    std::vector<std::string> arguments;
+    const char* said;
+};
+
+void PrintTo(const UsageCase& one, std::ostream* out) {
+    *out << one.said;
+}
+
+class WrongCommandLine : public CliFixture, public ::testing::WithParamInterface<UsageCase> {};
+
+TEST_P(WrongCommandLine, IsAnsweredInWords) {
+    std::vector<std::string> command = GetParam().arguments;
+    command.insert(command.begin(), PAGERFWD_PROGRAM);
+    const ProgramRun run = RunProgram(command);
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_EQ("", run.out);
+    EXPECT_EQ("pagerfwd: " + std::string(GetParam().said) + " --help\n", run.err);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WrongCommandLine,
+    ::testing::Values(
+        UsageCase{{}, "a command is missing\nTo see what there is: pagerfwd"},
+        UsageCase{
+            {"statsu"},
+            "there is no command \"statsu\"; did you mean status?\nTo see what there is: pagerfwd"},
+        UsageCase{
+            {"--database", "x.db", "stauts", "--json"},
+            "there is no command \"stauts\"; did you mean status?\nTo see what there is: pagerfwd"},
+        UsageCase{{"frobnicate"},
+                  "there is no command \"frobnicate\"\nTo see what there is: pagerfwd"},
+        UsageCase{{"name"}, "there is no command \"name\"\nTo see what there is: pagerfwd"},
+        UsageCase{{"alarm"}, "a command is missing\nTo see what there is: pagerfwd alarm"},
+        UsageCase{
+            {"alarm", "rase", "x"},
+            "there is no command \"rase\"; did you mean raise?\nTo see what there is: pagerfwd "
+            "alarm"},
+        UsageCase{
+            {"status", "--endd", "3"},
+            "there is no option --endd; did you mean --ended?\nTo see what there is: pagerfwd "
+            "status"},
+        UsageCase{{"alarm", "list", "--databse", "x.db"},
+                  "there is no option --databse; did you mean --database?\nTo see what there is: "
+                  "pagerfwd alarm list"},
+        UsageCase{{"init", "now"},
+                  "\"now\" is one word too many\nTo see what there is: pagerfwd init"},
+        UsageCase{{"test"}, "PAGER is required\nTo see what there is: pagerfwd test"},
+        UsageCase{
+            {"alarm", "list", "--count", "0"},
+            "--count: \"0\" is no number from 1 on\nTo see what there is: pagerfwd alarm list"},
+        UsageCase{{"status", "--ended", "-1"},
+                  "--ended: \"-1\" is no number from 0 on\nTo see what there is: pagerfwd status"},
+        UsageCase{{"watch", "--every", "4000"},
+                  "--every: \"4000\" is no number from 0.1 to 3600\nTo see what there is: pagerfwd "
+                  "watch"}));
+
+TEST_F(CliFixture, AWordOfAnyLengthIsAnswered) {
+    const ProgramRun run = Run({std::string(100'000, 'x')});
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_THAT(run.err, Not(HasSubstr("did you mean")));
+}
+
+TEST_F(CliFixture, AWrongWordNeverSteersTheTerminal) {
+    EXPECT_THAT(Run({"\x1b[2J"}).err, StartsWith("pagerfwd: there is no command \"\\x1b[2J\""));
+}
+
+}  // namespace
