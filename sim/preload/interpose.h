@@ -13,18 +13,15 @@ namespace pagersim {
 
 // The line behind a descriptor; null when it is gone or has another connection by now: EIO.
 // Requires: locked, Descriptors::ComOf(fd) is not 0.
-inline Line* LineBehind(int fd) {
+inline Port* LineBehind(int fd) {
     const LineDescriptor descriptor = Descriptors::Get(fd);
-    Line* const line = TheWorld().LineOn(descriptor.com);
+    Port* const line = TheWorld().PortOn(descriptor.com);
     return line != nullptr && line->IsAlive(descriptor.connection) ? line : nullptr;
 }
 
 // The calling thread waits for input on these descriptors, lines and real ones, at most for
 // `limit`. Answers as poll does. `signals`: as for ppoll.
 int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t* signals);
-
-// Whether a call for input on a real descriptor may have to wait for the world outside.
-bool MayWaitOutside(int fd);
 
 // The calling thread has looked at these lines without waiting, and found nothing; or it has found
 // something, or written. Require: locked, IsServed() before.

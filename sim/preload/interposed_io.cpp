@@ -1,10 +1,14 @@
 // Reading and writing of lines, copying and closing of their descriptors. Tested by
 // tests/unit/sim/line_test.cpp.
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <string_view>
 
-#include "sim/preload/interpose.h"
+#include "sim/preload/outside.h"
 
 namespace pagersim {
 namespace {
@@ -14,7 +18,7 @@ void ForgetDescriptor(int fd) {
     const Locked locked;
     const LineDescriptor descriptor = Descriptors::Get(fd);
     Descriptors::Forget(fd);
-    if (Line* const line = TheWorld().LineOn(descriptor.com)) {
+    if (Port* const line = TheWorld().PortOn(descriptor.com)) {
         line->Close(descriptor.connection);
     }
 }
@@ -32,7 +36,7 @@ void Duplicated(int from, int to) {
     const Locked locked;
     const LineDescriptor descriptor = Descriptors::Get(from);
     Descriptors::Note(to, descriptor);
-    if (Line* const line = TheWorld().LineOn(descriptor.com)) {
+    if (Port* const line = TheWorld().PortOn(descriptor.com)) {
         line->Reopen(descriptor.connection);
     }
 }
@@ -54,7 +58,7 @@ ReadRule RuleFor(const termios& settings, size_t size) {
 }
 
 // When the read has waited long enough; kNever: not by time.
-Micros DeadlineOf(const ReadRule& rule, const Line& line, Micros start) {
+Micros DeadlineOf(const ReadRule& rule, const Port& line, Micros start) {
     if (rule.patience == kNever || (!rule.from_start && line.Readable() == 0)) {
         return kNever;
     }
@@ -66,7 +70,7 @@ bool IsNonBlocking(int fd) {
 }
 
 // The bytes that are there, for whoever can't wait or needn't.
-ssize_t TakeNow(Line& line, char* buffer, size_t size, bool served) {
+ssize_t TakeNow(Port& line, char* buffer, size_t size, bool served) {
     const size_t count = line.Take(buffer, size);
     if (!served) {
         return static_cast<ssize_t>(count);
@@ -85,7 +89,7 @@ ssize_t ReadLine(int fd, char* buffer, size_t size, bool served) {
     const Micros start = world.Now();
     for (;;) {
         world.Threads().RunDueEvents();
-        Line* const line = LineBehind(fd);
+        Port* const line = LineBehind(fd);
         if (line == nullptr) {
             // A program that polls a vanished device must not make time stand still.
             if (served) {
@@ -117,7 +121,7 @@ ssize_t WriteLine(int fd, std::string_view bytes, bool served) {
         NoteActivity();
     }
     TheWorld().Threads().RunDueEvents();
-    Line* const line = LineBehind(fd);
+    Port* const line = LineBehind(fd);
     if (line == nullptr) {
         return -EIO;
     }
@@ -135,22 +139,76 @@ ssize_t Answer(ssize_t result) {
 }
 
 ssize_t ReadReal(int fd, void* buffer, size_t size) {
-    if (!MayWaitOutside(fd)) {
-        return Real().read(fd, buffer, size);
+    return CallOn(fd, POLLIN, [&] { return Real().read(fd, buffer, size); });
+}
+
+// Writing to it may have to wait for a reader in the same world, who has to get on meanwhile.
+bool MayFillUp(int fd) {
+    struct stat status {};
+    return TheWorld().IsShared() && IsServed() && fstat(fd, &status) == 0 &&
+           (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode)) &&
+           (fcntl(fd, F_GETFL) & O_NONBLOCK) == 0;
+}
+
+ssize_t WriteReal(int fd, const char* bytes, size_t size) {
+    if (!MayFillUp(fd)) {
+        return Real().write(fd, bytes, size);
     }
-    const Outside outside;
-    return Real().read(fd, buffer, size);
+    size_t written = 0;
+    while (written < size) {
+        const size_t part = std::min<size_t>(size - written, PIPE_BUF);
+        const ssize_t count =
+            CallOn(fd, POLLOUT, [&] { return Real().write(fd, bytes + written, part); });
+        if (count < 0) {
+            return written > 0 ? static_cast<ssize_t>(written) : -1;
+        }
+        written += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(written);
+}
+
+bool IsLockCommand(int command) {
+    return command == F_SETLK || command == F_SETLKW || command == F_SETLK64 ||
+           command == F_SETLKW64 || command == F_OFD_SETLK || command == F_OFD_SETLKW;
+}
+
+// The link to a shared world isn't the program's: for it there is no such descriptor.
+bool IsOurs(int fd) {
+    return TheWorld().IsShared() && TheWorld().Shared().Owns(fd);
 }
 
 }  // namespace
 
 PAGERSIM_INTERPOSED int close(int fd) {
+    if (IsOurs(fd)) {
+        errno = EBADF;
+        return -1;
+    }
     if (Descriptors::ComOf(fd) != 0) {
         ForgetDescriptor(fd);
     } else {
         TheWorld().Threads().NoteDescriptorUse();
     }
     return Real().close(fd);
+}
+
+PAGERSIM_INTERPOSED int close_range(unsigned first, unsigned last, int flags) noexcept {
+    if (flags != 0) {
+        const int result = Real().close_range(first, last, flags);
+        if (TheWorld().IsShared()) {
+            TheWorld().Shared().StayInherited();
+        }
+        return result;
+    }
+    const unsigned end = std::min<unsigned>(last, kDescriptorLimit - 1);
+    for (unsigned fd = first; fd <= end; ++fd) {
+        close(static_cast<int>(fd));
+    }
+    return last > end ? Real().close_range(std::max(first, end + 1), last, flags) : 0;
+}
+
+PAGERSIM_INTERPOSED void closefrom(int first) noexcept {
+    close_range(static_cast<unsigned>(std::max(first, 0)), ~0U, 0);
 }
 
 PAGERSIM_INTERPOSED int dup(int fd) noexcept {
@@ -176,6 +234,9 @@ PAGERSIM_INTERPOSED int fcntl(int fd, int command, ...) {
     va_start(arguments, command);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
+    if (IsLockCommand(command)) {
+        return LockByFcntl(Real().fcntl, fd, command, argument);
+    }
     const int result = Real().fcntl(fd, command, argument);
     if (command == F_DUPFD || command == F_DUPFD_CLOEXEC) {
         Duplicated(fd, result);
@@ -188,6 +249,9 @@ PAGERSIM_INTERPOSED int fcntl64(int fd, int command, ...) {
     va_start(arguments, command);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
+    if (IsLockCommand(command)) {
+        return LockByFcntl(Real().fcntl64, fd, command, argument);
+    }
     const int result = Real().fcntl64(fd, command, argument);
     if (command == F_DUPFD || command == F_DUPFD_CLOEXEC) {
         Duplicated(fd, result);
@@ -217,7 +281,7 @@ PAGERSIM_INTERPOSED ssize_t __read_chk(int fd, void* buffer, size_t size, size_t
 
 PAGERSIM_INTERPOSED ssize_t write(int fd, const void* bytes, size_t size) {
     if (Descriptors::ComOf(fd) == 0) {
-        const ssize_t written = Real().write(fd, bytes, size);
+        const ssize_t written = WriteReal(fd, static_cast<const char*>(bytes), size);
         TheWorld().Threads().NoteDescriptorUse();
         return written;
     }

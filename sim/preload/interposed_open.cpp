@@ -30,7 +30,7 @@ int OpenLine(const char* path, int flags) {
     {
         const Locked locked;
         const int com = ComOfPath(path);
-        if (Line* const line = TheWorld().LineOn(com)) {
+        if (Port* const line = TheWorld().PortOn(com)) {
             uint32_t connection = 0;
             fd = line->Open(flags, connection);
             error = errno;

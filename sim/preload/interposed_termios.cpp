@@ -13,7 +13,7 @@ int OnLine(int fd, Action action) {
     bool there = false;
     {
         const Locked locked;
-        Line* const line = LineBehind(fd);
+        Port* const line = LineBehind(fd);
         there = line != nullptr;
         if (there) {
             action(*line);
@@ -32,14 +32,14 @@ PAGERSIM_INTERPOSED int tcgetattr(int fd, termios* settings) noexcept {
     if (Descriptors::ComOf(fd) == 0) {
         return Real().tcgetattr(fd, settings);
     }
-    return OnLine(fd, [&](Line& line) { *settings = line.Settings(); });
+    return OnLine(fd, [&](Port& line) { *settings = line.Settings(); });
 }
 
 PAGERSIM_INTERPOSED int tcsetattr(int fd, int when, const termios* settings) noexcept {
     if (Descriptors::ComOf(fd) == 0) {
         return Real().tcsetattr(fd, when, settings);
     }
-    return OnLine(fd, [&](Line& line) {
+    return OnLine(fd, [&](Port& line) {
         if (when == TCSAFLUSH) {
             line.DropInput();
         }
@@ -51,7 +51,7 @@ PAGERSIM_INTERPOSED int tcflush(int fd, int queues) noexcept {
     if (Descriptors::ComOf(fd) == 0) {
         return Real().tcflush(fd, queues);
     }
-    return OnLine(fd, [&](Line& line) {
+    return OnLine(fd, [&](Port& line) {
         if (queues != TCOFLUSH) {
             line.DropInput();
         }
@@ -63,7 +63,7 @@ PAGERSIM_INTERPOSED int tcdrain(int fd) {
     if (Descriptors::ComOf(fd) == 0) {
         return Real().tcdrain(fd);
     }
-    return OnLine(fd, [](Line&) {});
+    return OnLine(fd, [](Port&) {});
 }
 
 // The pty behind a line answers everything else, and refuses what a pty has not: modem lines.
@@ -76,7 +76,7 @@ PAGERSIM_INTERPOSED int ioctl(int fd, unsigned long request, ...) noexcept {
         return Real().ioctl(fd, request, argument);
     }
     return OnLine(
-        fd, [&](Line& line) { *static_cast<int*>(argument) = static_cast<int>(line.Readable()); });
+        fd, [&](Port& line) { *static_cast<int*>(argument) = static_cast<int>(line.Readable()); });
 }
 
 }  // namespace pagersim

@@ -1,4 +1,7 @@
 // sleep and the wall clock. Tested by tests/unit/sim/clock_test.cpp.
+#include <algorithm>
+#include <cerrno>
+
 #include "sim/preload/interpose.h"
 
 namespace pagersim {
@@ -64,6 +67,64 @@ PAGERSIM_INTERPOSED unsigned sleep(unsigned seconds) {
     }
     const Micros left = wait.deadline - TheWorld().Now();
     return static_cast<unsigned>(std::chrono::ceil<std::chrono::seconds>(left).count());
+}
+
+namespace {
+
+// Libraries pause so for other processes: when there are some in the world, in its time. The time
+// left in `rest`; 0, or an error.
+int Pause(Micros span, timespec* rest) {
+    Micros left{0};
+    {
+        const Locked locked;
+        Wait wait{WaitKind::kSleep};
+        wait.deadline = TheWorld().Now() + span;
+        if (TheWorld().Threads().WaitFor(*Me(), wait) == Waking::kSignal) {
+            left = wait.deadline - TheWorld().Now();
+        }
+    }
+    if (left > Micros::zero() && rest != nullptr) {
+        *rest = ToTimespec(left);
+    }
+    return left > Micros::zero() ? EINTR : 0;
+}
+
+bool IsPauseShared() {
+    return TheWorld().Threads().HasCompany() && IsServed();
+}
+
+}  // namespace
+
+PAGERSIM_INTERPOSED int nanosleep(const timespec* span, timespec* rest) {
+    if (!IsPauseShared() || span->tv_sec < 0) {
+        return Real().nanosleep(span, rest);
+    }
+    const int error = Pause(ToMicros(span->tv_sec, span->tv_nsec), rest);
+    errno = error != 0 ? error : errno;
+    return error != 0 ? -1 : 0;
+}
+
+PAGERSIM_INTERPOSED int usleep(useconds_t span) {
+    if (!IsPauseShared()) {
+        return Real().usleep(span);
+    }
+    const int error = Pause(Micros(span), nullptr);
+    errno = error != 0 ? error : errno;
+    return error != 0 ? -1 : 0;
+}
+
+PAGERSIM_INTERPOSED int clock_nanosleep(clockid_t clock, int flags, const timespec* span,
+                                        timespec* rest) {
+    if (!IsPauseShared() || span->tv_sec < 0) {
+        return Real().clock_nanosleep(clock, flags, span, rest);
+    }
+    const Micros given = ToMicros(span->tv_sec, span->tv_nsec);
+    if ((flags & TIMER_ABSTIME) == 0) {
+        return Pause(given, rest);
+    }
+    timespec now{};
+    clock_gettime(clock, &now);
+    return Pause(std::max(Micros::zero(), given - ToMicros(now.tv_sec, now.tv_nsec)), nullptr);
 }
 
 PAGERSIM_INTERPOSED int gettimeofday(timeval* now, void* zone) noexcept {

@@ -19,7 +19,7 @@ struct Seen {
 };
 
 short ReadyOnLine(int fd, short events) {
-    const Line* const line = LineBehind(fd);
+    const Port* const line = LineBehind(fd);
     if (line == nullptr) {  // As the kernel answers for a terminal that is gone.
         return static_cast<short>(POLLHUP | POLLERR | (events & (POLLIN | POLLOUT)));
     }

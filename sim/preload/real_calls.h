@@ -6,7 +6,9 @@
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/epoll.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -16,6 +18,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 
 namespace pagersim {
@@ -31,8 +34,10 @@ namespace pagersim {
     X(pthread_mutex_lock) X(pthread_mutex_trylock) X(pthread_mutex_unlock) \
     X(pthread_rwlock_rdlock) X(pthread_rwlock_tryrdlock) X(pthread_rwlock_wrlock) \
     X(pthread_rwlock_trywrlock) X(pthread_rwlock_unlock) X(pthread_cond_clockwait) X(accept) \
-    X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(sigwait) X(sigwaitinfo) X(sigsuspend) \
-    X(pause)
+    X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(wait4) X(waitid) X(sigwait) \
+    X(sigwaitinfo) X(sigsuspend) X(pause) X(close_range) X(fork) X(posix_spawn) X(posix_spawnp) \
+    X(popen) X(system) X(kill) X(killpg) X(nanosleep) X(usleep) X(clock_nanosleep) X(flock) \
+    X(lockf)
 // clang-format on
 #define PAGERSIM_REAL_CONDITION_CALLS(X) \
     X(pthread_cond_wait) X(pthread_cond_timedwait) X(pthread_cond_signal) X(pthread_cond_broadcast)

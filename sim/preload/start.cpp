@@ -1,6 +1,4 @@
 // What happens when this library is loaded.
-#include "sim/start.h"
-
 #include <cstdlib>
 
 #include "sim/world/world.h"
@@ -10,9 +8,13 @@ namespace {
 
 [[gnu::constructor]] void Load() {
     RegisterMainThread();
-    if (StartExchangeFromEnvironment != nullptr && std::getenv("PAGERSIM_EXCHANGE") != nullptr) {
-        StartExchangeFromEnvironment();
+    if (const char* const server = std::getenv(kWorldVariable)) {
+        TheWorld().Join(server);
     }
+}
+
+[[gnu::destructor]] void Unload() {
+    TheWorld().Leave();
 }
 
 }  // namespace

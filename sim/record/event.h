@@ -26,8 +26,6 @@ struct Event {
     EventKind kind = EventKind::kNotes;
     std::string text = {};
     std::string recipient = {};
-
-    bool operator==(const Event& other) const;
 };
 
 // The speaker that is the program under test.
@@ -40,12 +38,6 @@ class Recorder {
     virtual ~Recorder() = default;
     virtual void Record(const Event& event) = 0;
 };
-
-// An event as one line of JSON, without the line's end, and back. Bytes travel as the code points
-// U+0000 to U+00FF, so that any byte survives. EventFromJson throws std::invalid_argument, with the
-// reason, for anything else.
-std::string ToJson(const Event& event);
-Event EventFromJson(const std::string& line);
 
 }  // namespace pagersim
 

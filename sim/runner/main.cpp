@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,11 +12,13 @@
 #include "sim/record/transcript.h"
 #include "sim/runner/options.h"
 #include "sim/runner/preload.h"
+#include "sim/runner/processes.h"
 #include "sim/runner/program_file.h"
 #include "sim/runner/report.h"
-#include "sim/runner/run_command.h"
 #include "sim/runner/scratch_folder.h"
 #include "sim/serve/serve.h"
+#include "sim/server/served_exchange.h"
+#include "sim/server/world_server.h"
 
 namespace pagersim {
 namespace {
@@ -33,24 +34,6 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The program must take the preload: without it, it would open the machine's real ports.
-void CheckProgram(const std::string& command) {
-    constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
-    const auto path = FindProgram(command);
-    if (!path) {
-        throw UsageError(command + ": there is no such program");
-    }
-    const int word_size = WordSizeOf(*path);
-    if (word_size == kOwnWordSize) {
-        return;
-    }
-    throw UsageError(command + " is " +
-                     (word_size == 0 ? "no program that can be simulated"
-                                     : "a " + std::to_string(word_size) + "-bit program") +
-                     "; this pagersim serves " + std::to_string(kOwnWordSize) +
-                     "-bit programs. Use the pagersim of the other build");
-}
-
 std::string CheckedPreload() {
     const auto path = FindPreload();
     if (!path) {
@@ -59,6 +42,24 @@ std::string CheckedPreload() {
             "../lib, or name it in the environment variable PAGERSIM_PRELOAD");
     }
     return *path;
+}
+
+// The program must take the preload: without it, it would open the machine's real ports.
+void CheckProgram(const std::string& command, const std::string& preloads) {
+    constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
+    const auto path = FindProgram(command);
+    if (!path) {
+        throw UsageError(command + ": there is no such program");
+    }
+    const int word_size = WordSizeOf(*path);
+    if (word_size == kOwnWordSize || (word_size != 0 && ServesBothWordSizes(preloads))) {
+        return;
+    }
+    throw UsageError(command + " is " +
+                     (word_size == 0 ? "no program that can be simulated"
+                                     : "a " + std::to_string(word_size) + "-bit program") +
+                     "; this pagersim serves " + std::to_string(kOwnWordSize) +
+                     "-bit programs. Use the pagersim of the other build");
 }
 
 std::vector<Expectation> CheckedExpectations(const RunnerOptions& options,
@@ -140,24 +141,29 @@ class Run {
           summary_(options.quiet ? "" : "-") {}
 
     int Execute() {
-        CheckProgram(options_.command.front());
-        const int status = RunCommand(options_.command, Environment(), scratch_.Path("events"),
-                                      [this](const Event& event) { Happened(event); });
+        const Environment environment = Programs();
+        CheckProgram(options_.command.front(), environment.at(kPreloads));
+        WorldServer world(scratch_.Path("world"), start_, Milliseconds(options_.step_ms));
+        Processes processes(world, environment);
+        ServedExchange exchange(world, file_, start_, Clock(),
+                                {[this](const Event& event) { Happened(event); },
+                                 [&](const std::string& run) { processes.RunShell(run); }});
+        processes.Start(options_.command);
+        const int status = processes.AwaitCommand();
+        exchange.ForgetCommands();
+        processes.AwaitOthers();
+        exchange.KeepClock();
         Show(transcript_.Finish());
         return Conclude(status);
     }
 
  private:
-    std::map<std::string, std::string> Environment() const {
-        const std::string clock =
-            options_.clock.empty() ? scratch_.Path("clock") : Absolute(options_.clock);
-        return {{"LD_PRELOAD", PreloadList(CheckedPreload(), scratch_.Path("preload.so"))},
-                {"PAGERSIM_EXCHANGE", Absolute(options_.exchange)},
-                {"PAGERSIM_EVENTS", scratch_.Path("events")},
-                {"PAGERSIM_START", std::to_string(start_)},
-                {"PAGERSIM_CLOCK", clock},
-                {"PAGERSIM_STEP", std::to_string(options_.step_ms)}};
+    Environment Programs() const {
+        return {{kPreloads, PreloadList(CheckedPreload(), scratch_.Path("preload"))},
+                {kWorldVariable, scratch_.Path("world")}};
     }
+
+    std::string Clock() const { return options_.clock.empty() ? "" : Absolute(options_.clock); }
 
     void Happened(const Event& event) {
         report_.Add(event);

@@ -5,16 +5,32 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <string_view>
-#include <system_error>
 
 namespace pagersim {
 namespace {
 
 constexpr const char* kName = "libpagersim-preload.so";
+
+constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
+constexpr int kOtherWordSize = kOwnWordSize == 32 ? 64 : 32;
+
+// What the loader of a program puts in the place of this, and what it may be: ld.so(8).
+constexpr const char* kForEach = "$LIB";
+struct LoaderFolder {
+    int word_size;
+    const char* name;
+};
+constexpr LoaderFolder kLoaderFolders[] = {
+    {32, "lib"},
+    {32, "lib32"},
+    {32, "lib/i386-linux-gnu"},
+    {64, "lib64"},
+    {64, "lib/x86_64-linux-gnu"},
+};
 
 std::string OwnFolder() {
     std::array<char, PATH_MAX> path{};
@@ -47,6 +63,25 @@ std::string OwnSanitizer() {
     return path;
 }
 
+// "/usr/lib/libpagersim-preload-64.so".
+std::string BesideFor(int word_size, const std::string& preload) {
+    const std::string folder = preload.substr(0, preload.rfind('/') + 1);
+    return folder + "libpagersim-preload-" + std::to_string(word_size) + ".so";
+}
+
+void Link(const std::string& target, const std::string& link) {
+    std::filesystem::create_directories(std::filesystem::path(link).parent_path());
+    std::filesystem::create_symlink(std::filesystem::absolute(target), link);
+}
+
+void LinkForLoader(int word_size, const std::string& preload, const std::string& folder) {
+    for (const LoaderFolder& each : kLoaderFolders) {
+        if (each.word_size == word_size) {
+            Link(preload, folder + "/" + each.name + "/preload.so");
+        }
+    }
+}
+
 void AppendTo(std::string& list, std::string_view library) {
     if (!list.empty() && !library.empty()) {
         list += ':';
@@ -71,19 +106,26 @@ std::optional<std::string> FindPreload() {
     return std::nullopt;
 }
 
-std::string PreloadList(const std::string& preload, const std::string& link) {
+std::string PreloadList(const std::string& preload, const std::string& folder) {
+    const std::string other = BesideFor(kOtherWordSize, preload);
     std::string path = preload;
-    if (path.find_first_of(" :") != std::string::npos) {
-        if (symlink(preload.c_str(), link.c_str()) != 0) {
-            throw std::system_error(errno, std::generic_category(), link);
-        }
-        path = link;
+    if (IsReadable(other)) {
+        LinkForLoader(kOwnWordSize, preload, folder);
+        LinkForLoader(kOtherWordSize, other, folder);
+        path = folder + "/" + kForEach + "/preload.so";
+    } else if (path.find_first_of(" :") != std::string::npos) {
+        path = folder + "/preload.so";
+        Link(preload, path);
     }
     std::string list = OwnSanitizer();
     AppendTo(list, path);
     const char* const already = std::getenv("LD_PRELOAD");
     AppendTo(list, already == nullptr ? "" : already);
     return list;
+}
+
+bool ServesBothWordSizes(const std::string& list) {
+    return list.find(kForEach) != std::string::npos;
 }
 
 }  // namespace pagersim

@@ -12,11 +12,15 @@ namespace pagersim {
 std::optional<std::string> FindPreload();
 
 // The value of LD_PRELOAD: the runtime of the sanitizer that this program itself runs with, if any,
-// which has to come first; `preload`; what LD_PRELOAD already says. A preload whose path the loader
-// can't read (blanks and colons separate there) is reached by a link that is made at `link`.
+// which has to come first; the preload; what LD_PRELOAD already says. Where there is one for the
+// other word size, too, beside `preload`, the loader finds each by links that are made in `folder`;
+// as when the path has a character that the loader can't read (blanks and colons separate there).
 //
-// Errors     Throws std::system_error when the link can't be made.
-std::string PreloadList(const std::string& preload, const std::string& link);
+// Errors     Throws std::system_error when the links can't be made.
+std::string PreloadList(const std::string& preload, const std::string& folder);
+
+// Whether programs of both word sizes take what such a list says.
+bool ServesBothWordSizes(const std::string& list);
 
 }  // namespace pagersim
 

@@ -57,21 +57,17 @@ Pty::~Pty() {
     }
 }
 
-int Pty::OpenSlave(int flags) const {
-    return Real().open(slave_name_.c_str(), flags | O_NOCTTY);
-}
-
-Line::Line(Scheduler& scheduler, int com, std::unique_ptr<FarEnd> far_end)
-    : scheduler_(scheduler),
+Line::Line(Timeline& timeline, int com, std::unique_ptr<FarEnd> far_end)
+    : timeline_(timeline),
       com_(com),
       settings_(FreshSettings()),
       born_(NextConnection()),
       far_end_(std::move(far_end)) {}
 
 Line::~Line() {
-    scheduler_.Events().Drop(this);
+    timeline_.Events().Drop(this);
     connection_ = 0;
-    scheduler_.WakeForInput(Bit());
+    timeline_.WakeForInput(Bit());
 }
 
 void Line::Send(std::string_view bytes) {
@@ -83,37 +79,37 @@ void Line::Send(std::string_view bytes) {
         taken_ = 0;
     }
     input_.append(bytes);
-    latest_input_ = scheduler_.Now();
-    scheduler_.WakeForInput(Bit());
+    latest_input_ = timeline_.Now();
+    timeline_.WakeForInput(Bit());
 }
 
 void Line::At(Milliseconds after, std::function<void()> what) {
-    scheduler_.Events().Add(scheduler_.Now() + after, this, std::move(what));
+    timeline_.Events().Add(timeline_.Now() + after, this, std::move(what));
 }
 
 Milliseconds Line::Now() const {
-    return std::chrono::duration_cast<Milliseconds>(scheduler_.Now());
+    return std::chrono::duration_cast<Milliseconds>(timeline_.Now());
 }
 
 void Line::Vanish() {
     connection_ = 0;
     pty_.reset();
     DropInput();
-    scheduler_.WakeForInput(Bit());
+    timeline_.WakeForInput(Bit());
 }
 
-int Line::Open(int flags, uint32_t& connection) {
+const std::string* Line::Terminal() {
     if (!plugged_in_) {
         errno = ENOENT;
-        return -1;
+        return nullptr;
     }
     if (pty_ == nullptr || !pty_->IsOpen()) {
         pty_ = std::make_unique<Pty>();
     }
-    const int descriptor = pty_->IsOpen() ? pty_->OpenSlave(flags) : -1;
-    if (descriptor < 0) {
-        return -1;
-    }
+    return pty_->IsOpen() ? &pty_->SlaveName() : nullptr;
+}
+
+uint32_t Line::Connect() {
     ++opens_;
     if (connection_ == 0) {
         EndConnection();  // of a vanished device that is still held open
@@ -124,7 +120,16 @@ int Line::Open(int flags, uint32_t& connection) {
     } else {
         ++holders_;
     }
-    connection = latest_connection_;
+    return latest_connection_;
+}
+
+int Line::Open(int flags, uint32_t& connection) {
+    const std::string* const terminal = Terminal();
+    const int descriptor =
+        terminal != nullptr ? Real().open(terminal->c_str(), flags | O_NOCTTY) : -1;
+    if (descriptor >= 0) {
+        connection = Connect();
+    }
     return descriptor;
 }
 
@@ -168,6 +173,7 @@ void Line::DropInput() {
 
 void Line::Set(const termios& settings) {
     settings_ = settings;
+    ++times_set_;
     far_end_->SettingsChanged(settings_);
 }
 

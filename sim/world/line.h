@@ -10,7 +10,8 @@
 #include <string_view>
 
 #include "sim/far_end.h"
-#include "sim/world/scheduler.h"
+#include "sim/world/port.h"
+#include "sim/world/timeline.h"
 
 namespace pagersim {
 
@@ -23,7 +24,7 @@ class Pty {
     Pty& operator=(const Pty&) = delete;
 
     bool IsOpen() const { return master_ >= 0; }
-    int OpenSlave(int flags) const;  // a descriptor, or -1 and errno
+    const std::string& SlaveName() const { return slave_name_; }
 
  private:
     int master_;
@@ -38,9 +39,9 @@ class Pty {
 //            the device vanishes; the next opening begins another. The far end hears Opened and
 //            Closed once for each.
 // Threads    Every operation requires the world's lock.
-class Line final : public Wire {
+class Line final : public Wire, public Port {
  public:
-    Line(Scheduler& scheduler, int com, std::unique_ptr<FarEnd> far_end);
+    Line(Timeline& timeline, int com, std::unique_ptr<FarEnd> far_end);
     ~Line() override;
 
     // For the far end.
@@ -49,19 +50,29 @@ class Line final : public Wire {
     Milliseconds Now() const override;
     void Vanish() override;
 
-    // For the program. A descriptor of an earlier connection has no part in this one: see
-    // `connection`, never 0, which Open gives with the descriptor and the others take.
-    int Open(int flags, uint32_t& connection);  // a descriptor, or -1 and errno
-    void Reopen(uint32_t connection);           // a descriptor was duplicated
-    void Close(uint32_t connection);
-    bool IsAlive(uint32_t connection) const { return connection == connection_; }
-    size_t Readable() const { return input_.size() - taken_; }
-    size_t Take(char* buffer, size_t size);
-    void DropInput();
-    void Write(std::string_view bytes) { far_end_->Heard(bytes); }
-    const termios& Settings() const { return settings_; }
-    void Set(const termios& settings);
-    Micros LatestInput() const { return latest_input_; }
+    // For the program.
+    int Open(int flags, uint32_t& connection) override;
+    void Reopen(uint32_t connection) override;
+    void Close(uint32_t connection) override;
+    bool IsAlive(uint32_t connection) const override { return connection == connection_; }
+    size_t Readable() const override { return input_.size() - taken_; }
+    size_t Take(char* buffer, size_t size) override;
+    void DropInput() override;
+    Micros LatestInput() const override { return latest_input_; }
+    void Write(std::string_view bytes) override { far_end_->Heard(bytes); }
+    termios Settings() const override { return settings_; }
+    void Set(const termios& settings) override;
+    unsigned Bit() const override { return 1U << (com_ - 1); }
+
+    // The two halves of Open, for a program elsewhere. The terminal that it opens; null and errno
+    // when there is none. Then the connection.
+    const std::string* Terminal();
+    uint32_t Connect();
+
+    // 0: none, or the device has vanished.
+    uint32_t Connection() const { return connection_; }
+
+    uint32_t TimesSet() const { return times_set_; }
 
     // For tests.
     void PlugOut();
@@ -69,15 +80,14 @@ class Line final : public Wire {
     int Opens() const { return opens_; }
     int Closes() const { return closes_; }
 
-    unsigned Bit() const { return 1U << (com_ - 1); }
-
  private:
     void EndConnection();
 
-    Scheduler& scheduler_;
+    Timeline& timeline_;
     const int com_;
     std::unique_ptr<Pty> pty_;
     termios settings_;
+    uint32_t times_set_ = 0;
     std::string input_;  // for the program: what it hasn't read begins at taken_
     size_t taken_ = 0;
     Micros latest_input_{0};

@@ -21,6 +21,7 @@ enum class WaitKind {
     kLock,       // for another thread's unlock of a mutex or a read-write lock
     kCondition,  // for another thread's signal
     kJoin,       // for another thread's end
+    kProcess,    // for what another process of the world does: its end, a lock on a file
     kOutside,    // in a call of the system that the simulation doesn't know
 };
 
@@ -31,8 +32,10 @@ struct Wait {
     unsigned lines = 0;                   // bit n: input on COM n+1 ends it
     const pollfd* descriptors = nullptr;  // real ones whose readiness ends it; negative: none
     nfds_t count = 0;
-    const void* object = nullptr;       // the mutex, the condition or the thread
-    const sigset_t* signals = nullptr;  // what is blocked while it waits; null: as before
+    const void* object = nullptr;            // the mutex, the condition or the thread
+    const sigset_t* signals = nullptr;       // what is blocked while it waits; null: as before
+    bool (*ready)(void* subject) = nullptr;  // asked when another process has done something
+    void* subject = nullptr;
     uint64_t turn = 0;  // among waits of one kind the lowest comes first; given by the scheduler,
                         // and kept by one who waits again for the same
 };

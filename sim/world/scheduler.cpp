@@ -9,6 +9,7 @@
 
 #include "sim/preload/real_calls.h"
 #include "sim/world/locked.h"
+#include "sim/world/world.h"
 
 namespace pagersim {
 namespace {
@@ -17,8 +18,20 @@ namespace {
 // used since are not asked about at each of them.
 constexpr int kLooksPerCheck = 16;
 
+// A process that needs nobody for long leaves the others a turn all the same: somebody may have
+// come from outside.
+constexpr int kStepsAlone = 256;
+
+// What other processes do may come to nobody's notice: a child that none of the world has started.
+constexpr Milliseconds kBetweenLooks{100};
+
 bool EndsBySignal(WaitKind kind) {
-    return kind == WaitKind::kSleep || kind == WaitKind::kInput;
+    return kind == WaitKind::kSleep || kind == WaitKind::kInput || kind == WaitKind::kProcess;
+}
+
+timespec ToTimespec(Milliseconds span) {
+    return {static_cast<time_t>(span.count() / 1000),
+            static_cast<long>(span.count() % 1000 * 1'000'000)};
 }
 
 const char* NameOf(WaitKind kind) {
@@ -35,6 +48,8 @@ const char* NameOf(WaitKind kind) {
             return "waits for condition";
         case WaitKind::kJoin:
             return "waits for the end of thread";
+        case WaitKind::kProcess:
+            return "waits for another process";
         case WaitKind::kOutside:
             return "is in a call of the system";
     }
@@ -124,13 +139,17 @@ Waking Scheduler::WaitFor(ProgramThread& me, Wait& wait) {
     me.quiet_looks = 0;
     me.time_looks = 0;
     Leave(me, wait);
-    while (me.wait != nullptr) {
+    AwaitGoingOn(me);
+    return me.waking;
+}
+
+void Scheduler::AwaitGoingOn(ProgramThread& me) {
+    while (me.wait != nullptr || !HasTurn()) {
         LetTimePass();
-        if (me.wait != nullptr) {
+        if (me.wait != nullptr || !HasTurn()) {
             Hold(me);
         }
     }
-    return me.waking;
 }
 
 Waking Scheduler::WaitForReally(ProgramThread& me, Wait& wait, const timespec& limit) {
@@ -159,6 +178,11 @@ void Scheduler::GoOutside(ProgramThread& me, Wait& wait) {
 void Scheduler::ComeBack(ProgramThread& me) {
     me.wait = nullptr;
     ++running_;
+    ran_ = true;
+    if (!HasTurn()) {
+        link_->Want();
+        AwaitGoingOn(me);
+    }
 }
 
 void Scheduler::WakeForInput(unsigned lines) {
@@ -204,12 +228,21 @@ void Scheduler::Wake(ProgramThread& thread, Waking why) {
     thread.wait = nullptr;
     thread.waking = why;
     ++running_;
-    Release(thread);
+    ran_ = true;
+    if (HasTurn()) {
+        Release(thread);
+    } else {
+        link_->Want();
+    }
 }
 
 // As long as nobody runs: the next who can, does. Afterwards nobody runs only if there is no event
 // and no deadline left.
 void Scheduler::LetTimePass() {
+    if (link_ != nullptr) {
+        RestInWorld();
+        return;
+    }
     while (running_ == 0) {
         ProgramThread* const sleeper = EarliestDeadline();
         if (WakeByDescriptor(sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook)) {
@@ -226,6 +259,116 @@ void Scheduler::LetTimePass() {
             return;
         }
     }
+}
+
+// In a world of several processes: what can go on now does, else the turn goes to the others.
+void Scheduler::RestInWorld() {
+    while (running_ == 0 && HasTurn()) {
+        ProgramThread* const sleeper = EarliestDeadline();
+        const bool is_look = sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook;
+        if (WakeByDescriptor(is_look) || WakeByCondition()) {
+            return;
+        }
+        if (sleeper != nullptr && sleeper->wait->deadline <= Now()) {
+            Wake(*sleeper, Waking::kDeadline);
+            return;
+        }
+        if (sleeper == nullptr || !GoOnAlone(*sleeper)) {
+            GiveUpTurn(sleeper);
+        }
+    }
+}
+
+// A step of time that concerns nobody else.
+bool Scheduler::GoOnAlone(ProgramThread& sleeper) {
+    if (sleeper.wait->deadline >= horizon_ ||
+        ((others_ & kOnlookers) != 0 && HasTouched(&sleeper)) || ++steps_alone_ >= kStepsAlone) {
+        return false;
+    }
+    ran_ = false;
+    JumpTo(sleeper.wait->deadline);
+    link_->SetNow(Now().count());
+    Wake(sleeper, Waking::kDeadline);
+    return true;
+}
+
+// Something that others can see, as far as is known.
+bool Scheduler::HasTouched(const ProgramThread* sleeper) const {
+    const bool is_look = sleeper != nullptr && sleeper->wait->kind == WaitKind::kLook;
+    return used_since_ || (ran_ && !is_look);
+}
+
+void Scheduler::GiveUpTurn(const ProgramThread* sleeper) {
+    uint32_t flags = kAbsent;
+    uint32_t lines = 0;
+    for (const auto& thread : threads_) {
+        if (thread->wait == nullptr) {
+            continue;
+        }
+        const bool is_outside = thread->wait->kind == WaitKind::kOutside;
+        flags &= is_outside ? ~0U : ~uint32_t{kAbsent};
+        flags |= is_outside || thread->wait->count > 0 ? uint32_t{kOutside} : 0;
+        flags |= thread->wait->count > 0 || thread->wait->ready != nullptr ? uint32_t{kWatches} : 0;
+        lines |= thread->wait->lines;
+    }
+    flags |= HasTouched(sleeper) ? uint32_t{kTouched} : 0;
+    used_since_ = false;
+    ran_ = false;
+    link_->Rest(sleeper != nullptr ? sleeper->wait->deadline.count() : kNever.count(), flags,
+                lines);
+}
+
+void Scheduler::Hear(const Reply& reply) {
+    now_.store(reply.now, std::memory_order_relaxed);
+    link_->SetNow(reply.now);
+    horizon_ = Micros(reply.horizon);
+    others_ = reply.others;
+    steps_alone_ = 0;
+    WakeForInput(reply.input);
+}
+
+// Those who were to go on before it came do so now.
+void Scheduler::TakeTurn(const Reply& turn) {
+    if (turn.why == Why::kTell) {
+        TellWaits();
+    }
+    if (turn.why == Why::kLook) {
+        looks_unchecked_ = kLooksPerCheck;
+    }
+    for (auto& thread : threads_) {
+        if (thread->wait == nullptr) {
+            Release(*thread);
+        }
+    }
+    TheWorld().Hear(turn);
+}
+
+void Scheduler::FetchTurn() {
+    if (HasTurn()) {
+        return;
+    }
+    link_->Want();
+    Reply turn{};
+    link_->ReceiveTurn(turn, true);
+    TakeTurn(turn);
+    LookAfterOthers();
+}
+
+bool Scheduler::WakeByCondition() {
+    for (auto& thread : threads_) {
+        if (thread->wait != nullptr && thread->wait->ready != nullptr &&
+            thread->wait->ready(thread->wait->subject)) {
+            Wake(*thread, Waking::kEvent);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Scheduler::HasConditions() const {
+    return std::any_of(threads_.begin(), threads_.end(), [](const auto& thread) {
+        return thread->wait != nullptr && thread->wait->ready != nullptr;
+    });
 }
 
 // For one who leaves without being held here: if nobody runs now, somebody held must watch.
@@ -280,6 +423,7 @@ ProgramThread* Scheduler::EarliestDeadline() const {
 
 bool Scheduler::WakeByDescriptor(bool next_is_look) {
     const bool used = descriptors_used_.exchange(false, std::memory_order_relaxed);
+    used_since_ = used_since_ || used;
     if (next_is_look && !used && ++looks_unchecked_ < kLooksPerCheck) {
         return false;
     }
@@ -315,11 +459,10 @@ void Scheduler::CollectDescriptors() {
 }
 
 void Scheduler::Hold(ProgramThread& me) {
-    const Wait& wait = *me.wait;
-    const bool watches = running_ == 0;
-    const bool undisturbed =
-        watches || wait.signals != nullptr ? HoldInPoll(me, watches) : HoldAtGate(me);
-    if (!undisturbed && me.wait != nullptr && EndsBySignal(wait.kind)) {
+    const bool watches = link_ == nullptr ? running_ == 0 : !HasTurn() && !watched_;
+    const bool signals = me.wait != nullptr && me.wait->signals != nullptr;
+    const bool undisturbed = watches || signals ? HoldInPoll(me, watches) : HoldAtGate(me);
+    if (!undisturbed && me.wait != nullptr && EndsBySignal(me.wait->kind)) {
         Wake(me, Waking::kSignal);
     }
 }
@@ -336,40 +479,58 @@ bool Scheduler::HoldAtGate(ProgramThread& me) {
     return passed != Gate::Passed::kSignal;
 }
 
-// Nothing is going to happen in virtual time: really waits until one of all threads' descriptors is
-// ready, or another thread is back. False: a signal was handled.
+// Nothing is going to happen in virtual time, or in this process before its turn: really waits
+// until one of all threads' descriptors is ready, the turn comes, or another thread is back. False:
+// a signal was handled.
 bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
     if (me.alarm < 0) {
         me.alarm = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     }
-    const bool stuck = watches && patience_ > Milliseconds::zero() && IsStuck();
+    const bool stuck = link_ == nullptr && watches && patience_ > Milliseconds::zero() && IsStuck();
     std::vector<pollfd> watched;
-    if (watches) {
+    if (watches && running_ == 0) {
         CollectDescriptors();
         watched = descriptors_;
     }
     watched.push_back({me.alarm, POLLIN, 0});
-    const auto patience = std::chrono::duration_cast<std::chrono::nanoseconds>(patience_).count();
-    const timespec limit{static_cast<time_t>(patience / 1'000'000'000),
-                         static_cast<long>(patience % 1'000'000'000)};
-    const sigset_t* const signals = me.wait->signals;
+    watched_ = watches && link_ != nullptr;
+    if (watched_) {
+        watched.push_back({link_->Descriptor(), POLLIN, 0});
+    }
+    const timespec limit = ToTimespec(stuck ? patience_ : kBetweenLooks);
+    const bool limited = stuck || (watched_ && HasConditions());
+    const sigset_t* const signals = me.wait != nullptr ? me.wait->signals : nullptr;
 
     me.held = ProgramThread::Held::kInPoll;
     int ready = 0;
     bool interrupted = false;
     {
         const Unlocked unlocked;
-        ready = Real().ppoll(watched.data(), watched.size(), stuck ? &limit : nullptr, signals);
+        ready = Real().ppoll(watched.data(), watched.size(), limited ? &limit : nullptr, signals);
         interrupted = ready < 0 && errno == EINTR;
     }
     me.held = ProgramThread::Held::kNowhere;
 
     eventfd_t rung = 0;
     eventfd_read(me.alarm, &rung);
+    if (watches && link_ != nullptr) {
+        watched_ = false;
+        LookAtLink();
+    }
     if (stuck && ready == 0 && IsStuck()) {
         ReportStuck();
     }
     return !interrupted;
+}
+
+// For the one who has an eye on it.
+void Scheduler::LookAtLink() {
+    Reply turn{};
+    if (!HasTurn() && link_->ReceiveTurn(turn, false)) {
+        TakeTurn(turn);
+    } else if (!HasTurn() && running_ == 0 && !WakeByDescriptor(false)) {
+        WakeByCondition();
+    }
 }
 
 bool Scheduler::IsStuck() {
@@ -385,6 +546,11 @@ bool Scheduler::IsStuck() {
 void Scheduler::ReportStuck() const {
     std::fprintf(stderr, "pagersim: after %lld ms all threads wait for each other, for ever:\n",
                  static_cast<long long>(Now().count() / 1000));
+    TellWaits();
+    std::abort();
+}
+
+void Scheduler::TellWaits() const {
     for (const auto& thread : threads_) {
         if (thread->wait != nullptr) {
             std::fprintf(stderr, "  thread %#llx %s %p\n",
@@ -392,7 +558,6 @@ void Scheduler::ReportStuck() const {
                          NameOf(thread->wait->kind), thread->wait->object);
         }
     }
-    std::abort();
 }
 
 }  // namespace pagersim

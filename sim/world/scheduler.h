@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "sim/far_end.h"
-#include "sim/world/event_queue.h"
+#include "sim/world/link.h"
 #include "sim/world/program_thread.h"
-#include "sim/world/time.h"
+#include "sim/world/timeline.h"
 
 namespace pagersim {
 
@@ -24,14 +24,32 @@ constexpr Milliseconds kPatience{60'000};
 // one thread is woken, the others of that instant when it waits again. The waker counts the woken
 // thread as running, so that no second jump can happen before it really runs.
 //
+// In a world of several processes (Share) threads go on only while the process has the turn. When
+// its last thread waits it gives the turn up, and time is what the next turn says; one of the
+// waiting threads keeps an eye on the link meanwhile.
+//
 // Threads    Every operation requires a Locked guard, unless it says otherwise.
-class Scheduler {
+class Scheduler final : public Timeline {
  public:
+    // From now on this process is one of several.
+    void Share(Link& link) { link_ = &link; }
+
+    // What an answer of the world's server says of time.
+    void Hear(const Reply& reply);
+
+    // Waits for the turn without leaving the calling thread, whatever it is.
+    void FetchTurn();
+
+    // Whether there are other processes in the world. No lock needed.
+    bool HasCompany() const { return (others_.load() & kCompany) != 0; }
+
     // Forgets time and events; all registered threads go on.
     void Reset();
 
-    Micros Now() const { return Micros(now_.load(std::memory_order_relaxed)); }  // No lock needed.
-    EventQueue& Events() { return events_; }
+    Micros Now() const override {  // No lock needed.
+        return Micros(now_.load(std::memory_order_relaxed));
+    }
+    EventQueue& Events() override { return events_; }
 
     // Runs what is due by now.
     void RunDueEvents();
@@ -63,8 +81,7 @@ class Scheduler {
     void GoOutside(ProgramThread& me, Wait& wait);
     void ComeBack(ProgramThread& me);
 
-    // The threads that wait for input on one of these lines go on.
-    void WakeForInput(unsigned lines);
+    void WakeForInput(unsigned lines) override;
 
     // Of those that wait for `object` in this way the first, or all, go on.
     void WakeFirst(WaitKind kind, const void* object);
@@ -78,14 +95,25 @@ class Scheduler {
     void SetPatience(Milliseconds real) { patience_ = real; }
 
  private:
+    bool HasTurn() const { return link_ == nullptr || link_->HasTurn(); }
+    void AwaitGoingOn(ProgramThread& me);
     void Leave(ProgramThread& me, Wait& wait);
     void Wake(ProgramThread& thread, Waking why);
     bool Release(ProgramThread& thread);
     void LetTimePass();
+    void RestInWorld();
+    bool GoOnAlone(ProgramThread& sleeper);
+    bool HasTouched(const ProgramThread* sleeper) const;
+    void GiveUpTurn(const ProgramThread* sleeper);
+    void TakeTurn(const Reply& turn);
+    void LookAtLink();
+    bool HasConditions() const;
+    void TellWaits() const;
     void LookAfterOthers();
     void JumpTo(Micros when);
     ProgramThread* EarliestDeadline() const;
     bool WakeByDescriptor(bool next_is_look);
+    bool WakeByCondition();
     void CollectDescriptors();
     void Hold(ProgramThread& me);
     bool HoldAtGate(ProgramThread& me);
@@ -103,6 +131,14 @@ class Scheduler {
     std::vector<ProgramThread*> their_threads_;  // whose descriptors_[i] is
     std::atomic<bool> descriptors_used_{false};
     int looks_unchecked_ = 0;
+
+    Link* link_ = nullptr;
+    bool watched_ = false;             // a thread has an eye on the link
+    bool used_since_ = false;          // a descriptor, since the turn before
+    bool ran_ = true;                  // a thread, in this turn
+    Micros horizon_{0};                // up to it time is this process's own
+    std::atomic<uint32_t> others_{0};  // in the world, see Others
+    int steps_alone_ = 0;
     Milliseconds patience_ = kPatience;
 };
 

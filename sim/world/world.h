@@ -1,4 +1,4 @@
-// The simulated world of one process: its clock, its program's threads, its serial lines.
+// The simulated world as a process has it: its clock, its program's threads, its serial lines.
 #ifndef PAGERFWD_SIM_WORLD_WORLD_H
 #define PAGERFWD_SIM_WORLD_WORLD_H
 
@@ -7,18 +7,22 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "sim/far_end.h"
 #include "sim/world/line.h"
+#include "sim/world/link.h"
 #include "sim/world/locked.h"
 #include "sim/world/scheduler.h"
+#include "sim/world/shared_port.h"
 
 namespace pagersim {
 
-constexpr int kLines = 9;
-
 // There is one, TheWorld(), from the first use to the end of the process. Between Start and Stop it
-// is active: then the interposed calls of registered threads go by its clock.
+// is active: then the interposed calls of registered threads go by its clock. It is this process's
+// own, or, after Join, one that others are in too: then the lines and the clock are with the
+// server.
 //
 // Threads    Operations that say "locked" require a Locked guard in the calling thread; the others
 //            take it themselves, and may be called inside one.
@@ -34,6 +38,12 @@ class World {
     void Start(time_t wall);
     void Stop();
 
+    // Becomes one of the processes of a world; `server` is its socket. Comes back with the turn.
+    void Join(const std::string& server);
+    // The program ends: what time it is by now.
+    void Leave();
+    bool IsShared() const { return link_ != nullptr; }
+
     // COM1 to COM9. A line that is there already is replaced.
     void AddLine(int com, std::unique_ptr<FarEnd> far_end);
     void RemoveLine(int com);
@@ -48,8 +58,20 @@ class World {
     // Locked.
     Scheduler& Threads() { return scheduler_; }
     Line* LineOn(int com) { return com >= 1 && com <= kLines ? Place(com).get() : nullptr; }
+    Port* PortOn(int com);
+
+    // Of a shared world, locked.
+    Reply Ask(const Request& request, std::string_view sent = {}, std::string* payload = nullptr);
+    void Hear(const Reply& reply);
+    void Tell(const Request& request);  // while this process has the turn
+    Link& Shared() { return *link_; }
+
+    // Around the making of a child, locked. See Link.
+    void PrepareChild();
+    void BeginAsChild();
 
  private:
+    void Begin();
     std::unique_ptr<Line>& Place(int com) { return lines_.at(static_cast<size_t>(com - 1)); }
 
     static inline std::atomic<bool> active_{false};
@@ -58,6 +80,8 @@ class World {
     std::array<std::unique_ptr<Line>, kLines> lines_;
     std::atomic<int64_t> wall_at_start_{0};  // microseconds
     std::atomic<Micros> step_{};
+    std::unique_ptr<Link> link_;  // of a shared world
+    std::array<std::unique_ptr<SharedPort>, kLines> ports_;
 };
 
 World& TheWorld();

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "sim/phone/line_settings.h"
+#include "sim/record/transcript.h"
 #include "tests/unit/sim/modem_fixture.h"
 
 namespace pagersim {
@@ -308,24 +309,25 @@ TEST_F(ModemTest, EverythingIsRecorded) {
     keeper_.call->Deliver({"123", "HELLO"});
     keeper_.call->Note("well done");
     modem_->Closed();
-    std::vector<std::string> lines;
+    std::string lines;
     for (const Event& event : recorder_.events) {
-        lines.push_back(ToJson(event));
+        Transcript alone;
+        lines += alone.Add(event);
+        lines += alone.Finish();
     }
-    EXPECT_THAT(
-        lines,
-        ElementsAre(
-            R"({"ms":0,"line":"COM 1","who":"program","what":"opens"})",
-            R"({"ms":0,"line":"COM 1","who":"program","what":"sets","text":"2400,n,8,1"})",
-            R"({"ms":0,"line":"COM 1","who":"program","what":"sends","text":"ATDT0,1234567\r"})",
-            R"({"ms":0,"line":"COM 1","who":"modem","what":"sends","text":"ATDT0,1234567\r"})",
-            R"({"ms":9300,"line":"COM 1","who":"modem","what":"sends","text":"\r\nCONNECT 2400\r\n"})",
-            R"({"ms":9300,"line":"COM 1","who":"centre","what":"dials","text":"1234567"})",
-            R"({"ms":9300,"line":"COM 1","who":"centre","what":"sends","text":"ID="})",
-            R"({"ms":120000,"line":"COM 1","who":"centre","what":"delivers","recipient":"123","text":"HELLO"})",
-            R"({"ms":120000,"line":"COM 1","who":"centre","what":"notes","text":"well done"})",
-            R"({"ms":120000,"line":"COM 1","who":"centre","what":"ends","text":"1234567"})",
-            R"({"ms":120000,"line":"COM 1","who":"program","what":"closes"})"));
+    EXPECT_EQ(
+        "    0.000  COM 1  program  # opens the line\n"
+        "    0.000  COM 1  program  # sets the line to 2400,n,8,1\n"
+        "    0.000  COM 1  program  > ATDT0,1234567<cr>\n"
+        "    0.000  COM 1  modem    < ATDT0,1234567<cr>\n"
+        "    9.300  COM 1  modem    < <cr><lf>CONNECT 2400<cr><lf>\n"
+        "    9.300  COM 1  centre   # answers 1234567\n"
+        "    9.300  COM 1  centre   < ID=\n"
+        "  120.000  COM 1  centre   = page for 123: HELLO\n"
+        "  120.000  COM 1  centre   # well done\n"
+        "  120.000  COM 1  centre   # the call is over\n"
+        "  120.000  COM 1  program  # closes the line\n",
+        lines);
 }
 
 TEST(LineSettings, InWords) {

@@ -38,6 +38,19 @@ TEST_F(PagersimCommands, FindTheSameTime) {
     EXPECT_EQ("2001-01-08 10:00:07\n", Client({"sleep:8"}, {"--quiet"}).out);
 }
 
+TEST_F(PagersimCommands, LetTimePassBesideTheProgram) {
+    Plan(std::string("[[at]]\ntime = \"2001-01-08 10:00:03\"\nrun = \"'") + SIM_CLIENT +
+         "' sleep:5 print:eight now\"\n");
+    const Words steps = {"sleep:7", "print:seven", "sleep:7", "now"};
+    const char* const told = "seven\neight\n2001-01-08 10:00:08\n2001-01-08 10:00:14\n";
+    EXPECT_EQ(told, Client(steps, {"--quiet"}).out);
+
+    std::filesystem::copy(PRELOAD, Path("alone.so"));
+    setenv("PAGERSIM_PRELOAD", Path("alone.so").c_str(), 1);
+    EXPECT_EQ(told, Client(steps, {"--quiet"}).out) << "also where the shell takes no part";
+    unsetenv("PAGERSIM_PRELOAD");
+}
+
 TEST_F(PagersimCommands, MayKillTheProgramAndDontRunAgainInTheNext) {
     Plan("[[at]]\ntime = \"2001-01-08 10:00:07\"\nrun = \"echo kill; kill -KILL $PPID\"\n");
     const Words clock = {"--quiet", "--clock", "clock.txt"};

@@ -284,14 +284,17 @@ TEST_F(PagersimTest, MistakesInTheExchangeFileAreAllTold) {
         result.err);
 }
 
-// It would open the machine's own ports.
+// It would open the machine's own ports, unless there is a preload for it too.
 TEST_F(PagersimTest, ProgramOfAnotherWordSizeIsNotRun) {
     const char other_class = sizeof(void*) == 4 ? '\x02' : '\x01';
     Write("other", std::string("\x7f"
                                "ELF") +
                        other_class);
     chmod(Path("other").c_str(), 0755);
+    std::filesystem::copy(PRELOAD, Path("alone.so"));
+    setenv("PAGERSIM_PRELOAD", Path("alone.so").c_str(), 1);
     const Result result = Run({"--", "./other"});
+    unsetenv("PAGERSIM_PRELOAD");
     EXPECT_EQ(2, result.status);
     EXPECT_THAT(result.err, HasSubstr("Use the pagersim of the other build"));
 }

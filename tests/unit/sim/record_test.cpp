@@ -1,17 +1,7 @@
-// Printable bytes, events, transcripts and the event stream.
-#include <fcntl.h>
+// Printable bytes and transcripts.
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
-#include <thread>
 
 #include "sim/record/event.h"
-#include "sim/record/event_stream.h"
 #include "sim/record/printable.h"
 #include "sim/record/transcript.h"
 
@@ -19,7 +9,6 @@ namespace pagersim {
 namespace {
 
 using namespace std::chrono_literals;
-using ::testing::ElementsAre;
 
 TEST(Printable, ControlsHaveTheirNames) {
     EXPECT_EQ("<stx>123<cr>A C<cr><etx>17;<cr>", Printable("\x02"
@@ -51,42 +40,6 @@ TEST(Utf8Length, KnowsWellFormedCharactersOnly) {
     EXPECT_EQ(0U, Utf8Length("\xed\xa0\x80")) << "a surrogate";
     EXPECT_EQ(0U, Utf8Length("\xf4\x90\x80\x80")) << "beyond U+10FFFF";
     EXPECT_EQ(0U, Utf8Length("\xff"));
-}
-
-std::string AllBytes() {
-    std::string bytes;
-    for (int i = 0; i < 256; ++i) {
-        bytes += static_cast<char>(i);
-    }
-    return bytes;
-}
-
-TEST(EventJson, EveryKindAndEveryByteComesBack) {
-    for (const auto kind :
-         {EventKind::kOpens, EventKind::kCloses, EventKind::kSets, EventKind::kSends,
-          EventKind::kNotes, EventKind::kDials, EventKind::kDelivers, EventKind::kEnds}) {
-        const Event event{1234ms, "COM 1", "sms", kind, AllBytes(), "12\xff"};
-        EXPECT_EQ(event, EventFromJson(ToJson(event))) << ToJson(event);
-    }
-}
-
-TEST(EventJson, IsOneLine) {
-    const Event event{0ms, "COM 1", "sms", EventKind::kSends, AllBytes()};
-    EXPECT_EQ(std::string::npos, ToJson(event).find('\n'));
-}
-
-TEST(EventJson, IsReadable) {
-    EXPECT_EQ(R"({"ms":7330,"line":"COM 1","who":"program","what":"sends","text":"ATZ\r"})",
-              ToJson({7330ms, "COM 1", kProgram, EventKind::kSends, "ATZ\r"}));
-}
-
-TEST(EventJson, OtherTextsAreRefused) {
-    EXPECT_THROW(EventFromJson("ATZ"), std::invalid_argument);
-    EXPECT_THROW(EventFromJson("{}"), std::invalid_argument);
-    EXPECT_THROW(EventFromJson(R"({"ms":1,"line":"","who":"","what":"flies"})"),
-                 std::invalid_argument);
-    EXPECT_THROW(EventFromJson(R"({"ms":1,"line":"","who":"","what":"sends","text":"€"})"),
-                 std::invalid_argument);
 }
 
 class TranscriptTest : public ::testing::Test {
@@ -141,92 +94,6 @@ TEST_F(TranscriptTest, LinesAreKeptApart) {
     Says(0ms, kModem, "OK");
     EXPECT_EQ("    0.000  COM 1  modem    < OK\n",
               transcript_.Add({0ms, "COM 2", kModem, EventKind::kSends, "OK"}));
-}
-
-class EventStreamTest : public ::testing::Test {
- protected:
-    EventStreamTest() {
-        std::string pattern = "/tmp/event-stream-XXXXXX";
-        folder_ = mkdtemp(pattern.data());
-        path_ = folder_ + "/events";
-    }
-    ~EventStreamTest() override { std::filesystem::remove_all(folder_); }
-
-    std::vector<std::string> Lines() const {
-        std::vector<std::string> lines;
-        std::ifstream file(path_);
-        for (std::string line; std::getline(file, line);) {
-            lines.push_back(line);
-        }
-        return lines;
-    }
-
-    std::string folder_, path_;
-    const Event event_{20ms, "COM 1", kModem, EventKind::kSends, "OK"};
-};
-
-TEST_F(EventStreamTest, EventsArriveAtOnceOneALine) {
-    EventStream stream(path_, 0ms);
-    stream.Record(event_);
-    stream.Record(event_);
-    EXPECT_THAT(Lines(), ElementsAre(ToJson(event_), ToJson(event_)));
-}
-
-TEST_F(EventStreamTest, TimesBeginWithTheRun) {
-    EventStream(path_, 5000ms).Record(event_);
-    EXPECT_EQ(5020ms, EventFromJson(Lines().at(0)).at);
-}
-
-TEST_F(EventStreamTest, LongBytesComeInSeveralEvents) {
-    Event sent = event_;
-    sent.text = std::string(1000, 'x') + "end";
-    EventStream(path_, 0ms).Record(sent);
-    std::string text;
-    for (const std::string& line : Lines()) {
-        EXPECT_LE(line.size(), 4096U);
-        text += EventFromJson(line).text;
-    }
-    EXPECT_EQ(sent.text, text);
-    EXPECT_EQ(2U, Lines().size());
-}
-
-TEST_F(EventStreamTest, ALongPageStaysOne) {
-    Event page = event_;
-    page.kind = EventKind::kDelivers;
-    page.text = std::string(1000, 'x');
-    EventStream(path_, 0ms).Record(page);
-    ASSERT_EQ(1U, Lines().size());
-    EXPECT_EQ(page, EventFromJson(Lines()[0]));
-}
-
-TEST_F(EventStreamTest, WithoutAPathNothingIsWritten) {
-    EventStream("", 0ms).Record(event_);
-    EXPECT_TRUE(std::filesystem::is_empty(folder_));
-}
-
-TEST_F(EventStreamTest, APipeThatNobodyReadsHoldsNothingUp) {
-    ASSERT_EQ(0, mkfifo(path_.c_str(), 0600));
-    EventStream(path_, 0ms).Record(event_);
-}
-
-TEST_F(EventStreamTest, ClosingWaitsForThePipesReader) {
-    ASSERT_EQ(0, mkfifo(path_.c_str(), 0600));
-    const int pipe = open(path_.c_str(), O_RDWR | O_NONBLOCK);
-    ASSERT_GE(pipe, 0);
-    Event closes = event_;
-    closes.kind = EventKind::kCloses;
-    char bytes[512];
-    ssize_t read_before = 0;
-    std::thread reader([&] {
-        while (read_before <= 0) {
-            read_before = read(pipe, bytes, sizeof bytes);
-        }
-    });
-    EventStream(path_, 0ms).Record(closes);
-    EXPECT_EQ(-1, read(pipe, bytes, sizeof bytes)) << "something was left behind";
-    reader.join();
-    close(pipe);
-    EXPECT_EQ(ToJson(closes) + "\n", std::string(bytes, static_cast<std::size_t>(read_before)));
 }
 
 }  // namespace

@@ -5,11 +5,21 @@
 //   sleep:SECONDS      now              print:TEXT       close-all
 //   exec               kill             stdin            exit:STATUS
 //
+// With processes of its own: what stands between child or spawn and end is done by a child, made by
+// fork or as a program of its own; the pipe is one that children inherit.
+//
+//   child ... end      spawn ... end    await            kill-child
+//   pipe               tell:TEXT        hear             shell:COMMAND
+//   lock:FILE          unlock
+//
 // TEXT knows \r \n \e \0 \xHH. Ends with 1 when a text didn't come, with 2 when a line doesn't
 // open.
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -19,6 +29,7 @@
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -129,6 +140,74 @@ void WaitForInput() {
     }
 }
 
+pid_t child = 0;  // the latest
+int ends[2] = {-1, -1};
+int locked = -1;
+
+void Run(char** first, char** last);
+
+char** EndOf(char** step) {
+    while (*step != nullptr && std::strcmp(*step, "end") != 0) {
+        ++step;
+    }
+    return step;
+}
+
+void Fork(char** steps) {
+    std::fflush(stdout);
+    child = fork();
+    if (child == 0) {
+        Run(steps, EndOf(steps));
+        std::exit(0);
+    }
+}
+
+void Spawn(char** steps) {
+    std::string name = "sim_client";
+    std::vector<char*> arguments = {name.data()};
+    arguments.insert(arguments.end(), steps, EndOf(steps));
+    arguments.push_back(nullptr);
+    posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, arguments.data(), environ);
+}
+
+void Hear() {
+    char text[64];
+    const ssize_t count = read(ends[0], text, sizeof text);
+    std::printf("%.*s\n", static_cast<int>(count), text);
+}
+
+void LockFile(const std::string& path) {
+    locked = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+    flock(locked, LOCK_EX);
+}
+
+bool DoWithProcesses(const std::string& name, const std::string& argument, char** step) {
+    if (name == "child") {
+        Fork(step + 1);
+    } else if (name == "spawn") {
+        Spawn(step + 1);
+    } else if (name == "await") {
+        wait(nullptr);
+    } else if (name == "kill-child") {
+        kill(child, SIGKILL);
+    } else if (name == "pipe") {
+        return pipe(ends) == 0;
+    } else if (name == "tell") {
+        return write(ends[1], argument.data(), argument.size()) > 0;
+    } else if (name == "hear") {
+        Hear();
+    } else if (name == "shell") {
+        return system(argument.c_str()) == 0;
+    } else if (name == "lock") {
+        LockFile(argument);
+    } else if (name == "unlock") {
+        flock(locked, LOCK_UN);
+    } else {
+        return false;
+    }
+    return true;
+}
+
 // The step is the last this program does when it replaces itself.
 void Do(char** step) {
     const std::string text = *step;
@@ -159,14 +238,23 @@ void Do(char** step) {
         WaitForInput();
     } else if (name == "exit") {
         std::exit(std::stoi(argument));
+    } else {
+        DoWithProcesses(name, argument, step);
     }
     std::fflush(stdout);
+}
+
+void Run(char** first, char** last) {
+    for (char** step = first; step != last; ++step) {
+        Do(step);
+        if (std::strcmp(*step, "child") == 0 || std::strcmp(*step, "spawn") == 0) {
+            step = EndOf(step);
+        }
+    }
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    for (int i = 1; i < count; ++i) {
-        Do(arguments + i);
-    }
+    Run(arguments + 1, arguments + count);
 }

@@ -1,0 +1,145 @@
+// Talking to a process, and looking at it. Tested by tests/unit/sim/shared_world_test.cpp.
+#include "sim/server/member.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace pagersim {
+namespace {
+
+std::string FolderOf(const Member& member) {
+    return "/proc/" + std::to_string(member.pid);
+}
+
+// What the system says of a thread, in hexadecimal but for the first.
+struct ThreadStatus {
+    char state = '?';  // 'S': sleeps, 'T': is stopped, ...
+    uint64_t pending = 0, pending_for_process = 0, blocked = 0;
+};
+
+ThreadStatus StatusIn(const std::string& folder) {
+    constexpr int kHexadecimal = 16;
+    ThreadStatus status;
+    std::ifstream file(folder + "/status");
+    for (std::string name, value, rest; file >> name >> value && std::getline(file, rest);) {
+        if (name == "State:") {
+            status.state = value.front();
+        } else if (name == "SigPnd:") {
+            status.pending = std::stoull(value, nullptr, kHexadecimal);
+        } else if (name == "ShdPnd:") {
+            status.pending_for_process = std::stoull(value, nullptr, kHexadecimal);
+        } else if (name == "SigBlk:") {
+            status.blocked = std::stoull(value, nullptr, kHexadecimal);
+        }
+    }
+    return status;
+}
+
+bool Sleeps(const ThreadStatus& status) {
+    const uint64_t on_its_way = (status.pending | status.pending_for_process) & ~status.blocked;
+    return (status.state == 'S' || status.state == 'T') && on_its_way == 0;
+}
+
+}  // namespace
+
+bool IsReadable(int fd, int timeout_ms) {
+    pollfd look{fd, POLLIN, 0};
+    return fd >= 0 && poll(&look, 1, timeout_ms) > 0;
+}
+
+OwnedDescriptor::~OwnedDescriptor() {
+    if (fd_ >= 0) {
+        close(fd_);
+    }
+}
+
+OwnedDescriptor& OwnedDescriptor::operator=(OwnedDescriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+}
+
+Voice ListenTo(const Member& member) {
+    // In this order: what a process said before it ended is there when its end can be seen.
+    const bool has_ended = IsReadable(member.process.Get());
+    char byte = 0;
+    const ssize_t count = recv(member.socket.Get(), &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT);
+    if (count > 0) {
+        return Voice::kSpeaks;
+    }
+    const bool has_closed = count == 0 || (errno != EAGAIN && errno != EINTR);
+    return has_ended || has_closed ? Voice::kEnded : Voice::kSilent;
+}
+
+std::optional<Received> ReceiveFrom(const Member& member) {
+    Received received{};
+    char bytes[kMostPayload];
+    iovec parts[2] = {{&received.request, sizeof received.request}, {bytes, sizeof bytes}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    const ssize_t count = recvmsg(member.socket.Get(), &message, MSG_DONTWAIT);
+    if (count < static_cast<ssize_t>(sizeof received.request)) {
+        return std::nullopt;
+    }
+    received.payload.assign(bytes, static_cast<std::size_t>(count) - sizeof received.request);
+    return received;
+}
+
+void SendTo(const Member& member, const Reply& reply, std::string_view payload) {
+    iovec parts[2] = {{const_cast<Reply*>(&reply), sizeof reply},
+                      {const_cast<char*>(payload.data()), payload.size()}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    while (sendmsg(member.socket.Get(), &message, MSG_NOSIGNAL) < 0 && errno == EINTR) {
+    }
+}
+
+std::string NameOf(const Member& member) {
+    std::string name;
+    std::getline(std::ifstream(FolderOf(member) + "/comm"), name);
+    return std::to_string(member.pid) + " (" + name + ")";
+}
+
+bool RunsWithoutUs(const Member& member) {
+    std::ifstream maps(FolderOf(member) + "/maps");
+    if (!maps) {
+        return false;
+    }
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find("preload") != std::string::npos) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool IsParentOf(const Member& member, const Member& other) {
+    std::ifstream file(FolderOf(other) + "/status");
+    for (std::string name, value, rest; file >> name >> value && std::getline(file, rest);) {
+        if (name == "PPid:") {
+            return value == std::to_string(member.pid);
+        }
+    }
+    return false;
+}
+
+bool IsAsleep(const Member& member) {
+    std::error_code error;
+    std::filesystem::directory_iterator threads(FolderOf(member) + "/task", error);
+    return !error && std::all_of(begin(threads), end(threads), [](const auto& thread) {
+        return Sleeps(StatusIn(thread.path().string()));
+    });
+}
+
+}  // namespace pagersim

@@ -1,0 +1,87 @@
+// A process of a shared world, as the server knows it.
+#ifndef PAGERFWD_SIM_SERVER_MEMBER_H
+#define PAGERFWD_SIM_SERVER_MEMBER_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "sim/world/messages.h"
+#include "sim/world/time.h"
+
+namespace pagersim {
+
+// A file descriptor that is closed with its owner.
+class OwnedDescriptor {
+ public:
+    explicit OwnedDescriptor(int fd = -1) : fd_(fd) {}
+    ~OwnedDescriptor();
+    OwnedDescriptor(OwnedDescriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+    OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept;
+
+    int Get() const { return fd_; }
+
+ private:
+    int fd_;
+};
+
+bool IsReadable(int fd, int timeout_ms = 0);
+
+struct Received {
+    Request request;
+    std::string payload;
+};
+
+// How many descriptors of which connection of which line.
+using Holdings = std::map<std::pair<int32_t, uint32_t>, int>;
+
+struct Member {
+    OwnedDescriptor socket;
+    pid_t pid = 0;            // 0: not known yet
+    OwnedDescriptor process;  // readable when the process has ended
+    bool has_spoken = false;  // else its program is none of ours, or hasn't begun yet
+
+    // Runs: it has the turn, or could go on with it. Else it rests as its latest kRest says.
+    bool runs = true;
+    bool is_owed_turn = false;  // its kRest hasn't been answered
+    bool is_aside =
+        false;            // it runs and has no turn: others go on beside it, and time stands still
+    uint64_t since = 0;   // when it last began to run or to rest: a count of such beginnings
+    uint64_t looked = 0;  // how many deeds there had been when it last looked
+    Micros deadline = kNever;
+    uint32_t flags = 0;
+    uint32_t lines = 0;  // it waits for input on
+
+    uint32_t input = 0;  // lines with input that it hasn't been told of
+    Holdings holdings;
+};
+
+// Whether a message is there, or will never be any more.
+enum class Voice { kSilent, kSpeaks, kEnded };
+Voice ListenTo(const Member& member);
+
+// The next message; none when there isn't any.
+std::optional<Received> ReceiveFrom(const Member& member);
+
+// A member that doesn't take it is one whose end hasn't been noticed yet.
+void SendTo(const Member& member, const Reply& reply, std::string_view payload = {});
+
+// The process's name and number for messages: "1234 (pagerfwd)".
+std::string NameOf(const Member& member);
+
+// Whether the process runs without our library, as far as can be seen: it has none of its files.
+bool RunsWithoutUs(const Member& member);
+
+// Whether it has made the other, as far as can be seen.
+bool IsParentOf(const Member& member, const Member& other);
+
+// Whether all its threads sleep in the system, and no signal is on its way to one.
+bool IsAsleep(const Member& member);
+
+}  // namespace pagersim
+
+#endif

@@ -1,0 +1,140 @@
+// The world that several processes share: its clock, its lines, and whose turn it is.
+#ifndef PAGERFWD_SIM_SERVER_WORLD_SERVER_H
+#define PAGERFWD_SIM_SERVER_WORLD_SERVER_H
+
+#include <array>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "sim/far_end.h"
+#include "sim/server/member.h"
+#include "sim/world/line.h"
+#include "sim/world/timeline.h"
+
+namespace pagersim {
+
+// One process has the turn at a time; so what happens in a world doesn't depend on the machine.
+// When it rests or ends, the next is, of those that could go on at this instant, the one that has
+// rested the longest. Could go on: a new one; one with input on a line it waits for; one that came
+// back from the system; and, when a process has done something that others can see (written to a
+// pipe, freed a lock, ended), each that waits for such things: it gets the turn to look. When there
+// is none, time jumps to the earliest event or deadline.
+//
+// A process that doesn't take part (its program takes no preload) has no turn: others go on beside
+// it, and time stands still. The same holds for one that has the turn and sleeps in a call of the
+// system that the simulation doesn't know, once that has lasted a while of real time.
+//
+// Threads    One.
+class WorldServer final : public Timeline {
+ public:
+    // Time 0 is `wall`. Errors: throws std::system_error when the socket can't be made.
+    WorldServer(const std::string& socket, std::time_t wall, Micros step);
+    ~WorldServer() override;
+    WorldServer(const WorldServer&) = delete;
+    WorldServer& operator=(const WorldServer&) = delete;
+
+    Micros Now() const override { return now_; }
+    EventQueue& Events() override { return events_; }
+    void WakeForInput(unsigned lines) override;
+
+    void AddLine(int com, std::unique_ptr<FarEnd> far_end);
+    void RemoveLine(int com) { lines_.at(static_cast<std::size_t>(com - 1)).reset(); }
+    Line* LineOn(int com);
+
+    // A connection for a process that is to be started from here, and is in the world from now on:
+    // the process inherits it.
+    OwnedDescriptor Invite();
+    // The process that was invited last. `takes_part`: as far as is known.
+    void Invited(pid_t pid, bool takes_part);
+
+    // Goes on as far as it can, and waits a little for what comes next: from a process, or until
+    // `other` is readable.
+    void Serve(int other);
+
+    bool IsEmpty() const { return members_.empty(); }
+
+    // Nothing can happen in virtual time any more, unless something comes from outside.
+    bool IsIdle() const { return holder_ == nullptr && idle_; }
+
+    // The processes that take part.
+    std::vector<pid_t> Participants() const;
+
+    // As VirtualClock::SetPatience.
+    void SetPatience(Milliseconds real) { patience_ = real; }
+
+ private:
+    struct Choice {
+        Member* member;
+        Why why;
+    };
+
+    // Who is in the world.
+    Member& Add(OwnedDescriptor socket);
+    void AcceptAll();
+    Member* InvitedBy(pid_t pid);
+    static void Watch(Member& member, pid_t pid);
+    void Bury(Member& member);
+    void Drop(const Holdings& holdings);
+
+    // Turns.
+    void GoOn();
+    bool HearHolder();
+    void AwaitSignals();
+    void HearOthers();
+    void HearEach();
+    void HearSignal();
+    Choice ChooseNext();
+    Choice ChooseNow() const;
+    bool CouldGoOn(const Member& member) const;
+    bool MustLook(const Member& member) const;
+    static Micros DeadlineOf(const Member& member);
+    bool TimeStandsStill() const;
+    bool AwaitsChild(const Member& member) const;
+    Member* EarliestDeadline() const;
+    void RunDueEvents();
+    void GiveTurn(const Choice& choice);
+    void Rest(Member& member, const Request& request);
+
+    // Questions, in questions.cpp.
+    void Hear(Member& member, const Received& received);
+    void Start(Member& member, const Received& received);
+    void Fork(Member& member);
+    void Open(Member& member, int com);
+    void AskLine(Member& member, const Received& received);
+    Terminal Find(uint32_t terminal);
+    Micros HorizonFor(const Member& member) const;
+    uint32_t OthersOf(const Member& member) const;
+    Reply Message(Member& member, Why why) const;
+    void SendReply(Member& member, std::string_view payload = {});
+    void Refuse(Member& member, int error);
+
+    // Real waiting.
+    void WaitFor(int other);
+    void DoubtHolder();
+    void TellIfStuck();
+    bool IsStuck() const;
+    void ReportStuck();
+
+    const std::string path_;
+    OwnedDescriptor listener_;
+    const int64_t wall_at_start_;
+    const Micros step_;
+    Micros now_{0};
+    EventQueue events_;
+    std::array<std::unique_ptr<Line>, kLines> lines_;
+    std::vector<std::unique_ptr<Member>> members_;  // by birth
+    Member* holder_ = nullptr;                      // whose turn it is
+    uint64_t beginnings_ = 0;
+    uint64_t deeds_ = 1;
+    bool idle_ = false;
+    bool signals_under_way_ = false;
+    Milliseconds silence_{0};  // of the holder, in real time
+    Milliseconds patience_{60'000};
+    Milliseconds idle_for_{0};
+};
+
+}  // namespace pagersim
+
+#endif

@@ -1,0 +1,206 @@
+// Talking to the server of a shared world. Tested by tests/unit/sim/shared_world_test.cpp.
+#include "sim/world/link.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "sim/preload/real_calls.h"
+
+namespace pagersim {
+namespace {
+
+// Above the descriptors that a program usually has, as lines are.
+constexpr int kFirstOfOurs = 700;
+
+[[noreturn]] void EndWithoutWorld() {
+    static constexpr std::string_view kText = "pagersim: the world of this program has ended\n";
+    constexpr int kStatus = 125;
+    (void)Real().write(STDERR_FILENO, kText.data(), kText.size());
+    _exit(kStatus);
+}
+
+sockaddr_un AddressOf(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    return address;
+}
+
+int MovedUp(int fd) {
+    const int high = Real().fcntl(fd, F_DUPFD, kFirstOfOurs);
+    if (high < 0) {
+        return fd;
+    }
+    Real().close(fd);
+    return high;
+}
+
+void SetInherited(int fd, bool inherited) {
+    Real().fcntl(fd, F_SETFD, inherited ? 0 : FD_CLOEXEC);
+}
+
+}  // namespace
+
+Link::Link(std::string path) : path_(std::move(path)) {
+    socket_ = FindInherited();
+    if (socket_ < 0) {
+        socket_ = Connect();
+    }
+}
+
+Reply Link::Ask(Request request, std::string_view sent, std::string* payload) {
+    Send(request, sent);
+    Reply reply{};
+    Receive(reply, payload, 0);
+    return reply;
+}
+
+Reply Link::Start(std::string_view terminals, std::string* payload) {
+    Request request{};
+    request.ask = Question::kStart;
+    request.number = static_cast<uint32_t>(getpid());
+    Send(request, terminals);
+    Reply reply{};
+    Receive(reply, payload, 0);
+    has_turn_ = true;
+    return reply;
+}
+
+void Link::Tell(const Request& request) {
+    Send(request, {});
+}
+
+void Link::Rest(int64_t deadline, uint32_t flags, uint32_t lines) {
+    Request request{};
+    request.ask = Question::kRest;
+    request.deadline = deadline;
+    request.number = flags;
+    request.connection = lines;
+    Send(request, {});
+    has_turn_ = false;
+    wanted_ = false;
+}
+
+void Link::Want() {
+    if (!std::exchange(wanted_, true)) {
+        Request request{};
+        request.ask = Question::kWant;
+        Send(request, {});
+    }
+}
+
+bool Link::ReceiveTurn(Reply& reply, bool wait) {
+    has_turn_ = has_turn_ || Receive(reply, nullptr, wait ? 0 : MSG_DONTWAIT) > 0;
+    wanted_ = wanted_ && !has_turn_;
+    return has_turn_;
+}
+
+Reply Link::PrepareChild() {
+    child_ = Connect();
+    Request request{};
+    request.ask = Question::kFork;
+    const Reply reply = Ask(request);
+    SetInherited(socket_, false);
+    return reply;
+}
+
+void Link::ForgetChild() {
+    SetInherited(socket_, true);
+    Real().close(std::exchange(child_, -1));
+}
+
+void Link::Adopt() {
+    Real().close(socket_);
+    socket_ = std::exchange(child_, -1);
+    has_turn_ = false;
+    wanted_ = false;
+}
+
+void Link::StayInherited() {
+    SetInherited(socket_, true);
+}
+
+bool Link::Owns(int fd) const {
+    return fd >= 0 && (fd == socket_ || fd == child_);
+}
+
+void Link::Send(Request request, std::string_view payload) {
+    request.now = now_;
+    iovec parts[2] = {{&request, sizeof request},
+                      {const_cast<char*>(payload.data()), payload.size()}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    while (sendmsg(socket_, &message, MSG_NOSIGNAL) < 0) {
+        if (errno != EINTR) {
+            EndWithoutWorld();
+        }
+    }
+}
+
+ssize_t Link::Receive(Reply& reply, std::string* payload, int flags) {
+    char bytes[kMostPayload];
+    iovec parts[2] = {{&reply, sizeof reply}, {bytes, sizeof bytes}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    for (;;) {
+        const ssize_t count = Real().recvmsg(socket_, &message, flags);
+        if (count >= static_cast<ssize_t>(sizeof reply)) {
+            if (payload != nullptr) {
+                payload->assign(bytes, static_cast<size_t>(count) - sizeof reply);
+            }
+            return count;
+        }
+        if (count < 0 && errno == EAGAIN) {
+            return 0;
+        }
+        if (count >= 0 || errno != EINTR) {
+            EndWithoutWorld();
+        }
+    }
+}
+
+int Link::Connect() const {
+    const int fd = MovedUp(socket(AF_UNIX, SOCK_SEQPACKET, 0));
+    const sockaddr_un address = AddressOf(path_);
+    if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        EndWithoutWorld();
+    }
+    return fd;
+}
+
+// A descriptor that leads to the server: -1 when there is none.
+int Link::FindInherited() const {
+    DIR* const folder = opendir("/proc/self/fd");
+    int found = -1;
+    while (folder != nullptr && found < 0) {
+        const dirent* const entry = readdir(folder);
+        if (entry == nullptr) {
+            break;
+        }
+        const int fd = std::atoi(entry->d_name);
+        sockaddr_un peer{};
+        socklen_t size = sizeof peer;
+        if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 &&
+            peer.sun_family == AF_UNIX && path_ == peer.sun_path) {
+            found = fd;
+        }
+    }
+    if (folder != nullptr) {
+        closedir(folder);
+    }
+    return found;
+}
+
+}  // namespace pagersim

@@ -1,0 +1,65 @@
+// A process's connection to the world that it shares with others.
+#ifndef PAGERFWD_SIM_WORLD_LINK_H
+#define PAGERFWD_SIM_WORLD_LINK_H
+
+#include <string>
+#include <string_view>
+
+#include "sim/world/messages.h"
+
+namespace pagersim {
+
+// Order      Questions only with the turn. Rest gives it up; ReceiveTurn brings it back.
+// Threads    Every operation requires the world's lock.
+// Errors     A process whose world is gone can't go on: it ends at once.
+class Link {
+ public:
+    // The connection that this program has inherited, or a new one. `path` is the server's socket.
+    explicit Link(std::string path);
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
+
+    bool HasTurn() const { return has_turn_; }
+    int Descriptor() const { return socket_; }  // readable when the turn comes
+
+    // Asks and waits for the answer. `payload` receives what comes with it, if given.
+    Reply Ask(Request request, std::string_view sent = {}, std::string* payload = nullptr);
+
+    // The first question of a program, without the turn: the answer comes with it.
+    Reply Start(std::string_view terminals, std::string* payload);
+
+    void Tell(const Request& request);  // a question that isn't answered
+    void Rest(int64_t deadline, uint32_t flags, uint32_t lines);
+    void Want();  // once for each rest
+
+    // Goes with every message.
+    void SetNow(int64_t now) { now_ = now; }
+
+    // The turn, if it has come; or, with `wait`, when it comes.
+    bool ReceiveTurn(Reply& reply, bool wait);
+
+    // Around the making of a child. The child's end is inherited by a program that takes this one's
+    // place or that is started from here; Adopt makes it ours, in a child of fork.
+    Reply PrepareChild();
+    void ForgetChild();       // in the parent, when the child has it
+    void Adopt();             // in the child
+    void StayInherited();     // whatever the program has set for its descriptors
+    bool Owns(int fd) const;  // not the program's to close
+
+ private:
+    void Send(Request request, std::string_view payload);
+    ssize_t Receive(Reply& reply, std::string* payload, int flags);
+    int Connect() const;
+    int FindInherited() const;
+
+    const std::string path_;
+    int socket_ = -1;
+    int child_ = -1;
+    int64_t now_ = 0;
+    bool has_turn_ = false;
+    bool wanted_ = false;
+};
+
+}  // namespace pagersim
+
+#endif

@@ -1,0 +1,168 @@
+// Several processes in one world: one clock, one exchange, one transcript.
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+
+#include "tests/unit/sim/pagersim_fixture.h"
+
+namespace pagersim {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class SharedWorld : public PagersimTest {
+ protected:
+    SharedWorld() {
+        Write("exchange.toml",
+              std::string(kExchange) + "[[line]]\nport = \"COM 2\"\n[[line]]\nport = \"COM 3\"\n");
+    }
+
+    static Words Dial(const std::string& device) {
+        return {"open:" + device, "send:ATDT0,5550101\\r", "wait:CONNECT"};
+    }
+    static Words Child(const Words& steps) { return Words{"child"} + steps + Words{"end"}; }
+    static Words Spawned(const Words& steps) { return Words{"spawn"} + steps + Words{"end"}; }
+
+    Result Quietly(const Words& steps) const { return Client(steps, {"--quiet"}); }
+};
+
+// The clock.
+
+TEST_F(SharedWorld, ParentAndChildShareTheClock) {
+    EXPECT_EQ(
+        "three\nfive\n2001-01-08 10:00:05\n",
+        Quietly(Child({"sleep:5", "print:five"}) + Words{"sleep:3", "print:three", "await", "now"})
+            .out);
+}
+
+TEST_F(SharedWorld, SpawnedProgramsAreInItToo) {
+    EXPECT_EQ("three\nfive\n2001-01-08 10:00:05\n",
+              Quietly(Spawned({"sleep:5", "print:five"}) +
+                      Words{"sleep:3", "print:three", "await", "now"})
+                  .out);
+}
+
+TEST_F(SharedWorld, AProgramThatReplacesAnotherStaysInIt) {
+    EXPECT_EQ("2001-01-08 10:00:07\n",
+              Quietly(Child({"sleep:3", "close-all", "exec", "sleep:4", "now"}) +
+                      Words{"await", "exit:0"})
+                  .out);
+}
+
+TEST_F(SharedWorld, TheParentGoesOnFirstAndTheChildAtTheSameInstant) {
+    EXPECT_EQ("parent\nchild\n2001-01-08 10:00:00\n",
+              Quietly(Child({"print:child"}) + Words{"print:parent", "await", "now"}).out);
+}
+
+// What processes wait for of each other.
+
+TEST_F(SharedWorld, AReaderHearsBeforeTimePasses) {
+    EXPECT_EQ("hello\n2001-01-08 10:00:05\n",
+              Quietly(Words{"pipe"} + Child({"hear", "now"}) +
+                      Words{"sleep:5", "tell:hello", "sleep:60", "await"})
+                  .out);
+}
+
+TEST_F(SharedWorld, AFileLockIsAwaited) {
+    EXPECT_EQ("2001-01-08 10:00:09\n", Quietly(Words{"lock:" + Path("lock")} +
+                                               Child({"lock:" + Path("lock"), "now", "sleep:60"}) +
+                                               Words{"sleep:9", "unlock", "sleep:1"})
+                                           .out);
+}
+
+TEST_F(SharedWorld, AProgramThatTakesNoPartMakesTimeStandStill) {
+    EXPECT_EQ(
+        "before\nafter\n2001-01-08 10:00:00\n",
+        Quietly({"print:before", "shell:env -u LD_PRELOAD /bin/sh -c 'echo after'", "now"}).out);
+}
+
+#ifdef SIM_OTHER_CLIENT
+TEST_F(SharedWorld, ProgramsOfBothWordSizesAreInOne) {
+    const Result result = Client(Words{"open:/dev/ttyS0",
+                                       std::string("shell:'") + SIM_OTHER_CLIENT +
+                                           "' sleep:5 open:/dev/ttyS1 'send:ATDT0,5550101\\r' "
+                                           "wait:CONNECT now",
+                                       "now"});
+    EXPECT_EQ(0, result.status) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("# closes the line\n2001-01-08 10:00:14\n"));
+    EXPECT_THAT(result.out, HasSubstr("   14.300  COM 2  tap      # answers 5550101\n"));
+}
+#endif
+
+// Lines.
+
+TEST_F(SharedWorld, TwoLinesInOneTranscript) {
+    const Result result =
+        Client(Child(Dial("/dev/ttyS1") + kPage) + Dial("/dev/ttyS2") + kPage + Words{"await"});
+    EXPECT_EQ(0, result.status) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("COM 2  tap      = page for 123: ABC\n"));
+    EXPECT_THAT(result.out, HasSubstr("COM 3  tap      = page for 123: ABC\n"));
+    EXPECT_THAT(result.out, HasSubstr("virtual time: 9.700 s\n")) << "at once, not in turn";
+}
+
+TEST_F(SharedWorld, AKilledProcessLeavesAModemThatHangsUp) {
+    const Result result =
+        Client(Child(Dial("/dev/ttyS0") + Words{"sleep:1000"}) + Words{"sleep:30", "kill-child"} +
+               Words{"await"} + Dial("/dev/ttyS0") + kPage);
+    EXPECT_EQ(0, result.status) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("   30.000  COM 1  tap      # the call is over\n"
+                                      "   30.000  COM 1  program  # closes the line\n"
+                                      "   30.000  COM 1  program  # opens the line\n"));
+}
+
+TEST_F(SharedWorld, ALineStaysOpenAsLongAsOneHasIt) {
+    const Result result = Client(Words{"open:/dev/ttyS0"} + Child({"sleep:9", "close"}) +
+                                 Words{"sleep:5", "close", "await"});
+    EXPECT_THAT(result.out, HasSubstr("    9.000  COM 1  program  # closes the line\n"));
+}
+
+// The proof: whatever the machine does meanwhile.
+
+// Keeps the machine busy.
+class Load {
+ public:
+    explicit Load(int threads) {
+        for (int i = 0; i < threads; ++i) {
+            threads_.emplace_back([this] {
+                while (!over_) {
+                }
+            });
+        }
+    }
+    ~Load() {
+        over_ = true;
+        for (std::thread& thread : threads_) {
+            thread.join();
+        }
+    }
+    Load(const Load&) = delete;
+    Load& operator=(const Load&) = delete;
+
+ private:
+    std::atomic<bool> over_{false};
+    std::vector<std::thread> threads_;
+};
+
+TEST_F(SharedWorld, SameInputSameTranscriptUnderLoad) {
+    const Words family = Words{"pipe"} + Child(Dial("/dev/ttyS0") + kPage + Words{"tell:one"}) +
+                         Spawned(Dial("/dev/ttyS1") + Words{"sleep:1000"}) +
+                         Words{"sleep:20", "kill-child"} +
+                         Child(Dial("/dev/ttyS1") + kPage + Words{"tell:two"}) +
+                         Dial("/dev/ttyS2") + kPage + Words{"hear", "hear", "await", "await"};
+    const Result first = Client(family);
+    EXPECT_THAT(first.out, HasSubstr("tap received 3 pages"));
+    const char* const asked = getenv("PAGERSIM_PROOF_RUNS");
+    const int runs = asked != nullptr ? std::atoi(asked) : 5;
+    const Load load(4);
+    for (int i = 0; i < runs; ++i) {
+        const Result again = Client(family);
+        ASSERT_EQ(first.out, again.out) << "run " << i;
+        ASSERT_EQ(first.err, again.err) << "run " << i;
+    }
+}
+
+}  // namespace
+}  // namespace pagersim
