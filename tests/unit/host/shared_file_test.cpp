@@ -4,8 +4,10 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -84,14 +86,39 @@ TEST_F(SharedFile, IsTakenAwayFromOthers) {
     EXPECT_EQ(0640U, ModeOf("f"));
 }
 
-class WholeFile : public SharedFile {};
+// As a disk that is full there: so much of a file is taken, then nothing more.
+class RoomFor {
+ public:
+    explicit RoomFor(rlim_t bytes) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit less{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &less);
+    }
+    ~RoomFor() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    RoomFor(const RoomFor&) = delete;
+    RoomFor& operator=(const RoomFor&) = delete;
+
+ private:
+    void (*const handler_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before_{};
+};
+
+class WholeFile : public SharedFile {
+ protected:
+    static std::string TextOf(const char* path) {
+        std::ostringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
+    }
+};
 
 TEST_F(WholeFile, IsPutInThePlaceOfTheOneBefore) {
     WriteWhole("f", "one\n", 0644);
     WriteWhole("f", "two\n", 0644);
-    std::ostringstream text;
-    text << std::ifstream("f").rdbuf();
-    EXPECT_EQ("two\n", text.str());
+    EXPECT_EQ("two\n", TextOf("f"));
     EXPECT_EQ(0644U, ModeOf("f"));
     EXPECT_EQ(1U, Files());
 }
@@ -100,6 +127,16 @@ TEST_F(WholeFile, LeavesNothingBehindWhereItCantBeWritten) {
     fs::create_directories("f/x");
     EXPECT_THROW(WriteWhole("f", "x", 0644), FileError);
     EXPECT_THROW(WriteWhole("no/such/folder/f", "x", 0644), FileError);
+    EXPECT_EQ(1U, Files());
+}
+
+TEST_F(WholeFile, LeavesTheOneBeforeWhereTheDiskIsFullInItsMiddle) {
+    WriteWhole("f", "good\n", 0644);
+    for (const rlim_t room : {0, 5}) {
+        const RoomFor some(room);
+        EXPECT_THROW(WriteWhole("f", "one that is longer\n", 0644), FileError) << room;
+    }
+    EXPECT_EQ("good\n", TextOf("f"));
     EXPECT_EQ(1U, Files());
 }
 
