@@ -2,7 +2,6 @@
 #include "host/service/deliveries.h"
 
 #include "host/alarms/states.h"
-#include "host/store/faults.h"
 #include "host/text/controls.h"
 
 namespace host {
@@ -57,7 +56,7 @@ const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm
 }
 
 // One that can't be read doesn't hide the others.
-std::vector<Delivery> ReadOpenOneByOne(Connection& connection) {
+std::vector<Delivery> ReadOpenOneByOne(Connection& connection, size_t* unreadable) {
     Statement count(connection, "SELECT count(*) FROM Host_Deliveries WHERE answer IS NULL");
     count.Step();
     std::vector<Delivery> deliveries;
@@ -69,8 +68,10 @@ std::vector<Delivery> ReadOpenOneByOne(Connection& connection) {
             for (Delivery& delivery : ReadAll(statement)) {
                 deliveries.push_back(std::move(delivery));
             }
-        } catch (const RowTooLarge& error) {
-            ReportFault("an open delivery is left out: " + std::string(error.what()));
+        } catch (const RowTooLarge&) {
+            if (unreadable != nullptr) {
+                ++*unreadable;
+            }
         }
     }
     return deliveries;
@@ -96,20 +97,15 @@ std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& al
     return ReadAll(statement);
 }
 
-std::vector<Delivery> OpenDeliveries(Connection& connection) {
+std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable) {
     try {
         Statement statement(
             connection,
             std::string(kSelect) + "WHERE answer IS NULL ORDER BY CAST(alarm AS INTEGER), place");
         return ReadAll(statement);
     } catch (const RowTooLarge&) {
-        return ReadOpenOneByOne(connection);
+        return ReadOpenOneByOne(connection, unreadable);
     }
-}
-
-bool HasOpenDeliveries(Connection& connection) {
-    return Statement(connection, "SELECT 1 FROM Host_Deliveries WHERE answer IS NULL LIMIT 1")
-        .Step();
 }
 
 void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer) {

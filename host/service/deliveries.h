@@ -43,8 +43,8 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 
 std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm);
-std::vector<Delivery> OpenDeliveries(Connection& connection);
-bool HasOpenDeliveries(Connection& connection);
+// unreadable: gets how many are too large to be read, if it is given. They hide no others.
+std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
 
 void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer);
 

@@ -1,6 +1,7 @@
 // New alarms. Tested by tests/unit/host/intake_test.cpp.
 #include "host/service/intake.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "host/alarms/mending.h"
@@ -26,6 +27,12 @@ bool NeedsNoPaging(const Alarm& alarm) {
     return alarm.acknowledged || alarm.state == kStateAcknowledged;
 }
 
+std::string RowOf(int64_t row) {
+    return "row " + std::to_string(row) + " of the alarm log";
+}
+
+constexpr const char* kTooLarge = "it has a text of more than 1 MiB";
+
 void SetState(Connection& connection, const Alarm& alarm, const char* state) {
     WriteTransaction transaction(connection);
     SetPagerState(connection, alarm.row, state);
@@ -40,7 +47,12 @@ void Intake::Run(Connection& connection) {
         return;
     }
     not_before_ = 0;
-    for (const Delivery& delivery : OpenDeliveries(connection)) {
+    size_t unreadable = 0;
+    const std::vector<Delivery> deliveries = OpenDeliveries(connection, &unreadable);
+    for (size_t number = 1; number <= unreadable; ++number) {
+        SetAside("open delivery " + std::to_string(number) + " that can't be read", kTooLarge);
+    }
+    for (const Delivery& delivery : deliveries) {
         try {
             if (!HandOver(connection, delivery)) {
                 not_before_ = std::time(nullptr) + kSecondsBeforeAgain;
@@ -51,8 +63,18 @@ void Intake::Run(Connection& connection) {
     }
 }
 
+bool Intake::IsDone(Connection& connection) const {
+    const auto is_aside = [this](const std::string& what) { return aside_.count(what) != 0; };
+    const std::vector<Alarm> alarms = NewAlarms(connection);
+    const std::vector<Delivery> deliveries = OpenDeliveries(connection);
+    return std::all_of(alarms.begin(), alarms.end(),
+                       [&](const Alarm& alarm) { return is_aside(RowOf(alarm.row)); }) &&
+           std::all_of(deliveries.begin(), deliveries.end(),
+                       [&](const Delivery& delivery) { return is_aside(Name(delivery)); });
+}
+
 void Intake::SetAside(const std::string& what, const std::string& why) {
-    if (told_.insert(what).second) {
+    if (aside_.insert(what).second) {
         log_.Error(what + " is set aside: " + why);
     }
 }
@@ -61,8 +83,7 @@ void Intake::TakeUp(Connection& connection) {
     std::vector<int64_t> unreadable;
     const std::vector<Alarm> alarms = NewAlarms(connection, &unreadable);
     for (const int64_t row : unreadable) {
-        SetAside("row " + std::to_string(row) + " of the alarm log",
-                 "it has a text of more than 1 MiB");
+        SetAside(RowOf(row), kTooLarge);
     }
     if (alarms.empty()) {
         return;

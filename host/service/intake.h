@@ -34,6 +34,9 @@ class Intake {
     // Whether something is still open that may be handed over now.
     bool WantsAgain(std::time_t now) const { return not_before_ != 0 && now >= not_before_; }
 
+    // Whether all is handed over but what was set aside.
+    bool IsDone(Connection& connection) const;
+
  private:
     void TakeUp(Connection& connection);
     void TakeUp(Connection& connection, const Alarm& alarm, const std::vector<std::string>& pagers);
@@ -49,8 +52,9 @@ class Intake {
     const Encoding encoding_;
     const Forward forward_;
     OperatorLog& log_;
-    std::set<std::string> told_;  // of what an error or a warning has been said
-    std::time_t not_before_ = 0;  // after an answer that may change: when to ask again
+    std::set<std::string> told_;   // of what a warning has been said
+    std::set<std::string> aside_;  // ... and an error, since it can't be read or written
+    std::time_t not_before_ = 0;   // after an answer that may change: when to ask again
 };
 
 }  // namespace host

@@ -214,8 +214,7 @@ bool Service::IsDone() {
         return false;
     }
     Connection& connection = lease_.Database();
-    return NewAlarms(connection).empty() && OpenDeliveries(connection).empty() &&
-           !HasPagesInHand(connection);
+    return intake_.IsDone(connection) && !HasPagesInHand(connection);
 }
 
 int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {

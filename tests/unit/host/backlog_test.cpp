@@ -102,6 +102,29 @@ TEST_F(ABacklog, KeepsAcknowledgedAlarmsAcknowledgedWhenItIsGivenUp) {
     EXPECT_EQ("1", StateOf("7"));
 }
 
+// The pages of such an alarm are given up like others: only its own row stays as it is.
+TEST_F(ABacklog, IsGivenUpBesideRowsThatAreTooLarge) {
+    Add(7, "2", 2, kNow - 61);
+    Add(8, "2", 2, kNow - 61);
+    WriteEvent(8, "night", 2);
+    Execute(
+        "INSERT INTO Host_Deliveries VALUES ('8', 0, 'ops', 'duty', 0, NULL),"
+        " ('8', 1, 'ops', 'night', 0, NULL)");
+    for (const char* one : {"AlarmLog SET alarmnote = hex(zeroblob(600000)) WHERE alarmlogID = '7'",
+                            "AlarmFwd_PagerEvents SET AlmGroup = hex(zeroblob(600000))"
+                            " WHERE PagerDescr = 'night'",
+                            "Host_Deliveries SET pager = hex(zeroblob(600000)) WHERE place = 0"}) {
+        WriteAsAnother(database, std::string("UPDATE ") + one);
+    }
+    EXPECT_EQ(3, DiscardPages(connection, kNow - 60));
+    EXPECT_EQ("2", StateOf("7"));
+    EXPECT_EQ("3", StateOf("8"));
+    EXPECT_THAT(PageStates(), ElementsAre("3", "3", "2"));
+    EXPECT_THAT(Rows("coalesce(answer, '-') FROM Host_Deliveries ORDER BY place"),
+                ElementsAre("-", "4"));
+    EXPECT_EQ(3U, faults.size());
+}
+
 TEST_F(ABacklog, MendsStatesBesideOneThatIsTooLarge) {
     Add(7, "4", 2);
     Add(8, "4", 2);
