@@ -1,5 +1,6 @@
 // The process's own open, for processes that serve one line. Their dynamic list
 // shows it to the library.
+#undef _FILE_OFFSET_BITS  // or this would be open64, which the library doesn't call
 #include <dlfcn.h>
 #include <fcntl.h>
 
