@@ -37,8 +37,8 @@ typedef struct FwdSpecialInfoStr {
 
 /*
  * Queues one page to each of pagerCount pagers for the alarm *info->alarmLogId, and returns without
- * waiting for any of them. Brings the engine up if it is not. A worker that the system had no thread
- * for is asked for again by every call.
+ * waiting for any of them. Brings the engine up if it is not. A worker that the system had no
+ * thread for is asked for again by every call.
  *
  * A duty of the caller: the alarm's "pagerstate" is set to 2 (being paged), and committed, before
  * this call. Otherwise the next start of the engine takes the alarm for acknowledged and drops it.

@@ -57,7 +57,8 @@ TEST_F(Reserve, IsMadeOnlyWhereItIsMissing) {
 
 TEST_F(Reserve, IsRefusedOnADiskWithoutRoom) {
     Execute("CREATE TABLE user (room BLOB)");
-    Execute("INSERT INTO user VALUES (zeroblob(1000000)), (zeroblob(1000000)), (zeroblob(1000000))");
+    Execute(
+        "INSERT INTO user VALUES (zeroblob(1000000)), (zeroblob(1000000)), (zeroblob(1000000))");
     FillDisk();
     EXPECT_THROW(host::ReserveRoom(database), host::StoreError);
 }
