@@ -19,7 +19,8 @@ class Descriptor {
     }
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept {
-        Descriptor(std::move(other)).Swap(*this);
+        Descriptor taken(std::move(other));
+        std::swap(number_, taken.number_);
         return *this;
     }
     Descriptor(const Descriptor&) = delete;
@@ -29,8 +30,6 @@ class Descriptor {
     int Number() const { return number_; }
 
  private:
-    void Swap(Descriptor& other) { std::swap(number_, other.number_); }
-
     int number_ = -1;
 };
 

@@ -58,7 +58,7 @@ Link::Link(std::string path) : path_(std::move(path)) {
     }
 }
 
-Reply Link::Ask(Request request, std::string_view sent, std::string* payload) {
+Reply Link::Ask(const Request& request, std::string_view sent, std::string* payload) {
     Send(request, sent);
     Reply reply{};
     Receive(reply, payload, 0);

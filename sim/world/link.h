@@ -23,7 +23,7 @@ class Link {
     int Descriptor() const { return socket_; }  // readable when the turn comes
 
     // Asks and waits for the answer. `payload` receives what comes with it, if given.
-    Reply Ask(Request request, std::string_view sent = {}, std::string* payload = nullptr);
+    Reply Ask(const Request& request, std::string_view sent = {}, std::string* payload = nullptr);
 
     // The first question of a program, without the turn: the answer comes with it.
     Reply Start(std::string_view terminals, std::string* payload);
