@@ -165,10 +165,15 @@ void Service::Start() {
     }
     trace_.Begin();
     ports_ = PortsOf(lease_.Database());
+    BringUpEngine();
+    log_.Info("serving " + options_.database);
+}
+
+// Also while it is up: then nothing happens, unless the system had no thread for its worker.
+void Service::BringUpEngine() {
     std::string name = options_.database;
     FwdSpecialInfoStr info{name.data(), nullptr, nullptr, nullptr};
     library_.StartAlarmFwdPager(&info);
-    log_.Info("serving " + options_.database);
 }
 
 void Service::Stop() {
@@ -193,6 +198,7 @@ void Service::Step() {
         intake_.Run(lease_.Database());
         SendTestPages();
     }
+    BringUpEngine();
     LookAtTrace();
     if (trace_.Ports().IsDue(std::time(nullptr))) {
         RenewEngine();
@@ -209,12 +215,13 @@ bool Service::HasChanged() {
     return std::exchange(seen_, version) != version;
 }
 
+// What is kept, since the disk refuses it, is still to be written.
 bool Service::IsDone() {
     if (!options_.until_done) {
         return false;
     }
     Connection& connection = lease_.Database();
-    return intake_.IsDone(connection) && !HasPagesInHand(connection);
+    return intake_.IsDone(connection) && !HasPagesInHand(connection) && lease_.CountHeld() == 0;
 }
 
 int32_t Service::Forward(const Alarm& alarm, const Delivery& delivery) {

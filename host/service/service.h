@@ -48,6 +48,7 @@ class Service {
 
  private:
     void Start();
+    void BringUpEngine();
     void Stop();
     void LookAtPendingPages();
     void LookAtFile();

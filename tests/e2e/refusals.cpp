@@ -1,0 +1,78 @@
+// A system that refuses, for a program that this is preloaded into:
+//   PAGERFWD_FULL_DISK="FROM TO"     no file grows from one moment to the other, in seconds since
+//   1970 PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
+//   PAGERFWD_REFUSED_THREADS=N       the first N threads of the library can't be started
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "tests/proof/file_calls.h"
+
+namespace {
+
+bool IsNow(const char* variable) {
+    const char* const moments = std::getenv(variable);
+    long from = 0;
+    long to = 0;
+    return moments != nullptr && std::sscanf(moments, "%ld %ld", &from, &to) == 2 &&
+           std::time(nullptr) >= from && std::time(nullptr) < to;
+}
+
+bool IsRefused(proof::FileDeed deed, int file, int64_t end) {
+    return IsNow("PAGERFWD_REFUSED_WRITES") ||
+           (IsNow("PAGERFWD_FULL_DISK") && proof::WouldGrow(deed, file, end));
+}
+
+// The trace and the figures grow with each write; what is said to whoever reads it stays.
+bool IsGrowing(int file) {
+    struct stat status {};
+    return file > STDERR_FILENO && fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::atomic<int> threads_to_refuse{0};
+
+// The simulation has threads of its own.
+bool IsInLibrary(const void* code) {
+    Dl_info object{};
+    return dladdr(code, &object) != 0 && std::strstr(object.dli_fname, "libPagerFwd") != nullptr;
+}
+
+__attribute__((constructor)) void Begin() {
+    proof::SetFileRefusal(IsRefused);
+    const char* const threads = std::getenv("PAGERFWD_REFUSED_THREADS");
+    threads_to_refuse = threads == nullptr ? 0 : std::atoi(threads);
+}
+
+template <typename Function>
+Function Next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+ssize_t write(int file, const void* bytes, size_t size) {
+    static const auto next = Next<ssize_t (*)(int, const void*, size_t)>("write");
+    if (IsGrowing(file) && (IsNow("PAGERFWD_FULL_DISK") || IsNow("PAGERFWD_REFUSED_WRITES"))) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return next(file, bytes, size);
+}
+
+int pthread_create(pthread_t* handle, const pthread_attr_t* attributes, void* (*start)(void*),
+                   void* argument) {
+    static const auto next =
+        Next<int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)>("pthread_create");
+    const bool refused = IsInLibrary(__builtin_return_address(0)) && threads_to_refuse-- > 0;
+    return refused ? EAGAIN : next(handle, attributes, start, argument);
+}
+}

@@ -1,0 +1,79 @@
+// `pagerfwd run` where the system refuses what it needs: room on the disk, or a thread.
+#include "tests/e2e/run_fixture.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+class RunRefused : public RunTest {
+ protected:
+    // Under a system that refuses, as the variable says: before the simulation's own calls, which
+    // are made in the library's name.
+    ProgramRun RunUntilDoneWith(const std::string& refusal) {
+        WriteFile("pagerfwd.sh", "LD_PRELOAD=\"" REFUSALS ":$LD_PRELOAD\" " + refusal +
+                                     " exec " PAGERFWD_PROGRAM " run --until-done\n");
+        WriteFile("exchange.toml", exchange);
+        const ProgramRun run =
+            RunProgram({PAGERSIM_PROGRAM, "--quiet", "--clock", "clock", "--report", "report.json",
+                        "--", "/bin/sh", "pagerfwd.sh"});
+        CountPages();
+        return run;
+    }
+    static size_t Count(const std::string& text, const std::string& part) {
+        size_t count = 0;
+        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+};
+
+// A page is queued, and its worker can't be started; nothing else happens that would start it.
+TEST_F(RunRefused, StartsTheWorkerThatTheSystemHadNoThreadForAtTheNextLook) {
+    Raise("DUTY/1");
+    At(300, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith("PAGERFWD_REFUSED_THREADS=1");
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+struct Refusal {
+    const char* name;
+    size_t times_told;  // what is written within the room that is reserved isn't refused
+};
+
+class RunOnAFullDisk : public RunRefused, public ::testing::WithParamInterface<Refusal> {
+ protected:
+    static constexpr size_t kAlarms = 12;
+
+    ProgramRun RunUntilDoneFull(int from, int to) {
+        return RunUntilDoneWith(GetParam().name + ("=\"" + std::to_string(kNow + from)) + " " +
+                                std::to_string(kNow + to) + "\"");
+    }
+};
+
+// One line sends twelve pages in some six minutes: most of them while nothing can be written.
+TEST_P(RunOnAFullDisk, EndsAllPagesAndSendsNoneAgain) {
+    for (size_t alarm = 1; alarm <= kAlarms; ++alarm) {
+        Raise("DUTY/" + std::to_string(alarm));
+    }
+    const ProgramRun run = RunUntilDoneFull(40, 20 * 60);
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", kAlarms)));
+    EXPECT_EQ(std::vector<std::string>(kAlarms, "duty done 1"), Stories());
+    const size_t told = GetParam().times_told;
+    EXPECT_EQ(told, Count(run.err, "what can't be written is kept in memory until it can\n"));
+    EXPECT_EQ(told, Count(run.err, " that had been kept are written\n")) << run.err;
+    pages.clear();
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Where, RunOnAFullDisk,
+                         ::testing::Values(Refusal{"PAGERFWD_FULL_DISK", 0},
+                                           Refusal{"PAGERFWD_REFUSED_WRITES", 1}));
+
+}  // namespace
