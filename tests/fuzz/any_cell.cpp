@@ -146,15 +146,17 @@ void ReadBack(const Names& names, bool queued) {
     int given_up = 0;
     host::GrowingFile file("pageprot.txt");
     const std::string pager = host::WithoutControls(names.pager);
-    host::TraceFollower follower({[&](const host::TracedPage& page) {
-                                      ++pages;
-                                      Expect(page.outcome == host::TracedPage::Outcome::kNotSent,
-                                             "a page that nobody took is not sent");
-                                      Expect(IsNameOf(page.pager, pager), "it is its pager's");
-                                      Expect(IsNameOf(page.alarm, names.group),
-                                             "it is its alarm's");
-                                  },
-                                  [&] { ++given_up; }, [](const host::TracedPage&) {}});
+    host::TraceFollower follower(
+        {[&](const host::TracedPage& page) {
+             ++pages;
+             Expect(page.outcome == host::TracedPage::Outcome::kNotSent,
+                    "a page that nobody took is not sent");
+             Expect(IsNameOf(page.pager, pager), "it is its pager's");
+             Expect(IsNameOf(page.alarm, names.group), "it is its alarm's");
+             Expect(page.port == kPort, "it is its port's");
+             Expect(page.port_used.empty() || page.port_used == kPort, "no other port is used");
+         },
+         [&] { ++given_up; }, [](const host::TracedPage&) {}});
     for (std::string bytes = file.Read(); !bytes.empty(); bytes = file.Read()) {
         follower.Read(bytes, 0);
     }
