@@ -37,6 +37,14 @@ void* operator new(size_t size) {
     }
     return memory;
 }
+// By the one above, as the C++ library has it; a sanitizer's would take memory of its own.
+void* operator new(size_t size, const std::nothrow_t& /*none*/) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
