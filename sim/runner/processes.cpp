@@ -88,14 +88,14 @@ void Processes::RunShell(const std::string& command) {
 }
 
 pid_t Processes::Spawn(const std::vector<std::string>& command, const Environment& environment) {
-    const OwnedDescriptor link = world_.Invite();
+    const Descriptor link = world_.Invite();
     const pid_t child = fork();
     if (child < 0) {
         throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (child == 0) {
         held_.Release();
-        fcntl(link.Get(), F_SETFD, 0);
+        fcntl(link.Number(), F_SETFD, 0);
         Become(command, environment);
     }
     world_.Invited(child, TakesPart(command.front(), environment));
@@ -104,7 +104,7 @@ pid_t Processes::Spawn(const std::vector<std::string>& command, const Environmen
 
 int Processes::AwaitCommand() {
     while (!ended_) {
-        world_.Serve(signals_.Get());
+        world_.Serve(signals_.Number());
         TakeSignals();
     }
     return status_;
@@ -113,7 +113,7 @@ int Processes::AwaitCommand() {
 void Processes::AwaitOthers() {
     const Micros last = world_.Now() + kAfterwards;
     while (!world_.IsEmpty() && !world_.IsIdle() && world_.Now() < last) {
-        world_.Serve(signals_.Get());
+        world_.Serve(signals_.Number());
         TakeSignals();
     }
     for (const pid_t left : world_.Participants()) {
@@ -123,7 +123,7 @@ void Processes::AwaitOthers() {
 
 void Processes::TakeSignals() {
     signalfd_siginfo info{};
-    while (read(signals_.Get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
+    while (read(signals_.Number(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         const auto signal = static_cast<int>(info.ssi_signo);
         if (!ended_ && (signal == SIGTERM || signal == SIGHUP)) {
             kill(command_, signal);

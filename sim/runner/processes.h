@@ -65,7 +65,7 @@ class Processes {
     WorldServer& world_;
     const Environment environment_;
     const HeldSignals held_;
-    const OwnedDescriptor signals_;
+    const Descriptor signals_;
     pid_t command_ = 0;
     bool ended_ = false;
     int status_ = 0;

@@ -14,11 +14,11 @@
 #include <set>
 #include <vector>
 
+#include "sim/descriptor.h"
 #include "sim/file/build_exchange.h"
 #include "sim/file/exchange_file.h"
 #include "sim/record/transcript.h"
 #include "sim/runner/report.h"
-#include "sim/serve/descriptor.h"
 #include "sim/serve/real_time.h"
 #include "sim/serve/served_line.h"
 #include "sim/serve/served_link.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "sim/serve/descriptor.h"
+#include "sim/descriptor.h"
 
 namespace pagersim {
 

@@ -57,22 +57,11 @@ bool IsReadable(int fd, int timeout_ms) {
     return fd >= 0 && poll(&look, 1, timeout_ms) > 0;
 }
 
-OwnedDescriptor::~OwnedDescriptor() {
-    if (fd_ >= 0) {
-        close(fd_);
-    }
-}
-
-OwnedDescriptor& OwnedDescriptor::operator=(OwnedDescriptor&& other) noexcept {
-    std::swap(fd_, other.fd_);
-    return *this;
-}
-
 Voice ListenTo(const Member& member) {
     // In this order: what a process said before it ended is there when its end can be seen.
-    const bool has_ended = IsReadable(member.process.Get());
+    const bool has_ended = IsReadable(member.process.Number());
     char byte = 0;
-    const ssize_t count = recv(member.socket.Get(), &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT);
+    const ssize_t count = recv(member.socket.Number(), &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT);
     if (count > 0) {
         return Voice::kSpeaks;
     }
@@ -87,7 +76,7 @@ std::optional<Received> ReceiveFrom(const Member& member) {
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
-    const ssize_t count = recvmsg(member.socket.Get(), &message, MSG_DONTWAIT);
+    const ssize_t count = recvmsg(member.socket.Number(), &message, MSG_DONTWAIT);
     if (count < static_cast<ssize_t>(sizeof received.request)) {
         return std::nullopt;
     }
@@ -101,7 +90,7 @@ void SendTo(const Member& member, const Reply& reply, std::string_view payload) 
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
-    while (sendmsg(member.socket.Get(), &message, MSG_NOSIGNAL) < 0 && errno == EINTR) {
+    while (sendmsg(member.socket.Number(), &message, MSG_NOSIGNAL) < 0 && errno == EINTR) {
     }
 }
 

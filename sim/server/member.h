@@ -9,25 +9,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "sim/descriptor.h"
 #include "sim/world/messages.h"
 #include "sim/world/time.h"
 
 namespace pagersim {
-
-// A file descriptor that is closed with its owner.
-class OwnedDescriptor {
- public:
-    explicit OwnedDescriptor(int fd = -1) : fd_(fd) {}
-    ~OwnedDescriptor();
-    OwnedDescriptor(OwnedDescriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-    OwnedDescriptor& operator=(OwnedDescriptor&& other) noexcept;
-
-    int Get() const { return fd_; }
-
- private:
-    int fd_;
-};
 
 bool IsReadable(int fd, int timeout_ms = 0);
 
@@ -40,9 +28,9 @@ struct Received {
 using Holdings = std::map<std::pair<int32_t, uint32_t>, int>;
 
 struct Member {
-    OwnedDescriptor socket;
+    Descriptor socket;
     pid_t pid = 0;            // 0: not known yet
-    OwnedDescriptor process;  // readable when the process has ended
+    Descriptor process;       // readable when the process has ended
     bool has_spoken = false;  // else its program is none of ours, or hasn't begun yet
 
     // Runs: it has the turn, or could go on with it. Else it rests as its latest kRest says.

@@ -71,7 +71,7 @@ WorldServer::WorldServer(const std::string& socket, std::time_t wall, Micros ste
       listener_(Listen(socket)),
       wall_at_start_(Micros(std::chrono::seconds(wall)).count()),
       step_(step) {
-    if (listener_.Get() < 0) {
+    if (listener_.Number() < 0) {
         throw std::system_error(errno, std::generic_category(), socket);
     }
 }
@@ -97,7 +97,7 @@ void WorldServer::WakeForInput(unsigned lines) {
 
 // Who is in the world.
 
-Member& WorldServer::Add(OwnedDescriptor socket) {
+Member& WorldServer::Add(Descriptor socket) {
     auto member = std::make_unique<Member>();
     member->since = ++beginnings_;
     member->socket = std::move(socket);
@@ -107,9 +107,9 @@ Member& WorldServer::Add(OwnedDescriptor socket) {
 
 void WorldServer::AcceptAll() {
     for (;;) {
-        OwnedDescriptor socket(
-            accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (socket.Get() < 0) {
+        Descriptor socket(
+            accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (socket.Number() < 0) {
             return;
         }
         Add(std::move(socket));
@@ -119,15 +119,15 @@ void WorldServer::AcceptAll() {
 // The latest that the process has connected and that hasn't spoken.
 Member* WorldServer::InvitedBy(pid_t pid) {
     for (auto each = members_.rbegin(); each != members_.rend(); ++each) {
-        if (!(*each)->has_spoken && (*each)->pid == 0 && PeerOf((*each)->socket.Get()) == pid) {
+        if (!(*each)->has_spoken && (*each)->pid == 0 && PeerOf((*each)->socket.Number()) == pid) {
             return each->get();
         }
     }
     return nullptr;
 }
 
-OwnedDescriptor WorldServer::Invite() {
-    OwnedDescriptor end(ConnectTo(path_));
+Descriptor WorldServer::Invite() {
+    Descriptor end(ConnectTo(path_));
     AcceptAll();
     return end;
 }
@@ -142,7 +142,7 @@ void WorldServer::Invited(pid_t pid, bool takes_part) {
 void WorldServer::Watch(Member& member, pid_t pid) {
     if (member.pid != pid) {
         member.pid = pid;
-        member.process = OwnedDescriptor(OpenProcess(pid));
+        member.process = Descriptor(OpenProcess(pid));
     }
 }
 
@@ -158,7 +158,7 @@ std::vector<pid_t> WorldServer::Participants() const {
 
 // Its lines are closed, and whoever waits for its end can see it.
 void WorldServer::Bury(Member& member) {
-    IsReadable(member.process.Get(), kDyingMs);
+    IsReadable(member.process.Number(), kDyingMs);
     const auto it = std::find_if(members_.begin(), members_.end(),
                                  [&](const auto& each) { return each.get() == &member; });
     const std::unique_ptr<Member> dead = std::move(*it);
@@ -219,7 +219,7 @@ void WorldServer::AwaitSignals() {
             if (ListenTo(*member) != Voice::kSilent || IsAsleep(*member)) {
                 break;
             }
-            IsReadable(member->socket.Get(), 1);
+            IsReadable(member->socket.Number(), 1);
         }
     }
 }
@@ -382,12 +382,12 @@ void WorldServer::Rest(Member& member, const Request& request) {
 void WorldServer::WaitFor(int other) {
     std::vector<pollfd> watched = {{other, POLLIN, 0}};
     if (holder_ == nullptr || !holder_->has_spoken) {
-        watched.push_back({listener_.Get(), POLLIN, 0});
+        watched.push_back({listener_.Number(), POLLIN, 0});
     }
     for (const auto& member : members_) {
         if (holder_ == nullptr || holder_ == member.get()) {
-            watched.push_back({member->socket.Get(), POLLIN, 0});
-            watched.push_back({member->process.Get(), POLLIN, 0});
+            watched.push_back({member->socket.Number(), POLLIN, 0});
+            watched.push_back({member->process.Number(), POLLIN, 0});
         }
     }
     if (poll(watched.data(), watched.size(), static_cast<int>(kGlance.count())) != 0) {
@@ -410,7 +410,7 @@ void WorldServer::DoubtHolder() {
     }
     silence_ += kGlance;
     const bool is_over = silence_ >= kLongSilence;
-    const bool is_parent = !member.has_spoken && IsReadable(listener_.Get());
+    const bool is_parent = !member.has_spoken && IsReadable(listener_.Number());
     if (is_parent ||
         (is_over && (!member.has_spoken || RunsWithoutUs(member) || IsAsleep(member)))) {
         member.is_aside = true;
@@ -451,7 +451,8 @@ void WorldServer::ReportStuck() {
                                      [=](const auto& member) { return member->pid == pid; });
         std::fprintf(stderr, " process %s\n", NameOf(**it).c_str());
         GiveTurn({it->get(), Why::kTell});
-        while (holder_ != nullptr && IsReadable(holder_->socket.Get(), kDyingMs) && HearHolder()) {
+        while (holder_ != nullptr && IsReadable(holder_->socket.Number(), kDyingMs) &&
+               HearHolder()) {
         }
         holder_ = nullptr;
     }

@@ -45,7 +45,7 @@ class WorldServer final : public Timeline {
 
     // A connection for a process that is to be started from here, and is in the world from now on:
     // the process inherits it.
-    OwnedDescriptor Invite();
+    Descriptor Invite();
     // The process that was invited last. `takes_part`: as far as is known.
     void Invited(pid_t pid, bool takes_part);
 
@@ -71,7 +71,7 @@ class WorldServer final : public Timeline {
     };
 
     // Who is in the world.
-    Member& Add(OwnedDescriptor socket);
+    Member& Add(Descriptor socket);
     void AcceptAll();
     Member* InvitedBy(pid_t pid);
     static void Watch(Member& member, pid_t pid);
@@ -118,7 +118,7 @@ class WorldServer final : public Timeline {
     void ReportStuck();
 
     const std::string path_;
-    OwnedDescriptor listener_;
+    Descriptor listener_;
     const int64_t wall_at_start_;
     const Micros step_;
     Micros now_{0};

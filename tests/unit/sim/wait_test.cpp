@@ -289,14 +289,14 @@ TEST_F(WaitTest, WithoutAnyDeadlineARealDescriptorIsReallyAwaited) {
         usleep(20'000);
         _exit(write(pipe_ends[1], "x", 1) == 1 ? 0 : 1);
     }
-    std::thread other([] {
-        const pthread_t me = pthread_self();
-        EXPECT_EQ(me, pthread_self());
-    });
-    pollfd look{pipe_ends[0], POLLIN, 0};
-    EXPECT_EQ(1, poll(&look, 1, -1));
-    EXPECT_EQ(0ms, VirtualClock::Now());
+    const auto await = [this] {
+        pollfd look{pipe_ends[0], POLLIN, 0};
+        EXPECT_EQ(1, poll(&look, 1, -1));
+    };
+    std::thread other(await);
+    await();
     other.join();
+    EXPECT_EQ(0ms, VirtualClock::Now());
 }
 
 std::atomic<int> handled{0};

@@ -1,6 +1,6 @@
 // A file descriptor that is closed with its owner.
-#ifndef PAGERFWD_SIM_SERVE_DESCRIPTOR_H
-#define PAGERFWD_SIM_SERVE_DESCRIPTOR_H
+#ifndef PAGERFWD_SIM_DESCRIPTOR_H
+#define PAGERFWD_SIM_DESCRIPTOR_H
 
 #include <unistd.h>
 
@@ -11,23 +11,20 @@ namespace pagersim {
 class Descriptor {
  public:
     explicit Descriptor(int number = -1) : number_(number) {}
-    ~Descriptor() { Close(); }
+    ~Descriptor() {
+        if (number_ >= 0) {
+            close(number_);
+        }
+    }
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept {
-        Close();
-        number_ = std::exchange(other.number_, -1);
+        std::swap(number_, other.number_);
         return *this;
     }
 
     int Number() const { return number_; }  // -1: none
 
  private:
-    void Close() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-
     int number_;
 };
 
