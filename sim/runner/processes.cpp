@@ -116,9 +116,7 @@ void Processes::AwaitOthers() {
         world_.Serve(signals_.Number());
         TakeSignals();
     }
-    for (const pid_t left : world_.Participants()) {
-        kill(left, SIGKILL);
-    }
+    world_.SignalParticipants(SIGKILL);
 }
 
 void Processes::TakeSignals() {

@@ -3,6 +3,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -17,8 +18,8 @@
 namespace pagersim {
 namespace {
 
-std::string FolderOf(const Member& member) {
-    return "/proc/" + std::to_string(member.pid);
+std::string FolderOf(pid_t pid) {
+    return "/proc/" + std::to_string(pid);
 }
 
 // What the system says of a thread, in hexadecimal but for the first.
@@ -50,6 +51,16 @@ bool Sleeps(const ThreadStatus& status) {
     return (status.state == 'S' || status.state == 'T') && on_its_way == 0;
 }
 
+pid_t SenderOf(msghdr& message) {
+    const cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    if (header == nullptr || header->cmsg_type != SCM_CREDENTIALS) {
+        return 0;
+    }
+    ucred sender{};
+    std::memcpy(&sender, CMSG_DATA(header), sizeof sender);
+    return sender.pid;
+}
+
 }  // namespace
 
 bool IsReadable(int fd, int timeout_ms) {
@@ -76,10 +87,14 @@ std::optional<Received> ReceiveFrom(const Member& member) {
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
+    alignas(cmsghdr) char credentials[CMSG_SPACE(sizeof(ucred))];
+    message.msg_control = credentials;
+    message.msg_controllen = sizeof credentials;
     const ssize_t count = recvmsg(member.socket.Number(), &message, MSG_DONTWAIT);
     if (count < static_cast<ssize_t>(sizeof received.request)) {
         return std::nullopt;
     }
+    received.sender = SenderOf(message);
     received.payload.assign(bytes, static_cast<std::size_t>(count) - sizeof received.request);
     return received;
 }
@@ -96,12 +111,16 @@ void SendTo(const Member& member, const Reply& reply, std::string_view payload) 
 
 std::string NameOf(const Member& member) {
     std::string name;
-    std::getline(std::ifstream(FolderOf(member) + "/comm"), name);
+    std::getline(std::ifstream(FolderOf(member.pid) + "/comm"), name);
     return std::to_string(member.pid) + " (" + name + ")";
 }
 
+void SignalTo(const Member& member, int signal) {
+    syscall(SYS_pidfd_send_signal, member.process.Number(), signal, nullptr, 0);
+}
+
 bool RunsWithoutUs(const Member& member) {
-    std::ifstream maps(FolderOf(member) + "/maps");
+    std::ifstream maps(FolderOf(member.pid) + "/maps");
     if (!maps) {
         return false;
     }
@@ -113,7 +132,7 @@ bool RunsWithoutUs(const Member& member) {
     return true;
 }
 
-bool IsParentOf(const Member& member, const Member& other) {
+bool IsParentOf(const Member& member, pid_t other) {
     std::ifstream file(FolderOf(other) + "/status");
     for (std::string name, value, rest; file >> name >> value && std::getline(file, rest);) {
         if (name == "PPid:") {
@@ -125,7 +144,7 @@ bool IsParentOf(const Member& member, const Member& other) {
 
 bool IsAsleep(const Member& member) {
     std::error_code error;
-    std::filesystem::directory_iterator threads(FolderOf(member) + "/task", error);
+    std::filesystem::directory_iterator threads(FolderOf(member.pid) + "/task", error);
     return !error && std::all_of(begin(threads), end(threads), [](const auto& thread) {
         return Sleeps(StatusIn(thread.path().string()));
     });

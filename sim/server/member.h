@@ -21,6 +21,7 @@ bool IsReadable(int fd, int timeout_ms = 0);
 
 struct Received {
     Request request;
+    pid_t sender;  // as the system has it
     std::string payload;
 };
 
@@ -61,11 +62,14 @@ void SendTo(const Member& member, const Reply& reply, std::string_view payload =
 // The process's name and number for messages: "1234 (pagerfwd)".
 std::string NameOf(const Member& member);
 
+// Sends it a signal, if it still is.
+void SignalTo(const Member& member, int signal);
+
 // Whether the process runs without our library, as far as can be seen: it has none of its files.
 bool RunsWithoutUs(const Member& member);
 
-// Whether it has made the other, as far as can be seen.
-bool IsParentOf(const Member& member, const Member& other);
+// Whether it has made this process, as far as can be seen.
+bool IsParentOf(const Member& member, pid_t other);
 
 // Whether all its threads sleep in the system, and no signal is on its way to one.
 bool IsAsleep(const Member& member);

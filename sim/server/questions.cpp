@@ -12,18 +12,14 @@ namespace pagersim {
 
 void WorldServer::Hear(Member& member, const Received& received) {
     const Request& request = received.request;
-    now_ = std::max(now_, Micros(request.now));
-    RunDueEvents();
+    GoOnTo(Micros(request.now));
     switch (request.ask) {
         case Question::kStart:
             return Start(member, received);
         case Question::kFork:
             return Fork(member);
         case Question::kChild:
-            if (Member* const child = InvitedBy(member.pid)) {
-                Watch(*child, static_cast<pid_t>(request.number));
-            }
-            return;
+            return Child(member, static_cast<pid_t>(request.number));
         case Question::kRest:
             return Rest(member, request);
         case Question::kWant:
@@ -44,10 +40,18 @@ void WorldServer::Hear(Member& member, const Received& received) {
     }
 }
 
+// A process may have gone on by itself, but not beyond all time.
+void WorldServer::GoOnTo(Micros when) {
+    if (when < kNever / 2) {
+        now_ = std::max(now_, when);
+    }
+    RunDueEvents();
+}
+
 // What the program has inherited of lines replaces what the one before it had.
 void WorldServer::Start(Member& member, const Received& received) {
     member.has_spoken = true;
-    Watch(member, static_cast<pid_t>(received.request.number));
+    Watch(member, received.sender);
     const Holdings before = std::exchange(member.holdings, {});
     std::string found;
     for (std::size_t i = 0; (i + 1) * sizeof(uint32_t) <= received.payload.size(); ++i) {
@@ -90,6 +94,12 @@ void WorldServer::Fork(Member& member) {
     SendReply(member);
 }
 
+void WorldServer::Child(const Member& member, pid_t pid) {
+    if (Member* const child = IsParentOf(member, pid) ? InvitedBy(member.pid) : nullptr) {
+        Watch(*child, pid);
+    }
+}
+
 void WorldServer::Open(Member& member, int com) {
     Line* const line = LineOn(com);
     errno = ENOENT;
@@ -102,6 +112,18 @@ void WorldServer::Open(Member& member, int com) {
     Reply reply = Message(member, Why::kAnswer);
     reply.connection = connection;
     SendTo(member, reply, *terminal);
+}
+
+// One descriptor less. False: it has none.
+bool WorldServer::Release(Member& member, const Holdings::key_type& what) {
+    const auto held = member.holdings.find(what);
+    if (held == member.holdings.end()) {
+        return false;
+    }
+    if (--held->second == 0) {
+        member.holdings.erase(held);
+    }
+    return true;
 }
 
 void WorldServer::AskLine(Member& member, const Received& received) {
@@ -117,10 +139,10 @@ void WorldServer::AskLine(Member& member, const Received& received) {
             ++member.holdings[{request.com, request.connection}];
             break;
         case Question::kClose:
-            line->Close(request.connection);
-            if (--member.holdings[{request.com, request.connection}] <= 0) {
-                member.holdings.erase({request.com, request.connection});
+            if (!Release(member, {request.com, request.connection})) {
+                return Refuse(member, EBADF);
             }
+            line->Close(request.connection);
             break;
         case Question::kTake:
             payload.resize(std::min<std::size_t>(request.number, kMostPayload));

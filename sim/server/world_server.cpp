@@ -1,8 +1,7 @@
-// Whose turn it is, and when time moves. Tested by tests/unit/sim/shared_world_test.cpp.
+// Whose turn it is, and when time moves. Tested by
+// tests/unit/sim/{shared_world,world_server}_test.cpp.
 #include "sim/server/world_server.h"
 
-#include <poll.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
@@ -10,17 +9,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <system_error>
 #include <utility>
 
 namespace pagersim {
 namespace {
-
-// How often a holder that says nothing is looked at, and how long it may be asleep.
-constexpr Milliseconds kGlance{50};
-constexpr Milliseconds kLongSilence{250};
 
 // The longest from a connection's end to its process's, and from a signal to what comes of it.
 constexpr int kDyingMs = 5000;
@@ -43,11 +37,18 @@ int Listen(const std::string& path) {
     return fd;
 }
 
+// Each message comes with its sender's number.
+void TellSender(int fd) {
+    const int on = 1;
+    setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
+}
+
 int ConnectTo(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    TellSender(fd);
     if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         throw std::system_error(errno, std::generic_category(), path);
     }
@@ -77,6 +78,9 @@ WorldServer::WorldServer(const std::string& socket, std::time_t wall, Micros ste
 }
 
 WorldServer::~WorldServer() {
+    for (auto& line : lines_) {
+        line.reset();  // It says so to the members.
+    }
     unlink(path_.c_str());
 }
 
@@ -112,6 +116,7 @@ void WorldServer::AcceptAll() {
         if (socket.Number() < 0) {
             return;
         }
+        TellSender(socket.Number());
         Add(std::move(socket));
     }
 }
@@ -154,6 +159,14 @@ std::vector<pid_t> WorldServer::Participants() const {
         }
     }
     return pids;
+}
+
+void WorldServer::SignalParticipants(int signal) const {
+    for (const auto& member : members_) {
+        if (!member->is_aside) {
+            SignalTo(*member, signal);
+        }
+    }
 }
 
 // Its lines are closed, and whoever waits for its end can see it.
@@ -310,7 +323,7 @@ bool WorldServer::TimeStandsStill() const {
 bool WorldServer::AwaitsChild(const Member& member) const {
     return member.pid != 0 && IsAsleep(member) &&
            std::any_of(members_.begin(), members_.end(),
-                       [&](const auto& other) { return IsParentOf(member, *other); });
+                       [&](const auto& other) { return IsParentOf(member, other->pid); });
 }
 
 Member* WorldServer::EarliestDeadline() const {
@@ -374,91 +387,6 @@ void WorldServer::Rest(Member& member, const Request& request) {
     deeds_ += (member.flags & kTouched) != 0 ? 1 : 0;
     member.looked = deeds_;  // It did, before it said this.
     holder_ = nullptr;
-}
-
-// Real waiting.
-
-// Until one of them has something to say, or `other` is readable.
-void WorldServer::WaitFor(int other) {
-    std::vector<pollfd> watched = {{other, POLLIN, 0}};
-    if (holder_ == nullptr || !holder_->has_spoken) {
-        watched.push_back({listener_.Number(), POLLIN, 0});
-    }
-    for (const auto& member : members_) {
-        if (holder_ == nullptr || holder_ == member.get()) {
-            watched.push_back({member->socket.Number(), POLLIN, 0});
-            watched.push_back({member->process.Number(), POLLIN, 0});
-        }
-    }
-    if (poll(watched.data(), watched.size(), static_cast<int>(kGlance.count())) != 0) {
-        idle_for_ = Milliseconds{0};
-    } else if (holder_ == nullptr) {
-        idle_for_ += kGlance;
-        TellIfStuck();
-    }
-    if (holder_ != nullptr) {
-        DoubtHolder();
-    }
-}
-
-// One that hasn't said anything yet, and whose child does, takes no part. One that is asleep for
-// long waits for something that the simulation doesn't know.
-void WorldServer::DoubtHolder() {
-    Member& member = *holder_;
-    if (ListenTo(member) != Voice::kSilent) {
-        return;
-    }
-    silence_ += kGlance;
-    const bool is_over = silence_ >= kLongSilence;
-    const bool is_parent = !member.has_spoken && IsReadable(listener_.Number());
-    if (is_parent ||
-        (is_over && (!member.has_spoken || RunsWithoutUs(member) || IsAsleep(member)))) {
-        member.is_aside = true;
-        holder_ = nullptr;
-    }
-}
-
-void WorldServer::TellIfStuck() {
-    if (patience_ <= Milliseconds{0} || idle_for_ != patience_) {
-        return;
-    }
-    for (const auto& member : members_) {
-        if (member->is_aside) {
-            std::fprintf(stderr, "pagersim: time stands still: %s takes no part in it\n",
-                         NameOf(*member).c_str());
-            return;
-        }
-    }
-    if (IsStuck()) {
-        ReportStuck();
-    }
-}
-
-bool WorldServer::IsStuck() const {
-    return events_.Next() == kNever &&
-           std::all_of(members_.begin(), members_.end(), [](const auto& member) {
-               return !member->runs && member->deadline == kNever &&
-                      (member->flags & (kOutside | kAbsent)) == 0;
-           });
-}
-
-void WorldServer::ReportStuck() {
-    std::fprintf(stderr, "pagersim: after %lld ms all threads wait for each other, for ever:\n",
-                 static_cast<long long>(now_.count() / 1000));
-    const std::vector<pid_t> all = Participants();
-    for (const pid_t pid : all) {
-        const auto it = std::find_if(members_.begin(), members_.end(),
-                                     [=](const auto& member) { return member->pid == pid; });
-        std::fprintf(stderr, " process %s\n", NameOf(**it).c_str());
-        GiveTurn({it->get(), Why::kTell});
-        while (holder_ != nullptr && IsReadable(holder_->socket.Number(), kDyingMs) &&
-               HearHolder()) {
-        }
-        holder_ = nullptr;
-    }
-    for (const pid_t pid : all) {
-        kill(pid, SIGABRT);
-    }
 }
 
 }  // namespace pagersim

@@ -61,7 +61,9 @@ class WorldServer final : public Timeline {
     // The processes that take part.
     std::vector<pid_t> Participants() const;
 
-    // As VirtualClock::SetPatience.
+    void SignalParticipants(int signal) const;
+
+    // As VirtualClock::SetPatience; a glance of 50 ms longer at most.
     void SetPatience(Milliseconds real) { patience_ = real; }
 
  private:
@@ -100,7 +102,10 @@ class WorldServer final : public Timeline {
     // Questions, in questions.cpp.
     void Hear(Member& member, const Received& received);
     void Start(Member& member, const Received& received);
+    void GoOnTo(Micros when);
     void Fork(Member& member);
+    void Child(const Member& member, pid_t pid);
+    static bool Release(Member& member, const Holdings::key_type& what);
     void Open(Member& member, int com);
     void AskLine(Member& member, const Received& received);
     Terminal Find(uint32_t terminal);
@@ -110,7 +115,7 @@ class WorldServer final : public Timeline {
     void SendReply(Member& member, std::string_view payload = {});
     void Refuse(Member& member, int error);
 
-    // Real waiting.
+    // Real waiting, in real_waiting.cpp.
     void WaitFor(int other);
     void DoubtHolder();
     void TellIfStuck();

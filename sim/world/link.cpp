@@ -68,7 +68,6 @@ Reply Link::Ask(const Request& request, std::string_view sent, std::string* payl
 Reply Link::Start(std::string_view terminals, std::string* payload) {
     Request request{};
     request.ask = Question::kStart;
-    request.number = static_cast<uint32_t>(getpid());
     Send(request, terminals);
     Reply reply{};
     Receive(reply, payload, 0);
@@ -174,6 +173,8 @@ ssize_t Link::Receive(Reply& reply, std::string* payload, int flags) {
 int Link::Connect() const {
     const int fd = MovedUp(socket(AF_UNIX, SOCK_SEQPACKET, 0));
     const sockaddr_un address = AddressOf(path_);
+    const int on = 1;  // The server learns who speaks, also before it has taken the connection.
+    setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
     if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         EndWithoutWorld();
     }

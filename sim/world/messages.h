@@ -23,8 +23,8 @@ constexpr uint32_t kMostPayload = 4096;
 inline constexpr const char* kWorldVariable = "PAGERSIM_WORLD";
 
 enum class Question : uint32_t {
-    kStart,     // a program begins, or has replaced another: its pid; payload: its terminals, as
-                // uint32_t. Answer: payload, a Terminal for each
+    kStart,     // a program begins, or has replaced another; payload: its terminals, as uint32_t.
+                // Answer: payload, a Terminal for each
     kFork,      // the connection that this process has just made is for a child
     kChild,     // the pid of that child, if it is a program of its own. No answer
     kRest,      // all threads wait: the earliest deadline, RestFlags, and as `connection` the lines

@@ -1,0 +1,218 @@
+// The server of a shared world, and clients that the test plays: what an ill one says harms nobody.
+#include "sim/server/world_server.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+using namespace std::chrono_literals;
+
+namespace pagersim {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::UnorderedElementsAre;
+
+class SilentEnd final : public FarEnd {
+ public:
+    void Opened(Wire&) override {}
+    void Heard(std::string_view) override {}
+    void SettingsChanged(const termios&) override {}
+    void Closed() override {}
+};
+
+// A process's end of its connection.
+class Client {
+ public:
+    explicit Client(Descriptor link) : link_(std::move(link)) {}
+
+    void Say(const Request& request) const { SayBytes(&request, sizeof request); }
+    void SayBytes(const void* bytes, std::size_t size) const {
+        EXPECT_EQ(static_cast<ssize_t>(size), send(link_.Number(), bytes, size, 0));
+    }
+
+    // The answer, if it has come; or, with `flags` 0, when it comes.
+    std::optional<Reply> Hear(int flags = MSG_DONTWAIT) const {
+        Reply reply{};
+        const ssize_t count = recv(link_.Number(), &reply, sizeof reply, flags);
+        return count == sizeof reply ? std::optional<Reply>(reply) : std::nullopt;
+    }
+
+ private:
+    Descriptor link_;
+};
+
+Request Ask(Question question, uint32_t number = 0) {
+    Request request{};
+    request.ask = question;
+    request.number = number;
+    return request;
+}
+
+Request AskLine(Question question, uint32_t connection = 0) {
+    Request request = Ask(question);
+    request.com = 1;
+    request.connection = connection;
+    return request;
+}
+
+// Until somebody else does something.
+Request RestForEver() {
+    Request request = Ask(Question::kRest);
+    request.deadline = kNever.count();
+    return request;
+}
+
+class WorldServerTest : public ::testing::Test {
+ protected:
+    WorldServerTest() : ready_(eventfd(1, EFD_CLOEXEC)) {}
+    ~WorldServerTest() override { std::filesystem::remove_all(folder_); }
+
+    Client Join() {
+        Client client(world_.Invite());
+        client.Say(Ask(Question::kStart));
+        return client;
+    }
+
+    // As far as it goes without waiting.
+    void Serve() { world_.Serve(ready_.Number()); }
+
+    static std::string Folder() {
+        std::string pattern = "/tmp/world-server-test-XXXXXX";
+        return mkdtemp(pattern.data());
+    }
+
+    const std::string folder_ = Folder();
+    const Descriptor ready_;
+    WorldServer world_{folder_ + "/world", 0, 10ms};
+};
+
+// Runs until it is killed.
+pid_t Child() {
+    const pid_t child = fork();
+    if (child == 0) {
+        for (;;) {
+            pause();
+        }
+    }
+    return child;
+}
+
+int EndOf(pid_t child) {
+    int status = 0;
+    EXPECT_EQ(child, waitpid(child, &status, 0));
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+// Else what is done to those left behind would be done to all that its user runs.
+TEST_F(WorldServerTest, AProcessIsTheOneThatSpeaksWhateverNumberItSays) {
+    const Client client(world_.Invite());
+    client.Say(Ask(Question::kStart, static_cast<uint32_t>(-1)));
+    Serve();
+    EXPECT_TRUE(client.Hear());
+    EXPECT_THAT(world_.Participants(), ElementsAre(getpid()));
+}
+
+TEST_F(WorldServerTest, OnlyOnesOwnChildrenComeIn) {
+    const Client parent = Join();
+    Serve();
+    const Client link(world_.Invite());
+    for (const int stranger : {-1, 0, 1}) {
+        parent.Say(Ask(Question::kChild, static_cast<uint32_t>(stranger)));
+        Serve();
+        EXPECT_THAT(world_.Participants(), ElementsAre(getpid())) << stranger;
+    }
+    const pid_t child = Child();
+    parent.Say(Ask(Question::kChild, static_cast<uint32_t>(child)));
+    Serve();
+    EXPECT_THAT(world_.Participants(), UnorderedElementsAre(getpid(), child));
+    kill(child, SIGKILL);
+    EndOf(child);
+}
+
+TEST_F(WorldServerTest, ATimeBeyondAllTimeIsNotBelieved) {
+    const Client client = Join();
+    Request rest = RestForEver();
+    rest.now = kNever.count();
+    client.Say(rest);
+    Serve();
+    EXPECT_EQ(0us, world_.Now());
+}
+
+TEST_F(WorldServerTest, WhatIsNoQuestionIsPassedOver) {
+    const Client client = Join();
+    client.SayBytes("???", 3);
+    client.Say(Ask(static_cast<Question>(4711)));
+    Serve();
+    EXPECT_TRUE(client.Hear()) << "to what it said first";
+    EXPECT_FALSE(client.Hear());
+    client.Say(Ask(Question::kSignal));
+    Serve();
+    EXPECT_TRUE(client.Hear());
+}
+
+TEST_F(WorldServerTest, OneClosesOnlyWhatItHasOpened) {
+    world_.AddLine(1, std::make_unique<SilentEnd>());
+    const Client owner = Join();
+    owner.Say(AskLine(Question::kOpen));
+    owner.Say(RestForEver());
+    Serve();
+    const uint32_t connection = world_.LineOn(1)->Connection();
+    ASSERT_NE(0U, connection);
+    const Client other = Join();
+    other.Say(AskLine(Question::kClose, connection));
+    Serve();
+    EXPECT_EQ(connection, world_.LineOn(1)->Connection());
+    EXPECT_TRUE(other.Hear());
+    EXPECT_EQ(EBADF, other.Hear().value_or(Reply{}).error);
+}
+
+// Waits for ever, as one does who waits for a lock.
+[[noreturn]] void WaitForEver(const Client& client) {
+    client.Hear(0);
+    client.Say(RestForEver());
+    const auto turn = client.Hear(0);
+    client.Say(RestForEver());
+    for (;;) {
+        if (!turn || turn->why != Why::kTell) {
+            _exit(1);
+        }
+        pause();
+    }
+}
+
+TEST_F(WorldServerTest, AllAreAskedAndEndedWhenTheyWaitForEachOtherForEver) {
+    world_.SetPatience(120ms);
+    const Client client(world_.Invite());
+    const pid_t child = fork();
+    if (child == 0) {
+        client.Say(Ask(Question::kStart));
+        WaitForEver(client);
+    }
+    ::testing::internal::CaptureStderr();
+    int status = 0;
+    constexpr int kEnough = 200;
+    for (int i = 0; i < kEnough && waitpid(child, &status, WNOHANG) == 0; ++i) {
+        world_.Serve(-1);
+    }
+    EXPECT_THAT(::testing::internal::GetCapturedStderr(),
+                HasSubstr("pagersim: after 0 ms all threads wait for each other, for ever:\n"
+                          " process " +
+                          std::to_string(child) + " ("));
+    EXPECT_EQ(SIGABRT, WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+}
+
+}  // namespace
+}  // namespace pagersim
