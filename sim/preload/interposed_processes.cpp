@@ -7,24 +7,25 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 #include "sim/preload/outside.h"
 
 namespace pagersim {
 namespace {
 
-// Around a call that makes a process which is a program of its own.
+// Around a call that makes a process which is a program of its own. Locked: there is one connection
+// for a child to come, so one thread at a time may make one.
 class ChildToCome {
  public:
-    ChildToCome() : counts_(TheWorld().IsShared()) {
-        if (counts_) {
-            const Locked locked;
+    ChildToCome() {
+        if (TheWorld().IsShared()) {
+            locked_.emplace();
             TheWorld().PrepareChild();
         }
     }
     ~ChildToCome() {
-        if (counts_) {
-            const Locked locked;
+        if (locked_) {
             TheWorld().Shared().ForgetChild();
         }
     }
@@ -32,14 +33,13 @@ class ChildToCome {
     ChildToCome& operator=(const ChildToCome&) = delete;
 
     void HasPid(pid_t pid) const {
-        if (counts_) {
-            const Locked locked;
+        if (locked_) {
             TheWorld().Tell({Question::kChild, 0, 0, static_cast<uint32_t>(pid), 0, 0});
         }
     }
 
  private:
-    const bool counts_;
+    std::optional<Locked> locked_;
 };
 
 int Sent(int result) {
@@ -168,8 +168,15 @@ PAGERSIM_INTERPOSED int posix_spawnp(pid_t* child, const char* file,
 }
 
 PAGERSIM_INTERPOSED FILE* popen(const char* command, const char* mode) {
-    const ChildToCome to_come;
-    return Real().popen(command, mode);
+    FILE* pipe = nullptr;
+    int error = 0;
+    {
+        const ChildToCome to_come;
+        pipe = Real().popen(command, mode);
+        error = errno;
+    }
+    errno = error;
+    return pipe;
 }
 
 PAGERSIM_INTERPOSED int system(const char* command) {

@@ -1,8 +1,9 @@
 // pagersim: runs a program on simulated modems and paging centres. Tested by
 // tests/unit/sim/pagersim_test.cpp.
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -105,8 +106,8 @@ class Output {
         if (path.empty() || to_screen_) {
             return;
         }
-        file_.open(path, std::ios::trunc);
-        if (!file_) {
+        file_.reset(std::fopen(path.c_str(), "we"));  // The command doesn't get it.
+        if (file_ == nullptr) {
             throw UsageError(path + ": can't be written");
         }
     }
@@ -117,14 +118,15 @@ class Output {
         }
         if (to_screen_) {
             std::cout << text << std::flush;
-        } else if (file_.is_open()) {
-            file_ << text << std::flush;
+        } else if (file_ != nullptr) {
+            std::fwrite(text.data(), 1, text.size(), file_.get());
+            std::fflush(file_.get());
         }
     }
 
  private:
     const bool to_screen_;
-    std::ofstream file_;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_{nullptr, std::fclose};
 };
 
 class Run {

@@ -11,6 +11,7 @@ namespace pagersim {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class SharedWorld : public PagersimTest {
@@ -71,6 +72,38 @@ TEST_F(SharedWorld, AFileLockIsAwaited) {
                                                Child({"lock:" + Path("lock"), "now", "sleep:60"}) +
                                                Words{"sleep:9", "unlock", "sleep:1"})
                                            .out);
+}
+
+TEST_F(SharedWorld, ALockOnBytesIsAwaited) {
+    EXPECT_EQ("2001-01-08 10:00:09\n",
+              Quietly(Words{"lock-bytes:" + Path("lock")} +
+                      Child({"lock-bytes:" + Path("lock"), "now", "sleep:60"}) +
+                      Words{"sleep:9", "unlock-bytes", "sleep:1"})
+                  .out);
+}
+
+TEST_F(SharedWorld, APipedCommandIsInItToo) {
+    EXPECT_EQ("2001-01-08 10:00:05\n",
+              Quietly({std::string("popen:exec '") + SIM_CLIENT + "' sleep:5 now"}).out);
+}
+
+TEST_F(SharedWorld, TheCommandGetsNoneOfPagersimsFiles) {
+    const Words files = {"--transcript", "transcript", "--report", "report"};
+    const std::string out = Client({"descriptors"}, Words{"--quiet"} + files).out;
+    EXPECT_THAT(out, HasSubstr("/out\n")) << "what the test itself has open";
+    EXPECT_THAT(out, Not(HasSubstr("/transcript\n")));
+    EXPECT_THAT(out, Not(HasSubstr("/report\n")));
+}
+
+TEST_F(SharedWorld, ThreadsMayStartProgramsAtOnce) {
+    EXPECT_EQ("2001-01-08 10:00:01\n", Quietly({"twins:8", "now"}).out);
+}
+
+// Longer than one may be asleep with it.
+TEST_F(SharedWorld, OneThatComputesKeepsItsTurn) {
+    EXPECT_EQ(
+        "parent\nchild\n2001-01-08 10:00:00\n",
+        Quietly(Child({"print:child"}) + Words{"spin:600", "print:parent", "await", "now"}).out);
 }
 
 TEST_F(SharedWorld, AProgramThatTakesNoPartMakesTimeStandStill) {

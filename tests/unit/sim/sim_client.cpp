@@ -10,7 +10,9 @@
 //
 //   child ... end      spawn ... end    await            kill-child
 //   pipe               tell:TEXT        hear             shell:COMMAND
-//   lock:FILE          unlock
+//   lock:FILE          unlock           lock-bytes:FILE  unlock-bytes
+//   popen:COMMAND      spin:MS (of real time)            descriptors
+//   twins:COUNT (threads, each of which spawns a program and awaits its end)
 //
 // TEXT knows \r \n \e \0 \xHH. Ends with 1 when a text didn't come, with 2 when a line doesn't
 // open.
@@ -24,11 +26,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -181,6 +185,71 @@ void LockFile(const std::string& path) {
     flock(locked, LOCK_EX);
 }
 
+void LockBytes(const std::string& path) {
+    locked = open(path.c_str(), O_RDWR | O_CREAT, 0600);
+    struct flock all {};
+    all.l_type = F_WRLCK;
+    fcntl(locked, F_SETLKW, &all);
+}
+
+void UnlockBytes() {
+    struct flock all {};
+    all.l_type = F_UNLCK;
+    fcntl(locked, F_SETLK, &all);
+}
+
+// Its output is shown here.
+bool Popen(const std::string& command) {
+    FILE* const output = popen(command.c_str(), "r");
+    char text[256];
+    while (output != nullptr && std::fgets(text, sizeof text, output) != nullptr) {
+        std::fputs(text, stdout);
+    }
+    return output != nullptr && pclose(output) == 0;
+}
+
+void Spin(int ms) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (std::chrono::steady_clock::now() < end) {
+    }
+}
+
+// What they lead to.
+void PrintDescriptors() {
+    constexpr int kEnd = 1024;
+    for (int fd = STDERR_FILENO + 1; fd < kEnd; ++fd) {
+        char target[512];
+        const std::string link = "/proc/self/fd/" + std::to_string(fd);
+        const ssize_t length = readlink(link.c_str(), target, sizeof target);
+        if (length > 0) {
+            std::printf("%.*s\n", static_cast<int>(length), target);
+        }
+    }
+}
+
+void SpawnAndAwait() {
+    std::string name = "sim_client";
+    std::string step = "sleep:1";
+    char* const arguments[] = {name.data(), step.data(), nullptr};
+    pid_t spawned = 0;
+    int status = -1;
+    posix_spawn(&spawned, "/proc/self/exe", nullptr, nullptr, arguments, environ);
+    waitpid(spawned, &status, 0);
+    if (status != 0) {
+        std::printf("status %d\n", status);
+    }
+}
+
+void SpawnAtOnce(int count) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back(SpawnAndAwait);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 bool DoWithProcesses(const std::string& name, const std::string& argument, char** step) {
     if (name == "child") {
         Fork(step + 1);
@@ -202,6 +271,18 @@ bool DoWithProcesses(const std::string& name, const std::string& argument, char*
         LockFile(argument);
     } else if (name == "unlock") {
         flock(locked, LOCK_UN);
+    } else if (name == "lock-bytes") {
+        LockBytes(argument);
+    } else if (name == "unlock-bytes") {
+        UnlockBytes();
+    } else if (name == "popen") {
+        return Popen(argument);
+    } else if (name == "spin") {
+        Spin(std::stoi(argument));
+    } else if (name == "descriptors") {
+        PrintDescriptors();
+    } else if (name == "twins") {
+        SpawnAtOnce(std::stoi(argument));
     } else {
         return false;
     }
