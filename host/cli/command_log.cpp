@@ -9,7 +9,7 @@
 #include "host/cli/names.h"
 #include "host/cli/program.h"
 #include "host/cli/times.h"
-#include "host/service/alarm_story.h"
+#include "host/pages/alarm_story.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/text/json.h"

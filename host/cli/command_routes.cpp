@@ -11,7 +11,7 @@
 #include "host/cli/names.h"
 #include "host/cli/program.h"
 #include "host/cli/severities.h"
-#include "host/service/routes.h"
+#include "host/pages/routes.h"
 #include "host/site/barred_tries.h"
 #include "host/site/read_back.h"
 #include "host/site/sending_rules.h"

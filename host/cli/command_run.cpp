@@ -8,7 +8,7 @@
 
 #include "host/cli/program.h"
 #include "host/library/library.h"
-#include "host/service/service.h"
+#include "host/node/service.h"
 #include "host/store/faults.h"
 #include "host/text/age.h"
 

@@ -10,7 +10,7 @@
 #include "host/cli/screen.h"
 #include "host/cli/status_view.h"
 #include "host/cli/times.h"
-#include "host/service/stop_signal.h"
+#include "host/process/stop_signal.h"
 
 namespace host {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "host/cli/names.h"
 #include "host/explain/paged_alarm.h"
-#include "host/service/engine_locks.h"
-#include "host/service/routes.h"
+#include "host/pages/routes.h"
+#include "host/process/engine_locks.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 

@@ -7,8 +7,8 @@
 
 #include "host/cli/names.h"
 #include "host/cli/times.h"
-#include "host/service/engine_locks.h"
-#include "host/service/page_words.h"
+#include "host/pages/page_words.h"
+#include "host/process/engine_locks.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/text/json.h"

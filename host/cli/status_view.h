@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/service/history.h"
+#include "host/pages/history.h"
 #include "host/text/encoding.h"
 
 namespace host {

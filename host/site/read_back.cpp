@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstdlib>
 
-#include "host/service/routes.h"
+#include "host/pages/routes.h"
 #include "host/site/hours.h"
 #include "host/site/rules.h"
 #include "host/site/site_tables.h"

@@ -37,11 +37,11 @@ constexpr const char* kFirstHostParts =
 // What a service needs besides, and an index for each question that is asked for every page, so
 // that none reads a table of many pages from end to end.
 //   alarm_group       of an alarm; routes go by it
-//   Host_Routes       see host/service/routes.h
-//   Host_Deliveries   see host/service/deliveries.h
-//   Host_History      see host/service/history.h
-//   Host_Sends        see host/service/sends.h
-//   Host_TestPages    see host/service/test_pages.h
+//   Host_Routes       see host/pages/routes.h
+//   Host_Deliveries   see host/pages/deliveries.h
+//   Host_History      see host/pages/history.h
+//   Host_Sends        see host/pages/sends.h
+//   Host_TestPages    see host/pages/test_pages.h
 constexpr const char* kServiceParts =
     "ALTER TABLE AlarmLog ADD COLUMN alarm_group TEXT NOT NULL DEFAULT '';"
     "CREATE INDEX AlarmLog_ByState ON AlarmLog (pagerstate);"

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "host/service/growing_file.h"
-#include "host/service/trace_follower.h"
+#include "host/files/growing_file.h"
+#include "host/line/trace_follower.h"
 #include "host/store/pool.h"
 #include "host/store/schema.h"
 #include "host/text/controls.h"

@@ -1,11 +1,11 @@
 // What became of an alarm.
-#include "host/service/alarm_story.h"
+#include "host/pages/alarm_story.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/service/deliveries.h"
-#include "host/service/sends.h"
+#include "host/pages/deliveries.h"
+#include "host/pages/sends.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {

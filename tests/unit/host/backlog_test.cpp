@@ -1,10 +1,10 @@
 // What an engine finds when it starts.
-#include "host/service/backlog.h"
+#include "host/pages/backlog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/service/history.h"
+#include "host/pages/history.h"
 #include "host/store/pending.h"
 #include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"

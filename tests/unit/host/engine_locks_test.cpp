@@ -1,5 +1,5 @@
 // One engine per database, and one per serial device.
-#include "host/service/engine_locks.h"
+#include "host/process/engine_locks.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The trace of the engine: what is kept of it, and what is taken from it.
-#include "host/service/engine_trace.h"
+#include "host/line/engine_trace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // A file that is read as it grows.
-#include "host/service/growing_file.h"
+#include "host/files/growing_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What has become of every page.
-#include "host/service/history.h"
+#include "host/pages/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

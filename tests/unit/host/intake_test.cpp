@@ -1,5 +1,5 @@
 // New alarms, handed over to a library that is made up.
-#include "host/service/intake.h"
+#include "host/node/intake.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // A lock that ends with its process.
-#include "host/service/lock_file.h"
+#include "host/files/lock_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

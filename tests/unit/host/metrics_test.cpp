@@ -1,5 +1,5 @@
 // The engine's figures, as a node exporter collects them.
-#include "host/service/metrics.h"
+#include "host/node/metrics.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What a running service tells its operator.
-#include "host/service/operator_log.h"
+#include "host/process/operator_log.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,10 +1,10 @@
 // What the operator hears of the ends of pages.
-#include "host/service/page_ends.h"
+#include "host/node/page_ends.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/service/sends.h"
+#include "host/pages/sends.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {

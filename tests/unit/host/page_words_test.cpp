@@ -1,5 +1,5 @@
 // A page's state and end in words.
-#include "host/service/page_words.h"
+#include "host/pages/page_words.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Who has a serial device open: looked up in a folder of processes that the test has made.
-#include "host/service/port_holder.h"
+#include "host/process/port_holder.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

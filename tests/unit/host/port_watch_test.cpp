@@ -1,5 +1,5 @@
 // Ports that stay taken, seen in the pages of the trace.
-#include "host/service/port_watch.h"
+#include "host/line/port_watch.h"
 
 #include <gtest/gtest.h>
 

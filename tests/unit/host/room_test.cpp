@@ -1,5 +1,5 @@
 // The room on the disk, as the operator hears of it.
-#include "host/service/room.h"
+#include "host/node/room.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Which pagers an alarm goes to.
-#include "host/service/routes.h"
+#include "host/pages/routes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The record of every sending.
-#include "host/service/sends.h"
+#include "host/pages/sends.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

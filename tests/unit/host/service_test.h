@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/alarms/alarms.h"
-#include "host/service/operator_log.h"
+#include "host/process/operator_log.h"
 #include "host/store/connection.h"
 #include "sim/testing.h"
 #include "tests/unit/host/host_test.h"

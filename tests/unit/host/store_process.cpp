@@ -15,8 +15,8 @@
 #include <map>
 #include <string>
 
-#include "host/service/engine_locks.h"
-#include "host/service/lock_file.h"
+#include "host/files/lock_file.h"
+#include "host/process/engine_locks.h"
 #include "host/store/owner_lock.h"
 #include "tests/unit/host/table_client.h"
 

@@ -1,5 +1,5 @@
 // A running engine, followed by its trace.
-#include "host/service/trace_follower.h"
+#include "host/line/trace_follower.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

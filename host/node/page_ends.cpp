@@ -1,0 +1,104 @@
+// Ends of pages, for the operator. Tested by tests/unit/host/page_ends_test.cpp.
+#include "host/node/page_ends.h"
+
+#include <utility>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/pages/page_words.h"
+
+namespace host {
+namespace {
+
+// Alarms that are looked at for an acknowledgement. Of one that is older, the pages tell.
+constexpr int64_t kLastAlarms = 1000;
+
+int64_t LastChange(Connection& connection) {
+    Statement statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_History");
+    statement.Step();
+    return statement.Number(0);
+}
+
+int64_t VersionOf(Connection& connection) {
+    Statement statement(connection, "PRAGMA data_version");
+    statement.Step();
+    return statement.Number(0);
+}
+
+std::vector<Alarm> AcknowledgedAlarms(Connection& connection) {
+    std::vector<Alarm> acknowledged;
+    for (Alarm& alarm : LastAlarms(connection, kLastAlarms)) {
+        if (alarm.acknowledged) {
+            acknowledged.push_back(std::move(alarm));
+        }
+    }
+    return acknowledged;
+}
+
+bool IsTrouble(const PageStory& page) {
+    return page.end == PageEnd::kOffLimit && page.reached != Reached::kSent &&
+           page.reached != Reached::kDialled;
+}
+
+}  // namespace
+
+PageEnds::PageEnds(Connection& connection, Encoding encoding, OperatorLog& log)
+    : connection_(connection), encoding_(encoding), log_(log), seen_(LastChange(connection)) {
+    for (const Alarm& alarm : AcknowledgedAlarms(connection)) {
+        acknowledged_.insert(alarm.row);
+    }
+}
+
+void PageEnds::Mark() {
+    marked_ = LastChange(connection_);
+}
+
+void PageEnds::Look() {
+    LookAtAcknowledgements();
+    LookAtPages();
+}
+
+// Others acknowledge: the database's version tells whether there is anything to look for.
+void PageEnds::LookAtAcknowledgements() {
+    const int64_t version = VersionOf(connection_);
+    if (std::exchange(version_, version) == version) {
+        return;
+    }
+    std::set<int64_t> now;
+    for (const Alarm& alarm : AcknowledgedAlarms(connection_)) {
+        now.insert(alarm.row);
+        if (acknowledged_.count(alarm.row) == 0) {
+            log_.Info("alarm " + Decode(alarm.number, encoding_) + " (" +
+                      Decode(alarm.group, encoding_) + "): acknowledged by " +
+                      (alarm.acknowledged_by.empty() ? "another program"
+                                                     : Decode(alarm.acknowledged_by, encoding_)));
+        }
+    }
+    acknowledged_ = std::move(now);
+}
+
+void PageEnds::LookAtPages() {
+    if (marked_ <= seen_) {
+        return;
+    }
+    const std::vector<PageStory> pages = PagesEndedBetween(connection_, seen_, marked_);
+    seen_ = marked_;
+    for (const PageStory& page : pages) {
+        Tell(page);
+    }
+}
+
+void PageEnds::Tell(const PageStory& page) {
+    ++counts_[StateOf(page)];
+    const std::string text = "page of alarm " + page.alarm + " to \"" +
+                             Decode(page.pager, encoding_) + "\": " + EndOf(page);
+    if (IsTrouble(page)) {
+        log_.Error(text);
+    } else if (page.end == PageEnd::kOffLimit || page.end == PageEnd::kDropped) {
+        log_.Warning(text);
+    } else {
+        log_.Info(text);
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,50 @@
+// Tells the operator of every page that has ended, and every alarm that was acknowledged, once.
+//
+// Threads    One.
+// Errors     StoreError; the next look tells what this one couldn't.
+#ifndef PAGERFWD_HOST_NODE_PAGE_ENDS_H
+#define PAGERFWD_HOST_NODE_PAGE_ENDS_H
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+
+#include "host/pages/history.h"
+#include "host/process/operator_log.h"
+#include "host/store/connection.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+class PageEnds {
+ public:
+    // What has ended before isn't told.
+    PageEnds(Connection& connection, Encoding encoding, OperatorLog& log);
+
+    // Remembers what there is now. What has ended by then is told by the look behind: between the
+    // two, the trace is read, which tells how far the pages came.
+    void Mark();
+    void Look();
+
+    // How many pages have ended since the beginning, by their state's word.
+    const std::map<std::string, uint64_t>& Counts() const { return counts_; }
+
+ private:
+    void LookAtPages();
+    void LookAtAcknowledgements();
+    void Tell(const PageStory& page);
+
+    Connection& connection_;
+    const Encoding encoding_;
+    OperatorLog& log_;
+    int64_t version_ = -1;            // of the database, at the last look
+    int64_t seen_ = 0;                // the last row of the history that was looked at
+    int64_t marked_ = 0;              // the last one at the mark
+    std::set<int64_t> acknowledged_;  // rows of the alarm log, of the last ones
+    std::map<std::string, uint64_t> counts_;
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,59 @@
+// What an alarm owes: one delivery for each pager of its routes, until the library has answered.
+//
+// The deliveries of an alarm and its state 2 are written in one transaction, before the library is
+// called: a process that dies in between finds what is still open.
+//
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_PAGES_DELIVERIES_H
+#define PAGERFWD_HOST_PAGES_DELIVERIES_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/store/connection.h"
+
+namespace host {
+
+// Texts as the tables have them.
+struct Delivery {
+    std::string alarm;  // its number
+    int64_t place = 0;  // within the alarm, in the order of the routes
+    std::string group;
+    std::string pager;
+    int64_t since = 0;              // the last row of Host_History when the alarm was taken up
+    std::optional<int32_t> answer;  // none: open
+};
+
+// The library's answers, and the host's own for a call that wasn't needed.
+enum DeliveryAnswer : int32_t {
+    kPagerUnknown = -1,
+    kAlarmUnknown = 0,
+    kQueued = 1,
+    kWasAcknowledged = 2,  // before its turn came
+    kWasQueued = 3,        // by a process that died before it could note the answer
+    kGivenUp = 4,          // before its turn came, by the operator: the alarm was too old
+};
+
+// Takes up a new alarm: with no pager at all it is off limit at once. What was noted of an earlier
+// alarm of this number is forgotten.
+void PlanDeliveries(Connection& connection, const Alarm& alarm,
+                    const std::vector<std::string>& pagers);
+
+std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm);
+// unreadable: gets how many are too large to be read, if it is given. They hide no others.
+std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
+
+void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer);
+
+// Whether the library has made this page since the alarm was taken up, however it ended.
+bool WasEverQueued(Connection& connection, const Delivery& delivery);
+
+// After the last answer: an alarm that went to nobody is given up.
+void CloseAlarm(Connection& connection, const Alarm& alarm);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,75 @@
+// What has become of every page.
+//
+// The library's tables tell only what is pending now. The database writes each change of an event
+// into Host_History by itself, and from these changes a page's story is put together: its due time
+// and its end are computed, by the rules of the library's worker.
+//
+//   a page is due when it is queued, and again when an engine starts
+//   rewritten with one try more     it was tried, and is due the pager's delay later
+//   rewritten with as many tries    it failed for the first time, and is due five minutes later
+//
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_PAGES_HISTORY_H
+#define PAGERFWD_HOST_PAGES_HISTORY_H
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "host/store/connection.h"
+
+namespace host {
+
+struct PageChange {
+    std::time_t at = 0;
+    std::string change;  // as in host/store/schema.h
+    std::string state;
+    int64_t tries = 0;
+    int64_t row = 0;  // of the history
+};
+
+enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped };
+
+// The most that a page's sendings have come to. Unknown: none was recorded.
+enum class Reached { kUnknown, kNothing, kOutsideHours, kDialled, kSent };
+
+// Texts as the tables have them.
+struct PageStory {
+    std::string alarm;
+    std::string group;
+    std::string pager;
+    int64_t tries = 0;    // counted ones
+    int64_t retries = 0;  // that the pager allows; 5 where it is unknown
+    std::time_t queued = 0;
+    std::time_t due = 0;    // computed; while it is pending
+    std::time_t ended = 0;  // computed; 0 while it is pending
+    int64_t ended_by = 0;   // the row of the history; 0 while it is pending
+    PageEnd end = PageEnd::kPending;
+    Reached reached = Reached::kUnknown;
+};
+
+// The story of one page. changes: of this page, and where engines started, in order. delay: the
+// pager's, in minutes.
+PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged);
+
+// Every page of which an event is in state 2, in the order in which they were queued.
+std::vector<PageStory> PendingPages(Connection& connection);
+// The last so many that have ended, the oldest first.
+std::vector<PageStory> EndedPages(Connection& connection, int64_t count);
+// Those that ended by a change behind the first of these rows of the history, up to the second; in
+// the order of the changes.
+std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, int64_t last);
+// Every page of one alarm.
+std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm);
+
+// Notes that an engine starts: what it writes then makes pages due.
+void NoteEngineStart(Connection& connection);
+
+// Forgets pages that have ended and have not changed since then, and the answers for older alarms
+// that came to no page. Returns how many changes that were.
+int32_t ForgetHistory(Connection& connection, std::time_t before);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,95 @@
+// The story of one page. Tested by tests/unit/host/history_test.cpp.
+#include <algorithm>
+
+#include "host/alarms/states.h"
+#include "host/pages/history.h"
+#include "host/store/schema.h"
+
+namespace host {
+namespace {
+
+constexpr std::time_t kMinute = 60;
+constexpr std::time_t kFirstFailure = 5 * kMinute;
+
+class Teller {
+ public:
+    Teller(int64_t delay, bool acknowledged) : delay_(delay), acknowledged_(acknowledged) {}
+
+    void Hear(const PageChange& change) {
+        if (change.change == kEngineStarts) {
+            starts_ = true;
+        } else if (change.change == kRemoved) {
+            Removed(change);
+        } else if (change.change != kTakenOut && change.change != kBroughtBack) {
+            Written(change);
+        }
+    }
+
+    PageStory Tell() const { return story_; }
+
+ private:
+    void Written(const PageChange& change) {
+        if (change.state == kStateBeingPaged) {
+            BeingPaged(change);
+        } else {
+            End(change, change.state == kStateDone       ? PageEnd::kDone
+                        : change.state == kStateOffLimit ? PageEnd::kOffLimit
+                                                         : PageEnd::kAcknowledged);
+        }
+        // The library doesn't count the try that a centre has confirmed.
+        story_.tries = change.tries + (change.state == kStateDone ? 1 : 0);
+        starts_ = false;
+    }
+
+    // The row of a page on the line while its alarm is acknowledged is removed and written again:
+    // the library does not queue it anew.
+    void BeingPaged(const PageChange& change) {
+        const bool goes_on =
+            story_.end == PageEnd::kPending || story_.end == PageEnd::kAcknowledged;
+        const bool is_queued = story_.queued == 0 || !goes_on;
+        if (is_queued) {
+            story_.queued = change.at;
+        }
+        if (is_queued || starts_) {
+            story_.due = change.at;
+        } else if (change.tries > story_.tries) {
+            story_.due += static_cast<std::time_t>(delay_) * kMinute;
+        } else {
+            story_.due += kFirstFailure;
+        }
+        story_.end = PageEnd::kPending;
+        story_.ended = 0;
+        story_.ended_by = 0;
+    }
+
+    // An ended page's row is only tidied up. One that is owed has been acknowledged, or its alarm
+    // has gone.
+    void Removed(const PageChange& change) {
+        if (change.state == kStateBeingPaged) {
+            End(change, acknowledged_ ? PageEnd::kAcknowledged : PageEnd::kDropped);
+        }
+    }
+
+    void End(const PageChange& change, PageEnd end) {
+        story_.end = end;
+        story_.ended = change.at;
+        story_.ended_by = change.row;
+    }
+
+    const int64_t delay_;
+    const bool acknowledged_;
+    bool starts_ = false;
+    PageStory story_;
+};
+
+}  // namespace
+
+PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged) {
+    Teller teller(delay, acknowledged);
+    for (const PageChange& change : changes) {
+        teller.Hear(change);
+    }
+    return teller.Tell();
+}
+
+}  // namespace host

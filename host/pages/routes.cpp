@@ -1,0 +1,74 @@
+// Routes. Tested by tests/unit/host/routes_test.cpp.
+#include "host/pages/routes.h"
+
+#include <fnmatch.h>
+
+#include <algorithm>
+
+#include "host/text/utf8_locale.h"
+
+namespace host {
+namespace {
+
+std::vector<std::string> Split(std::string_view list) {
+    std::vector<std::string> parts;
+    while (!list.empty()) {
+        const size_t end = std::min(list.find(','), list.size());
+        parts.emplace_back(list.substr(0, end));
+        list.remove_prefix(std::min(end + 1, list.size()));
+    }
+    return parts;
+}
+
+std::vector<std::string> PagersOf(Connection& connection, int64_t route) {
+    std::vector<std::string> pagers;
+    Statement statement(connection,
+                        "SELECT pager FROM Host_RoutePagers WHERE route = ? ORDER BY place");
+    statement.Bind(route);
+    while (statement.Step()) {
+        pagers.emplace_back(statement.Text(0));
+    }
+    return pagers;
+}
+
+template <typename Values, typename Value>
+bool Has(const Values& values, const Value& value) {
+    return std::find(values.begin(), values.end(), value) != values.end();
+}
+
+bool Fits(const StoredRoute& route, const std::string& group, std::string_view severity) {
+    return fnmatch(route.groups.c_str(), group.c_str(), 0) == 0 &&
+           (route.severities.empty() || Has(route.severities, severity));
+}
+
+}  // namespace
+
+std::vector<StoredRoute> ReadRoutes(Connection& connection, Encoding encoding) {
+    std::vector<StoredRoute> routes;
+    Statement statement(connection,
+                        "SELECT route, alarm_groups, severities FROM Host_Routes ORDER BY route");
+    while (statement.Step()) {
+        routes.push_back({Decode(statement.Text(1), encoding), Split(statement.Text(2)),
+                          PagersOf(connection, statement.Number(0))});
+    }
+    return routes;
+}
+
+std::vector<std::string> PagersFor(const std::vector<StoredRoute>& routes, const std::string& group,
+                                   std::string_view severity) {
+    const Utf8Locale utf8;
+    std::vector<std::string> pagers;
+    for (const StoredRoute& route : routes) {
+        if (!Fits(route, group, severity)) {
+            continue;
+        }
+        for (const std::string& pager : route.pagers) {
+            if (!Has(pagers, pager)) {
+                pagers.push_back(pager);
+            }
+        }
+    }
+    return pagers;
+}
+
+}  // namespace host

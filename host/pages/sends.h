@@ -1,0 +1,46 @@
+// Every sending of a page, as the trace tells it: whether it got through, failed, or was skipped
+// since the pager's hours barred it. The tables of the library tell none of this.
+//
+// Errors     StoreError.
+#ifndef PAGERFWD_HOST_PAGES_SENDS_H
+#define PAGERFWD_HOST_PAGES_SENDS_H
+
+#include <cstdint>
+#include <ctime>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/store/connection.h"
+#include "host/trace/traced_page.h"
+
+namespace host {
+
+// Texts as the tables have them.
+struct Send {
+    std::time_t at = 0;  // when it ended
+    int64_t seconds = 0;
+    std::string alarm;  // its number; empty: a test page, or it isn't known
+    std::string pager;
+    std::string port;  // that was used; where none was found, that the pager names, if it does
+    TracedPage::Outcome outcome = TracedPage::Outcome::kCutOff;
+    int64_t result = 0;  // the library's; 0 where it was sent
+    std::string reason;  // why not, in words
+};
+
+// What the trace says of a page, with the alarm that it belongs to.
+Send SendOf(Connection& connection, const TracedPage& page, std::time_t now);
+
+void RecordSend(Connection& connection, const Send& send);
+
+// In the order in which they ended.
+std::vector<Send> SendsOf(Connection& connection, const std::string& alarm);
+
+// When a page last got through, by port.
+std::map<std::string, std::time_t> LastSuccesses(Connection& connection);
+
+const char* WordOf(TracedPage::Outcome outcome);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,108 @@
+// Test pages asked for. Tested by tests/unit/host/test_pages_test.cpp.
+#include "host/pages/test_pages.h"
+
+#include <vector>
+
+namespace host {
+namespace {
+
+struct Row {
+    int64_t asked;
+    int32_t asked_by;
+    std::string pager;
+};
+
+std::vector<Row> ReadRows(Connection& connection, const std::string& condition) {
+    std::vector<Row> rows;
+    Statement statement(connection,
+                        "SELECT row_id, asked_by, pager FROM Host_TestPages " + condition);
+    while (statement.Step()) {
+        rows.push_back({statement.Number(0), static_cast<int32_t>(statement.Number(1)),
+                        std::string(statement.Text(2))});
+    }
+    return rows;
+}
+
+// Whoever asked for a pager of such a name gets the answer that there is none.
+void ShortenNames(Connection& connection) {
+    std::vector<int64_t> asked;
+    {
+        Statement statement(connection, "SELECT row_id FROM Host_TestPages WHERE answer IS NULL");
+        while (statement.Step()) {
+            asked.push_back(statement.Number(0));
+        }
+    }
+    for (const int64_t row : asked) {
+        try {
+            ReadRows(connection, "WHERE row_id = " + std::to_string(row));
+        } catch (const RowTooLarge&) {
+            WriteTransaction transaction(connection);
+            Statement(connection, "UPDATE Host_TestPages SET pager = '' WHERE row_id = ?")
+                .Bind(row)
+                .Run();
+            transaction.Commit();
+        }
+    }
+}
+
+std::vector<Row> OpenRows(Connection& connection) {
+    const char* const open = "WHERE answer IS NULL ORDER BY row_id";
+    try {
+        return ReadRows(connection, open);
+    } catch (const RowTooLarge&) {
+        ShortenNames(connection);
+        return ReadRows(connection, open);
+    }
+}
+
+}  // namespace
+
+int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager) {
+    const int64_t me = owners.Mine();
+    WriteTransaction transaction(connection);
+    Statement(connection, "INSERT INTO Host_TestPages (asked_by, pager) VALUES (?, ?)")
+        .Bind(me)
+        .Bind(pager)
+        .Run();
+    Statement number(connection, "SELECT last_insert_rowid()");
+    number.Step();
+    const int64_t asked = number.Number(0);
+    transaction.Commit();
+    return asked;
+}
+
+std::optional<int32_t> TestPageAnswer(Connection& connection, int64_t asked) {
+    Statement statement(connection,
+                        "SELECT answer FROM Host_TestPages"
+                        " WHERE row_id = ? AND answer IS NOT NULL");
+    return statement.Bind(asked).Step()
+               ? std::optional<int32_t>(static_cast<int32_t>(statement.Number(0)))
+               : std::nullopt;
+}
+
+void ForgetTestPage(Connection& connection, int64_t asked) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "DELETE FROM Host_TestPages WHERE row_id = ?").Bind(asked).Run();
+    transaction.Commit();
+}
+
+std::optional<AskedTestPage> NextTestPage(Connection& connection, OwnerLock& owners) {
+    for (const Row& row : OpenRows(connection)) {
+        if (owners.Lives(row.asked_by)) {
+            return AskedTestPage{row.asked, row.pager};
+        }
+        ForgetTestPage(connection, row.asked);
+    }
+    return std::nullopt;
+}
+
+void AnswerTestPage(Connection& connection, int64_t asked, int32_t answer) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "UPDATE Host_TestPages SET answer = ? WHERE row_id = ?")
+        .Bind(int64_t{answer})
+        .Bind(asked)
+        .Run();
+    transaction.Commit();
+}
+
+}  // namespace host
