@@ -72,7 +72,7 @@ class WorldServer final : public Timeline {
         Why why;
     };
 
-    // Who is in the world.
+    // Who is in the world, in membership.cpp.
     Member& Add(Descriptor socket);
     void AcceptAll();
     Member* InvitedBy(pid_t pid);
@@ -80,13 +80,17 @@ class WorldServer final : public Timeline {
     void Bury(Member& member);
     void Drop(const Holdings& holdings);
 
-    // Turns.
     void GoOn();
+    void RunDueEvents();
+
+    // What they say, in hearing.cpp.
     bool HearHolder();
     void AwaitSignals();
     void HearOthers();
     void HearEach();
     void HearSignal();
+
+    // Turns, in turns.cpp.
     Choice ChooseNext();
     Choice ChooseNow() const;
     bool CouldGoOn(const Member& member) const;
@@ -95,7 +99,6 @@ class WorldServer final : public Timeline {
     bool TimeStandsStill() const;
     bool AwaitsChild(const Member& member) const;
     Member* EarliestDeadline() const;
-    void RunDueEvents();
     void GiveTurn(const Choice& choice);
     void Rest(Member& member, const Request& request);
 
@@ -105,15 +108,17 @@ class WorldServer final : public Timeline {
     void GoOnTo(Micros when);
     void Fork(Member& member);
     void Child(const Member& member, pid_t pid);
-    static bool Release(Member& member, const Holdings::key_type& what);
-    void Open(Member& member, int com);
-    void AskLine(Member& member, const Received& received);
-    Terminal Find(uint32_t terminal);
     Micros HorizonFor(const Member& member) const;
     uint32_t OthersOf(const Member& member) const;
     Reply Message(Member& member, Why why) const;
     void SendReply(Member& member, std::string_view payload = {});
     void Refuse(Member& member, int error);
+
+    // About lines, in line_questions.cpp.
+    static bool Release(Member& member, const Holdings::key_type& what);
+    void Open(Member& member, int com);
+    void AskLine(Member& member, const Received& received);
+    Terminal Find(uint32_t terminal);
 
     // Real waiting, in real_waiting.cpp.
     void WaitFor(int other);

@@ -5,16 +5,15 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
 #include "sim/preload/real_calls.h"
+#include "sim/world/socket_address.h"
 
 namespace pagersim {
 namespace {
@@ -27,13 +26,6 @@ constexpr int kFirstOfOurs = 700;
     constexpr int kStatus = 125;
     (void)Real().write(STDERR_FILENO, kText.data(), kText.size());
     _exit(kStatus);
-}
-
-sockaddr_un AddressOf(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    return address;
 }
 
 int MovedUp(int fd) {

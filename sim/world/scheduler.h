@@ -95,6 +95,10 @@ class Scheduler final : public Timeline {
     void SetPatience(Milliseconds real) { patience_ = real; }
 
  private:
+    // A thread that polls a quiet line makes a jump a look. Descriptors that the program itself
+    // hasn't used since are not asked about at each of them.
+    static constexpr int kLooksPerCheck = 16;
+
     bool HasTurn() const { return link_ == nullptr || link_->HasTurn(); }
     void AwaitGoingOn(ProgramThread& me);
     void Leave(ProgramThread& me, Wait& wait);
