@@ -20,10 +20,15 @@ Outcome OutcomeFor(std::string_view word) {
     return Outcome::kCutOff;
 }
 
+// A column as the trace has it.
+std::string Traced(const std::string& column) {
+    return "substr(CAST(" + column + " AS BLOB), 1, " + std::to_string(kTracedTextKept) + ")";
+}
+
 bool Owes(Connection& connection, const std::string& alarm, const TracedPage& page) {
-    Statement statement(connection,
-                        "SELECT 1 FROM Host_History"
-                        " WHERE alarm = ? AND pager = ? AND alarm_group = ? LIMIT 1");
+    Statement statement(connection, "SELECT 1 FROM Host_History WHERE alarm = ? AND " +
+                                        Traced("pager") + " = CAST(? AS BLOB) AND " +
+                                        Traced("alarm_group") + " = CAST(? AS BLOB) LIMIT 1");
     return statement.Bind(alarm).Bind(page.pager).Bind(page.alarm).Step();
 }
 

@@ -1,4 +1,4 @@
-// The process's own open, for processes that serve one line. Their dynamic list
+// The process's own open, for processes that serve one line, and for the trace. Its dynamic list
 // shows it to the library.
 #undef _FILE_OFFSET_BITS  // or this would be open64, which the library doesn't call
 #include <dlfcn.h>
@@ -8,6 +8,7 @@
 #include <cstdarg>
 
 #include "host/platform/own_device.h"
+#include "host/platform/trace_file.h"
 
 extern "C" int open(const char* path, int flags, ...) {
     using Open = int (*)(const char*, int, ...);
@@ -22,5 +23,7 @@ extern "C" int open(const char* path, int flags, ...) {
     const bool has_mode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
     const mode_t mode = has_mode ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return next(opened, flags, mode);
+    const int file = next(opened, flags, mode);
+    host::NoteOpened(path, flags, file);
+    return file;
 }

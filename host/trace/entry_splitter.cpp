@@ -85,24 +85,30 @@ void EntrySplitter::Begin(int second) {
     open_ = true;
     entry_ = {lines_, second, {}, 0};
     text_.clear();
+    end_.clear();
     size_ = 0;
     ends_line_ = false;
 }
 
 void EntrySplitter::Keep(std::string_view bytes) {
-    if (!bytes.empty()) {
-        text_ += bytes.substr(0, kKept - text_.size());
-        size_ += bytes.size();
-        ends_line_ = bytes.back() == '\n';
+    if (bytes.empty()) {
+        return;
     }
+    size_ += bytes.size();
+    ends_line_ = bytes.back() == '\n';
+    const std::string_view begin = bytes.substr(0, kKept - kEndKept - text_.size());
+    text_ += begin;
+    bytes.remove_prefix(begin.size());
+    end_ += bytes.substr(bytes.size() - std::min(bytes.size(), kEndKept));
+    end_.erase(0, end_.size() - std::min(end_.size(), kEndKept));
 }
 
 void EntrySplitter::Give() {
     if (open_) {
         open_ = false;
-        const size_t size = size_ - (ends_line_ ? 1 : 0);
-        entry_.text = std::string_view(text_).substr(0, size);
-        entry_.left_out = size - entry_.text.size();
+        text_ += end_;
+        entry_.left_out = size_ - text_.size();
+        entry_.text = std::string_view(text_).substr(0, text_.size() - (ends_line_ ? 1 : 0));
         give_(entry_);
     }
 }

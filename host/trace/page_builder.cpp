@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-constexpr size_t kTextKept = 4096;  // of what is said at once, of a name, of a message
+constexpr size_t kTextKept = kTracedTextKept;
 constexpr std::string_view kNeverSaid = "WAIT_STRING";  // waited for, to listen for a while
 constexpr size_t kShownSoFar = 80;
 constexpr std::string_view kNotOpened = "COM port cannot be opened!";

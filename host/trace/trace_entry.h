@@ -2,8 +2,10 @@
 //
 // An entry begins on a line that begins with " 7: 5: 9" and a tab, and lasts until the next such
 // line: texts are written as they are, line breaks in them too. Those of the tables have none (see
-// host/text/controls.h). What a far end says stands in the trace raw, so one that says such a line
-// itself can't be told from the library.
+// host/text/controls.h), and what a far end says begins no entry in a trace that this program has
+// written (see host/platform/trace_file.h). In one of another host of the library, a far end that
+// says such a line can't be told from the library. Such a trace is only shown, by `pagerfwd trace`;
+// no engine, figure or record of ours believes it.
 #ifndef PAGERFWD_HOST_TRACE_TRACE_ENTRY_H
 #define PAGERFWD_HOST_TRACE_TRACE_ENTRY_H
 
@@ -22,16 +24,18 @@ struct TraceEntry {
     uint64_t line = 0;      // of the file, from 1
     int second = kNoTime;   // of the day, local time; none for what stands before the first entry
     std::string_view text;  // without its time and the line feed that ends it
-    size_t left_out = 0;    // bytes behind the text that were too many to be kept
+    size_t left_out = 0;    // bytes that were too many to be kept, in front of its last kEndKept
 };
 
 // Takes the bytes of a trace in pieces of any size, and gives its entries, each once.
 //
 // Ownership  An entry's text is valid until the call that gave it returns.
-// Memory     Bounded: of each entry, kKept bytes at most.
+// Memory     Bounded: of each entry, kKept bytes at most, the last kEndKept among them, which say
+//            what the rest was.
 class EntrySplitter {
  public:
     static constexpr size_t kKept = size_t{64} << 10;
+    static constexpr size_t kEndKept = 1024;
 
     explicit EntrySplitter(std::function<void(const TraceEntry&)> give) : give_(std::move(give)) {}
 
@@ -58,8 +62,9 @@ class EntrySplitter {
     std::string line_begin_;  // of it, until that is decided
     bool open_ = false;       // an entry is at hand
     TraceEntry entry_;
-    std::string text_;
-    size_t size_ = 0;  // of the entry's text, kept or not
+    std::string text_;  // its beginning
+    std::string end_;   // of what there is no room for in text_
+    size_t size_ = 0;   // of the entry's text, kept or not
     bool ends_line_ = false;
 };
 

@@ -37,6 +37,9 @@ struct Turn {
     int64_t limit_ms = 0;  // kWaited
 };
 
+// Bytes of what is said at once, of a name, of a message. Longer ones are cut.
+inline constexpr size_t kTracedTextKept = 4096;
+
 struct TracedPage {
     enum class Outcome {
         kSent,

@@ -200,7 +200,7 @@ std::string PageText::Event(const TraceEvent& event) const {
         line += words + (named ? " \"" + Shown(event.meaning.field) + "\"" : "");
     }
     if (event.entry.left_out > 0) {
-        line += " ... and " + std::to_string(event.entry.left_out) + " bytes more";
+        line += " ... and " + std::to_string(event.entry.left_out) + " bytes more within";
     }
     return line + "\n";
 }

@@ -1,5 +1,5 @@
-// Texts of alarms that would write lines of their own into the library's trace, and rows that
-// nobody can read: what the service says stays true.
+// Texts of alarms and words of far ends that would write lines of their own into the library's
+// trace, and rows that nobody can read: what the service says stays true.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -46,6 +46,28 @@ TEST_F(RunAmongStrangers, BelievesNoTextThatSaysThatAPageWasSent) {
     EXPECT_EQ(0, run.exit_code) << run.err;
     EXPECT_THAT(Rows("count(*) FROM Host_Sends WHERE outcome = 'sent'"), ElementsAre("0"));
     EXPECT_THAT(Rows("count(*) > 0 FROM Host_Sends WHERE outcome = 'not sent'"), ElementsAre("1"));
+}
+
+// A centre that never asks for the number, and says what the trace would.
+TEST_F(RunAmongStrangers, BelievesNoFarEndThatSaysThatAPageWasSent) {
+    exchange = R"(
+[[line]]
+port = "COM 1"
+[[centre]]
+name = "liar"
+protocol = "plain"
+numbers = ["5550100"]
+greeting = "\n10: 0: 7\tMessage transfered!\n10: 0: 7\t*** END PAGING ***\n"
+question = false
+prompt = ""
+)";
+    Raise("TECH/1");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ(0, PageCount());
+    EXPECT_THAT(Rows("DISTINCT outcome || ' ' || result FROM Host_Sends"),
+                ElementsAre("not sent 7"));
+    EXPECT_THAT(TextOf("pageprot.txt"), HasSubstr("\n10: 0: 7 Message transfered!\n"));
 }
 
 }  // namespace

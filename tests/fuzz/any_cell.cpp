@@ -12,7 +12,6 @@
 #include "host/store/pool.h"
 #include "host/store/schema.h"
 #include "host/text/controls.h"
-#include "host/trace/trace_entry.h"
 #include "linux/win_system.h"
 #include "sim/testing.h"
 #include "tests/fuzz/folder.h"
@@ -28,10 +27,7 @@ constexpr const char* kDatabase = "site.db";
 constexpr const char* kTemplate = "template.db";
 constexpr const char* kPort = "COM 1";
 constexpr int32_t kAlarm = 978948000;
-constexpr size_t kNameKept = 4096;  // by the reader of the trace
-// Of one line, without what the library writes around a text. A longer one loses its end, and with
-// it what it says.
-constexpr size_t kLineKept = host::EntrySplitter::kKept - 1024;
+constexpr size_t kNameKept = host::kTracedTextKept;
 
 class Silent : public pagersim::FarEnd {
     void Opened(pagersim::Wire&) override {}
@@ -135,9 +131,6 @@ int32_t SendPage(const Names& names) {
 }
 
 bool IsNameOf(const std::string& read, const std::string& name) {
-    if (name.size() > kLineKept) {
-        return name.compare(0, read.size(), read) == 0;
-    }
     return read == name.substr(0, kNameKept);
 }
 

@@ -63,6 +63,19 @@ TEST_F(Sends, BelongToNoAlarmThatOwesNoSuchPage) {
     EXPECT_EQ("", Of(page).alarm);
 }
 
+// The trace's reader keeps so much of a name.
+TEST_F(Sends, BelongToTheAlarmWhoseNamesAreTooLongToBeKept) {
+    const std::string pager(70000, 'p');
+    const std::string group = "\xC3\xA9" + std::string(70000, 'g');
+    WriteEvent(978948000, pager.c_str(), 2, 0, group.c_str());
+    TracedPage page = Page();
+    page.pager = pager.substr(0, kTracedTextKept);
+    page.alarm = group.substr(0, kTracedTextKept);
+    EXPECT_EQ("978948000", Of(page).alarm);
+    page.alarm.back() = 'x';
+    EXPECT_EQ("", Of(page).alarm);
+}
+
 // --- Where summer time is kept.
 
 class SendsInCentralEurope : public Sends {

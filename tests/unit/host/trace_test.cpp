@@ -98,6 +98,24 @@ TEST(TraceEntries, KeepABoundedPartOfALongText) {
     EXPECT_EQ(1000 * 1000 - EntrySplitter::kKept, entries.left_out);
 }
 
+TEST(TraceEntries, KeepTheEndOfALongTextInPiecesOfAnySize) {
+    const std::string begin(EntrySplitter::kKept - EntrySplitter::kEndKept, 'a');
+    const std::string end(EntrySplitter::kEndKept - 1, 'z');
+    for (const size_t more : {0, 1, 2, 1500, 70000}) {
+        const std::string text = " 0: 0: 1\t" + begin + std::string(more, 'b') + end + "\n";
+        for (const size_t piece : {size_t{999}, size_t{65000}, text.size()}) {
+            Entries entries;
+            for (size_t at = 0; at < text.size(); at += piece) {
+                entries.splitter.Feed(std::string_view(text).substr(at, piece));
+            }
+            entries.splitter.Finish();
+            ASSERT_THAT(entries.all, SizeIs(1));
+            EXPECT_TRUE(entries.all[0] == "1|1|" + begin + end) << more << " by " << piece;
+            EXPECT_EQ(more, entries.left_out);
+        }
+    }
+}
+
 // --- Times.
 
 TEST(TraceCalendar, CountsDays) {
