@@ -75,7 +75,7 @@ int CheckedPort(int com) {
         throw std::logic_error("a simulated line needs a virtual clock");
     }
     if (com < 1 || com > kLines) {
-        throw std::out_of_range("a simulated line is on COM1 to COM9");
+        throw std::out_of_range("a simulated line is on COM1 to COM64");
     }
     return com;
 }

@@ -76,7 +76,7 @@ class PAGERSIM_API VirtualClock {
     static void SetPatience(Milliseconds real);
 };
 
-// Any far end on a line: COM1 to COM9, that is /dev/ttyS0 to /dev/ttyS8, can be opened while this
+// Any far end on a line: COM1 to COM64, that is /dev/ttyS0 to /dev/ttyS63, can be opened while this
 // lives. One a port.
 class PAGERSIM_API AttachedLine {
  public:

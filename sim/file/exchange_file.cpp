@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <fstream>
 #include <set>
@@ -11,13 +12,14 @@
 
 #include "sim/file/clock_file.h"
 #include "sim/file/toml_table.h"
+#include "sim/world/line_set.h"
 
 namespace pagersim {
 namespace {
 
 constexpr std::string_view kPortExample = "\"COM 1\"";
 
-// 1 to 9 for "COM 1" or "COM1", else 0.
+// 1 to kLines for "COM 1" or "COM1", else 0.
 int ComNumber(std::string_view port) {
     constexpr std::string_view kPrefix = "COM";
     if (port.substr(0, kPrefix.size()) != kPrefix) {
@@ -27,7 +29,11 @@ int ComNumber(std::string_view port) {
     if (!port.empty() && port.front() == ' ') {
         port.remove_prefix(1);
     }
-    return port.size() == 1 && port[0] >= '1' && port[0] <= '9' ? port[0] - '0' : 0;
+    int com = 0;
+    const char* const end = port.data() + port.size();
+    const auto [behind, error] = std::from_chars(port.data(), end, com);
+    const bool is_plain = error == std::errc() && behind == end && port.front() != '0';
+    return is_plain && com >= 1 && com <= kLines ? com : 0;
 }
 
 void TakeInstant(TomlTable& table, const std::string& key, std::time_t& instant) {
@@ -51,9 +57,10 @@ LineEntry ReadLine(TomlTable& table) {
     const bool is_text = table.Take("port", port);
     line.com = ComNumber(port);
     if (is_text && line.com == 0) {
-        table.Mistake("port", "must be \"COM 1\" to \"COM 9\"");
+        table.Mistake("port", "must be \"COM 1\" to \"COM 64\"");
     }
     TakeInstant(table, "there_from", line.there_from);
+    TakeInstant(table, "there_until", line.there_until);
     table.Take("powered", modem.powered);
     table.Take("answer_delay_ms", modem.answer_delay);
     table.Take("answer_gap_ms", modem.answer_gap);
@@ -303,6 +310,13 @@ class Reader {
 };
 
 }  // namespace
+
+bool LineEntry::IsThereAt(std::time_t instant) const {
+    const bool has_come = instant >= there_from;
+    const bool has_gone = there_until != 0 && instant >= there_until;
+    return there_until < there_from && there_until != 0 ? has_come || !has_gone
+                                                        : has_come && !has_gone;
+}
 
 ExchangeFile ReadExchangeFile(std::string_view text, const std::string& path) {
     ExchangeFile file;

@@ -19,9 +19,12 @@
 namespace pagersim {
 
 struct LineEntry {
-    int com = 0;                 // 1 to 9
-    std::time_t there_from = 0;  // until then the device can't be opened
+    int com = 0;                  // 1 to kLines
+    std::time_t there_from = 0;   // until then the device can't be opened
+    std::time_t there_until = 0;  // from then on it is gone; until there_from, if that is later
     ModemOptions modem;
+
+    bool IsThereAt(std::time_t instant) const;
 };
 
 struct NttOptions {};

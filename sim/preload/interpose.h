@@ -25,7 +25,7 @@ int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t
 
 // The calling thread has looked at these lines without waiting, and found nothing; or it has found
 // something, or written. Require: locked, IsServed() before.
-void NoteQuietLook(unsigned lines);
+void NoteQuietLook(LineSet lines);
 void NoteActivity();
 
 // The calling thread looks at the time. On a quiet line that takes a step.

@@ -1,9 +1,14 @@
-// Opening: a name beginning with /dev/ttyS is a simulated line's or nobody's. Tested by
-// tests/unit/sim/line_test.cpp.
+// Opening: a name beginning with /dev/ttyS is a simulated line's or nobody's, and so is a link to
+// one. Tested by tests/unit/sim/line_test.cpp.
+#include <array>
 #include <cerrno>
+#include <charconv>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "sim/preload/interpose.h"
@@ -13,23 +18,41 @@ namespace {
 
 constexpr std::string_view kDevices = "/dev/ttyS";
 
-bool IsSerialDevice(const char* path) {
-    return path != nullptr && std::strncmp(path, kDevices.data(), kDevices.size()) == 0;
-}
-
-// 1 for /dev/ttyS0. 0: no port of ours.
+// 1 for "/dev/ttyS0". 0: no port of ours.
 int ComOfPath(std::string_view path) {
     path.remove_prefix(kDevices.size());
-    return path.size() == 1 && path[0] >= '0' && path[0] < '0' + kLines ? path[0] - '0' + 1 : 0;
+    int number = 0;
+    const auto [end, error] = std::from_chars(path.begin(), path.end(), number);
+    const bool is_plain = error == std::errc() && end == path.end() && path.front() != '-' &&
+                          (path.size() == 1 || path.front() != '0');
+    return is_plain && number < kLines ? number + 1 : 0;
+}
+
+// The port that a name stands for, 0 when it is nobody's; none: it is no serial device's.
+std::optional<int> SerialDevice(int folder, const char* path) {
+    if (path == nullptr) {
+        return std::nullopt;
+    }
+    const auto com_of = [](std::string_view name) -> std::optional<int> {
+        return name.substr(0, kDevices.size()) == kDevices ? std::optional(ComOfPath(name))
+                                                           : std::nullopt;
+    };
+    if (const auto com = com_of(path)) {
+        return com;
+    }
+    const int before = errno;
+    std::array<char, PATH_MAX> target{};
+    const ssize_t size = readlinkat(folder, path, target.data(), target.size());
+    errno = before;
+    return size > 0 ? com_of({target.data(), static_cast<size_t>(size)}) : std::nullopt;
 }
 
 // Answers as open does.
-int OpenLine(const char* path, int flags) {
+int OpenLine(int com, int flags) {
     int fd = -1;
     int error = ENOENT;
     {
         const Locked locked;
-        const int com = ComOfPath(path);
         if (Port* const line = TheWorld().PortOn(com)) {
             uint32_t connection = 0;
             fd = line->Open(flags, connection);
@@ -66,17 +89,29 @@ bool TakesMode(int flags) {
     }
 
 int OpenPath(const char* path, int flags, mode_t mode) {
-    return IsSerialDevice(path) ? OpenLine(path, flags) : Real().open(path, flags, mode);
+    const auto com = SerialDevice(AT_FDCWD, path);
+    return com ? OpenLine(*com, flags) : Real().open(path, flags, mode);
 }
 
 int OpenPathAt(int folder, const char* path, int flags, mode_t mode) {
-    return IsSerialDevice(path) ? OpenLine(path, flags) : Real().openat(folder, path, flags, mode);
+    const auto com = SerialDevice(folder, path);
+    return com ? OpenLine(*com, flags) : Real().openat(folder, path, flags, mode);
 }
 
 // Streams have buffers of their own below us: a line can't be opened as one.
-FILE* RefuseStream() {
-    errno = ENOENT;
-    return nullptr;
+bool IsRefusedStream(const char* path) {
+    const bool refused = SerialDevice(AT_FDCWD, path).has_value();
+    errno = refused ? ENOENT : errno;
+    return refused;
+}
+
+// Whether the device can be opened now. Answers as access does.
+int LookForLine(int com) {
+    const Locked locked;
+    const Port* const line = TheWorld().PortOn(com);
+    const bool there = line != nullptr && line->IsThere();
+    errno = there ? errno : ENOENT;
+    return there ? 0 : -1;
 }
 
 }  // namespace
@@ -125,20 +160,30 @@ PAGERSIM_INTERPOSED int __openat64_2(int folder, const char* path, int flags) {
     return OpenPathAt(folder, path, flags | O_LARGEFILE, 0);
 }
 
+PAGERSIM_INTERPOSED int access(const char* path, int mode) noexcept {
+    const auto com = SerialDevice(AT_FDCWD, path);
+    return com ? LookForLine(*com) : Real().access(path, mode);
+}
+
+PAGERSIM_INTERPOSED int faccessat(int folder, const char* path, int mode, int flags) noexcept {
+    const auto com = SerialDevice(folder, path);
+    return com ? LookForLine(*com) : Real().faccessat(folder, path, mode, flags);
+}
+
 PAGERSIM_INTERPOSED FILE* fopen(const char* path, const char* mode) {
-    return IsSerialDevice(path) ? RefuseStream() : Real().fopen(path, mode);
+    return IsRefusedStream(path) ? nullptr : Real().fopen(path, mode);
 }
 
 PAGERSIM_INTERPOSED FILE* fopen64(const char* path, const char* mode) {
-    return IsSerialDevice(path) ? RefuseStream() : Real().fopen64(path, mode);
+    return IsRefusedStream(path) ? nullptr : Real().fopen64(path, mode);
 }
 
 PAGERSIM_INTERPOSED FILE* freopen(const char* path, const char* mode, FILE* stream) {
-    return IsSerialDevice(path) ? RefuseStream() : Real().freopen(path, mode, stream);
+    return IsRefusedStream(path) ? nullptr : Real().freopen(path, mode, stream);
 }
 
 PAGERSIM_INTERPOSED FILE* freopen64(const char* path, const char* mode, FILE* stream) {
-    return IsSerialDevice(path) ? RefuseStream() : Real().freopen64(path, mode, stream);
+    return IsRefusedStream(path) ? nullptr : Real().freopen64(path, mode, stream);
 }
 
 }  // namespace pagersim

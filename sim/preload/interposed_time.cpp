@@ -33,7 +33,7 @@ timespec ToTimespec(Micros time) {
 
 }  // namespace
 
-void NoteQuietLook(unsigned lines) {
+void NoteQuietLook(LineSet lines) {
     ProgramThread& me = *Me();
     me.quiet_lines = lines;
     if (++me.quiet_looks >= kQuietLooksPerStep) {

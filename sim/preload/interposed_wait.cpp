@@ -14,7 +14,7 @@ namespace {
 // What a look at all descriptors of a wait saw.
 struct Seen {
     int ready = 0;       // how many; -1: see errno
-    unsigned lines = 0;  // the lines among them
+    LineSet lines = 0;   // the lines among them
     bool input = false;  // one has something to read
 };
 
@@ -34,7 +34,7 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
     for (nfds_t i = 0; i < count; ++i) {
         pollfd& each = descriptors[i];
         each.revents = 0;
-        if (const unsigned line = Descriptors::BitOf(each.fd)) {
+        if (const LineSet line = Descriptors::BitOf(each.fd)) {
             seen.lines |= line;
             each.revents = ReadyOnLine(each.fd, each.events);
             seen.ready += each.revents != 0 ? 1 : 0;

@@ -27,7 +27,7 @@ namespace pagersim {
 // them, which a plain look-up may find, has another layout.
 // clang-format off
 #define PAGERSIM_REAL_CALLS(X) \
-    X(open) X(openat) X(creat) X(fopen) X(fopen64) X(freopen) X(freopen64) X(close) X(dup) \
+    X(open) X(openat) X(creat) X(fopen) X(fopen64) X(freopen) X(freopen64) X(access) X(faccessat) X(close) X(dup) \
     X(dup2) X(dup3) X(fcntl) X(fcntl64) X(ioctl) X(read) X(write) X(poll) X(ppoll) X(select) \
     X(pselect) X(epoll_wait) X(tcgetattr) X(tcsetattr) X(tcflush) X(tcdrain) X(sleep) \
     X(gettimeofday) X(time) X(clock_gettime) X(pthread_create) X(pthread_join) X(pthread_detach) \

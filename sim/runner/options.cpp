@@ -15,7 +15,7 @@ constexpr int kUsageError = 2;
 constexpr const char* kDescription =
     "Runs a program on simulated modems and paging centres, under a virtual clock.\n"
     "\n"
-    "The program and its children find serial ports /dev/ttyS0 to /dev/ttyS8 as the exchange\n"
+    "The program and its children find serial ports /dev/ttyS0 to /dev/ttyS63 as the exchange\n"
     "file describes them; a real port is never touched. Waiting takes no real time.\n";
 
 constexpr const char* kExamples =

@@ -9,7 +9,9 @@
 #include <ctime>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -88,8 +90,11 @@ class Server {
             std::filesystem::create_directories(options_.links);
         }
         for (const LineEntry& line : file_.lines) {
-            const auto later = std::max<std::time_t>(line.there_from - start_, 0);
-            time_.At(std::chrono::seconds(later), [this, line] { Add(line); });
+            if (line.IsThereAt(start_)) {
+                PlugIn(line);
+            }
+            PlanAt(line.there_from, [this, &line] { PlugIn(line); });
+            PlanAt(line.there_until, [this, &line] { PlugOut(line); });
         }
     }
 
@@ -98,14 +103,14 @@ class Server {
         for (;;) {
             time_.RunDue();
             std::vector<pollfd> waiting = {{end.Number(), POLLIN, 0}};
-            for (const auto& line : lines_) {
+            for (const auto& [com, line] : lines_) {
                 line->AddTo(waiting);
             }
             poll(waiting.data(), waiting.size(), static_cast<int>(LongestWait().count()));
             if (waiting.front().revents != 0) {
                 break;
             }
-            for (const auto& line : lines_) {
+            for (const auto& [com, line] : lines_) {
                 line->Look();
             }
             shown_.CatchUp(time_.Now());
@@ -114,6 +119,24 @@ class Server {
     }
 
  private:
+    void PlanAt(std::time_t when, std::function<void()> what) {
+        if (when > start_) {
+            time_.At(std::chrono::seconds(when - start_), std::move(what));
+        }
+    }
+
+    void PlugIn(const LineEntry& entry) {
+        const auto known = lines_.find(entry.com);
+        known != lines_.end() ? known->second->PlugIn() : Add(entry);
+    }
+
+    void PlugOut(const LineEntry& entry) {
+        const auto known = lines_.find(entry.com);
+        if (known != lines_.end()) {
+            known->second->PlugOut();
+        }
+    }
+
     void Add(const LineEntry& entry) {
         const std::string name = PortName(entry.com);
         ServedLink* link = nullptr;
@@ -121,9 +144,9 @@ class Server {
             links_.emplace_back(options_.links + "/ttyS" + std::to_string(entry.com - 1));
             link = &links_.back();
         }
-        lines_.push_back(std::make_unique<ServedLine>(
+        lines_[entry.com] = std::make_unique<ServedLine>(
             name, entry.modem, exchange_, shown_, time_,
-            [this, name, link](const std::string& path) { Tell(name, link, path); }));
+            [this, name, link](const std::string& path) { Tell(name, link, path); });
     }
 
     // Also when quiet: nobody would find the line without it.
@@ -131,9 +154,14 @@ class Server {
         std::cout << line << "  " << path << std::endl;
     }
 
+    static void TellGone(const std::string& line) { std::cout << line << "  gone" << std::endl; }
+
     void Tell(const std::string& line, ServedLink* link, const std::string& path) {
         if (link == nullptr) {
-            return TellPath(line, path);
+            return path.empty() ? TellGone(line) : TellPath(line, path);
+        }
+        if (path.empty()) {
+            return link->Remove();
         }
         const bool is_new = told_.insert(line).second;
         link->PointTo(path);
@@ -144,7 +172,7 @@ class Server {
 
     Milliseconds LongestWait() const {
         const bool any_open = std::any_of(lines_.begin(), lines_.end(),
-                                          [](const auto& line) { return line->IsOpen(); });
+                                          [](const auto& line) { return line.second->IsOpen(); });
         return time_.UntilNext(any_open ? kLook : kIdle);
     }
 
@@ -156,7 +184,7 @@ class Server {
     Exchange exchange_;
     std::set<std::string> told_;
     std::deque<ServedLink> links_;
-    std::vector<std::unique_ptr<ServedLine>> lines_;
+    std::map<int, std::unique_ptr<ServedLine>> lines_;  // by COM number
 };
 
 }  // namespace

@@ -30,7 +30,30 @@ void ServedLine::MakePty() {
     pty_ = std::move(fresh);  // who has the old one open sees its end only now
 }
 
+void ServedLine::PlugOut() {
+    End();
+    pty_.reset();
+    moved_({});
+}
+
+void ServedLine::PlugIn() {
+    if (pty_ == nullptr) {
+        MakePty();
+    }
+}
+
+void ServedLine::End() {
+    to_program_.clear();
+    vanished_ = false;
+    if (std::exchange(holders_, 0) > 0) {
+        modem_.Closed();
+    }
+}
+
 void ServedLine::AddTo(std::vector<pollfd>& waiting) const {
+    if (pty_ == nullptr) {
+        return;
+    }
     waiting.push_back({pty_->Watch(), POLLIN, 0});
     if (IsOpen()) {
         const auto output = static_cast<short>(to_program_.empty() ? 0 : POLLOUT);
@@ -39,6 +62,9 @@ void ServedLine::AddTo(std::vector<pollfd>& waiting) const {
 }
 
 void ServedLine::Look() {
+    if (pty_ == nullptr) {
+        return;
+    }
     for (const char change : pty_->TakeOpenings()) {
         change == '+' ? Opened() : Closed();
     }
@@ -47,10 +73,8 @@ void ServedLine::Look() {
         ReadAll();
         WriteWaiting();
     }
-    if (std::exchange(vanished_, false)) {
-        holders_ = 0;
-        to_program_.clear();
-        modem_.Closed();
+    if (vanished_) {
+        End();
         MakePty();
     }
 }

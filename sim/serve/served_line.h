@@ -31,6 +31,10 @@ class ServedLine : private Wire {
     void AddTo(std::vector<pollfd>& waiting) const;
     void Look();
 
+    // The device is gone, until it is plugged in; `moved` is told no path.
+    void PlugOut();
+    void PlugIn();
+
     bool IsOpen() const { return holders_ > 0; }
 
  private:
@@ -42,6 +46,7 @@ class ServedLine : private Wire {
     void Vanish() override { vanished_ = true; }
 
     void MakePty();
+    void End();
     void Opened();
     void Closed();
     void ReadAll();

@@ -6,11 +6,16 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace pagersim {
 
 ServedLink::~ServedLink() {
-    if (made_) {
+    Remove();
+}
+
+void ServedLink::Remove() {
+    if (std::exchange(made_, false)) {
         unlink(path_.c_str());
     }
 }

@@ -17,6 +17,7 @@ class ServedLink {
 
     const std::string& Path() const { return path_; }
     void PointTo(const std::string& target);
+    void Remove();
 
  private:
     const std::string path_;

@@ -43,9 +43,9 @@ struct Member {
     uint64_t looked = 0;  // how many deeds there had been when it last looked
     Micros deadline = kNever;
     uint32_t flags = 0;
-    uint32_t lines = 0;  // it waits for input on
+    LineSet lines = 0;  // it waits for input on
 
-    uint32_t input = 0;  // lines with input that it hasn't been told of
+    LineSet input = 0;  // lines with input that it hasn't been told of
     Holdings holdings;
 };
 

@@ -120,7 +120,8 @@ Reply WorldServer::Message(Member& member, Why why) const {
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         if (const Line* const line = lines_[i].get()) {
             reply.lines[i] = {line->LatestInput().count(), line->Connection(),
-                              static_cast<uint32_t>(line->Readable()), line->TimesSet()};
+                              static_cast<uint32_t>(line->Readable()), line->TimesSet(),
+                              line->IsThere() ? 1U : 0U};
         }
     }
     return reply;

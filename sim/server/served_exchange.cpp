@@ -35,10 +35,17 @@ ServedExchange::~ServedExchange() {
 }
 
 void ServedExchange::Plan(const LineEntry& line) {
-    if (line.there_from > start_) {
+    if (!line.IsThereAt(start_)) {
         world_.LineOn(line.com)->PlugOut();
-        world_.Events().Add(std::chrono::seconds(line.there_from - start_), nullptr,
-                            [this, com = line.com] { world_.LineOn(com)->PlugIn(); });
+    }
+    PlanAt(line.there_from, [this, com = line.com] { world_.LineOn(com)->PlugIn(); });
+    PlanAt(line.there_until, [this, com = line.com] { world_.LineOn(com)->PlugOut(); });
+}
+
+// What has passed has been.
+void ServedExchange::PlanAt(std::time_t when, std::function<void()> what) {
+    if (when > start_) {
+        world_.Events().Add(std::chrono::seconds(when - start_), nullptr, std::move(what));
     }
 }
 

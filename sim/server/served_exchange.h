@@ -44,6 +44,7 @@ class ServedExchange final : public Recorder {
     void Advance(Milliseconds now);
     void Plan(const LineEntry& line);
     void Plan(const PlannedCommand& command);
+    void PlanAt(std::time_t when, std::function<void()> what);
     void Run(const std::string& command);
 
     WorldServer& world_;

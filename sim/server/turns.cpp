@@ -95,7 +95,7 @@ void WorldServer::Rest(Member& member, const Request& request) {
     member.since = ++beginnings_;
     member.deadline = Micros(request.deadline);
     member.flags = request.number;
-    member.lines = request.connection;
+    member.lines = request.lines;
     deeds_ += (member.flags & kTouched) != 0 ? 1 : 0;
     member.looked = deeds_;  // It did, before it said this.
     holder_ = nullptr;

@@ -37,7 +37,7 @@ Line* WorldServer::LineOn(int com) {
     return com >= 1 && com <= kLines ? lines_.at(static_cast<std::size_t>(com - 1)).get() : nullptr;
 }
 
-void WorldServer::WakeForInput(unsigned lines) {
+void WorldServer::WakeForInput(LineSet lines) {
     for (const auto& member : members_) {
         member->input |= lines;
     }

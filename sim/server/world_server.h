@@ -37,7 +37,7 @@ class WorldServer final : public Timeline {
 
     Micros Now() const override { return now_; }
     EventQueue& Events() override { return events_; }
-    void WakeForInput(unsigned lines) override;
+    void WakeForInput(LineSet lines) override;
 
     void AddLine(int com, std::unique_ptr<FarEnd> far_end);
     void RemoveLine(int com) { lines_.at(static_cast<std::size_t>(com - 1)).reset(); }

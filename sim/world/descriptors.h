@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "sim/world/line_set.h"
+
 namespace pagersim {
 
 // A line's descriptors are below that.
@@ -30,10 +32,7 @@ class Descriptors {
     static int ComOf(int fd) { return Get(fd).com; }
 
     // Its line as a bit, as waits name lines; 0: not one of ours.
-    static unsigned BitOf(int fd) {
-        const int com = ComOf(fd);
-        return com > 0 ? 1U << (com - 1) : 0;
-    }
+    static LineSet BitOf(int fd) { return SetOf(ComOf(fd)); }
 
     // Requires: 0 <= fd < kDescriptorLimit.
     static void Note(int fd, LineDescriptor line) {

@@ -55,6 +55,7 @@ class Line final : public Wire, public Port {
     void Reopen(uint32_t connection) override;
     void Close(uint32_t connection) override;
     bool IsAlive(uint32_t connection) const override { return connection == connection_; }
+    bool IsThere() const override { return plugged_in_; }
     size_t Readable() const override { return input_.size() - taken_; }
     size_t Take(char* buffer, size_t size) override;
     void DropInput() override;
@@ -62,7 +63,7 @@ class Line final : public Wire, public Port {
     void Write(std::string_view bytes) override { far_end_->Heard(bytes); }
     termios Settings() const override { return settings_; }
     void Set(const termios& settings) override;
-    unsigned Bit() const override { return 1U << (com_ - 1); }
+    LineSet Bit() const override { return SetOf(com_); }
 
     // The two halves of Open, for a program elsewhere. The terminal that it opens; null and errno
     // when there is none. Then the connection.
@@ -74,9 +75,10 @@ class Line final : public Wire, public Port {
 
     uint32_t TimesSet() const { return times_set_; }
 
-    // For tests.
     void PlugOut();
     void PlugIn() { plugged_in_ = true; }
+
+    // For tests.
     int Opens() const { return opens_; }
     int Closes() const { return closes_; }
 

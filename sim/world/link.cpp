@@ -71,12 +71,12 @@ void Link::Tell(const Request& request) {
     Send(request, {});
 }
 
-void Link::Rest(int64_t deadline, uint32_t flags, uint32_t lines) {
+void Link::Rest(int64_t deadline, uint32_t flags, LineSet lines) {
     Request request{};
     request.ask = Question::kRest;
     request.deadline = deadline;
     request.number = flags;
-    request.connection = lines;
+    request.lines = lines;
     Send(request, {});
     has_turn_ = false;
     wanted_ = false;

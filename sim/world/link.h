@@ -29,7 +29,7 @@ class Link {
     Reply Start(std::string_view terminals, std::string* payload);
 
     void Tell(const Request& request);  // a question that isn't answered
-    void Rest(int64_t deadline, uint32_t flags, uint32_t lines);
+    void Rest(int64_t deadline, uint32_t flags, LineSet lines);
     void Want();  // once for each rest
 
     // Goes with every message.

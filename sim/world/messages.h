@@ -14,9 +14,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "sim/world/line_set.h"
+
 namespace pagersim {
 
-constexpr int kLines = 9;
 constexpr uint32_t kMostPayload = 4096;
 
 // Names the server's socket to the programs of a world.
@@ -27,8 +28,8 @@ enum class Question : uint32_t {
                 // Answer: payload, a Terminal for each
     kFork,      // the connection that this process has just made is for a child
     kChild,     // the pid of that child, if it is a program of its own. No answer
-    kRest,      // all threads wait: the earliest deadline, RestFlags, and as `connection` the lines
-                // with whose input one goes on, as bits
+    kRest,      // all threads wait: the earliest deadline, RestFlags, and the lines with whose
+                // input one goes on
     kWant,      // one of them could go on. No answer of its own
     kSignal,    // this process has sent a signal. Answer: it has done what it does
     kOpen,      // answer: the connection; payload: the terminal's path; or an error
@@ -61,6 +62,7 @@ struct alignas(8) Request {
     uint32_t number;  // pid, flags, size
     alignas(8) int64_t deadline;
     alignas(8) int64_t now;  // where the process has gone on to by itself
+    alignas(8) LineSet lines;
 };
 
 enum class Why : uint32_t {
@@ -74,6 +76,7 @@ struct alignas(8) LineState {
     uint32_t connection;  // 0: none
     uint32_t readable;
     uint32_t settings;  // how often it has been set
+    uint32_t there;     // 0: no such device, now
 };
 
 struct alignas(8) Reply {
@@ -84,8 +87,8 @@ struct alignas(8) Reply {
     Why why;
     int32_t error;
     uint32_t connection;
-    uint32_t input;   // lines with new input since the answer before, as bits
-    uint32_t others;  // see Others
+    uint32_t others;           // see Others
+    alignas(8) LineSet input;  // lines with new input since the answer before
     std::array<LineState, kLines> lines;
 };
 
@@ -100,7 +103,7 @@ struct PackedSettings {
     std::array<uint8_t, NCCS> characters;
 };
 
-static_assert(sizeof(Request) == 32);
+static_assert(sizeof(Request) == 40);
 static_assert(sizeof(Reply) == 56 + 24 * kLines);
 static_assert(sizeof(PackedSettings) == 24 + NCCS);
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "sim/world/line_set.h"
 #include "sim/world/time.h"
 
 namespace pagersim {
@@ -24,6 +25,7 @@ class Port {
     virtual void Reopen(uint32_t connection) = 0;           // a descriptor was duplicated
     virtual void Close(uint32_t connection) = 0;
     virtual bool IsAlive(uint32_t connection) const = 0;
+    virtual bool IsThere() const = 0;  // whether it can be opened
 
     virtual size_t Readable() const = 0;
     virtual size_t Take(char* buffer, size_t size) = 0;
@@ -34,7 +36,7 @@ class Port {
     virtual termios Settings() const = 0;
     virtual void Set(const termios& settings) = 0;
 
-    virtual unsigned Bit() const = 0;  // as waits name lines
+    virtual LineSet Bit() const = 0;  // as waits name lines
 };
 
 }  // namespace pagersim

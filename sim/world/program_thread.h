@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "sim/world/futex.h"
+#include "sim/world/line_set.h"
 #include "sim/world/time.h"
 
 namespace pagersim {
@@ -29,7 +30,7 @@ enum class WaitKind {
 struct Wait {
     WaitKind kind;
     Micros deadline = kNever;
-    unsigned lines = 0;                   // bit n: input on COM n+1 ends it
+    LineSet lines = 0;                    // bit n: input on COM n+1 ends it
     const pollfd* descriptors = nullptr;  // real ones whose readiness ends it; negative: none
     nfds_t count = 0;
     const void* object = nullptr;            // the mutex, the condition or the thread
@@ -66,9 +67,9 @@ struct ProgramThread {
     int alarm = -1;  // an eventfd that ends the poll
 
     // The thread's own.
-    unsigned quiet_lines = 0;  // where its latest look found nothing
-    int quiet_looks = 0;       // how many such looks since it last looked at the time
-    int time_looks = 0;        // how many looks at the time since it last did anything else
+    LineSet quiet_lines = 0;  // where its latest look found nothing
+    int quiet_looks = 0;      // how many such looks since it last looked at the time
+    int time_looks = 0;       // how many looks at the time since it last did anything else
 };
 
 // The calling thread's record; null when it isn't registered (yet, or any more).

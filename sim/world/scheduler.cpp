@@ -136,7 +136,7 @@ void Scheduler::ComeBack(ProgramThread& me) {
     }
 }
 
-void Scheduler::WakeForInput(unsigned lines) {
+void Scheduler::WakeForInput(LineSet lines) {
     for (auto& thread : threads_) {
         if (thread->wait != nullptr && (thread->wait->lines & lines) != 0) {
             Wake(*thread, Waking::kEvent);

@@ -81,7 +81,7 @@ class Scheduler final : public Timeline {
     void GoOutside(ProgramThread& me, Wait& wait);
     void ComeBack(ProgramThread& me);
 
-    void WakeForInput(unsigned lines) override;
+    void WakeForInput(LineSet lines) override;
 
     // Of those that wait for `object` in this way the first, or all, go on.
     void WakeFirst(WaitKind kind, const void* object);

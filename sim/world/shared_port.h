@@ -18,6 +18,7 @@ class SharedPort final : public Port {
     void Reopen(uint32_t connection) override;
     void Close(uint32_t connection) override;
     bool IsAlive(uint32_t connection) const override { return connection == state_.connection; }
+    bool IsThere() const override { return state_.there != 0; }
     size_t Readable() const override { return state_.readable; }
     size_t Take(char* buffer, size_t size) override;
     void DropInput() override;
@@ -25,7 +26,7 @@ class SharedPort final : public Port {
     void Write(std::string_view bytes) override;
     termios Settings() const override;
     void Set(const termios& settings) override;
-    unsigned Bit() const override { return 1U << (com_ - 1); }
+    LineSet Bit() const override { return SetOf(com_); }
 
  private:
     Request About(Question ask, uint32_t connection = 0, uint32_t number = 0) const;

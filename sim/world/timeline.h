@@ -3,6 +3,7 @@
 #define PAGERFWD_SIM_WORLD_TIMELINE_H
 
 #include "sim/world/event_queue.h"
+#include "sim/world/line_set.h"
 #include "sim/world/time.h"
 
 namespace pagersim {
@@ -15,7 +16,7 @@ class Timeline {
     virtual EventQueue& Events() = 0;
 
     // Whoever waits for input on one of these lines goes on.
-    virtual void WakeForInput(unsigned lines) = 0;
+    virtual void WakeForInput(LineSet lines) = 0;
 };
 
 }  // namespace pagersim

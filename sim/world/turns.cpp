@@ -52,7 +52,7 @@ bool Scheduler::HasTouched(const ProgramThread* sleeper) const {
 
 void Scheduler::GiveUpTurn(const ProgramThread* sleeper) {
     uint32_t flags = kAbsent;
-    uint32_t lines = 0;
+    LineSet lines = 0;
     for (const auto& thread : threads_) {
         if (thread->wait == nullptr) {
             continue;

@@ -60,6 +60,35 @@ TEST(ExchangeFile, LineThatComesLater) {
                 ElementsAre(HasSubstr("must be an instant")));
 }
 
+TEST(ExchangeFile, LineThatComesAndGoes) {
+    const auto is_there = [](const std::string& keys, const char* instant) {
+        return LineWith(keys).IsThereAt(*ParseInstant(instant));
+    };
+    const std::string ends = "there_until = \"2001-01-08 10:10:00\"\n";
+    EXPECT_TRUE(is_there(ends, "2001-01-08 10:09:59"));
+    EXPECT_FALSE(is_there(ends, "2001-01-08 10:10:00"));
+    const std::string pause = ends + "there_from = \"2001-01-08 10:20:00\"\n";
+    EXPECT_TRUE(is_there(pause, "2001-01-08 10:09:59"));
+    EXPECT_FALSE(is_there(pause, "2001-01-08 10:19:59"));
+    EXPECT_TRUE(is_there(pause, "2001-01-08 10:20:00"));
+    const std::string visit = ends + "there_from = \"2001-01-08 10:00:00\"\n";
+    EXPECT_FALSE(is_there(visit, "2001-01-08 09:59:59"));
+    EXPECT_TRUE(is_there(visit, "2001-01-08 10:00:00"));
+    EXPECT_FALSE(is_there(visit, "2001-01-08 10:10:00"));
+}
+
+TEST(ExchangeFile, LinesHaveNumbersUpTo64) {
+    const auto com_of = [](const std::string& port) {
+        const ExchangeFile file = Read("[[line]]\nport = \"" + port + "\"\n");
+        return file.lines.empty() ? 0 : file.lines.front().com;
+    };
+    EXPECT_EQ(9, com_of("COM9"));
+    EXPECT_EQ(64, com_of("COM 64"));
+    for (const char* port : {"COM 0", "COM 01", "COM 65", "COM +1", "COM 1 ", "COM ", "COM"}) {
+        EXPECT_EQ(0, com_of(port)) << port;
+    }
+}
+
 TEST(ExchangeFile, EveryKeyOfALine) {
     const ModemOptions modem =
         LineWith(
@@ -182,7 +211,7 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
     const MistakeCase cases[] = {
         {"", "x.toml:1: there is no line; write [[line]] and port = \"COM 1\""},
         {"[[line]]\n", "x.toml:1: [[line]] needs port; write for example port = \"COM 1\""},
-        {"[[line]]\nport = \"COM 10\"\n", "x.toml:2: port must be \"COM 1\" to \"COM 9\""},
+        {"[[line]]\nport = \"COM 65\"\n", "x.toml:2: port must be \"COM 1\" to \"COM 64\""},
         {"[[line]]\nport = 1\n", "x.toml:2: port must be a text; put it between quotes"},
         {line + "[[line]]\nport = \"COM1\"\n",
          "x.toml:4: port is taken by a line above; each has a port of its own"},
@@ -218,7 +247,7 @@ TEST(ExchangeFile, EveryMistakeIsToldWithLineAndRemedy) {
          "x.toml:7: knocks must be a whole number from 1 to 2147483647"},
         {line + kTap + "prompt = \">\"\n", "x.toml:7: [[centre]] knows no prompt; it knows "},
         {line + "colour = \"red\"\n",
-         "x.toml:3: [[line]] knows no colour; it knows port, there_from, powered"},
+         "x.toml:3: [[line]] knows no colour; it knows port, there_from, there_until, powered"},
         {line + "[[expect]]\ncentre = \"b\"\nrecipient = \"1\"\n",
          "x.toml:4: centre names no [[centre]] of this file"},
         {line + "[[expect]]\n", "x.toml:3: [[expect]] needs centre"},

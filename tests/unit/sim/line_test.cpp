@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "sim/testing.h"
+#include "tests/support/temp_dir.h"
 
 using namespace std::chrono_literals;
 
@@ -120,12 +121,12 @@ TEST(Devices, ALineNeedsAClock) {
     EXPECT_THROW(ScriptedLine(1), std::logic_error);
 }
 
-TEST(Devices, ThereAreNinePorts) {
+TEST(Devices, ThereAreSixtyFour) {
     const VirtualClock clock;
     EXPECT_THROW(ScriptedLine(0), std::out_of_range);
-    EXPECT_THROW(ScriptedLine(10), std::out_of_range);
-    const ScriptedLine last(9);
-    const int fd = open("/dev/ttyS8", O_RDWR);
+    EXPECT_THROW(ScriptedLine(65), std::out_of_range);
+    const ScriptedLine last(64);
+    const int fd = open("/dev/ttyS63", O_RDWR);
     EXPECT_GE(fd, 0);
     close(fd);
 }
@@ -377,6 +378,48 @@ TEST_F(LineTest, PluggedOutItCannotBeOpened) {
     EXPECT_EQ(1, write(again, "x", 1));
     close(fd);
     close(again);
+}
+
+TEST_F(LineTest, ItsNameTellsWhetherItIsThere) {
+    EXPECT_EQ(0, access("/dev/ttyS3", F_OK));
+    EXPECT_EQ(0, faccessat(AT_FDCWD, "/dev/ttyS3", R_OK | W_OK, 0));
+    EXPECT_EQ(-1, access("/dev/ttyS4", F_OK));
+    EXPECT_EQ(ENOENT, errno);
+    line.PlugOut();
+    EXPECT_EQ(-1, access("/dev/ttyS3", F_OK));
+    EXPECT_EQ(ENOENT, errno);
+}
+
+TEST_F(LineTest, LinksToItReachIt) {
+    const test_support::TempDir folder;
+    const std::string link = folder.Path() / "usb-modem";
+    ASSERT_EQ(0, symlink("/dev/ttyS3", link.c_str()));
+    EXPECT_EQ(0, access(link.c_str(), F_OK));
+    const int fd = open(link.c_str(), O_RDWR);
+    EXPECT_EQ(1, write(fd, "x", 1));
+    EXPECT_EQ("x", log.heard);
+    close(fd);
+    line.PlugOut();
+    EXPECT_EQ(-1, open(link.c_str(), O_RDWR)) << "and not the machine's own";
+    EXPECT_EQ(ENOENT, errno);
+}
+
+TEST_F(LineTest, TheLastOfThemIsALineOfItsOwn) {
+    EchoLog last_log;
+    const AttachedLine last(64, std::make_unique<Echo>(last_log));
+    const int fd = open("/dev/ttyS63", O_RDWR);
+    EXPECT_EQ(1, write(fd, "y", 1));
+    pollfd waiting{fd, POLLIN, 0};
+    EXPECT_EQ(1, poll(&waiting, 1, 1000));
+    char byte = 0;
+    EXPECT_EQ(1, read(fd, &byte, 1));
+    EXPECT_EQ('y', byte);
+    EXPECT_EQ("", log.heard);
+    close(fd);
+    for (const char* none : {"/dev/ttyS64", "/dev/ttyS", "/dev/ttyS03", "/dev/ttyS-1"}) {
+        EXPECT_EQ(-1, open(none, O_RDWR)) << none;
+        EXPECT_EQ(ENOENT, errno);
+    }
 }
 
 TEST_F(LineTest, ALineThatIsGoneLeavesDeadDescriptors) {

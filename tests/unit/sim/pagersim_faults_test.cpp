@@ -35,6 +35,16 @@ TEST_F(PagersimFaults, DeviceThatComesLater) {
     EXPECT_EQ(0, Client({"open:/dev/ttyS0"}, {"--start", "2001-01-08 10:00:05"}).status);
 }
 
+TEST_F(PagersimFaults, DeviceThatGoesAndComesBack) {
+    Write("exchange.toml",
+          "[[line]]\nport = \"COM 1\"\nthere_until = \"2001-01-08 10:00:05\"\n"
+          "there_from = \"2001-01-08 10:00:10\"\n");
+    EXPECT_EQ(0, Client({"sleep:4", "open:/dev/ttyS0"}).status);
+    EXPECT_EQ(2, Client({"sleep:5", "open:/dev/ttyS0"}).status);
+    EXPECT_EQ(0, Client({"sleep:10", "open:/dev/ttyS0"}).status);
+    EXPECT_EQ(1, Client({"open:/dev/ttyS0", "sleep:5", "send:AT\\r", "wait:OK"}).status);
+}
+
 TEST_F(PagersimFaults, BusyAtFirst) {
     Write("exchange.toml", std::string(kExchange) + "busy_calls = 1\n");
     EXPECT_EQ(0, Client({"open:/dev/ttyS0", "send:ATDT0,5550100\\r", "wait:BUSY",

@@ -9,8 +9,11 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <string>
 
 #include "tests/support/temp_dir.h"
@@ -173,6 +176,26 @@ TEST_F(Serve, ProgramThatKnowsNothingOfItSendsAPage) {
                 AllOf(HasSubstr("tap received 1 page:\n  123: \"ABC\", in a call of "),
                       HasSubstr("\ntime: ")));
     EXPECT_FALSE(std::filesystem::is_symlink("lines/ttyS0")) << "the links are gone";
+}
+
+TEST_F(Serve, DeviceThatIsPulledAndPutBack) {
+    // As the exchange file has it, in the zone of the process that serves.
+    const auto in = [](int seconds) {
+        const std::time_t instant = std::time(nullptr) + seconds;
+        std::ostringstream text;
+        text << std::put_time(std::localtime(&instant), "%Y-%m-%d %H:%M:%S");
+        return text.str();
+    };
+    Write("[[line]]\nport = \"COM 1\"\nthere_until = \"" + in(2) + "\"\nthere_from = \"" + in(3) +
+          "\"\n");
+    Served served({});
+    std::string path = served.ReadUntil("\n");
+    path = path.substr(path.find('/'), path.size() - path.find('/') - 1);
+    const OpenLine line(path);
+    EXPECT_EQ("AT\r\r\nOK\r\n", line.Say("AT\r", "OK\r\n"));
+    EXPECT_THAT(served.ReadUntil("gone\n"), HasSubstr("COM 1  gone\n"));
+    EXPECT_THAT(served.ReadUntil("\n"), StartsWith("COM 1  /dev/pts/"));
+    EXPECT_EQ(0, served.End(SIGTERM));
 }
 
 TEST_F(Serve, WithoutLinksItSaysWhereThePtysAre) {
