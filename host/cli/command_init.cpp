@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "host/cli/program.h"
+#include "host/process/engine_locks.h"
 #include "host/store/schema.h"
 #include "host/text/printable.h"
 
@@ -21,8 +22,18 @@ const char* Describe(Made made) {
     return "has its tables already; nothing changed";
 }
 
+// An engine goes on with the tables as it knows them.
+void RefuseWhileServed(Connection& connection, const std::string& database) {
+    const LockFile lock = DatabaseLock(database);
+    if (IsOutdated(connection) && lock.IsTaken()) {
+        throw Failure(kCannot, database + ": an older pagerfwd serves it (" + lock.Holder() +
+                                   "); end that, and bring it up to date then");
+    }
+}
+
 ExitCode Init(const Program& program) {
     Connection connection(program.database, Connection::Mode::kCreate);
+    RefuseWhileServed(connection, program.database);
     std::cout << Printable(program.database) << ": " << Describe(CreateTables(connection)) << "\n";
     return kDone;
 }

@@ -8,7 +8,9 @@
 #include "host/alarms/alarms.h"
 #include "host/alarms/states.h"
 #include "host/pages/deliveries.h"
+#include "host/store/event_history.h"
 #include "host/store/faults.h"
+#include "host/store/schema.h"
 #include "host/text/controls.h"
 
 namespace host {
@@ -71,11 +73,7 @@ int32_t DiscardPending(Connection& connection, const std::string& alarm) {
                                      " WHERE AlmLogID = ? AND PagerState = '2'")
                                .Bind(alarm)),
                    [&](int64_t row) {
-                       Statement(
-                           connection,
-                           "UPDATE AlarmFwd_PagerEvents SET PagerState = '3' WHERE row_id = ?")
-                           .Bind(row)
-                           .Run();
+                       SetEventState(connection, row, kStateOffLimit, kChanged);
                        return 1;
                    });
 }

@@ -31,8 +31,8 @@ Statement& BindKey(Statement& statement, const Delivery& delivery) {
 void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
                     const std::string& pager) {
     Statement(connection,
-              "INSERT INTO Host_Deliveries VALUES (?, ?, ?, ?,"
-              " (SELECT coalesce(max(row_id), 0) FROM Host_History), NULL)")
+              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
+              " VALUES (?, ?, ?, ?, (SELECT coalesce(max(row_id), 0) FROM Host_History))")
         .Bind(alarm.number)
         .Bind(place)
         .Bind(alarm.group)

@@ -7,6 +7,7 @@
 #include "host/alarms/alarms.h"
 #include "host/alarms/states.h"
 #include "host/pages/sends.h"
+#include "host/store/event_history.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -158,11 +159,7 @@ std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm)
 
 void NoteEngineStart(Connection& connection) {
     WriteTransaction transaction(connection);
-    Statement(connection,
-              "INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state, tries)"
-              " VALUES (CAST(strftime('%s', 'now') AS INTEGER), ?, '', '', '', '', '')")
-        .Bind(kEngineStarts)
-        .Run();
+    WriteHistory(connection, {kEngineStarts});
     transaction.Commit();
 }
 

@@ -1,8 +1,8 @@
 // What has become of every page.
 //
-// The library's tables tell only what is pending now. The database writes each change of an event
-// into Host_History by itself, and from these changes a page's story is put together: its due time
-// and its end are computed, by the rules of the library's worker.
+// The library's tables tell only what is pending now. Each change of an event is written into
+// Host_History (host/store/event_history.h), and from these changes a page's story is put together:
+// its due time and its end are computed, by the rules of the library's worker.
 //
 //   a page is due when it is queued, and again when an engine starts
 //   rewritten with one try more     it was tried, and is due the pager's delay later

@@ -36,12 +36,6 @@ bool TryRun(Connection& connection, const HeldWrite& write) {
     }
 }
 
-int64_t LastOfHistory(Connection& connection) {
-    Statement statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_History");
-    statement.Step();
-    return statement.Number(0);
-}
-
 }  // namespace
 
 size_t HeldWrites::Count() {
@@ -52,24 +46,14 @@ size_t HeldWrites::Count() {
 void HeldWrites::Replay(Connection& connection) {
     const std::lock_guard guard(mutex_);
     for (Transaction& transaction : transactions_) {
-        Replay(connection, transaction);
-    }
-}
-
-// The triggers of the database write the time of now into the history.
-void HeldWrites::Replay(Connection& connection, Transaction& transaction) {
-    const int64_t before = LastOfHistory(connection);
-    std::vector<HeldWrite> good;
-    for (HeldWrite& write : transaction.writes) {
-        if (TryRun(connection, write)) {
-            good.push_back(std::move(write));
+        Transaction good;
+        for (HeldWrite& write : transaction) {
+            if (TryRun(connection, write)) {
+                good.push_back(std::move(write));
+            }
         }
+        transaction = std::move(good);
     }
-    transaction.writes = std::move(good);
-    Statement(connection, "UPDATE Host_History SET at = ? WHERE row_id > ?")
-        .Bind(static_cast<int64_t>(transaction.at))
-        .Bind(before)
-        .Run();
 }
 
 void HeldWrites::Commit(Connection& connection, std::vector<HeldWrite> writes) {
@@ -93,7 +77,7 @@ void HeldWrites::Keep(std::vector<HeldWrite> writes, const std::string& why) {
     if (transactions_.empty()) {
         ReportFault(why + "; what can't be written is kept in memory until it can");
     }
-    transactions_.push_back({std::time(nullptr), std::move(writes)});
+    transactions_.push_back(std::move(writes));
     any_ = true;
 }
 

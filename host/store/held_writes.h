@@ -13,7 +13,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <ctime>
 #include <mutex>
 #include <string>
 #include <variant>
@@ -43,12 +42,8 @@ class HeldWrites {
     void Commit(Connection& connection, std::vector<HeldWrite> writes);
 
  private:
-    struct Transaction {
-        std::time_t at;  // when it was refused; the history tells this time
-        std::vector<HeldWrite> writes;
-    };
+    using Transaction = std::vector<HeldWrite>;
 
-    static void Replay(Connection& connection, Transaction& transaction);
     void Keep(std::vector<HeldWrite> writes, const std::string& why);
     void Forget(Connection& connection);
 

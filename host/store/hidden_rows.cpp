@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "host/store/event_history.h"
 #include "host/store/schema.h"
 #include "host/store/where.h"
 
@@ -37,15 +38,21 @@ std::vector<int32_t> OwnersThatEnded(Connection& connection, OwnerLock& owners) 
 
 }  // namespace
 
+int32_t DeleteInSight(Connection& connection, const std::vector<Term>& terms) {
+    WriteHistory(connection, {kRemoved}, EventsInSight(terms), terms);
+    return ChangeRows(connection, kDelete + EventsInSight(terms), terms);
+}
+
 int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner) {
-    const int32_t hidden =
-        ChangeRows(connection, kHide + std::to_string(owner) + EventsInSight(key) + kOwed, key);
-    return hidden + ChangeRows(connection, kDelete + EventsInSight(key), key);
+    const std::string owed = EventsInSight(key) + kOwed;
+    WriteHistory(connection, {kTakenOut}, owed, key);
+    const int32_t hidden = ChangeRows(connection, kHide + std::to_string(owner) + owed, key);
+    return hidden + DeleteInSight(connection, key);
 }
 
 int32_t DeleteEventsOfAlarm(Connection& connection, const std::vector<Term>& alarm) {
     DropHidden(connection, alarm);
-    return ChangeRows(connection, kDelete + EventsInSight(alarm), alarm);
+    return DeleteInSight(connection, alarm);
 }
 
 void DropHidden(Connection& connection, const std::vector<Term>& key) {
@@ -62,10 +69,11 @@ bool HasOrphans(Connection& connection, OwnerLock& owners) {
 
 void BringBackOrphans(Connection& connection, OwnerLock& owners) {
     for (const int32_t owner : OwnersThatEnded(connection, owners)) {
-        Statement(connection,
-                  "UPDATE AlarmFwd_PagerEvents SET hidden_by = NULL WHERE hidden_by = ?")
-            .Bind(int64_t{owner})
-            .Run();
+        const std::string number = std::to_string(owner);
+        const std::vector<Term> hidden = {{"hidden_by", "=", number}};
+        WriteHistory(connection, {kBroughtBack}, " WHERE hidden_by = ?", hidden);
+        ChangeRows(connection,
+                   "UPDATE AlarmFwd_PagerEvents SET hidden_by = NULL WHERE hidden_by = ?", hidden);
     }
 }
 

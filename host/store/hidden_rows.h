@@ -11,6 +11,8 @@
 // A page whose alarm is acknowledged is owed to nobody: its event is deleted for good. The library
 // deletes it so, and inserts none, when it finds it at its start.
 //
+// Each of these writes the history of what it changes (event_history.h).
+//
 // Requires   A write transaction on the connection, in each of these.
 // Errors     StoreError.
 #ifndef PAGERFWD_HOST_STORE_HIDDEN_ROWS_H
@@ -32,6 +34,9 @@ inline constexpr const char* kInSight = "hidden_by IS NULL";
 // Hides the events in state 2 that the key selects, and deletes those in other states or of an
 // acknowledged alarm. Returns how many events that were.
 int32_t DeleteEvent(Connection& connection, const std::vector<Term>& key, int32_t owner);
+
+// Deletes events in sight for good. Returns how many.
+int32_t DeleteInSight(Connection& connection, const std::vector<Term>& terms);
 
 // Deletes the alarm's events, those out of sight too. Returns how many were in sight.
 int32_t DeleteEventsOfAlarm(Connection& connection, const std::vector<Term>& alarm);

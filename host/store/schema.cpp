@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 2;
+constexpr int64_t kVersion = 3;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -73,16 +73,32 @@ constexpr const char* kServiceParts =
     " WHEN NEW.alarmack NOT IN ('', '0') AND NEW.pagerstate <> '1' BEGIN"
     " UPDATE AlarmLog SET pagerstate = '1' WHERE row_id = NEW.row_id; END;";
 
-// Every change of an event goes into the history, whoever makes it.
-std::string HistoryTrigger(const char* name, const char* when, const char* row,
-                           const char* change) {
-    const std::string of = row;
-    return std::string("CREATE TRIGGER Events_") + name + " AFTER " + when +
-           " BEGIN INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state, tries)"
-           " VALUES (CAST(strftime('%s', 'now') AS INTEGER), '" +
-           change + "', " + of + ".AlmLogID, " + of + ".AlmGroup, " + of + ".PagerDescr, " + of +
-           ".PagerState, " + of + ".PagerRetries); END";
-}
+// What a site of many lines needs besides.
+//   line, device        of an event, a delivery, a port: see host/store/line_view.h
+//   moves               how often a page was taken from a line
+//   Host_Lines          see host/pages/lines.h
+//   Host_PageRequests   see host/pages/page_requests.h
+// The history was written by triggers before.
+constexpr const char* kLineParts =
+    "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN line TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE AlarmFwd_COMProperties ADD COLUMN device TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Deliveries ADD COLUMN line TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Deliveries ADD COLUMN moves INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE Host_History ADD COLUMN line TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_History ADD COLUMN note TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_TestPages ADD COLUMN line TEXT NOT NULL DEFAULT '';"
+    "CREATE TABLE Host_Lines (line TEXT PRIMARY KEY, health TEXT NOT NULL DEFAULT '',"
+    " since INTEGER NOT NULL DEFAULT 0, reason TEXT NOT NULL DEFAULT '',"
+    " paused INTEGER NOT NULL DEFAULT 0, doing TEXT NOT NULL DEFAULT '',"
+    " doing_since INTEGER NOT NULL DEFAULT 0, pid INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;"
+    "CREATE TABLE Host_PageRequests (row_id INTEGER PRIMARY KEY, alarm TEXT NOT NULL,"
+    " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, deed TEXT NOT NULL, line TEXT NOT NULL,"
+    " note TEXT NOT NULL);"
+    "DROP TRIGGER IF EXISTS Events_Written;"
+    "DROP TRIGGER IF EXISTS Events_Changed;"
+    "DROP TRIGGER IF EXISTS Events_TakenOut;"
+    "DROP TRIGGER IF EXISTS Events_BroughtBack;"
+    "DROP TRIGGER IF EXISTS Events_Removed;";
 
 // No column is unique: which of two rows with one name counts is the library's decision.
 std::string CreateStatement(const Table& table) {
@@ -119,27 +135,6 @@ void MakeFirstTables(Connection& connection) {
         connection.Execute(CreateStatement(table).c_str());
     }
     connection.Execute(kFirstHostParts);
-}
-
-void MakeServiceTables(Connection& connection) {
-    connection.Execute(kServiceParts);
-    for (const std::string& trigger : {
-             HistoryTrigger("Written", "INSERT ON AlarmFwd_PagerEvents", "NEW", kWritten),
-             HistoryTrigger("Changed", "UPDATE OF PagerState, PagerRetries ON AlarmFwd_PagerEvents",
-                            "NEW", kChanged),
-             HistoryTrigger("TakenOut",
-                            "UPDATE OF hidden_by ON AlarmFwd_PagerEvents"
-                            " WHEN NEW.hidden_by IS NOT NULL",
-                            "NEW", kTakenOut),
-             HistoryTrigger("BroughtBack",
-                            "UPDATE OF hidden_by ON AlarmFwd_PagerEvents"
-                            " WHEN NEW.hidden_by IS NULL",
-                            "NEW", kBroughtBack),
-             HistoryTrigger("Removed", "DELETE ON AlarmFwd_PagerEvents WHEN OLD.hidden_by IS NULL",
-                            "OLD", kRemoved),
-         }) {
-        connection.Execute(trigger.c_str());
-    }
 }
 
 }  // namespace
@@ -206,11 +201,17 @@ Made CreateTables(Connection& connection) {
         MakeFirstTables(connection);
     }
     if (version < 2) {
-        MakeServiceTables(connection);
+        connection.Execute(kServiceParts);
     }
+    connection.Execute(kLineParts);
     connection.Execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
     transaction.Commit();
     return version == 0 ? Made::kTables : Made::kNewerParts;
+}
+
+bool IsOutdated(Connection& connection) {
+    const int64_t version = VersionOf(connection);
+    return version > 0 && version < kVersion;
 }
 
 void RequireTables(Connection& connection) {
@@ -219,7 +220,7 @@ void RequireTables(Connection& connection) {
     if (version == 0) {
         throw StoreError(connection.Path() + ": has no tables yet; make them with: pagerfwd init");
     }
-    if (version < kVersion) {
+    if (IsOutdated(connection)) {
         throw StoreError(connection.Path() +
                          ": made by an older pagerfwd; bring it up to date with: pagerfwd init");
     }

@@ -16,6 +16,9 @@ inline constexpr const char* kTimeModels = "AlarmFwd_TMSetting";
 inline constexpr const char* kEvents = "AlarmFwd_PagerEvents";
 inline constexpr const char* kAlarmLog = "AlarmLog";
 
+// Behind the library's columns of kEvents: the line that the event belongs to.
+inline constexpr const char* kLineColumn = "line";
+
 constexpr int kHoursInWeek = 168;
 
 // A table as the library knows it. Every cell is a text; rows are in order of insertion.
@@ -36,12 +39,14 @@ bool SameColumn(std::string_view left, std::string_view right);
 // The name as it stands in a statement. The name comes from the schema, never from outside.
 std::string Quoted(std::string_view name);
 
-// How Host_History names the changes of an event.
+// How Host_History names the changes of a page.
 inline constexpr const char* kWritten = "written";
 inline constexpr const char* kChanged = "changed";
 inline constexpr const char* kTakenOut = "taken out";  // hidden, see hidden_rows.h
 inline constexpr const char* kBroughtBack = "brought back";
 inline constexpr const char* kRemoved = "removed";
+inline constexpr const char* kMoved = "moved";          // taken from a line, to be given to another
+inline constexpr const char* kCancelled = "cancelled";  // given up by hand
 // ... and what isn't one, but explains those that follow.
 inline constexpr const char* kEngineStarts = "engine starts";
 
@@ -49,6 +54,9 @@ inline constexpr const char* kEngineStarts = "engine starts";
 // Throws StoreError where the database is another program's.
 enum class Made { kNothing, kTables, kNewerParts };
 Made CreateTables(Connection& connection);
+
+// Whether its tables were made by an older pagerfwd, and CreateTables would change them.
+bool IsOutdated(Connection& connection);
 
 // Throws StoreError unless the database has tables that this program understands.
 void RequireTables(Connection& connection);

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "host/store/event_history.h"
 #include "host/store/hidden_rows.h"
 #include "host/store/schema.h"
 #include "host/store/where.h"
@@ -25,6 +26,32 @@ std::vector<Term> KeyOf(const ElementList& elements) {
         key.push_back({column, "=", *text});
     }
     return key;
+}
+
+void DropHidden(Connection& connection, const ElementList& event) {
+    const std::vector<Term> key = KeyOf(event);
+    if (!key.empty()) {
+        DropHidden(connection, key);
+    }
+}
+
+HistoryRow WrittenEvent(const ElementList& event) {
+    const auto cell = [&event](const char* column) {
+        const std::string* const text = event.Find(column);
+        return text == nullptr ? std::string_view() : std::string_view(*text);
+    };
+    return {kWritten,           cell("AlmLogID"),     cell("AlmGroup"), cell("PagerDescr"),
+            cell("PagerState"), cell("PagerRetries"), cell(kLineColumn)};
+}
+
+// A change of what the history tells.
+void WriteChange(Connection& connection, const Condition& condition, const ElementList& elements) {
+    const std::string* const state = elements.Find("PagerState");
+    const std::string* const tries = elements.Find("PagerRetries");
+    if (state != nullptr || tries != nullptr) {
+        WriteHistory(connection, {kChanged, state, tries},
+                     WhereInSight(*FindTable(kEvents), condition.terms), condition.terms);
+    }
 }
 
 std::string InsertStatement(const TableLayout& layout, const ElementList& elements) {
@@ -76,21 +103,27 @@ const std::string* ElementList::Find(std::string_view column) const {
 }
 
 void InsertRow(Connection& connection, const TableLayout& layout, const ElementList& elements) {
-    const std::vector<Term> key = KeyOf(elements);
-    if (layout.table == FindTable(kEvents) && !key.empty()) {
-        DropHidden(connection, key);
+    const bool is_event = layout.table == FindTable(kEvents);
+    if (is_event) {
+        DropHidden(connection, elements);
     }
     Statement statement(connection, InsertStatement(layout, elements));
     for (const Element& element : elements.Elements()) {
         statement.Bind(element.text);
     }
     statement.Run();
+    if (is_event) {
+        WriteHistory(connection, WrittenEvent(elements));
+    }
 }
 
 int32_t UpdateRows(Connection& connection, const TableLayout& layout, const Condition& condition,
                    const ElementList& elements) {
     if (!IsFor(condition, layout)) {
         return 0;
+    }
+    if (layout.table == FindTable(kEvents)) {
+        WriteChange(connection, condition, elements);
     }
     Statement statement(connection, UpdateStatement(layout, condition, elements));
     for (const Element& element : elements.Elements()) {
@@ -111,8 +144,9 @@ int32_t DeleteRows(Connection& connection, const TableLayout& layout, const Cond
             return DeleteEvent(connection, condition.terms, owners.Mine());
         case Condition::Selects::kEventsOfAlarm:
             return DeleteEventsOfAlarm(connection, condition.terms);
-        case Condition::Selects::kAlarm:
         case Condition::Selects::kEventsNotInState:
+            return DeleteInSight(connection, condition.terms);
+        case Condition::Selects::kAlarm:
             break;
     }
     return ChangeRows(

@@ -79,9 +79,9 @@ TEST_F(ABacklog, IsGivenUpWhereItsAlarmIsOld) {
 TEST_F(ABacklog, IsGivenUpWhereItsPagesWereNotYetQueued) {
     AddAlarm("7", "2", "ops", kNow - 61);
     AddAlarm("8", "2", "ops", kNow - 60);
-    Execute(
-        "INSERT INTO Host_Deliveries VALUES ('7', 0, 'ops', 'duty', 0, NULL),"
-        " ('7', 1, 'ops', 'night', 0, 1), ('8', 0, 'ops', 'duty', 0, NULL)");
+    AddDelivery("7", 0, "duty");
+    AddDelivery("7", 1, "night", "1");
+    AddDelivery("8", 0, "duty");
     EXPECT_EQ(1, DiscardPages(connection, kNow - 60));
     EXPECT_THAT(Rows("coalesce(answer, '-') FROM Host_Deliveries ORDER BY alarm, place"),
                 ElementsAre("4", "1", "-"));
@@ -107,9 +107,8 @@ TEST_F(ABacklog, IsGivenUpBesideRowsThatAreTooLarge) {
     Add(7, "2", 2, kNow - 61);
     Add(8, "2", 2, kNow - 61);
     WriteEvent(8, "night", 2);
-    Execute(
-        "INSERT INTO Host_Deliveries VALUES ('8', 0, 'ops', 'duty', 0, NULL),"
-        " ('8', 1, 'ops', 'night', 0, NULL)");
+    AddDelivery("8", 0, "duty");
+    AddDelivery("8", 1, "night");
     for (const char* one : {"AlarmLog SET alarmnote = hex(zeroblob(600000)) WHERE alarmlogID = '7'",
                             "AlarmFwd_PagerEvents SET AlmGroup = hex(zeroblob(600000))"
                             " WHERE PagerDescr = 'night'",

@@ -135,6 +135,23 @@ TEST_F(Cli, MakesADatabaseOnce) {
     EXPECT_EQ("site.db: has its tables already; nothing changed\n", second.out);
 }
 
+TEST_F(Cli, BringsADatabaseUpToDateThatNoEngineServes) {
+    {
+        std::ifstream dump(DATABASES "/version_2.sql");
+        const std::string old{std::istreambuf_iterator<char>(dump), {}};
+        host::Connection("site.db", host::Connection::Mode::kCreate).Execute(old.c_str());
+    }
+    EXPECT_THAT(Run({"status"}).err, HasSubstr("bring it up to date with: pagerfwd init"));
+    ChildProcess engine({STORE_PROCESS, "site.db", "engine"});
+    ASSERT_EQ("taken", engine.ReadLine());
+    const ProgramRun refused = Run({"init"});
+    EXPECT_EQ(3, refused.exit_code);
+    EXPECT_THAT(refused.err, HasSubstr("an older pagerfwd serves it (pagerfwd a test, process "));
+    engine.Finish();
+    EXPECT_EQ("site.db: brought up to date\n", Run({"init"}).out);
+    EXPECT_THAT(Run({"status"}).out, HasSubstr("pending: 3\n"));
+}
+
 TEST_F(Cli, SaysWhyADatabaseCanNotBeMade) {
     WriteFile("letter.txt", std::string(4096, 'x'));
     const ProgramRun run = RunProgram({PAGERFWD_PROGRAM, "--database", "letter.txt", "init"});

@@ -282,10 +282,11 @@ TEST_F(TheHistory, KeepsTheStartsThatExplainPendingPages) {
 }
 
 TEST_F(TheHistory, ForgetsDeliveriesWithIt) {
-    Execute(
-        "INSERT INTO Host_Deliveries VALUES ('5', 0, 'ops', 'duty', 0, -1),"
-        " ('6', 0, 'ops', 'duty', 0, -1), ('7', 0, 'ops', 'duty', 0, 1),"
-        " ('8', 0, 'ops', 'duty', 0, 1), ('9', 0, 'ops', 'duty', 0, NULL)");
+    AddDelivery("5", 0, "duty", "-1");
+    AddDelivery("6", 0, "duty", "-1");
+    AddDelivery("7", 0, "duty", "1");
+    AddDelivery("8", 0, "duty", "1");
+    AddDelivery("9", 0, "duty");
     AddAlarm("5", "3", "ops", kNow + 1);
     AddAlarm("6", "3", "ops", kNow);
     WriteEvent(8, "duty", 2);

@@ -438,7 +438,7 @@ TEST_F(AnIntake, SetsAsideADeliveryWhoseAlarmIsTooLarge) {
 TEST_F(AnIntake, RefusesADeliveryOfWhatIsNoNumber) {
     AddAlarm("seven", "2");
     AddAlarm("8");
-    Execute("INSERT INTO Host_Deliveries VALUES ('seven', 0, 'ops', 'a', 0, NULL)");
+    AddDelivery("seven", 0, "a");
     Run();
     EXPECT_THAT(Noted("seven"), ElementsAre("a 0"));
     EXPECT_THAT(calls, ElementsAre("8 to b", "8 to a", "8 to c"));

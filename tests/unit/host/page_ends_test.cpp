@@ -80,7 +80,7 @@ TEST_F(Ends, TellOfAPageThatIsDone) {
 
 TEST_F(Ends, TellWhoAcknowledgedAndWhatEndedByIt) {
     AcknowledgeAlarm(connection, 7, kNow, "maria");
-    Execute("DELETE FROM AlarmFwd_PagerEvents");
+    OpenTable(database, kEvents).Delete("WHERE AlarmFwd_PagerEvents.AlmLogID  = 7");
     EXPECT_EQ(
         "<6>alarm 7 (ops): acknowledged by maria\n"
         "<6>page of alarm 7 to \"duty\": taken out: the alarm was acknowledged\n",
@@ -116,7 +116,7 @@ TEST_F(Ends, CountOnlySendingsOfThisPage) {
     RewriteEvent(7, "duty", 4, 0);
     Look();
     sleep(60);
-    Execute("DELETE FROM AlarmFwd_PagerEvents");
+    DeleteEvent(7, "duty");
     WriteEvent(7, "duty", 2);
     RewriteEvent(7, "duty", 3, 6);
     EXPECT_EQ("<3>error: page of alarm 7 to \"duty\": given up: its tries are used up\n", Look());

@@ -1,17 +1,23 @@
 // The tables of a new database.
 #include "host/store/schema.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <utility>
 
 #include "host/store/rows.h"
 #include "host/store/where.h"
 #include "tests/unit/host/host_test.h"
+#include "tests/unit/host/table_client.h"
 
 namespace host {
 namespace {
+
+using ::testing::ElementsAre;
 
 class Schema : public HostTest {
  protected:
@@ -128,7 +134,7 @@ TEST_F(Schema, HasAnIndexForEachQuestion) {
     EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
 }
 
-// --- A database that was made before there was a service.
+// --- Databases of older makes.
 
 // Everything that the database is made of.
 std::vector<std::string> Anatomy(Connection& connection) {
@@ -142,62 +148,127 @@ std::vector<std::string> Anatomy(Connection& connection) {
     return parts;
 }
 
-class OldSchema : public HostTest {
+class OldDatabase : public HostTest {
  protected:
-    OldSchema() {
+    void Run(const std::string& sql) { old.Execute(sql.c_str()); }
+
+    std::vector<std::string> Rows(const std::string& sql) {
+        std::vector<std::string> rows;
+        Statement statement(old, "SELECT " + sql);
+        while (statement.Step()) {
+            rows.emplace_back(statement.Text(0));
+        }
+        return rows;
+    }
+
+    // As pagerfwd made it before there was a service.
+    void MakeVersionOne() {
         for (const Table& table : Tables()) {
             std::string sql =
                 "CREATE TABLE \"" + std::string(table.name) + "\" (row_id INTEGER PRIMARY KEY";
             for (const std::string& column : table.columns) {
                 sql += ", \"" + column + "\" TEXT NOT NULL DEFAULT ''";
             }
-            old.Execute((sql + ")").c_str());
+            Run(sql + ")");
         }
-        old.Execute(
-            "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN hidden_by INTEGER;"
+        Run("ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN hidden_by INTEGER;"
             "CREATE INDEX AlarmLog_ByNumber ON AlarmLog (alarmlogID);"
             "CREATE TABLE Host_Settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
             "PRAGMA user_version = 1");
     }
 
+    // As it made it before there were lines.
+    void MakeVersionTwo() {
+        std::ifstream dump(DATABASES "/version_2.sql");
+        Run({std::istreambuf_iterator<char>(dump), {}});
+    }
+
     Connection old{"old.db", Connection::Mode::kCreate};
 };
 
-TEST_F(OldSchema, IsRefusedUntilItIsBroughtUpToDate) {
+class AnyOldDatabase : public OldDatabase, public ::testing::WithParamInterface<int> {
+ protected:
+    AnyOldDatabase() {
+        if (GetParam() == 1) {
+            MakeVersionOne();
+        } else {
+            MakeVersionTwo();
+        }
+    }
+};
+INSTANTIATE_TEST_SUITE_P(OfVersion, AnyOldDatabase, ::testing::Values(1, 2));
+
+TEST_P(AnyOldDatabase, IsRefusedUntilItIsBroughtUpToDate) {
+    EXPECT_TRUE(IsOutdated(old));
     EXPECT_THROW(RequireTables(old), StoreError);
     EXPECT_EQ(Made::kNewerParts, CreateTables(old));
     RequireTables(old);
+    EXPECT_FALSE(IsOutdated(old));
     EXPECT_EQ(Made::kNothing, CreateTables(old));
 }
 
-TEST_F(OldSchema, BecomesWhatANewDatabaseIs) {
+TEST_P(AnyOldDatabase, BecomesWhatANewDatabaseIs) {
     CreateTables(old);
     Connection fresh(database);
     EXPECT_EQ(Anatomy(fresh), Anatomy(old));
 }
 
-TEST_F(OldSchema, KeepsWhatItHolds) {
-    old.Execute(
-        "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmName) VALUES ('7', '2', 'PLANT/1');"
+TEST_P(AnyOldDatabase, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
+    Run("CREATE TABLE Host_Lines (another TEXT)");
+    const std::vector<std::string> before = Anatomy(old);
+    EXPECT_THROW(CreateTables(old), StoreError);
+    EXPECT_EQ(before, Anatomy(old));
+    EXPECT_THROW(RequireTables(old), StoreError);
+}
+
+TEST_F(OldDatabase, OfVersionOneKeepsWhatItHolds) {
+    MakeVersionOne();
+    Run("INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmName) VALUES ('7', '2', 'PLANT/1');"
         "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, PagerDescr, PagerState, hidden_by)"
         " VALUES ('7', 'duty', '2', 4711);"
         "INSERT INTO Host_Settings VALUES ('encoding', 'shift_jis')");
     CreateTables(old);
     EXPECT_EQ("shift_jis", ReadSetting(old, "encoding"));
-    Statement statement(old,
-                        "SELECT alarmName || '|' || alarm_group || '|' || PagerDescr || '|' ||"
-                        " hidden_by FROM AlarmLog JOIN AlarmFwd_PagerEvents"
-                        " ON AlmLogID = alarmlogID");
-    ASSERT_TRUE(statement.Step());
-    EXPECT_EQ("PLANT/1||duty|4711", statement.Text(0));
+    EXPECT_THAT(Rows("alarmName || '|' || alarm_group || '|' || PagerDescr || '|' || hidden_by"
+                     " || '|' || line FROM AlarmLog JOIN AlarmFwd_PagerEvents"
+                     " ON AlmLogID = alarmlogID"),
+                ElementsAre("PLANT/1||duty|4711|"));
 }
 
-TEST_F(OldSchema, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
-    old.Execute("CREATE TABLE Host_History (another TEXT)");
-    const std::vector<std::string> before = Anatomy(old);
-    EXPECT_THROW(CreateTables(old), StoreError);
-    EXPECT_EQ(before, Anatomy(old));
-    EXPECT_THROW(RequireTables(old), StoreError);
+TEST_F(OldDatabase, OfVersionTwoKeepsItsPagesAndTheirHistory) {
+    MakeVersionTwo();
+    const std::string pages =
+        "AlmLogID || ' ' || PagerDescr || ' ' || PagerState || '/' || PagerRetries"
+        " FROM AlarmFwd_PagerEvents ORDER BY row_id";
+    const std::string history =
+        "row_id || ' ' || at || ' ' || change || ' ' || alarm || ' ' || alarm_group || ' ' || pager"
+        " || ' ' || state || '/' || tries FROM Host_History ORDER BY row_id";
+    const std::string deliveries =
+        "alarm || ' ' || place || ' ' || pager || ' ' || since || ' ' || answer"
+        " FROM Host_Deliveries ORDER BY alarm, place";
+    const std::vector<std::string> pages_before = Rows(pages);
+    const std::vector<std::string> history_before = Rows(history);
+    const std::vector<std::string> deliveries_before = Rows(deliveries);
+    CreateTables(old);
+    EXPECT_EQ(4U, pages_before.size());
+    EXPECT_EQ(pages_before, Rows(pages));
+    EXPECT_EQ(12U, history_before.size());
+    EXPECT_EQ(history_before, Rows(history));
+    EXPECT_EQ(4U, deliveries_before.size());
+    EXPECT_EQ(deliveries_before, Rows(deliveries));
+    EXPECT_THAT(Rows("alarmlogID || ' ' || pagerstate FROM AlarmLog"),
+                ElementsAre("978948000 2", "978948720 1", "978948900 2"));
+    EXPECT_THAT(Rows("count(*) || line FROM AlarmFwd_PagerEvents GROUP BY line"), ElementsAre("4"))
+        << "no line owns them yet";
+}
+
+TEST_F(OldDatabase, OfVersionTwoHasItsHistoryWrittenOnce) {
+    MakeVersionTwo();
+    CreateTables(old);
+    OpenTable("old.db", kEvents)
+        .Delete(
+            "WHERE AlmGroup = \"PLANT/18\" AND AlmLogID = 978948900 AND PagerDescr = \"porter\"");
+    EXPECT_THAT(Rows("change FROM Host_History WHERE row_id > 13"), ElementsAre(kTakenOut));
 }
 
 TEST(ColumnNames, AreTheSameInEitherCase) {

@@ -47,6 +47,15 @@ class ServiceTest : public HostTest {
         return states.size() == 1 ? states[0] : std::to_string(states.size()) + " rows";
     }
 
+    // What an alarm of the group "ops" owes; an answer of none: still to be handed over.
+    void AddDelivery(const std::string& alarm, int64_t place, const std::string& pager,
+                     const std::string& answer = "NULL") {
+        Execute(
+            "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, answer)"
+            " VALUES ('" +
+            alarm + "', " + std::to_string(place) + ", 'ops', '" + pager + "', 0, " + answer + ")");
+    }
+
     void AddPager(const std::string& name, int retries = 5, int delay = 45) {
         host::Statement(connection,
                         "INSERT INTO AlarmFwd_PagerSetting (description, numretries, retrydelay)"

@@ -1,5 +1,6 @@
-// What the database does by itself: an acknowledged alarm stays so, and every change of an event is
-// noted.
+// Every change of an event is noted, whoever makes it.
+#include "host/store/event_history.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,48 +12,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// --- Acknowledged alarms.
-
-class AnAcknowledgedAlarm : public ServiceTest {
- protected:
-    AnAcknowledgedAlarm() {
-        AddAlarm("7", "2");
-        AddAlarm("8", "2");
-        EXPECT_EQ(Acknowledged::kNow, AcknowledgeAlarm(connection, 7, kNow));
-    }
-
-    // As the library writes the fold of an alarm's pages.
-    int32_t Fold(int32_t state) const {
-        return OpenTable(database, "AlarmLog")
-            .Set("WHERE alarmlogID = 7", {{"pagerstate", state}}, 'n');
-    }
-};
-
-TEST_F(AnAcknowledgedAlarm, IsInStateOneAtOnce) {
-    EXPECT_EQ("1", StateOf("7"));
-    EXPECT_EQ("2", StateOf("8"));
-}
-
-TEST_F(AnAcknowledgedAlarm, StaysThereWhateverIsWritten) {
-    for (const int32_t state : {0, 1, 2, 3, 4, 22}) {
-        EXPECT_EQ(1, Fold(state));  // the library counts its row all the same
-        EXPECT_EQ("1", StateOf("7")) << state;
-    }
-    Execute("UPDATE AlarmLog SET pagerstate = ''");
-    EXPECT_EQ("1", StateOf("7"));
-    EXPECT_EQ("", StateOf("8"));
-}
-
-TEST_F(AnAcknowledgedAlarm, MayBeAcknowledgedByAnyProgram) {
-    Execute("UPDATE AlarmLog SET alarmack = '1', acktime = '978948000' WHERE alarmlogID = '8'");
-    EXPECT_EQ("1", StateOf("8"));
-    Execute("UPDATE AlarmLog SET alarmack = '0' WHERE alarmlogID = '8'");
-    Execute("UPDATE AlarmLog SET pagerstate = '2' WHERE alarmlogID = '8'");
-    EXPECT_EQ("2", StateOf("8"));
-}
-
-// --- The history.
 
 class AHistory : public ServiceTest {
  protected:
@@ -94,6 +53,24 @@ TEST_F(AHistory, HasChangesInPlace) {
         .Set("WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND PagerDescr = \"duty\"",
              {{"Pagerstate", 3}, {"PagerRetries", 4}});
     EXPECT_THAT(Changes(), ElementsAre("written 2/0", "changed 3/4"));
+}
+
+// By the host itself: the state before, and why.
+TEST_F(AHistory, HasWhatTheHostChanges) {
+    WriteEvent(7, "duty", 2, 3);
+    SetEventState(connection, 1, "3", kCancelled, "the pump is off (anna)");
+    EXPECT_THAT(Changes(), ElementsAre("written 2/3", "cancelled 3/3"));
+    EXPECT_THAT(Rows("note FROM Host_History ORDER BY row_id"),
+                ElementsAre("", "the pump is off (anna)"));
+    EXPECT_THAT(Rows("PagerState FROM AlarmFwd_PagerEvents"), ElementsAre("3"));
+}
+
+TEST_F(AHistory, HasNothingOfWhatWasUndone) {
+    {
+        WriteTransaction transaction(connection);
+        WriteHistory(connection, {kWritten, "7", "ops", "duty", "2", "0"});
+    }
+    EXPECT_THAT(Changes(), IsEmpty());
 }
 
 TEST_F(AHistory, HasTheDeathOfAProcessBetweenDeleteAndInsert) {
