@@ -19,10 +19,11 @@ int LockFile(Attempt attempt) {
         error = errno;
         return result == 0 || (error != EAGAIN && error != EACCES);
     };
-    return CallWhen(ready, [&] {
+    const auto answer = [&] {
         errno = error;
         return result;
-    });
+    };
+    return CallWhen(ready, answer, true);
 }
 
 bool WaitsInWorld() {

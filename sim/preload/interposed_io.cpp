@@ -177,6 +177,15 @@ bool IsOurs(int fd) {
     return TheWorld().IsShared() && TheWorld().Shared().Owns(fd);
 }
 
+// Requires: not a line's.
+void BeforeClosing(int fd) {
+    TheWorld().Threads().NoteDescriptorUse();
+    if (TheWorld().IsShared()) {
+        const Locked locked;
+        TheWorld().Shared().Watched().Forget(fd);
+    }
+}
+
 }  // namespace
 
 PAGERSIM_INTERPOSED int close(int fd) {
@@ -187,7 +196,7 @@ PAGERSIM_INTERPOSED int close(int fd) {
     if (Descriptors::ComOf(fd) != 0) {
         ForgetDescriptor(fd);
     } else {
-        TheWorld().Threads().NoteDescriptorUse();
+        BeforeClosing(fd);
     }
     return Real().close(fd);
 }

@@ -34,7 +34,7 @@ class ChildToCome {
 
     void HasPid(pid_t pid) const {
         if (locked_) {
-            TheWorld().Tell({Question::kChild, 0, 0, static_cast<uint32_t>(pid), 0, 0, 0});
+            TheWorld().Tell({Question::kChild, 0, 0, static_cast<uint32_t>(pid), 0, 0});
         }
     }
 
@@ -45,7 +45,7 @@ class ChildToCome {
 int Sent(int result) {
     if (result == 0 && TheWorld().IsShared()) {
         const Locked locked;
-        TheWorld().Ask({Question::kSignal, 0, 0, 0, 0, 0, 0});
+        TheWorld().Ask({Question::kSignal, 0, 0, 0, 0, 0});
     }
     return result;
 }

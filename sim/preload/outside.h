@@ -17,8 +17,9 @@ bool MustWait(int fd, short events);
 
 // Makes a call that waits for others until `ready()`. In a shared world it waits there first; one
 // that a process has to itself has no others in it: for its clock the thread waits, and is outside.
+// `by_files`: what it waits for may come with anything that others do to files.
 template <typename Ready, typename Call>
-auto CallWhen(Ready ready, Call call) -> decltype(call()) {
+auto CallWhen(Ready ready, Call call, bool by_files = false) -> decltype(call()) {
     if (!IsServed() || ready()) {
         return call();
     }
@@ -28,6 +29,7 @@ auto CallWhen(Ready ready, Call call) -> decltype(call()) {
     }
     Wait wait{WaitKind::kProcess};
     wait.subject = &ready;
+    wait.by_files = by_files;
     wait.ready = [](void* subject) { return (*static_cast<Ready*>(subject))(); };
     return AwaitProcesses(wait) ? call() : -1;
 }

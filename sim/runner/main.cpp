@@ -1,5 +1,7 @@
 // pagersim: runs a program on simulated modems and paging centres. Tested by
 // tests/unit/sim/pagersim_test.cpp.
+#include <sched.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -94,6 +96,15 @@ std::time_t StartOf(const RunnerOptions& options) {
     return *start;
 }
 
+// One process of a world runs at a time: a turn that wakes no other processor costs a third. And a
+// program that asks how many there are is told the same everywhere.
+void StayOnOneProcessor() {
+    cpu_set_t here;
+    CPU_ZERO(&here);
+    CPU_SET(sched_getcpu(), &here);
+    sched_setaffinity(0, sizeof here, &here);  // Else it goes on as it is.
+}
+
 // The command may change its folder.
 std::string Absolute(const std::string& path) {
     return std::filesystem::absolute(path).string();
@@ -143,6 +154,7 @@ class Run {
           summary_(options.quiet ? "" : "-") {}
 
     int Execute() {
+        StayOnOneProcessor();
         const Environment environment = Programs();
         CheckProgram(options_.command.front(), environment.at(kPreloads));
         WorldServer world(scratch_.Path("world"), start_, Milliseconds(options_.step_ms));

@@ -2,6 +2,9 @@
 // tests/unit/sim/{shared_world,world_server}_test.cpp.
 #include "sim/server/world_server.h"
 
+#include <sys/epoll.h>
+
+#include <array>
 #include <utility>
 
 namespace pagersim {
@@ -10,30 +13,27 @@ namespace {
 // The longest from a signal to what comes of it.
 constexpr int kSignalMs = 5000;
 
+constexpr int kMostEvents = 256;
+
 }  // namespace
 
 // What the one whose turn it is says. False: nothing.
 bool WorldServer::HearHolder() {
     Member& member = *holder_;
-    switch (ListenTo(member)) {
-        case Voice::kSilent:
-            return false;
-        case Voice::kEnded:
-            Bury(member);
-            return true;
-        case Voice::kSpeaks:
-            break;
-    }
-    silence_ = Milliseconds{0};
     if (const auto received = ReceiveFrom(member)) {
+        silence_ = Milliseconds{0};
         Hear(member, *received);
+        return true;
     }
-    return true;
+    const Voice voice = ListenTo(member);
+    if (voice == Voice::kEnded) {
+        Bury(member);
+    }
+    return voice != Voice::kSilent;  // It may have said something that is no question.
 }
 
 // Who has come, who has gone, who wants to go on.
 void WorldServer::HearOthers() {
-    AcceptAll();
     do {
         if (std::exchange(signals_under_way_, false)) {
             AwaitSignals();
@@ -43,9 +43,11 @@ void WorldServer::HearOthers() {
 }
 
 void WorldServer::HearEach() {
+    FindAudible();
     for (std::size_t i = 0; i < members_.size();) {
         Member& member = *members_[i];
-        const Voice voice = &member != holder_ ? ListenTo(member) : Voice::kSilent;
+        const bool counts = &member != holder_ && member.is_audible;
+        const Voice voice = counts ? ListenTo(member) : Voice::kSilent;
         if (voice == Voice::kEnded) {
             Bury(member);
             continue;
@@ -58,9 +60,35 @@ void WorldServer::HearEach() {
     }
 }
 
+// One look at all that could be. A new one is.
+void WorldServer::FindAudible() {
+    for (const auto& member : members_) {
+        member->is_audible = false;
+    }
+    std::array<epoll_event, kMostEvents> events{};
+    const int count = epoll_wait(ears_.Number(), events.data(), kMostEvents, 0);
+    for (int i = 0; i < count; ++i) {
+        const uint32_t number = events.at(static_cast<std::size_t>(i)).data.u32;
+        if (number == kNewcomer) {
+            AcceptAll();
+        }
+        for (const auto& member : members_) {
+            member->is_audible = member->is_audible || member->number == number;
+        }
+    }
+}
+
+void WorldServer::ListenAlso(int fd, uint32_t number) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.u32 = number;
+    epoll_ctl(ears_.Number(), EPOLL_CTL_ADD, fd, &event);
+}
+
 // What a signal does is done before the one who sent it goes on.
 void WorldServer::HearSignal() {
     signals_under_way_ = true;
+    ++ends_;
     HearOthers();
 }
 

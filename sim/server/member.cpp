@@ -61,6 +61,18 @@ pid_t SenderOf(msghdr& message) {
     return sender.pid;
 }
 
+void AttachTo(msghdr& message, std::vector<char>& control, const std::vector<int>& descriptors) {
+    const std::size_t size = descriptors.size() * sizeof(int);
+    control.resize(CMSG_SPACE(size));
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(size);
+    std::memcpy(CMSG_DATA(header), descriptors.data(), size);
+}
+
 }  // namespace
 
 bool IsReadable(int fd, int timeout_ms) {
@@ -99,12 +111,17 @@ std::optional<Received> ReceiveFrom(const Member& member) {
     return received;
 }
 
-void SendTo(const Member& member, const Reply& reply, std::string_view payload) {
+void SendTo(const Member& member, const Reply& reply, std::string_view payload,
+            const std::vector<int>& given) {
     iovec parts[2] = {{const_cast<Reply*>(&reply), sizeof reply},
                       {const_cast<char*>(payload.data()), payload.size()}};
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
+    std::vector<char> control;
+    if (!given.empty()) {
+        AttachTo(message, control, given);
+    }
     while (sendmsg(member.socket.Number(), &message, MSG_NOSIGNAL) < 0 && errno == EINTR) {
     }
 }

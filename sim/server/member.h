@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "sim/descriptor.h"
 #include "sim/world/messages.h"
@@ -30,6 +31,8 @@ using Holdings = std::map<std::pair<int32_t, uint32_t>, int>;
 
 struct Member {
     Descriptor socket;
+    uint32_t number = 0;
+    bool is_audible = true;   // it may have said something, or ended
     pid_t pid = 0;            // 0: not known yet
     Descriptor process;       // readable when the process has ended
     bool has_spoken = false;  // else its program is none of ours, or hasn't begun yet
@@ -41,6 +44,8 @@ struct Member {
         false;            // it runs and has no turn: others go on beside it, and time stands still
     uint64_t since = 0;   // when it last began to run or to rest: a count of such beginnings
     uint64_t looked = 0;  // how many deeds there had been when it last looked
+    uint64_t ends_seen = 0;  // ... and ends and signals
+    bool is_ready = false;   // a descriptor that it waits for is
     Micros deadline = kNever;
     uint32_t flags = 0;
     LineSet lines = 0;  // it waits for input on
@@ -57,7 +62,9 @@ Voice ListenTo(const Member& member);
 std::optional<Received> ReceiveFrom(const Member& member);
 
 // A member that doesn't take it is one whose end hasn't been noticed yet.
-void SendTo(const Member& member, const Reply& reply, std::string_view payload = {});
+// `given`: descriptors that it gets, too.
+void SendTo(const Member& member, const Reply& reply, std::string_view payload = {},
+            const std::vector<int>& given = {});
 
 // The process's name and number for messages: "1234 (pagerfwd)".
 std::string NameOf(const Member& member);

@@ -26,7 +26,9 @@ int OpenProcess(pid_t pid) {
 Member& WorldServer::Add(Descriptor socket) {
     auto member = std::make_unique<Member>();
     member->since = ++beginnings_;
+    member->number = ++numbers_;
     member->socket = std::move(socket);
+    ListenAlso(member->socket.Number(), member->number);
     members_.push_back(std::move(member));
     return *members_.back();
 }
@@ -70,6 +72,7 @@ void WorldServer::Watch(Member& member, pid_t pid) {
     if (member.pid != pid) {
         member.pid = pid;
         member.process = Descriptor(OpenProcess(pid));
+        ListenAlso(member.process.Number(), member.number);
     }
 }
 
@@ -99,9 +102,11 @@ void WorldServer::Bury(Member& member) {
     const std::unique_ptr<Member> dead = std::move(*it);
     members_.erase(it);
     if (holder_ == dead.get()) {
+        GoOnToClock();
         holder_ = nullptr;
     }
     ++deeds_;
+    ++ends_;
     signals_under_way_ =
         true;  // To its parent; and of what it did before, one that took no part said nothing.
     Drop(dead->holdings);

@@ -10,7 +10,7 @@ namespace pagersim {
 
 void WorldServer::Hear(Member& member, const Received& received) {
     const Request& request = received.request;
-    GoOnTo(Micros(request.now));
+    GoOnToClock();
     switch (request.ask) {
         case Question::kStart:
             return Start(member, received);
@@ -39,7 +39,8 @@ void WorldServer::Hear(Member& member, const Received& received) {
 }
 
 // A process may have gone on by itself, but not beyond all time.
-void WorldServer::GoOnTo(Micros when) {
+void WorldServer::GoOnToClock() {
+    const Micros when = clock_.Get();
     if (when < kNever / 2) {
         now_ = std::max(now_, when);
     }
@@ -63,7 +64,9 @@ void WorldServer::Start(Member& member, const Received& received) {
         }
     }
     Drop(before);
-    SendReply(member, found);
+    Reply reply = Message(member, Why::kAnswer);
+    reply.connection = member.number;
+    SendTo(member, reply, found, {watched_.Number(), clock_file_.Number()});
 }
 
 // The child has what its parent has, until it says what it has kept.
@@ -102,7 +105,7 @@ uint32_t WorldServer::OthersOf(const Member& member) const {
     uint32_t others = 0;
     for (const auto& other : members_) {
         if (other.get() != &member) {
-            others |= kCompany | ((other->flags & kWatches) != 0 ? uint32_t{kOnlookers} : 0);
+            others |= kCompany | ((other->flags & kWatchesFiles) != 0 ? uint32_t{kOnlookers} : 0);
         }
     }
     return others;

@@ -23,24 +23,36 @@ constexpr int kTellingMs = 5000;
 // Until one of them has something to say, or `other` is readable.
 void WorldServer::WaitFor(int other) {
     std::vector<pollfd> watched = {{other, POLLIN, 0}};
-    if (holder_ == nullptr || !holder_->has_spoken) {
-        watched.push_back({listener_.Number(), POLLIN, 0});
+    if (holder_ == nullptr) {
+        watched.push_back({ears_.Number(), POLLIN, 0});
+        watched.push_back({AnyReady() ? -1 : watched_.Number(), POLLIN, 0});
+    } else {
+        watched.push_back({holder_->socket.Number(), POLLIN, 0});
+        watched.push_back({holder_->process.Number(), POLLIN, 0});
+        watched.push_back({holder_->has_spoken ? -1 : listener_.Number(), POLLIN, 0});
     }
-    for (const auto& member : members_) {
-        if (holder_ == nullptr || holder_ == member.get()) {
-            watched.push_back({member->socket.Number(), POLLIN, 0});
-            watched.push_back({member->process.Number(), POLLIN, 0});
-        }
-    }
-    if (poll(watched.data(), watched.size(), static_cast<int>(kGlance.count())) != 0) {
-        idle_for_ = Milliseconds{0};
-    } else if (holder_ == nullptr) {
+    const bool is_quiet =
+        poll(watched.data(), watched.size(), static_cast<int>(kGlance.count())) == 0;
+    if (holder_ == nullptr && is_quiet) {
         idle_for_ += kGlance;
         TellIfStuck();
+        LetAllLook();
     }
     if (holder_ != nullptr) {
         DoubtHolder();
     }
+}
+
+// What others do may come to nobody's notice: a child that none of the world has started.
+void WorldServer::LetAllLook() {
+    ++deeds_;
+    ++ends_;
+}
+
+// One that can't be given the turn all the same.
+bool WorldServer::AnyReady() const {
+    return std::any_of(members_.begin(), members_.end(),
+                       [](const auto& member) { return member->is_ready; });
 }
 
 // One that hasn't said anything yet, and whose child does, takes no part. One that is asleep for

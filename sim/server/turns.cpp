@@ -2,13 +2,22 @@
 // tests/unit/sim/{shared_world,world_server}_test.cpp.
 #include "sim/server/world_server.h"
 
+#include <sys/epoll.h>
+
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace pagersim {
+namespace {
+
+constexpr int kMostEvents = 64;
+
+}  // namespace
 
 WorldServer::Choice WorldServer::ChooseNext() {
     for (;;) {
+        LookAtDescriptors();
         const Choice now = ChooseNow();
         if (now.member != nullptr || members_.empty() || TimeStandsStill()) {
             return now;
@@ -23,6 +32,18 @@ WorldServer::Choice WorldServer::ChooseNext() {
         }
         now_ = std::max(now_, events_.Next());
         RunDueEvents();
+    }
+}
+
+// Which of those that rest have something to read, say.
+void WorldServer::LookAtDescriptors() {
+    std::array<epoll_event, kMostEvents> ready{};
+    const int count = epoll_wait(watched_.Number(), ready.data(), kMostEvents, 0);
+    for (const auto& member : members_) {
+        member->is_ready =
+            !member->runs &&
+            std::any_of(ready.begin(), ready.begin() + std::max(count, 0),
+                        [&](const epoll_event& each) { return each.data.u32 == member->number; });
     }
 }
 
@@ -43,7 +64,8 @@ bool WorldServer::CouldGoOn(const Member& member) const {
 }
 
 bool WorldServer::MustLook(const Member& member) const {
-    return (member.flags & kWatches) != 0 && member.looked < deeds_;
+    return member.is_ready || ((member.flags & kWatches) != 0 && member.ends_seen < ends_) ||
+           ((member.flags & kWatchesFiles) != 0 && member.looked < deeds_);
 }
 
 Micros WorldServer::DeadlineOf(const Member& member) {
@@ -84,6 +106,8 @@ void WorldServer::GiveTurn(const Choice& choice) {
     silence_ = Milliseconds{0};
     member.runs = true;
     member.looked = deeds_;
+    member.ends_seen = ends_;
+    member.is_ready = false;
     if (std::exchange(member.is_owed_turn, false)) {
         SendTo(member, Message(member, choice.why));
     }
@@ -96,8 +120,12 @@ void WorldServer::Rest(Member& member, const Request& request) {
     member.deadline = Micros(request.deadline);
     member.flags = request.number;
     member.lines = request.lines;
-    deeds_ += (member.flags & kTouched) != 0 ? 1 : 0;
+    if ((member.flags & kTouched) != 0) {
+        ++deeds_;
+        idle_for_ = Milliseconds{0};
+    }
     member.looked = deeds_;  // It did, before it said this.
+    member.ends_seen = ends_;
     holder_ = nullptr;
 }
 

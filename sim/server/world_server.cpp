@@ -2,6 +2,7 @@
 // tests/unit/sim/{shared_world,world_server}_test.cpp.
 #include "sim/server/world_server.h"
 
+#include <sys/epoll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,11 +15,14 @@ namespace pagersim {
 WorldServer::WorldServer(const std::string& socket, std::time_t wall, Micros step)
     : path_(socket),
       listener_(Listen(socket)),
+      ears_(epoll_create1(EPOLL_CLOEXEC)),
       wall_at_start_(Micros(std::chrono::seconds(wall)).count()),
-      step_(step) {
+      step_(step),
+      watched_(epoll_create1(EPOLL_CLOEXEC)) {
     if (listener_.Number() < 0) {
         throw std::system_error(errno, std::generic_category(), socket);
     }
+    ListenAlso(listener_.Number(), kNewcomer);
 }
 
 WorldServer::~WorldServer() {
@@ -71,7 +75,9 @@ void WorldServer::GoOn() {
         if (idle_) {
             return;
         }
-        idle_for_ = Milliseconds{0};
+        if (next.why != Why::kLook) {
+            idle_for_ = Milliseconds{0};
+        }
         GiveTurn(next);
     }
 }

@@ -10,6 +10,7 @@
 
 #include "sim/far_end.h"
 #include "sim/server/member.h"
+#include "sim/world/clock_page.h"
 #include "sim/world/line.h"
 #include "sim/world/timeline.h"
 
@@ -76,7 +77,7 @@ class WorldServer final : public Timeline {
     Member& Add(Descriptor socket);
     void AcceptAll();
     Member* InvitedBy(pid_t pid);
-    static void Watch(Member& member, pid_t pid);
+    void Watch(Member& member, pid_t pid);
     void Bury(Member& member);
     void Drop(const Holdings& holdings);
 
@@ -88,9 +89,12 @@ class WorldServer final : public Timeline {
     void AwaitSignals();
     void HearOthers();
     void HearEach();
+    void FindAudible();
+    void ListenAlso(int fd, uint32_t number);
     void HearSignal();
 
     // Turns, in turns.cpp.
+    void LookAtDescriptors();
     Choice ChooseNext();
     Choice ChooseNow() const;
     bool CouldGoOn(const Member& member) const;
@@ -105,7 +109,7 @@ class WorldServer final : public Timeline {
     // Questions, in questions.cpp.
     void Hear(Member& member, const Received& received);
     void Start(Member& member, const Received& received);
-    void GoOnTo(Micros when);
+    void GoOnToClock();
     void Fork(Member& member);
     void Child(const Member& member, pid_t pid);
     Micros HorizonFor(const Member& member) const;
@@ -122,22 +126,32 @@ class WorldServer final : public Timeline {
 
     // Real waiting, in real_waiting.cpp.
     void WaitFor(int other);
+    void LetAllLook();
+    bool AnyReady() const;
     void DoubtHolder();
     void TellIfStuck();
     bool IsStuck() const;
     void ReportStuck();
 
     const std::string path_;
+    static constexpr uint32_t kNewcomer = 0;  // among the members' numbers
+
     Descriptor listener_;
+    const Descriptor ears_;  // the listener, and each member's socket and process (epoll(7))
     const int64_t wall_at_start_;
     const Micros step_;
     Micros now_{0};
+    const Descriptor clock_file_{ClockPage::MakeFile()};
+    const ClockPage clock_{clock_file_.Number()};
     EventQueue events_;
     std::array<std::unique_ptr<Line>, kLines> lines_;
     std::vector<std::unique_ptr<Member>> members_;  // by birth
     Member* holder_ = nullptr;                      // whose turn it is
+    const Descriptor watched_;                      // what members wait for, see WatchedDescriptors
+    uint32_t numbers_ = 0;
     uint64_t beginnings_ = 0;
     uint64_t deeds_ = 1;
+    uint64_t ends_ = 1;  // of members, and signals
     bool idle_ = false;
     bool signals_under_way_ = false;
     Milliseconds silence_{0};  // of the holder, in real time

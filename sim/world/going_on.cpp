@@ -101,10 +101,4 @@ bool Scheduler::WakeByCondition() {
     return false;
 }
 
-bool Scheduler::HasConditions() const {
-    return std::any_of(threads_.begin(), threads_.end(), [](const auto& thread) {
-        return thread->wait != nullptr && thread->wait->ready != nullptr;
-    });
-}
-
 }  // namespace pagersim

@@ -10,9 +10,6 @@
 namespace pagersim {
 namespace {
 
-// What other processes do may come to nobody's notice: a child that none of the world has started.
-constexpr Milliseconds kBetweenLooks{100};
-
 bool EndsBySignal(WaitKind kind) {
     return kind == WaitKind::kSleep || kind == WaitKind::kInput || kind == WaitKind::kProcess;
 }
@@ -27,7 +24,9 @@ timespec ToTimespec(Milliseconds span) {
 void Scheduler::Hold(ProgramThread& me) {
     const bool watches = link_ == nullptr ? running_ == 0 : !HasTurn() && !watched_;
     const bool signals = me.wait != nullptr && me.wait->signals != nullptr;
-    const bool undisturbed = watches || signals ? HoldInPoll(me, watches) : HoldAtGate(me);
+    const bool undisturbed = watches && !signals && IsAlone() ? HoldAtLink()
+                             : watches || signals             ? HoldInPoll(me, watches)
+                                                              : HoldAtGate(me);
     if (!undisturbed && me.wait != nullptr && EndsBySignal(me.wait->kind)) {
         Wake(me, Waking::kSignal);
     }
@@ -45,16 +44,30 @@ bool Scheduler::HoldAtGate(ProgramThread& me) {
     return passed != Gate::Passed::kSignal;
 }
 
-// Nothing is going to happen in virtual time, or in this process before its turn: really waits
-// until one of all threads' descriptors is ready, the turn comes, or another thread is back. False:
-// a signal was handled.
+// In a shared world, where this process has no other thread that could want it.
+bool Scheduler::HoldAtLink() {
+    Reply turn{};
+    bool comes = false;
+    {
+        const Unlocked unlocked;
+        comes = link_->AwaitTurn(turn);
+    }
+    if (comes) {
+        TakeTurn(turn);
+    }
+    return comes;
+}
+
+// Nothing is going to happen in virtual time: really waits until one of all threads' descriptors is
+// ready or another thread is back. Or nothing in this process before its turn: until that comes.
+// False: a signal was handled.
 bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
     if (me.alarm < 0) {
         me.alarm = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     }
     const bool stuck = link_ == nullptr && watches && patience_ > Milliseconds::zero() && IsStuck();
     std::vector<pollfd> watched;
-    if (watches && running_ == 0) {
+    if (watches && link_ == nullptr) {
         CollectDescriptors();
         watched = descriptors_;
     }
@@ -63,8 +76,7 @@ bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
     if (watched_) {
         watched.push_back({link_->Descriptor(), POLLIN, 0});
     }
-    const timespec limit = ToTimespec(stuck ? patience_ : kBetweenLooks);
-    const bool limited = stuck || (watched_ && HasConditions());
+    const timespec limit = ToTimespec(patience_);
     const sigset_t* const signals = me.wait != nullptr ? me.wait->signals : nullptr;
 
     me.held = ProgramThread::Held::kInPoll;
@@ -72,7 +84,7 @@ bool Scheduler::HoldInPoll(ProgramThread& me, bool watches) {
     bool interrupted = false;
     {
         const Unlocked unlocked;
-        ready = Real().ppoll(watched.data(), watched.size(), limited ? &limit : nullptr, signals);
+        ready = Real().ppoll(watched.data(), watched.size(), stuck ? &limit : nullptr, signals);
         interrupted = ready < 0 && errno == EINTR;
     }
     me.held = ProgramThread::Held::kNowhere;

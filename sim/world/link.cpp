@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include "sim/preload/real_calls.h"
@@ -28,13 +29,14 @@ constexpr int kFirstOfOurs = 700;
     _exit(kStatus);
 }
 
-int MovedUp(int fd) {
-    const int high = Real().fcntl(fd, F_DUPFD, kFirstOfOurs);
-    if (high < 0) {
-        return fd;
+template <typename Descriptors>
+void TakeDescriptors(msghdr& message, Descriptors& descriptors) {
+    for (cmsghdr* each = CMSG_FIRSTHDR(&message); each != nullptr;
+         each = CMSG_NXTHDR(&message, each)) {
+        if (each->cmsg_type == SCM_RIGHTS) {
+            std::memcpy(descriptors.data(), CMSG_DATA(each), sizeof descriptors);
+        }
     }
-    Real().close(fd);
-    return high;
 }
 
 void SetInherited(int fd, bool inherited) {
@@ -42,6 +44,15 @@ void SetInherited(int fd, bool inherited) {
 }
 
 }  // namespace
+
+int MovedUp(int fd) {
+    const int high = Real().fcntl(fd, F_DUPFD_CLOEXEC, kFirstOfOurs);
+    if (high < 0) {
+        return fd;
+    }
+    Real().close(fd);
+    return high;
+}
 
 Link::Link(std::string path) : path_(std::move(path)) {
     socket_ = FindInherited();
@@ -62,7 +73,11 @@ Reply Link::Start(std::string_view terminals, std::string* payload) {
     request.ask = Question::kStart;
     Send(request, terminals);
     Reply reply{};
-    Receive(reply, payload, 0);
+    Given given = {-1, -1};
+    Receive(reply, payload, 0, &given);
+    watched_.Begin(given[0], reply.connection);
+    clock_ = ClockPage(given[1]);
+    Real().close(given[1]);
     has_turn_ = true;
     return reply;
 }
@@ -96,6 +111,19 @@ bool Link::ReceiveTurn(Reply& reply, bool wait) {
     return has_turn_;
 }
 
+bool Link::AwaitTurn(Reply& reply) {
+    const ssize_t count = Real().recv(socket_, &reply, sizeof reply, 0);
+    if (count == static_cast<ssize_t>(sizeof reply)) {
+        has_turn_ = true;
+        wanted_ = false;
+        return true;
+    }
+    if (count >= 0 || errno != EINTR) {
+        EndWithoutWorld();
+    }
+    return false;
+}
+
 Reply Link::PrepareChild() {
     child_ = Connect();
     Request request{};
@@ -112,6 +140,7 @@ void Link::ForgetChild() {
 
 void Link::Adopt() {
     Real().close(socket_);
+    watched_.Leave();
     socket_ = std::exchange(child_, -1);
     has_turn_ = false;
     wanted_ = false;
@@ -122,12 +151,11 @@ void Link::StayInherited() {
 }
 
 bool Link::Owns(int fd) const {
-    return fd >= 0 && (fd == socket_ || fd == child_);
+    return fd >= 0 && (fd == socket_ || fd == child_ || watched_.Owns(fd));
 }
 
-void Link::Send(Request request, std::string_view payload) {
-    request.now = now_;
-    iovec parts[2] = {{&request, sizeof request},
+void Link::Send(const Request& request, std::string_view payload) {
+    iovec parts[2] = {{const_cast<Request*>(&request), sizeof request},
                       {const_cast<char*>(payload.data()), payload.size()}};
     msghdr message{};
     message.msg_iov = parts;
@@ -139,15 +167,21 @@ void Link::Send(Request request, std::string_view payload) {
     }
 }
 
-ssize_t Link::Receive(Reply& reply, std::string* payload, int flags) {
+ssize_t Link::Receive(Reply& reply, std::string* payload, int flags, Given* given) {
     char bytes[kMostPayload];
     iovec parts[2] = {{&reply, sizeof reply}, {bytes, sizeof bytes}};
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
     for (;;) {
-        const ssize_t count = Real().recvmsg(socket_, &message, flags);
+        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(sizeof(Given))];
+        message.msg_control = given != nullptr ? control : nullptr;
+        message.msg_controllen = given != nullptr ? sizeof control : 0;
+        const ssize_t count = Real().recvmsg(socket_, &message, flags | MSG_CMSG_CLOEXEC);
         if (count >= static_cast<ssize_t>(sizeof reply)) {
+            if (given != nullptr) {
+                TakeDescriptors(message, *given);
+            }
             if (payload != nullptr) {
                 payload->assign(bytes, static_cast<size_t>(count) - sizeof reply);
             }
@@ -165,6 +199,7 @@ ssize_t Link::Receive(Reply& reply, std::string* payload, int flags) {
 int Link::Connect() const {
     const int fd = MovedUp(socket(AF_UNIX, SOCK_SEQPACKET, 0));
     const sockaddr_un address = AddressOf(path_);
+    SetInherited(fd, true);
     const int on = 1;  // The server learns who speaks, also before it has taken the connection.
     setsockopt(fd, SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
     if (fd < 0 || connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {

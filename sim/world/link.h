@@ -2,10 +2,13 @@
 #ifndef PAGERFWD_SIM_WORLD_LINK_H
 #define PAGERFWD_SIM_WORLD_LINK_H
 
+#include <array>
 #include <string>
 #include <string_view>
 
+#include "sim/world/clock_page.h"
 #include "sim/world/messages.h"
+#include "sim/world/watched_descriptors.h"
 
 namespace pagersim {
 
@@ -25,18 +28,22 @@ class Link {
     // Asks and waits for the answer. `payload` receives what comes with it, if given.
     Reply Ask(const Request& request, std::string_view sent = {}, std::string* payload = nullptr);
 
-    // The first question of a program, without the turn: the answer comes with it.
+    // The first question of a program, without the turn: the answer comes with it, and the world's
+    // set of watched descriptors.
     Reply Start(std::string_view terminals, std::string* payload);
 
     void Tell(const Request& request);  // a question that isn't answered
     void Rest(int64_t deadline, uint32_t flags, LineSet lines);
     void Want();  // once for each rest
 
-    // Goes with every message.
-    void SetNow(int64_t now) { now_ = now; }
+    // Where the process has gone on to by itself.
+    void SetNow(Micros now) { clock_.Set(now); }
 
     // The turn, if it has come; or, with `wait`, when it comes.
     bool ReceiveTurn(Reply& reply, bool wait);
+
+    // Waits for the turn or a signal that is handled. False: that.
+    bool AwaitTurn(Reply& reply);
 
     // Around the making of a child. The child's end is inherited by a program that takes this one's
     // place or that is started from here; Adopt makes it ours, in a child of fork.
@@ -46,19 +53,28 @@ class Link {
     void StayInherited();     // whatever the program has set for its descriptors
     bool Owns(int fd) const;  // not the program's to close
 
+    WatchedDescriptors& Watched() { return watched_; }
+
  private:
-    void Send(Request request, std::string_view payload);
-    ssize_t Receive(Reply& reply, std::string* payload, int flags);
+    // The world's set of watched descriptors, and its clock.
+    using Given = std::array<int, 2>;
+
+    void Send(const Request& request, std::string_view payload);
+    ssize_t Receive(Reply& reply, std::string* payload, int flags, Given* given = nullptr);
     int Connect() const;
     int FindInherited() const;
 
     const std::string path_;
     int socket_ = -1;
     int child_ = -1;
-    int64_t now_ = 0;
+    ClockPage clock_;
     bool has_turn_ = false;
     bool wanted_ = false;
+    WatchedDescriptors watched_;
 };
+
+// The same descriptor above those that a program usually has, as far as there is room.
+int MovedUp(int fd);
 
 }  // namespace pagersim
 

@@ -25,7 +25,8 @@ inline constexpr const char* kWorldVariable = "PAGERSIM_WORLD";
 
 enum class Question : uint32_t {
     kStart,     // a program begins, or has replaced another; payload: its terminals, as uint32_t.
-                // Answer: payload, a Terminal for each
+                // Answer: payload, a Terminal for each; as `connection` its number, and with it
+                // the world's set of watched descriptors and its ClockPage, as descriptors
     kFork,      // the connection that this process has just made is for a child
     kChild,     // the pid of that child, if it is a program of its own. No answer
     kRest,      // all threads wait: the earliest deadline, RestFlags, and the lines with whose
@@ -43,11 +44,11 @@ enum class Question : uint32_t {
 };
 
 enum RestFlags : uint32_t {
-    kWatches =
-        1,  // it waits for what other processes do, and has to look when one has done something
-    kTouched = 2,  // it has done something itself
-    kAbsent = 4,   // its threads are all in calls of the system: it can't be given the turn
-    kOutside = 8,  // one of its threads waits for something outside the world
+    kWatches = 1,        // it waits for other processes' ends and signals, and has to look then
+    kWatchesFiles = 16,  // ... for locks on files, and has to look when one has done anything
+    kTouched = 2,        // it has done something itself
+    kAbsent = 4,         // its threads are all in calls of the system: it can't be given the turn
+    kOutside = 8,        // one of its threads waits for something outside the world
 };
 
 enum Others : uint32_t {
@@ -61,7 +62,6 @@ struct alignas(8) Request {
     uint32_t connection;
     uint32_t number;  // pid, flags, size
     alignas(8) int64_t deadline;
-    alignas(8) int64_t now;  // where the process has gone on to by itself
     alignas(8) LineSet lines;
 };
 
@@ -103,7 +103,7 @@ struct PackedSettings {
     std::array<uint8_t, NCCS> characters;
 };
 
-static_assert(sizeof(Request) == 40);
+static_assert(sizeof(Request) == 32);
 static_assert(sizeof(Reply) == 56 + 24 * kLines);
 static_assert(sizeof(PackedSettings) == 24 + NCCS);
 

@@ -35,7 +35,8 @@ struct Wait {
     nfds_t count = 0;
     const void* object = nullptr;            // the mutex, the condition or the thread
     const sigset_t* signals = nullptr;       // what is blocked while it waits; null: as before
-    bool (*ready)(void* subject) = nullptr;  // asked when another process has done something
+    bool (*ready)(void* subject) = nullptr;  // asked when another process has done something:
+    bool by_files = false;                   // anything; else it has ended or sent a signal
     void* subject = nullptr;
     uint64_t turn = 0;  // among waits of one kind the lowest comes first; given by the scheduler,
                         // and kept by one who waits again for the same

@@ -180,6 +180,7 @@ void Scheduler::Wake(ProgramThread& thread, Waking why) {
     thread.waking = why;
     ++running_;
     ran_ = true;
+    looks_ = false;
     if (HasTurn()) {
         Release(thread);
     } else {

@@ -111,7 +111,6 @@ class Scheduler final : public Timeline {
     void GiveUpTurn(const ProgramThread* sleeper);
     void TakeTurn(const Reply& turn);
     void LookAtLink();
-    bool HasConditions() const;
     void TellWaits() const;
     void LookAfterOthers();
     void JumpTo(Micros when);
@@ -120,6 +119,8 @@ class Scheduler final : public Timeline {
     bool WakeByCondition();
     void CollectDescriptors();
     void Hold(ProgramThread& me);
+    bool IsAlone() const { return link_ != nullptr && threads_.size() == 1; }
+    bool HoldAtLink();
     bool HoldAtGate(ProgramThread& me);
     bool HoldInPoll(ProgramThread& me, bool watches);
     bool IsStuck();
@@ -140,6 +141,7 @@ class Scheduler final : public Timeline {
     bool watched_ = false;             // a thread has an eye on the link
     bool used_since_ = false;          // a descriptor, since the turn before
     bool ran_ = true;                  // a thread, in this turn
+    bool looks_ = false;               // this turn is for a look, which has found nothing yet
     Micros horizon_{0};                // up to it time is this process's own
     std::atomic<uint32_t> others_{0};  // in the world, see Others
     int steps_alone_ = 0;

@@ -13,7 +13,7 @@
 namespace pagersim {
 
 Request SharedPort::About(Question ask, uint32_t connection, uint32_t number) const {
-    return {ask, com_, connection, number, 0, 0, 0};
+    return {ask, com_, connection, number, 0, 0};
 }
 
 int SharedPort::Open(int flags, uint32_t& connection) {

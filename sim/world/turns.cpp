@@ -2,6 +2,8 @@
 // tests/unit/sim/shared_world_test.cpp.
 #include "sim/world/scheduler.h"
 
+#include <utility>
+
 #include "sim/world/world.h"
 
 namespace pagersim {
@@ -25,6 +27,9 @@ void Scheduler::RestInWorld() {
             Wake(*sleeper, Waking::kDeadline);
             return;
         }
+        if (std::exchange(looks_, false)) {
+            link_->Watched().Renew();  // There was nothing.
+        }
         if (sleeper == nullptr || !GoOnAlone(*sleeper)) {
             GiveUpTurn(sleeper);
         }
@@ -34,12 +39,13 @@ void Scheduler::RestInWorld() {
 // A step of time that concerns nobody else.
 bool Scheduler::GoOnAlone(ProgramThread& sleeper) {
     if (sleeper.wait->deadline >= horizon_ ||
-        ((others_ & kOnlookers) != 0 && HasTouched(&sleeper)) || ++steps_alone_ >= kStepsAlone) {
+        ((others_ & kOnlookers) != 0 && HasTouched(&sleeper)) || ++steps_alone_ >= kStepsAlone ||
+        link_->Watched().OthersAreReady()) {
         return false;
     }
     ran_ = false;
     JumpTo(sleeper.wait->deadline);
-    link_->SetNow(Now().count());
+    link_->SetNow(Now());
     Wake(sleeper, Waking::kDeadline);
     return true;
 }
@@ -60,19 +66,23 @@ void Scheduler::GiveUpTurn(const ProgramThread* sleeper) {
         const bool is_outside = thread->wait->kind == WaitKind::kOutside;
         flags &= is_outside ? ~0U : ~uint32_t{kAbsent};
         flags |= is_outside || thread->wait->count > 0 ? uint32_t{kOutside} : 0;
-        flags |= thread->wait->count > 0 || thread->wait->ready != nullptr ? uint32_t{kWatches} : 0;
+        flags |= thread->wait->ready == nullptr ? 0U
+                 : thread->wait->by_files       ? uint32_t{kWatchesFiles}
+                                                : uint32_t{kWatches};
         lines |= thread->wait->lines;
     }
     flags |= HasTouched(sleeper) ? uint32_t{kTouched} : 0;
     used_since_ = false;
     ran_ = false;
+    CollectDescriptors();
+    link_->Watched().Set(descriptors_);
     link_->Rest(sleeper != nullptr ? sleeper->wait->deadline.count() : kNever.count(), flags,
                 lines);
 }
 
 void Scheduler::Hear(const Reply& reply) {
     now_.store(reply.now, std::memory_order_relaxed);
-    link_->SetNow(reply.now);
+    link_->SetNow(Micros(reply.now));
     horizon_ = Micros(reply.horizon);
     others_ = reply.others;
     steps_alone_ = 0;
@@ -86,6 +96,7 @@ void Scheduler::TakeTurn(const Reply& turn) {
     }
     if (turn.why == Why::kLook) {
         looks_unchecked_ = kLooksPerCheck;
+        looks_ = true;
     }
     for (auto& thread : threads_) {
         if (thread->wait == nullptr) {
@@ -111,8 +122,6 @@ void Scheduler::LookAtLink() {
     Reply turn{};
     if (!HasTurn() && link_->ReceiveTurn(turn, false)) {
         TakeTurn(turn);
-    } else if (!HasTurn() && running_ == 0 && !WakeByDescriptor(false)) {
-        WakeByCondition();
     }
 }
 

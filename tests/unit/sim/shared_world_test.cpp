@@ -125,6 +125,20 @@ TEST_F(SharedWorld, ProgramsOfBothWordSizesAreInOne) {
 }
 #endif
 
+// The shape of a service with a process for each modem.
+
+TEST_F(SharedWorld, LinesOfASiteWaitForTheirPipesAndModemsAtOnce) {
+    const auto site = [this](const char* tick) {
+        return Run({"--quiet", "--", SIM_SITE, "3", "2", tick}).out;
+    };
+    // A call takes 9.7 s; the second hour begins 0.7 s late for it.
+    const char* const told =
+        "978948009: line 1\n978948009: line 2\n978948009: line 3\n"
+        "978951610: line 1\n978951610: line 2\n978951610: line 3\n";
+    EXPECT_EQ(told, site("60"));
+    EXPECT_EQ(told, site("9")) << "however often they look around meanwhile";
+}
+
 // Lines.
 
 TEST_F(SharedWorld, TwoLinesInOneTranscript) {

@@ -8,9 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -50,6 +52,28 @@ class Client {
         return count == sizeof reply ? std::optional<Reply>(reply) : std::nullopt;
     }
 
+    // What comes with the first answer.
+    Descriptor HearClock() const {
+        Reply reply{};
+        iovec part = {&reply, sizeof reply};
+        msghdr message{};
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        alignas(cmsghdr) std::array<char, 256> control{};
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        EXPECT_GT(recvmsg(link_.Number(), &message, 0), 0);
+        std::array<int, 2> given = {-1, -1};
+        for (cmsghdr* each = CMSG_FIRSTHDR(&message); each != nullptr;
+             each = CMSG_NXTHDR(&message, each)) {
+            if (each->cmsg_type == SCM_RIGHTS) {
+                std::memcpy(given.data(), CMSG_DATA(each), sizeof given);
+            }
+        }
+        close(given[0]);
+        return Descriptor(given[1]);
+    }
+
  private:
     Descriptor link_;
 };
@@ -84,6 +108,18 @@ class WorldServerTest : public ::testing::Test {
         Client client(world_.Invite());
         client.Say(Ask(Question::kStart));
         return client;
+    }
+
+    // A process that begins in the world, and then does this.
+    template <typename Deed>
+    pid_t ChildThat(Deed deed) {
+        const Client client(world_.Invite());
+        const pid_t child = fork();
+        if (child == 0) {
+            client.Say(Ask(Question::kStart));
+            deed(client);
+        }
+        return child;
     }
 
     // As far as it goes without waiting.
@@ -144,11 +180,24 @@ TEST_F(WorldServerTest, OnlyOnesOwnChildrenComeIn) {
 
 TEST_F(WorldServerTest, ATimeBeyondAllTimeIsNotBelieved) {
     const Client client = Join();
-    Request rest = RestForEver();
-    rest.now = kNever.count();
-    client.Say(rest);
+    Serve();
+    ClockPage clock(client.HearClock().Number());
+    clock.Set(kNever);
+    client.Say(RestForEver());
     Serve();
     EXPECT_EQ(0us, world_.Now());
+}
+
+TEST_F(WorldServerTest, WhatOneHasGoneOnByItselfIsNotLostWithIt) {
+    const pid_t child = ChildThat([](const Client& client) {
+        ClockPage(client.HearClock().Number()).Set(3s);
+        _exit(0);
+    });
+    while (waitpid(child, nullptr, WNOHANG) == 0) {
+        world_.Serve(-1);
+    }
+    Serve();
+    EXPECT_EQ(3s, world_.Now());
 }
 
 TEST_F(WorldServerTest, WhatIsNoQuestionIsPassedOver) {
@@ -195,12 +244,7 @@ TEST_F(WorldServerTest, OneClosesOnlyWhatItHasOpened) {
 
 TEST_F(WorldServerTest, AllAreAskedAndEndedWhenTheyWaitForEachOtherForEver) {
     world_.SetPatience(120ms);
-    const Client client(world_.Invite());
-    const pid_t child = fork();
-    if (child == 0) {
-        client.Say(Ask(Question::kStart));
-        WaitForEver(client);
-    }
+    const pid_t child = ChildThat([](const Client& client) { WaitForEver(client); });
     ::testing::internal::CaptureStderr();
     int status = 0;
     constexpr int kEnough = 200;
