@@ -4,8 +4,17 @@
 #include <utility>
 
 #include "host/store/hidden_rows.h"
+#include "host/store/line_view.h"
 
 namespace host {
+namespace {
+
+Condition InView(const TableLayout& layout, Condition condition) {
+    condition.terms = InView(*layout.table, std::move(condition.terms));
+    return condition;
+}
+
+}  // namespace
 
 // Runs a change in a transaction of its own, or in the one that stands.
 template <typename Change>
@@ -37,7 +46,7 @@ const TableLayout& OpenDatabase::Layout(std::string_view table) {
 }
 
 Rows OpenDatabase::Read(const TableLayout& layout, const std::vector<Term>& terms) {
-    return ReadRows(lease_.Database(), layout, terms);
+    return ReadRows(lease_.Database(), layout, InView(*layout.table, terms));
 }
 
 // From here on the transaction lasts no longer than the caller needs it, however that ends.
@@ -71,19 +80,23 @@ void OpenDatabase::Unlock() {
 
 void OpenDatabase::Insert(const TableLayout& layout, const ElementList& elements) {
     Commit([&] {
-        InsertRow(lease_.Database(), layout, elements);
+        ElementList row = elements;
+        MakeOwn(lease_.Database(), *layout.table, row);
+        InsertRow(lease_.Database(), layout, row);
         return 1;
     });
 }
 
 int32_t OpenDatabase::Delete(const TableLayout& layout, const Condition& condition) {
-    return Commit(
-        [&] { return DeleteRows(lease_.Database(), layout, condition, lease_.Owners()); });
+    return Commit([&] {
+        return DeleteRows(lease_.Database(), layout, InView(layout, condition), lease_.Owners());
+    });
 }
 
 int32_t OpenDatabase::Update(const TableLayout& layout, const Condition& condition,
                              const ElementList& elements) {
-    return Commit([&] { return UpdateRows(lease_.Database(), layout, condition, elements); });
+    return Commit(
+        [&] { return UpdateRows(lease_.Database(), layout, InView(layout, condition), elements); });
 }
 
 int32_t OpenDatabase::UpdateUnwritten(const TableLayout& layout, const Condition& condition,
@@ -91,7 +104,8 @@ int32_t OpenDatabase::UpdateUnwritten(const TableLayout& layout, const Condition
     if (transaction_ == nullptr) {
         transaction_ = std::make_unique<WriteTransaction>(lease_.Database());
     }
-    const int32_t count = UpdateRows(lease_.Database(), layout, condition, elements);
+    const int32_t count =
+        UpdateRows(lease_.Database(), layout, InView(layout, condition), elements);
     unwritten_ += count;
     if (unwritten_ == 0 && !locked_) {
         TakeTransaction();

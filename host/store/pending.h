@@ -12,6 +12,14 @@ namespace host {
 // by a process count: if it has ended, the start brings them back.
 int64_t CountPendingPages(Connection& connection);
 
+// The condition of an alarm that is owed a page, on its row of AlarmLog: an event is pending,
+// hidden or not, or a delivery still open.
+inline constexpr const char* kIsOwedAPage =
+    "(EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
+    "  WHERE AlmLogID = AlarmLog.alarmlogID AND +PagerState = '2')"
+    " OR EXISTS (SELECT 1 FROM Host_Deliveries"
+    "  WHERE alarm = AlarmLog.alarmlogID AND answer IS NULL))";
+
 // Whether an engine still has a page in hand, be it only to drop it since its alarm was
 // acknowledged.
 bool HasPagesInHand(Connection& connection);

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "host/store/faults.h"
+#include "host/store/line_view.h"
 #include "host/store/where.h"
 #include "host/text/controls.h"
 
@@ -127,10 +128,12 @@ struct Cells {
     std::string texts;
 
     // The row that the statement stands on.
-    void Take(const Statement& statement, size_t width) {
+    void Take(const Statement& statement, const TableLayout& layout) {
         std::string row;
-        for (size_t column = 0; column < width; ++column) {
-            row.append(WithoutControls(statement.Text(static_cast<int>(column)))).push_back('\0');
+        for (size_t column = 0; column < layout.columns.size(); ++column) {
+            const std::string_view cell = InView(*layout.table, layout.columns[column],
+                                                 statement.Text(static_cast<int>(column)));
+            row.append(WithoutControls(cell)).push_back('\0');
         }
         texts += row;
         ++height;
@@ -143,7 +146,7 @@ Cells ReadAtOnce(Connection& connection, const TableLayout& layout,
     Statement statement(connection, SelectStatement(layout, terms));
     BindTerms(statement, terms);
     while (statement.Step()) {
-        cells.Take(statement, layout.columns.size());
+        cells.Take(statement, layout);
     }
     return cells;
 }

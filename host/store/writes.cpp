@@ -5,6 +5,7 @@
 
 #include "host/store/event_history.h"
 #include "host/store/hidden_rows.h"
+#include "host/store/pending.h"
 #include "host/store/schema.h"
 #include "host/store/where.h"
 
@@ -52,6 +53,16 @@ void WriteChange(Connection& connection, const Condition& condition, const Eleme
         WriteHistory(connection, {kChanged, state, tries},
                      WhereInSight(*FindTable(kEvents), condition.terms), condition.terms);
     }
+}
+
+// The library folds the states of those of an alarm's pages that it sees at that moment. Another
+// line may be rewriting one just then, and one may still be on its way to a line.
+void KeepBeingPaged(Connection& connection, const std::vector<Term>& alarm) {
+    ChangeRows(connection,
+               std::string("UPDATE AlarmLog SET pagerstate = '2'") +
+                   WhereInSight(*FindTable(kAlarmLog), alarm) +
+                   " AND pagerstate IN ('3', '4') AND alarmack IN ('', '0') AND " + kIsOwedAPage,
+               alarm);
 }
 
 std::string InsertStatement(const TableLayout& layout, const ElementList& elements) {
@@ -131,7 +142,11 @@ int32_t UpdateRows(Connection& connection, const TableLayout& layout, const Cond
     }
     BindTerms(statement, condition.terms);
     statement.Run();
-    return connection.Changes();
+    const int32_t count = connection.Changes();
+    if (condition.selects == Condition::Selects::kAlarm) {
+        KeepBeingPaged(connection, condition.terms);
+    }
+    return count;
 }
 
 int32_t DeleteRows(Connection& connection, const TableLayout& layout, const Condition& condition,

@@ -87,6 +87,14 @@ class ServiceTest : public HostTest {
         WriteEvent(alarm, pager, state, tries);
     }
 
+    // The library writes so what it has folded the states of an alarm's pages into.
+    int32_t Fold(int32_t alarm, int32_t state) const {
+        OpenTable alarms(database, "AlarmLog");
+        int32_t lock = DBAsciiAccessLock(alarms.handle, "AlarmLog", 400, 300);
+        alarms.Set("WHERE alarmlogID = " + std::to_string(alarm), {{"pagerstate", state}}, 'n');
+        return DBAsciiAccessWrite(alarms.handle, "AlarmLog", &lock);
+    }
+
     const pagersim::VirtualClock clock{kNow};
     host::Connection connection{database};
     std::ostringstream said;
