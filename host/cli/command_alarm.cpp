@@ -1,6 +1,4 @@
 // pagerfwd alarm: the alarm log. Tested by tests/unit/host/cli_alarm_test.cpp.
-#include <unistd.h>
-
 #include <pwd.h>
 #include <unistd.h>
 
@@ -16,13 +14,13 @@
 
 #include "host/alarms/alarms.h"
 #include "host/alarms/mending.h"
-#include "host/alarms/states.h"
 #include "host/cli/names.h"
 #include "host/cli/numbers.h"
 #include "host/cli/program.h"
 #include "host/cli/raise_warnings.h"
 #include "host/cli/severities.h"
 #include "host/cli/times.h"
+#include "host/pages/page_words.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/look.h"
@@ -123,43 +121,55 @@ std::string SeverityWord(const std::string& cell) {
     return word == nullptr ? cell : word;
 }
 
-std::string StateOf(const Alarm& alarm) {
-    return alarm.acknowledged ? "acknowledged" : StateWord(alarm.state);
-}
+struct Listed {
+    Alarm alarm;
+    std::string outcome;
+};
 
-void PrintTable(const std::vector<Alarm>& alarms, Encoding encoding) {
+void PrintTable(const std::vector<Listed>& alarms, Encoding encoding) {
     TextTable table({"ALARM", "RAISED", "SEVERITY", "GROUP", "SERVER", "STATE", "TEXT"});
-    for (const Alarm& alarm : alarms) {
+    for (const auto& [alarm, outcome] : alarms) {
         table.Add({Shown(alarm.number, encoding), LocalTime(alarm.raised),
                    SeverityWord(alarm.severity), Shown(alarm.group, encoding),
-                   Shown(alarm.server, encoding), Shown(StateOf(alarm), encoding),
+                   Shown(alarm.server, encoding), Shown(outcome, encoding),
                    Shown(alarm.details, encoding)});
     }
     std::cout << (alarms.empty() ? "no alarms\n" : table.Text());
 }
 
-Json ToJson(const Alarm& alarm, Encoding encoding) {
-    return {
-        {"alarm", Decode(alarm.number, encoding)},   {"raised", LocalTime(alarm.raised)},
-        {"severity", SeverityWord(alarm.severity)},  {"group", Decode(alarm.group, encoding)},
-        {"server", Decode(alarm.server, encoding)},  {"state", Decode(StateOf(alarm), encoding)},
-        {"details", Decode(alarm.details, encoding)}};
+Json ToJson(const Listed& listed, Encoding encoding) {
+    const Alarm& alarm = listed.alarm;
+    return {{"alarm", Decode(alarm.number, encoding)},
+            {"raised", LocalTime(alarm.raised)},
+            {"severity", SeverityWord(alarm.severity)},
+            {"group", Decode(alarm.group, encoding)},
+            {"server", Decode(alarm.server, encoding)},
+            {"state", Decode(StateOf(alarm), encoding)},
+            {"outcome", Decode(listed.outcome, encoding)},
+            {"details", Decode(alarm.details, encoding)}};
+}
+
+std::vector<Listed> ReadAlarms(Connection& database, const ListOptions& options,
+                               Encoding encoding) {
+    std::vector<Listed> list;
+    for (Alarm& alarm : options.open ? OpenAlarms(database) : LastAlarms(database, options.count)) {
+        std::string outcome = OutcomeOf(database, alarm);
+        list.push_back({Mended(std::move(alarm), encoding), std::move(outcome)});
+    }
+    return list;
 }
 
 ExitCode List(const Program& program, const ListOptions& options) {
-    auto [encoding, alarms] = Look(program.database, [&options](Connection& database) {
-        return std::pair(EncodingOf(database),
-                         options.open ? OpenAlarms(database) : LastAlarms(database, options.count));
+    const auto [encoding, alarms] = Look(program.database, [&options](Connection& database) {
+        const Encoding read = EncodingOf(database);
+        return std::pair(read, ReadAlarms(database, options, read));
     });
-    for (Alarm& alarm : alarms) {
-        alarm = Mended(std::move(alarm), encoding);
-    }
     if (!options.json) {
         PrintTable(alarms, encoding);
         return kDone;
     }
     auto list = Json::array();
-    for (const Alarm& alarm : alarms) {
+    for (const Listed& alarm : alarms) {
         list.push_back(ToJson(alarm, encoding));
     }
     std::cout << Written(list) << "\n";

@@ -13,6 +13,7 @@
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/text/json.h"
+#include "host/text/text_table.h"
 
 namespace host {
 namespace {
@@ -31,18 +32,28 @@ Json ToJson(const Alarm& alarm, const std::vector<StoryLine>& story, Encoding en
             {"story", lines}};
 }
 
+constexpr size_t kLongestText = 400;  // places
+
+// Names and texts may have any length; --json has all of them.
+std::string ShownName(const std::string& text, Encoding encoding) {
+    return Shortened(Shown(text, encoding), TextTable::kWidest);
+}
+std::string ShownText(const std::string& text, Encoding encoding) {
+    return Shortened(Shown(text, encoding), kLongestText);
+}
+
 void Print(const Alarm& alarm, const std::vector<StoryLine>& story, Encoding encoding) {
-    std::cout << "alarm " << Shown(alarm.number, encoding) << ", " << Shown(alarm.group, encoding)
-              << ", from " << Shown(alarm.server, encoding) << ": "
-              << Shown(alarm.details, encoding) << "\n";
+    std::cout << "alarm " << ShownName(alarm.number, encoding) << ", "
+              << ShownName(alarm.group, encoding) << ", from " << ShownName(alarm.server, encoding)
+              << ": " << ShownText(alarm.details, encoding) << "\n";
     for (const StoryLine& line : story) {
         std::cout << LocalTime(line.at) << "  ";
         if (!line.pager.empty()) {
-            std::cout << '"' << Shown(line.pager, encoding) << "\": ";
+            std::cout << '"' << ShownName(line.pager, encoding) << "\": ";
         }
         std::cout << line.what;
         if (!line.more.empty()) {
-            std::cout << " (" << Shown(line.more, encoding) << ")";
+            std::cout << " (" << ShownText(line.more, encoding) << ")";
         }
         std::cout << "\n";
     }

@@ -132,8 +132,8 @@ class Receivers {
 };
 
 void Print(const RoutesOptions& options, int64_t minute, const std::vector<Receiver>& receivers) {
-    std::cout << "group \"" << Printable(options.group) << "\", severity " << options.severity
-              << ", " << InWords(minute) << "\n";
+    std::cout << "group \"" << Shortened(Printable(options.group), TextTable::kWidest)
+              << "\", severity " << options.severity << ", " << InWords(minute) << "\n";
     TextTable table({"PAGER", "TYPE", "PORT", "HOURS", "THEN"});
     for (const Receiver& one : receivers) {
         table.Add({Printable(one.pager), Printable(one.type), Printable(one.ports),

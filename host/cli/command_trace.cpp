@@ -27,8 +27,6 @@
 namespace host {
 namespace {
 
-constexpr const char* kStandardInput = "-";
-
 struct TraceOptions {
     std::string file = "pageprot.txt";
     std::string pager;

@@ -32,7 +32,6 @@ constexpr Meaning kMeanings[] = {
     {kNoModem, "test: the modem didn't answer"},
 };
 
-constexpr const char* kStandardInput = "-";
 constexpr const char* kTraceFile = "pageprot.txt";
 constexpr mode_t kOfOthers = 0007;
 constexpr const char* kTraceSwitch = "NX_PAGEPROT";

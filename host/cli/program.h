@@ -65,7 +65,9 @@ void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
 void AddTrace(CLI::App& app, Program& program);
 
-// The text of a file; "-" is standard input. Throws Failure.
+inline constexpr const char* kStandardInput = "-";  // in the place of a file's name
+
+// The text of a file, or standard input. Throws Failure.
 std::string ReadFile(const std::string& path);
 
 // Lets nobody but owner and group read what is written from now on, by the library too: it holds

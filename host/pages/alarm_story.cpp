@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "host/alarms/states.h"
 #include "host/pages/deliveries.h"
 #include "host/pages/history.h"
 #include "host/pages/page_words.h"
@@ -48,11 +47,6 @@ void AddRefusals(Connection& connection, const Alarm& alarm, std::vector<StoryLi
                 {alarm.raised, delivery.pager, "not queued", "the alarm was acknowledged before"});
         }
     }
-}
-
-bool WentToNobody(Connection& connection, const Alarm& alarm) {
-    return alarm.state == kStateOffLimit && DeliveriesOf(connection, alarm.number).empty() &&
-           PagesOf(connection, alarm.number).empty();
 }
 
 }  // namespace

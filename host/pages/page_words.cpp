@@ -1,5 +1,8 @@
-// The words of a page. Tested by tests/unit/host/page_words_test.cpp.
+// The words. Tested by tests/unit/host/page_words_test.cpp and alarm_story_test.cpp.
 #include "host/pages/page_words.h"
+
+#include "host/alarms/states.h"
+#include "host/pages/deliveries.h"
 
 namespace host {
 namespace {
@@ -58,10 +61,38 @@ Words WordsFor(const PageStory& page) {
     return {"dropped", "dropped: its alarm was no longer being paged"};
 }
 
+std::string KindsOf(const std::vector<PageStory>& pages) {
+    std::string kinds;
+    for (const PageStory& page : pages) {
+        const std::string kind = StateOf(page);
+        if (page.end == PageEnd::kOffLimit && kinds.find(kind) == std::string::npos) {
+            kinds += (kinds.empty() ? "" : ", ") + kind;
+        }
+    }
+    return kinds.empty() ? StateWord(kStateOffLimit) : kinds;
+}
+
 }  // namespace
 
 const char* StateOf(const PageStory& page) {
     return WordsFor(page).state;
+}
+
+std::string StateOf(const Alarm& alarm) {
+    return StateWord(alarm.acknowledged ? kStateAcknowledged : alarm.state);
+}
+
+std::string OutcomeOf(Connection& connection, const Alarm& alarm) {
+    if (alarm.acknowledged || alarm.state != kStateOffLimit) {
+        return StateOf(alarm);
+    }
+    return WentToNobody(connection, alarm) ? "no route"
+                                           : KindsOf(PagesOf(connection, alarm.number));
+}
+
+bool WentToNobody(Connection& connection, const Alarm& alarm) {
+    return alarm.state == kStateOffLimit && DeliveriesOf(connection, alarm.number).empty() &&
+           PagesOf(connection, alarm.number).empty();
 }
 
 const char* EndOf(const PageStory& page) {

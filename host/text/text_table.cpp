@@ -46,6 +46,20 @@ std::string_view CutToPlaces(std::string_view utf8, size_t places) {
     return utf8.substr(0, end);
 }
 
+std::string Shortened(std::string_view utf8, size_t places) {
+    if (CutToPlaces(utf8, places).size() == utf8.size()) {
+        return std::string(utf8);
+    }
+    return std::string(CutToPlaces(utf8, places - 1)) + "\u2026";
+}
+
+void TextTable::Add(std::vector<std::string> row) {
+    for (std::string& cell : row) {
+        cell = Shortened(cell, &cell == &row.back() ? kWidestLast : kWidest);
+    }
+    rows_.push_back(std::move(row));
+}
+
 std::string TextTable::Text() const {
     if (rows_.size() == 1) {
         return {};

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/pages/deliveries.h"
+#include "host/pages/page_words.h"
 #include "host/pages/sends.h"
 #include "tests/unit/host/service_test.h"
 
@@ -96,6 +97,48 @@ TEST_F(AlarmStory, NamesThePortThatWasUsedAndSaysWhatNothingConfirms) {
     EXPECT_THAT(Tell(), ElementsAre("raised", "duty: queued",
                                     "duty: dialled (24 s, COM 2; nothing confirms it)",
                                     "duty: not sent (24 s, COM 1: busy)"));
+}
+
+// --- Its state in a word.
+
+class AlarmState : public AlarmStory {
+ protected:
+    std::string State() { return OutcomeOf(connection, *FindAlarm(connection, "7")); }
+    void SetState(const char* state) {
+        connection.Execute(
+            ("UPDATE AlarmLog SET pagerstate = '" + std::string(state) + "'").c_str());
+    }
+};
+
+TEST_F(AlarmState, IsThatOfTheLog) {
+    EXPECT_EQ("being paged", State());
+    SetState("4");
+    EXPECT_EQ("done", State());
+    connection.Execute("UPDATE AlarmLog SET alarmack = '1'");
+    EXPECT_EQ("acknowledged", State());
+}
+
+TEST_F(AlarmState, TellsTheKindsOfOffLimitApart) {
+    SetState("3");
+    EXPECT_EQ("no route", State());
+    WriteEvent(7, "duty", 2);
+    AddSend(TracedPage::Outcome::kNotSent, "busy");
+    RewriteEvent(7, "duty", 3, 3);
+    EXPECT_EQ("undelivered", State());
+    for (const char* pager : {"tech", "chief"}) {
+        WriteEvent(7, pager, 2);
+        RewriteEvent(7, pager, 3, 3);
+    }
+    EXPECT_EQ("undelivered, off limit", State()) << "each kind once";
+    WriteEvent(7, "night", 2);
+    RewriteEvent(7, "night", 4, 3);
+    EXPECT_EQ("undelivered, off limit", State()) << "one that is done has no part in it";
+}
+
+TEST_F(AlarmState, OffLimitWithoutAPageIsNoMoreThanThat) {
+    PlanDeliveries(connection, *FindAlarm(connection, "7"), {"nobody"});
+    SetState("3");
+    EXPECT_EQ("off limit", State());
 }
 
 }  // namespace

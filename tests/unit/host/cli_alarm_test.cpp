@@ -173,6 +173,27 @@ TEST_F(CliAlarm, IsListedAsText) {
         Run({"alarm", "list"}).out);
 }
 
+TEST_F(CliAlarm, IsListedWithTheKindsOfOffLimit) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, pagerstate, severity, server, details, alarm_group)"
+        " VALUES ('7', '3', '2', 's', 'x', 'g')");
+    EXPECT_THAT(Run({"alarm", "list"}).out, HasSubstr("no route"));
+    EXPECT_EQ("off limit", List()[0]["state"]);
+    EXPECT_EQ("no route", List()[0]["outcome"]);
+}
+
+TEST_F(CliAlarm, IsListedInColumnsThatFitATerminal) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, severity, server, details, alarm_group) VALUES"
+        " ('7', '2', 's', 'x', printf('%.65536c', 'g'))");
+    const std::string list = Run({"alarm", "list"}).out;
+    EXPECT_THAT(list, HasSubstr(std::string(39, 'g') + "\u2026  s"));
+    EXPECT_LT(list.size(), 400U);
+    EXPECT_EQ(65536U, List()[0]["group"].get<std::string>().size());
+    const std::string log = Run({"log", "7"}).out;
+    EXPECT_THAT(log, HasSubstr(std::string(39, 'g') + "\u2026, from s: x"));
+}
+
 TEST_F(CliAlarm, IsListedAsItWillBePaged) {
     Execute(
         "INSERT INTO AlarmLog (alarmlogID, severity, server, details, alarm_group) VALUES"

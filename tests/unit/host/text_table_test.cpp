@@ -30,6 +30,17 @@ TEST(TextTables, CountPlacesAndNotBytes) {
         table.Text());
 }
 
+TEST(TextTables, CutWhatIsTooWide) {
+    const std::string wide(TextTable::kWidest, 'x');
+    const std::string last(TextTable::kWidestLast, 'y');
+    TextTable table({"A", "B"});
+    table.Add({wide, last});
+    table.Add({wide + "x", last + "y"});
+    EXPECT_EQ("A" + std::string(TextTable::kWidest + 1, ' ') + "B\n" + wide + "  " + last + "\n" +
+                  wide.substr(1) + "\u2026  " + last.substr(1) + "\u2026\n",
+              table.Text());
+}
+
 TEST(TextTables, WithoutARowAreEmpty) {
     EXPECT_EQ("", TextTable({"A", "B"}).Text());
 }
@@ -39,6 +50,13 @@ TEST(Places, AreThoseOfATerminal) {
     EXPECT_EQ(2U, PlacesOf("\u6771"));
     EXPECT_EQ(1U, PlacesOf("\xFF"));
     EXPECT_EQ(1U, PlacesOf("\x01"));
+}
+
+TEST(Places, EndInAnEllipsisWhereATextIsCut) {
+    EXPECT_EQ("abc", Shortened("abc", 3));
+    EXPECT_EQ("ab\u2026", Shortened("abcd", 3));
+    EXPECT_EQ("\u6771\u2026", Shortened("\u6771\u4EACx", 4));
+    EXPECT_EQ("", Shortened("", 3));
 }
 
 TEST(Places, CutATextBetweenCharacters) {
