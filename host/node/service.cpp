@@ -10,6 +10,7 @@
 #include "host/pages/history.h"
 #include "host/pages/test_pages.h"
 #include "host/process/systemd.h"
+#include "host/store/large_cells.h"
 #include "host/store/pending.h"
 #include "host/text_helpers.h"
 
@@ -138,8 +139,16 @@ void Service::TellLastFigures() {
     }
 }
 
+// Nobody else's page waits for such a row.
+void Service::EmptyCells() {
+    for (const std::string& row : EmptyLargeCells(lease_.Database())) {
+        log_.Error(row + " is off limit: it had a text of more than 1 MiB, which was emptied");
+    }
+}
+
 void Service::LookAtPendingPages() {
     Connection& connection = lease_.Database();
+    EmptyCells();
     MendTexts(connection);
     MendAlarmStates(connection);
     if (options_.discard_older) {
@@ -183,7 +192,12 @@ void Service::Stop() {
 
 void Service::StepOrReport() {
     try {
-        Step();
+        try {
+            Step();
+        } catch (const RowTooLarge&) {
+            EmptyCells();
+            Step();
+        }
     } catch (const StoreError& failure) {
         seen_ = -1;
         log_.Error(std::string(failure.what()) + "; trying again");

@@ -50,6 +50,7 @@ class Service {
     void Start();
     void BringUpEngine();
     void Stop();
+    void EmptyCells();
     void LookAtPendingPages();
     void LookAtFile();
     void ReadAnew();

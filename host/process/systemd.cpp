@@ -31,7 +31,7 @@ void NotifyManager(const std::string& message) {
         return;
     }
     const size_t size = offsetof(sockaddr_un, sun_path) + std::strlen(path);
-    sendto(file, message.data(), message.size(), MSG_NOSIGNAL,
+    sendto(file, message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT,
            reinterpret_cast<const sockaddr*>(&address), static_cast<socklen_t>(size));
     close(file);
 }

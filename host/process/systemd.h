@@ -1,7 +1,8 @@
 // Tells the service manager how the engine is doing: "READY=1", "STOPPING=1", "STATUS=...", as one
 // datagram to the socket that the environment variable NOTIFY_SOCKET names.
 //
-// Errors     None: without a manager, or with one that has gone, nothing happens.
+// Errors     None: without a manager, or with one that has gone, nothing happens. One that doesn't
+//            listen, so that its socket is full, misses the message; nobody waits for it.
 #ifndef PAGERFWD_HOST_PROCESS_SYSTEMD_H
 #define PAGERFWD_HOST_PROCESS_SYSTEMD_H
 

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -139,6 +140,15 @@ void Connection::Open(const std::string& name, int flags) {
     }
     sqlite3_busy_timeout(database, static_cast<int>(kBusyTimeout.count()));
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, kLongestCell);
+}
+
+Connection::AnyLength::AnyLength(Connection& connection) : connection_(connection) {
+    sqlite3_limit(connection_.database_.get(), SQLITE_LIMIT_LENGTH,
+                  std::numeric_limits<int>::max());
+}
+
+Connection::AnyLength::~AnyLength() {
+    sqlite3_limit(connection_.database_.get(), SQLITE_LIMIT_LENGTH, kLongestCell);
 }
 
 void Connection::OpenToWrite() {

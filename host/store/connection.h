@@ -62,6 +62,18 @@ class Connection {
     // of another that has its name by now.
     void LeaveLog();
 
+    // While it lives, no text or blob is too large to be read.
+    class AnyLength {
+     public:
+        explicit AnyLength(Connection& connection);
+        ~AnyLength();
+        AnyLength(const AnyLength&) = delete;
+        AnyLength& operator=(const AnyLength&) = delete;
+
+     private:
+        Connection& connection_;
+    };
+
     // How many rows the statement that ran last has changed.
     int32_t Changes() const;
     bool InTransaction() const;

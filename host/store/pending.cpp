@@ -17,7 +17,7 @@ int64_t CountPendingPages(Connection& connection) {
 
 bool HasPagesInHand(Connection& connection) {
     return Statement(connection,
-                     "SELECT 1 FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2'"
+                     "SELECT event.* FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2'"
                      " AND EXISTS (SELECT 1 FROM AlarmLog WHERE alarmlogID = event.AlmLogID)"
                      " AND EXISTS (SELECT 1 FROM AlarmFwd_PagerSetting"
                      "  WHERE description = event.PagerDescr) LIMIT 1")

@@ -21,7 +21,7 @@ inline constexpr const char* kIsOwedAPage =
     "  WHERE alarm = AlarmLog.alarmlogID AND answer IS NULL))";
 
 // Whether an engine still has a page in hand, be it only to drop it since its alarm was
-// acknowledged.
+// acknowledged. Throws RowTooLarge at a page that no engine could read.
 bool HasPagesInHand(Connection& connection);
 
 }  // namespace host

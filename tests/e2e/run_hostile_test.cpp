@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/e2e/run_fixture.h"
+#include "tests/unit/host/another_program.h"
 
 namespace {
 
@@ -68,6 +69,30 @@ prompt = ""
     EXPECT_THAT(Rows("DISTINCT outcome || ' ' || result FROM Host_Sends"),
                 ElementsAre("not sent 7"));
     EXPECT_THAT(TextOf("pageprot.txt"), HasSubstr("\n10: 0: 7 Message transfered!\n"));
+}
+
+// Rows that another program has written, with a text of more than 1 MiB by which they are found:
+// one of an alarm, one of a page that no engine could read.
+TEST_F(RunAmongStrangers, ServesTheOthersBesideRowsThatAreTooLarge) {
+    Raise("DUTY/1");
+    const std::string large = " = hex(zeroblob(600000))";
+    WriteAsAnother("pagerfwd.db",
+                   "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack) VALUES"
+                   " ('7', '2', '0'), ('8', '0', '0');"
+                   "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState)"
+                   " VALUES ('7', 'ops', 'tech', '2');"
+                   "UPDATE AlarmFwd_PagerEvents SET PagerRetries" +
+                       large + "; UPDATE AlarmLog SET timestamp" + large +
+                       " WHERE alarmlogID = '8'");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ(1, pages["tap"]);
+    EXPECT_EQ(1, PageCount());
+    for (const char* row : {"row 3 of AlarmLog is off limit", "row 1 of AlarmFwd_PagerEvents is"}) {
+        const size_t first = run.err.find(row);
+        EXPECT_NE(std::string::npos, first) << run.err;
+        EXPECT_EQ(std::string::npos, run.err.find(row, first + 1)) << "said once";
+    }
 }
 
 }  // namespace

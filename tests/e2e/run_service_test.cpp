@@ -262,4 +262,22 @@ TEST_F(RunService, KeepsItsTracesOverManyStarts) {
     EXPECT_FALSE(std::filesystem::exists("pageprot.txt.2"));
 }
 
+// As the administrator's guide has it, while a page is on the line.
+TEST_F(RunService, CanBeBackedUp) {
+    Raise("DUTY/1");
+    At(12, "sqlite3 pagerfwd.db \"VACUUM INTO 'backup.db'\"");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_EQ(1, pages["tap"]);
+    EXPECT_THAT(run.err, Not(HasSubstr("error")));
+    host::Connection backup("backup.db");
+    host::Statement whole(backup, "PRAGMA integrity_check");
+    ASSERT_TRUE(whole.Step());
+    EXPECT_EQ("ok", whole.Text(0));
+    host::Statement pending(backup,
+                            "SELECT PagerDescr FROM AlarmFwd_PagerEvents WHERE PagerState = '2'");
+    ASSERT_TRUE(pending.Step());
+    EXPECT_EQ("duty", pending.Text(0));
+}
+
 }  // namespace

@@ -52,6 +52,21 @@ class Manager {
     const int file_;
 };
 
+TEST(Notify, WaitsForNoManagerThatDoesNotListen) {
+    const test_support::TempDir folder;
+    const Manager manager((folder.Path() / "notify").string());
+    constexpr int kMoreThanASocketHolds = 5000;
+    for (int message = 0; message < kMoreThanASocketHolds; ++message) {
+        NotifyManager("STATUS=" + std::to_string(message));
+    }
+    int heard = 0;
+    while (manager.Hears() == "STATUS=" + std::to_string(heard)) {
+        ++heard;
+    }
+    EXPECT_GE(heard, 1);
+    EXPECT_LT(heard, kMoreThanASocketHolds);
+}
+
 TEST(Notify, ReachesTheSocketOfTheManager) {
     const test_support::TempDir folder;
     const Manager manager((folder.Path() / "notify").string());
