@@ -19,10 +19,12 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-Calls calls;                              // the time-outs of all selects
-int latest_count;                         // of descriptors that the latest select looks through
-std::optional<timeval> interrupted_with;  // a signal ends the next select, with this time left
-std::optional<timeval> readable_with;     // the next select finds input, with this time left
+// Each thread's own: some tests let other threads wait meanwhile.
+thread_local Calls calls;       // the time-outs of all selects
+thread_local int latest_count;  // of descriptors that the latest select looks through
+// A signal ends the next select, or it finds input, with this time left.
+thread_local std::optional<timeval> interrupted_with;
+thread_local std::optional<timeval> readable_with;
 
 }  // namespace
 
