@@ -2,15 +2,13 @@
 #include "sim/runner/options.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <iostream>
-#include <iterator>
 #include <memory>
+
+#include "sim/runner/command_line.h"
 
 namespace pagersim {
 namespace {
-
-constexpr int kUsageError = 2;
 
 constexpr const char* kDescription =
     "Runs a program on simulated modems and paging centres, under a virtual clock.\n"
@@ -33,6 +31,9 @@ constexpr const char* kExamples =
     "  Go on in time where the run before ended, and keep what was said:\n"
     "    pagersim --clock clock.txt --transcript dialogue.txt -- pagerfwd run\n"
     "\n"
+    "  Let two commands run at once, on one clock and one exchange:\n"
+    "    pagersim --beside \"pagerfwd watch\" -- pagerfwd run --until-done\n"
+    "\n"
     "Exit status: the program's, if that is not 0; 1 when an expectation is not met; 2 when\n"
     "nothing was run because of a mistake in the command line or the exchange file.\n";
 
@@ -40,20 +41,46 @@ class Help : public CLI::Formatter {
  public:
     std::string make_usage(const CLI::App*, std::string) const override {
         return "Usage: pagersim [OPTIONS] -- COMMAND [ARGUMENTS...]\n"
+               "       pagersim world [OPTIONS] FOLDER\n"
+               "       pagersim join FOLDER -- COMMAND [ARGUMENTS...]\n"
                "       pagersim serve [OPTIONS]\n"
                "\n"
                "Subcommands:\n"
+               "  world                       A world that stays, for commands that join it:\n"
+               "                              pagersim world --help\n"
+               "  join                        A command in such a world: pagersim join --help\n"
                "  serve                       The exchange in real time, on ptys that any program\n"
                "                              can open: pagersim serve --help\n";
     }
 };
 
-void Describe(CLI::App& app, RunnerOptions& options) {
-    app.formatter(std::make_shared<Help>());
-    app.footer(kExamples);
-    app.add_option("--exchange", options.exchange, "The exchange file")
-        ->type_name("FILE")
-        ->capture_default_str();
+constexpr const char* kWorldDescription =
+    "Makes a world that commands join, each from a terminal or a script of its own.\n"
+    "\n"
+    "They share its clock, its exchange and its transcript. It ends at SIGTERM or SIGINT: then "
+    "the\n"
+    "commands in it are asked to end, too.\n";
+
+constexpr const char* kWorldExamples =
+    "Examples:\n"
+    "  A service and one who looks on; time begins when both are there:\n"
+    "    pagersim world --exchange examples/exchange.toml --await 2 night &\n"
+    "    pagersim join night -- pagerfwd run &\n"
+    "    pagersim join night -- pagerfwd watch\n";
+
+constexpr const char* kJoinDescription =
+    "Runs a command in a world that \"pagersim world\" has made. Its exit status is the "
+    "command's.\n";
+
+class JoinHelp : public CLI::Formatter {
+ public:
+    std::string make_usage(const CLI::App*, std::string) const override {
+        return "Usage: pagersim join FOLDER -- COMMAND [ARGUMENTS...]\n";
+    }
+};
+
+void DescribeWorld(CLI::App& app, RunnerOptions& options) {
+    AddExchangeOption(app, options.exchange);
     app.add_option("--start", options.start,
                    "What the clock shows at first, local time, \"2001-02-03 04:05:06\"\n"
                    "(without it: Monday, 2001-01-08 10:00:00)")
@@ -83,31 +110,75 @@ void Describe(CLI::App& app, RunnerOptions& options) {
     app.add_flag("--quiet", options.quiet, "Shows no dialogue and no summary");
 }
 
+void AddFolder(CLI::App& app, std::string& folder) {
+    app.add_option("FOLDER", folder, "The world's name: a folder that it makes, and takes away")
+        ->required();
+}
+
+// Whether there is a command behind "--".
+std::optional<int> CheckCommand(const std::vector<std::string>& command, const char* example) {
+    if (!command.empty()) {
+        return std::nullopt;
+    }
+    std::cerr << "pagersim: there is no command to run; write it behind --, for example\n  "
+              << example << '\n';
+    return kUsageError;
+}
+
 }  // namespace
 
-ParsedOptions ParseOptions(int count, const char* const* arguments) {
-    const std::vector<std::string> all(arguments + 1, arguments + count);
-    const auto separator = std::find(all.begin(), all.end(), "--");
-    ParsedOptions parsed;
+Parsed<RunnerOptions> ParseOptions(int count, const char* const* arguments) {
+    const CommandLine line = Split(count, arguments);
+    Parsed<RunnerOptions> parsed;
     RunnerOptions& options = parsed.options;
-    if (separator != all.end()) {
-        options.command.assign(separator + 1, all.end());
-    }
+    options.command = line.command;
 
     CLI::App app{kDescription, "pagersim"};
-    Describe(app, options);
-    // CLI11 takes its arguments last one first.
-    std::vector<std::string> own(std::make_reverse_iterator(separator), all.rend());
-    try {
-        app.parse(own);
-    } catch (const CLI::ParseError& error) {
-        parsed.exit_status = app.exit(error) == 0 ? 0 : kUsageError;
-        return parsed;
+    app.formatter(std::make_shared<Help>());
+    app.footer(kExamples);
+    DescribeWorld(app, options);
+    app.add_option("--beside", options.beside,
+                   "A command that a shell runs beside the program, from the start; can be\n"
+                   "repeated. It is asked to end (SIGTERM) when the program has ended")
+        ->type_name("COMMAND")
+        ->allow_extra_args(false)
+        ->take_all();
+    parsed.exit_status = Parse(app, line.options);
+    if (!parsed.exit_status) {
+        parsed.exit_status = CheckCommand(
+            options.command, "pagersim --exchange exchange.toml -- pagerfwd test duty");
     }
-    if (options.command.empty()) {
-        std::cerr << "pagersim: there is no command to run; write it behind --, for example\n"
-                     "  pagersim --exchange exchange.toml -- pagerfwd test duty\n";
-        parsed.exit_status = kUsageError;
+    return parsed;
+}
+
+Parsed<RunnerOptions> ParseWorldOptions(int count, const char* const* arguments) {
+    Parsed<RunnerOptions> parsed;
+    RunnerOptions& options = parsed.options;
+    CLI::App app{kWorldDescription, "pagersim world"};
+    app.footer(kWorldExamples);
+    DescribeWorld(app, options);
+    AddFolder(app, options.folder);
+    app.add_option("--await", options.await, "Time begins when so many commands have joined")
+        ->capture_default_str()
+        ->type_name("COUNT")
+        ->check(CLI::Range(1, 1000));
+    app.add_flag("--until-left", options.until_left,
+                 "Ends when all commands that have joined have ended");
+    parsed.exit_status = Parse(app, {arguments + 1, arguments + count});
+    return parsed;
+}
+
+Parsed<JoinOptions> ParseJoinOptions(int count, const char* const* arguments) {
+    const CommandLine line = Split(count, arguments);
+    Parsed<JoinOptions> parsed;
+    parsed.options.command = line.command;
+    CLI::App app{kJoinDescription, "pagersim join"};
+    app.formatter(std::make_shared<JoinHelp>());
+    AddFolder(app, parsed.options.folder);
+    parsed.exit_status = Parse(app, line.options);
+    if (!parsed.exit_status) {
+        parsed.exit_status =
+            CheckCommand(line.command, "pagersim join night -- pagerfwd test duty");
     }
     return parsed;
 }

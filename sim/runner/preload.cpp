@@ -8,7 +8,10 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 #include <string_view>
+
+#include "sim/runner/program_file.h"
 
 namespace pagersim {
 namespace {
@@ -124,8 +127,17 @@ std::string PreloadList(const std::string& preload, const std::string& folder) {
     return list;
 }
 
-bool ServesBothWordSizes(const std::string& list) {
-    return list.find(kForEach) != std::string::npos;
+bool Serves(const std::string& list, int word_size) {
+    if (list.find(kForEach) != std::string::npos) {
+        return word_size != 0;
+    }
+    std::istringstream libraries(list);
+    for (std::string each; std::getline(libraries, each, ':');) {
+        if (!IsSanitizer(each)) {
+            return word_size != 0 && WordSizeOf(each) == word_size;
+        }
+    }
+    return false;
 }
 
 }  // namespace pagersim

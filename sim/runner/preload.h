@@ -19,8 +19,8 @@ std::optional<std::string> FindPreload();
 // Errors     Throws std::system_error when the links can't be made.
 std::string PreloadList(const std::string& preload, const std::string& folder);
 
-// Whether programs of both word sizes take what such a list says.
-bool ServesBothWordSizes(const std::string& list);
+// Whether programs of that word size take what such a list says. 0: of none, see WordSizeOf.
+bool Serves(const std::string& list, int word_size);
 
 }  // namespace pagersim
 

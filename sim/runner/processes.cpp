@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -32,15 +33,15 @@ constexpr const char* kPrograms = "PAGERSIM_PROGRAMS";
 constexpr const char* kPreloadForPrograms = "LD_PRELOAD=$PAGERSIM_PROGRAMS; export LD_PRELOAD; ";
 
 bool TakesPart(const std::string& command, const Environment& environment) {
-    constexpr int kOwnWordSize = static_cast<int>(sizeof(void*)) * 8;
     const auto program = FindProgram(command);
-    const int word_size = program ? WordSizeOf(*program) : 0;
     const auto preloads = environment.find(kPreloads);
-    return word_size == kOwnWordSize || (word_size != 0 && preloads != environment.end() &&
-                                         ServesBothWordSizes(preloads->second));
+    return program && preloads != environment.end() &&
+           Serves(preloads->second, WordSizeOf(*program));
 }
 
-[[noreturn]] void Become(const std::vector<std::string>& command, const Environment& environment) {
+}  // namespace
+
+void Become(const std::vector<std::string>& command, const Environment& environment) {
     for (const auto& [name, value] : environment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
@@ -53,8 +54,6 @@ bool TakesPart(const std::string& command, const Environment& environment) {
     std::fprintf(stderr, "pagersim: %s can't be started: %s\n", arguments[0], std::strerror(errno));
     _exit(kCannotStart);
 }
-
-}  // namespace
 
 HeldSignals::HeldSignals() {
     sigemptyset(&held_);
@@ -78,7 +77,7 @@ void Processes::Start(const std::vector<std::string>& command) {
 void Processes::RunShell(const std::string& command) {
     Environment environment = environment_;
     // Where a shell lets nobody set it, it is pagersim's.
-    const std::string parent = std::to_string(command_);
+    const std::string parent = std::to_string(command_ != 0 ? command_ : getpid());
     std::string text = "(PPID=1) 2>/dev/null && PPID=" + parent + "; ";
     if (!TakesPart(kShell, environment)) {
         environment[kPrograms] = std::exchange(environment[kPreloads], "");
@@ -110,11 +109,31 @@ int Processes::AwaitCommand() {
     return status_;
 }
 
-void Processes::AwaitOthers() {
-    const Micros last = world_.Now() + kAfterwards;
-    while (!world_.IsEmpty() && !world_.IsIdle() && world_.Now() < last) {
+void Processes::AwaitEnd(bool until_left) {
+    bool was_joined = false;
+    while (!asked_ && !(until_left && was_joined && world_.IsEmpty())) {
         world_.Serve(signals_.Number());
         TakeSignals();
+        was_joined = was_joined || !world_.IsEmpty();
+    }
+    AskOthers();
+}
+
+void Processes::AskOthers() {
+    world_.SignalParticipants(SIGTERM);
+}
+
+void Processes::AwaitOthers(Milliseconds patience) {
+    const Micros last = world_.Now() + kAfterwards;
+    Micros now = world_.Now();
+    auto since = std::chrono::steady_clock::now();
+    while (!world_.IsEmpty() && !world_.IsIdle() && now < last &&
+           std::chrono::steady_clock::now() - since < patience) {
+        world_.Serve(signals_.Number());
+        TakeSignals();
+        if (std::exchange(now, world_.Now()) != world_.Now()) {
+            since = std::chrono::steady_clock::now();
+        }
     }
     world_.SignalParticipants(SIGKILL);
 }
@@ -123,7 +142,10 @@ void Processes::TakeSignals() {
     signalfd_siginfo info{};
     while (read(signals_.Number(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
         const auto signal = static_cast<int>(info.ssi_signo);
-        if (!ended_ && (signal == SIGTERM || signal == SIGHUP)) {
+        const bool asks = signal == SIGTERM || signal == SIGHUP;
+        if (command_ == 0) {
+            asked_ = asked_ || asks || signal == SIGINT;
+        } else if (!ended_ && asks) {
             kill(command_, signal);
         }
     }

@@ -19,6 +19,9 @@ using Environment = std::map<std::string, std::string>;
 // The variable that makes it take the simulation.
 inline constexpr const char* kPreloads = "LD_PRELOAD";
 
+// The calling process becomes the command, with this environment, or ends with 127.
+[[noreturn]] void Become(const std::vector<std::string>& command, const Environment& environment);
+
 // The signals that are read from a descriptor here, instead of doing what they do; as they were
 // before when this ends.
 class HeldSignals {
@@ -53,11 +56,21 @@ class Processes {
     // to it; neither ends this before the command.
     int AwaitCommand();
 
-    // Then: until the processes that it has left behind have ended, for an hour of the world's time
-    // at most. The others are killed; those that take no part are left alone.
-    void AwaitOthers();
+    // Without a command: serves the world until this process is asked to end, or, with
+    // `until_left`, until all processes that have joined it have ended. Then AskOthers.
+    void AwaitEnd(bool until_left);
+
+    // Asks all that are in the world to end.
+    void AskOthers();
+
+    // Then: until the processes that are still there have ended, for an hour of the world's time at
+    // most, and as long as it goes on: not when it has stood still for so much real time. The
+    // others are killed; those that take no part are left alone.
+    void AwaitOthers(Milliseconds patience = kPatience);
 
  private:
+    static constexpr Milliseconds kPatience{60'000};
+
     pid_t Spawn(const std::vector<std::string>& command, const Environment& more);
     void TakeSignals();
     void Reap();
@@ -68,6 +81,7 @@ class Processes {
     const Descriptor signals_;
     pid_t command_ = 0;
     bool ended_ = false;
+    bool asked_ = false;  // to end
     int status_ = 0;
 };
 

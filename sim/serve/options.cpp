@@ -1,14 +1,11 @@
 // The command line of `pagersim serve`. Tested by tests/unit/sim/serve_test.cpp.
 #include <CLI/CLI.hpp>
-#include <exception>
-#include <iostream>
 
+#include "sim/runner/command_line.h"
 #include "sim/serve/serve.h"
 
 namespace pagersim {
 namespace {
-
-constexpr int kUsageError = 2;
 
 constexpr const char* kDescription =
     "Serves the exchange in real time, on ptys that any program can open as serial lines.\n"
@@ -27,26 +24,20 @@ int ServeMain(int count, const char* const* arguments) {
     ServeOptions options;
     CLI::App app{kDescription, "pagersim serve"};
     app.footer(kExamples);
-    app.add_option("--exchange", options.exchange, "The exchange file")
-        ->type_name("FILE")
-        ->capture_default_str();
+    AddExchangeOption(app, options.exchange);
     app.add_option("--links", options.links,
                    "Makes links to the lines in this folder, ttyS0 for COM 1; they stay the same\n"
                    "when a device vanishes and comes back, and are gone at the end")
         ->type_name("FOLDER");
     app.add_flag("--quiet", options.quiet, "Shows only where the lines are");
-    try {
-        app.parse(count, arguments);
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kUsageError;
+    // None of its words is a command's.
+    if (const auto status = Parse(app, {arguments + 1, arguments + count})) {
+        return *status;
     }
-    try {
+    return Guarded([&] {
         Serve(options);
         return 0;
-    } catch (const std::exception& error) {
-        std::cerr << "pagersim: " << error.what() << '\n';
-        return kUsageError;
-    }
+    });
 }
 
 }  // namespace pagersim

@@ -4,6 +4,7 @@
 
 #include <sys/epoll.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -30,6 +31,36 @@ bool WorldServer::HearHolder() {
         Bury(member);
     }
     return voice != Voice::kSilent;  // It may have said something that is no question.
+}
+
+// Whoever came first in real time comes first in none of the world's.
+bool WorldServer::AllHaveJoined() {
+    if (awaited_ == 0) {
+        return true;
+    }
+    HearOthers();
+    std::for_each(members_.begin(), members_.end(), [](const auto& member) { HearName(*member); });
+    const auto named = std::count_if(members_.begin(), members_.end(),
+                                     [](const auto& member) { return !member->name.empty(); });
+    if (static_cast<std::size_t>(named) < awaited_) {
+        return false;
+    }
+    awaited_ = 0;
+    std::stable_sort(members_.begin(), members_.end(),
+                     [](const auto& a, const auto& b) { return a->name < b->name; });
+    for (const auto& member : members_) {
+        member->since = ++beginnings_;
+    }
+    return true;
+}
+
+void WorldServer::HearName(Member& member) {
+    if (member.name.empty()) {
+        const auto received = ReceiveFrom(member);
+        if (received && received->request.ask == Question::kJoin) {
+            member.name = received->payload;
+        }
+    }
 }
 
 // Who has come, who has gone, who wants to go on.

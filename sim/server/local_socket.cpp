@@ -43,7 +43,8 @@ void TellSender(int fd) {
 pid_t PeerOf(int fd) {
     ucred peer{};
     socklen_t size = sizeof peer;
-    return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
+    const bool known = getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+    return known && peer.uid == geteuid() ? peer.pid : 0;
 }
 
 }  // namespace pagersim

@@ -17,7 +17,7 @@ int ConnectTo(const std::string& path);
 // From now on each message comes with its sender's number.
 void TellSender(int fd);
 
-// The process that has made the connection; 0: unknown.
+// The process that has made the connection; 0: unknown, or another user's.
 pid_t PeerOf(int fd);
 
 }  // namespace pagersim

@@ -33,6 +33,7 @@ struct Member {
     Descriptor socket;
     uint32_t number = 0;
     bool is_audible = true;   // it may have said something, or ended
+    std::string name;         // of the command that has joined
     pid_t pid = 0;            // 0: not known yet
     Descriptor process;       // readable when the process has ended
     bool has_spoken = false;  // else its program is none of ours, or hasn't begun yet

@@ -40,6 +40,9 @@ void WorldServer::AcceptAll() {
         if (socket.Number() < 0) {
             return;
         }
+        if (PeerOf(socket.Number()) == 0) {
+            continue;
+        }
         TellSender(socket.Number());
         Add(std::move(socket));
     }

@@ -12,6 +12,8 @@ void WorldServer::Hear(Member& member, const Received& received) {
     const Request& request = received.request;
     GoOnToClock();
     switch (request.ask) {
+        case Question::kJoin:
+            return;  // When it joined didn't matter.
         case Question::kStart:
             return Start(member, received);
         case Question::kFork:

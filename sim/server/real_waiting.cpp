@@ -23,7 +23,9 @@ constexpr int kTellingMs = 5000;
 // Until one of them has something to say, or `other` is readable.
 void WorldServer::WaitFor(int other) {
     std::vector<pollfd> watched = {{other, POLLIN, 0}};
-    if (holder_ == nullptr) {
+    if (awaited_ != 0) {
+        watched.push_back({listener_.Number(), POLLIN, 0});
+    } else if (holder_ == nullptr) {
         watched.push_back({ears_.Number(), POLLIN, 0});
         watched.push_back({AnyReady() ? -1 : watched_.Number(), POLLIN, 0});
     } else {
@@ -33,7 +35,7 @@ void WorldServer::WaitFor(int other) {
     }
     const bool is_quiet =
         poll(watched.data(), watched.size(), static_cast<int>(kGlance.count())) == 0;
-    if (holder_ == nullptr && is_quiet) {
+    if (awaited_ == 0 && holder_ == nullptr && is_quiet) {
         idle_for_ += kGlance;
         TellIfStuck();
         LetAllLook();

@@ -63,6 +63,9 @@ void WorldServer::Serve(int other) {
 
 // As far as it goes without waiting.
 void WorldServer::GoOn() {
+    if (!AllHaveJoined()) {
+        return;
+    }
     for (;;) {
         while (holder_ != nullptr && HearHolder()) {
         }

@@ -50,6 +50,9 @@ class WorldServer final : public Timeline {
     // The process that was invited last. `takes_part`: as far as is known.
     void Invited(pid_t pid, bool takes_part);
 
+    // Nothing happens before so many commands have joined. Their order is that of their names.
+    void Await(std::size_t commands) { awaited_ = commands; }
+
     // Goes on as far as it can, and waits a little for what comes next: from a process, or until
     // `other` is readable.
     void Serve(int other);
@@ -85,6 +88,8 @@ class WorldServer final : public Timeline {
     void RunDueEvents();
 
     // What they say, in hearing.cpp.
+    bool AllHaveJoined();
+    static void HearName(Member& member);
     bool HearHolder();
     void AwaitSignals();
     void HearOthers();
@@ -148,6 +153,7 @@ class WorldServer final : public Timeline {
     std::vector<std::unique_ptr<Member>> members_;  // by birth
     Member* holder_ = nullptr;                      // whose turn it is
     const Descriptor watched_;                      // what members wait for, see WatchedDescriptors
+    std::size_t awaited_ = 0;
     uint32_t numbers_ = 0;
     uint64_t beginnings_ = 0;
     uint64_t deeds_ = 1;

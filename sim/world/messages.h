@@ -24,6 +24,7 @@ constexpr uint32_t kMostPayload = 4096;
 inline constexpr const char* kWorldVariable = "PAGERSIM_WORLD";
 
 enum class Question : uint32_t {
+    kJoin,      // a command joins a world: the first of all; payload: its name. No answer
     kStart,     // a program begins, or has replaced another; payload: its terminals, as uint32_t.
                 // Answer: payload, a Terminal for each; as `connection` its number, and with it
                 // the world's set of watched descriptors and its ClockPage, as descriptors

@@ -77,7 +77,10 @@ class PagersimTest : public ::testing::Test {
     }
 
     // Starts pagersim in the folder, its input a pipe, its output in files.
-    pid_t Start(const Words& words, int input = -1) const {
+    pid_t Start(const Words& words, int input = -1) const { return StartAs("", words, input); }
+
+    // Several at once have files of their own, "NAME.out".
+    pid_t StartAs(const std::string& name, const Words& words, int input = -1) const {
         const pid_t child = fork();
         if (child != 0) {
             return child;
@@ -86,8 +89,8 @@ class PagersimTest : public ::testing::Test {
             dup2(input, STDIN_FILENO);
         }
         constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
-        dup2(open(Path("out").c_str(), kFlags, 0600), STDOUT_FILENO);
-        dup2(open(Path("err").c_str(), kFlags, 0600), STDERR_FILENO);
+        dup2(open(OutputOf(name, "out").c_str(), kFlags, 0600), STDOUT_FILENO);
+        dup2(open(OutputOf(name, "err").c_str(), kFlags, 0600), STDERR_FILENO);
         std::vector<char*> arguments = {const_cast<char*>("pagersim")};
         for (const std::string& word : words) {
             arguments.push_back(const_cast<char*>(word.c_str()));
@@ -99,11 +102,11 @@ class PagersimTest : public ::testing::Test {
         _exit(99);
     }
 
-    Result End(pid_t child) const {
+    Result End(pid_t child, const std::string& name = "") const {
         int status = 0;
         waitpid(child, &status, 0);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(Path("out")),
-                Contents(Path("err"))};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(OutputOf(name, "out")),
+                Contents(OutputOf(name, "err"))};
     }
 
     Result Run(const Words& words) const { return End(Start(words)); }
@@ -111,6 +114,10 @@ class PagersimTest : public ::testing::Test {
     // Runs the client with these steps.
     Result Client(const Words& steps, const Words& options = {}) const {
         return Run(options + Words{"--", SIM_CLIENT} + steps);
+    }
+
+    std::string OutputOf(const std::string& name, const std::string& stream) const {
+        return Path(name.empty() ? stream : name + "." + stream);
     }
 
     std::string folder_;

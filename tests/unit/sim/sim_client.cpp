@@ -4,6 +4,7 @@
 //   open:DEVICE        close            send:TEXT        wait:TEXT (at most two minutes)
 //   sleep:SECONDS      now              print:TEXT       close-all
 //   exec               kill             stdin            exit:STATUS
+//   pause (for a signal)
 //
 // With processes of its own: what stands between child or spawn and end is done by a child, made by
 // fork or as a program of its own; the pipe is one that children inherit.
@@ -315,6 +316,8 @@ void Do(char** step) {
         execv("/proc/self/exe", step);  // the step itself stands where the name belongs
     } else if (name == "kill") {
         raise(SIGKILL);
+    } else if (name == "pause") {
+        pause();
     } else if (name == "stdin") {
         WaitForInput();
     } else if (name == "exit") {
