@@ -61,6 +61,9 @@ function(install_host)
             PATTERN man EXCLUDE)
     install(FILES examples/site.toml DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples
             COMPONENT host)
+    install(PROGRAMS examples/notify/mail examples/notify/log
+            DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/notify COMPONENT host)
+    install(FILES packaging/78-pagerfwd.rules DESTINATION lib/udev/rules.d COMPONENT host)
     install(FILES packaging/pagerfwd.sysusers DESTINATION lib/sysusers.d RENAME pagerfwd.conf
             COMPONENT host)
     install_unit()

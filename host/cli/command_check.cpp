@@ -2,6 +2,7 @@
 // tests/unit/host/cli_test.cpp and tools_cli_test.cpp.
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -9,6 +10,7 @@
 #include "host/cli/program.h"
 #include "host/cli/site_input.h"
 #include "host/site/database_check.h"
+#include "host/site/ports_of_pager.h"
 #include "host/site/sending_rules.h"
 #include "host/store/look.h"
 #include "host/text/printable.h"
@@ -27,16 +29,46 @@ void PrintCost(const Site& site) {
     }
 }
 
+// Whose pages no other line takes over; by port, in the order of the pagers.
+void PrintOnlyPorts(const Site& site) {
+    std::map<std::string, std::string> pagers;
+    for (const OnlyPort& only : PagersOfOnePort(site)) {
+        std::string& names = pagers[only.port->name.value];
+        names += (names.empty() ? "\"" : ", \"") + only.pager->description.value + "\"";
+    }
+    for (const auto& [port, names] : pagers) {
+        std::cout << "note: over port \"" << Printable(port)
+                  << "\" only, so that nothing reaches them while its line is out: "
+                  << Printable(names) << "\n";
+    }
+}
+
+Json OnlyPortsAsJson(const Site& site) {
+    Json list = Json::array();
+    for (const OnlyPort& only : PagersOfOnePort(site)) {
+        list.push_back({{"pager", only.pager->description.value}, {"port", only.port->name.value}});
+    }
+    return list;
+}
+
 ExitCode Report(const std::string& name, const Site& site, const Findings& findings, bool json) {
     if (json) {
-        std::cout << Written(FindingsAsJson(name, findings)) << "\n";
-    } else if (findings.All().empty()) {
+        Json report = FindingsAsJson(name, findings);
+        report["one_port_only"] = OnlyPortsAsJson(site);
+        std::cout << Written(report) << "\n";
+        return findings.HasErrors() ? kNo : kDone;
+    }
+    if (findings.All().empty()) {
         std::cout << Printable(name) << ": no mistakes\n";
         PrintCost(site);
     } else {
         PrintFindings(std::cout, name, findings);
     }
-    return findings.HasErrors() ? kNo : kDone;
+    if (findings.HasErrors()) {
+        return kNo;
+    }
+    PrintOnlyPorts(site);
+    return kDone;
 }
 
 ExitCode CheckFile(const std::string& path, bool json) {
@@ -66,7 +98,9 @@ void AddCheck(CLI::App& app, Program& program) {
     command->footer(
         "Each mistake is said with its line or row, what would come of it, and what to do. Errors\n"
         "keep a file from being imported; warnings don't. No modem is touched; of a database also\n"
-        "its tables, and the texts of pages that are pending, are looked at.\n\n"
+        "its tables, and the texts of pages that are pending, are looked at. Notes say what a "
+        "dead\n"
+        "number costs, and whose pages no other line takes over.\n\n"
         "Examples:\n"
         "  pagerfwd check site.toml\n"
         "  pagerfwd --database site.db check\n"

@@ -13,8 +13,8 @@
 #include "host/cli/severities.h"
 #include "host/pages/routes.h"
 #include "host/site/barred_tries.h"
+#include "host/site/ports_of_pager.h"
 #include "host/site/read_back.h"
-#include "host/site/sending_rules.h"
 #include "host/site/site_tables.h"
 #include "host/site/time_models.h"
 #include "host/store/look.h"
@@ -110,7 +110,8 @@ class Receivers {
     std::string Outcome(const Pager& pager, const std::string& ports) const {
         const TimeModel* const model = FindTimeModel(site_, pager.hours.value);
         if (ports == kNoPort) {
-            return "fails: there is no such port";
+            return pager.port.value.empty() ? "fails: no port can dial for it"
+                                            : "fails: there is no such port";
         }
         if (model == nullptr) {
             return "fails: there are no such hours";

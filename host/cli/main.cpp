@@ -50,6 +50,8 @@ void AddCommands(CLI::App& app, Program& program) {
     AddExplain(app, program);
     AddExport(app, program);
     AddImport(app, program);
+    AddNotify(app, program);
+    AddPorts(app, program);
     AddTest(app, program);
     AddInHours(app, program);
     AddHours(app, program);

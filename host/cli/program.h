@@ -58,6 +58,8 @@ void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);
 void AddLog(CLI::App& app, Program& program);
 void AddNames(CLI::App& app, Program& program);
+void AddNotify(CLI::App& app, Program& program);
+void AddPorts(CLI::App& app, Program& program);
 void AddRoutes(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "host/site/ports_of_pager.h"
 #include "host/site/rules.h"
 #include "host/site/sending_rules.h"
 #include "host/site/site_check.h"

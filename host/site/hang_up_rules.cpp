@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/site/ports_of_pager.h"
 #include "host/site/rules.h"
 #include "host/site/sending_rules.h"
 

@@ -4,8 +4,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/site/barred_tries.h"
+#include "host/site/ports_of_pager.h"
 #include "host/site/rules.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
@@ -83,14 +85,6 @@ void CheckCount(const Pager& pager, const SaidNumber& number, const char* key, F
     }
 }
 
-// The dial command of the service that the pager's type uses.
-const SaidText* DialFor(const Port& port, const Pager& pager) {
-    if (pager.type.value == "sms1") {
-        return &port.sms1.dial;
-    }
-    return pager.type.value == "sms2" ? &port.sms2.dial : &port.pager.dial;
-}
-
 const char* PartFor(const Pager& pager) {
     return IsSms(pager) ? pager.type.value.c_str() : "pager";
 }
@@ -125,7 +119,7 @@ void CheckService(const Port& port, const Pager& pager, Findings& findings) {
             PagerCalled(pager) + ": port " + InQuotes(port.name.value) + " has no modem",
             "Such a port dials numbers that are built in and reach nobody.",
             "Name a port with a modem, or set modem = true " + findings.Where(port.line) + ".");
-    } else if (DialFor(port, pager)->value.empty()) {
+    } else if (DialFor(port, pager).value.empty()) {
         findings.Error(pager.line,
                        PagerCalled(pager) + ": port " + InQuotes(port.name.value) +
                            " has no dial command for it",
@@ -148,22 +142,20 @@ void CheckNamedPort(const Site& site, const Pager& pager, Findings& findings) {
     findings.Error(pager.port.line,
                    PagerCalled(pager) + ": there is no port " + InQuotes(pager.port.value),
                    "Every page to it fails (result 5). " + std::string(kUnreachable),
-                   "Name a [[port]] of this file, or leave the line out for any free modem.");
+                   "Name a [[port]] of this file, or leave the line out for any.");
 }
 
-// Any modem may be taken, so every one has to know the service.
+// Those that can't dial for its type are never asked.
 void CheckAnyPort(const Site& site, const Pager& pager, Findings& findings) {
-    bool anyModem = false;
-    for (const Port& port : site.ports) {
-        if (port.modem.value) {
-            anyModem = true;
-            CheckService(port, pager, findings);
-        }
+    const std::vector<const Port*> ports = PortsOf(site, pager);
+    for (const Port* port : ports) {
+        CheckPrefix(*port, pager, findings);
     }
-    if (!anyModem && !site.ports.empty()) {
-        findings.Error(pager.line, PagerCalled(pager) + ": no port has a modem",
-                       "Every page to it fails (result 5). " + std::string(kUnreachable),
-                       "Set modem = true on the port that has one.");
+    if (ports.empty() && !site.ports.empty()) {
+        findings.Error(pager.line, PagerCalled(pager) + ": no port can dial for it",
+                       std::string("No page to it can leave. ") + kUnreachable,
+                       std::string("Add to a port with a modem, under [port.") + PartFor(pager) +
+                           "]: dial = \"ATDT...\"");
     }
 }
 

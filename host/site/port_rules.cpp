@@ -4,7 +4,10 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "host/site/port_device.h"
+#include "host/site/ports_of_pager.h"
 #include "host/site/rules.h"
 #include "host/site/words.h"
 
@@ -28,15 +31,57 @@ std::string ListOfSpeeds() {
 }
 
 void CheckName(const Port& port, Findings& findings) {
-    const std::string& name = port.name.value;
-    const std::string_view prefix = "COM ";
-    const bool isName = name.size() == prefix.size() + 1 && name.rfind(prefix, 0) == 0 &&
-                        name.back() >= '1' && name.back() <= '9';
-    if (!isName) {
-        findings.Error(port.name.line, "there is no port " + InQuotes(name),
-                       "The port would never be found: COM 1 to COM 9 stand for /dev/ttyS0 to "
-                       "/dev/ttyS8, and there are no others.",
-                       "Write the name with one blank, such as \"COM 1\".");
+    if (port.name.value.empty()) {
+        findings.Error(port.name.line, "a port has no name", "No pager could name it.",
+                       "Add a line such as: name = \"north\"");
+    } else if (DeviceOfPort(port).empty()) {
+        findings.Error(port.name.line, PortCalled(port) + " has no device",
+                       "Only COM 1 to COM 9, with one blank, stand for a device by their name: for "
+                       "/dev/ttyS0 to /dev/ttyS8.",
+                       "Add a line such as: device = \"/dev/serial/by-id/...\"; pagerfwd ports "
+                       "lists what there is.");
+    }
+}
+
+// Whether two paths lead to one device is for the machine to say, and not looked at here.
+void CheckDevice(const Port& port, Findings& findings) {
+    const std::string& device = port.device.value;
+    if (!device.empty() && device.front() != '/') {
+        findings.Error(port.device.line,
+                       PortCalled(port) + ": " + InQuotes(device) + " is no absolute path",
+                       "It would be looked for in the folder where the engine happens to run.",
+                       "Write the whole path, such as: device = \"/dev/ttyUSB0\"");
+    }
+}
+
+void CheckDeviceTwice(const Site& site, size_t index, Findings& findings) {
+    const Port& port = site.ports[index];
+    const std::string device = DeviceOfPort(port);
+    for (size_t before = 0; before < index && !device.empty(); ++before) {
+        const Port& other = site.ports[before];
+        if (DeviceOfPort(other) == device && other.name.value != port.name.value) {
+            findings.Error(std::max(port.device.line, port.name.line),
+                           PortCalled(port) + ": " + device + " is the device of " +
+                               PortCalled(other) + " already, " + findings.Where(other.line),
+                           "Only one of the two could have it.",
+                           "Give each port a device of its own.");
+            return;
+        }
+    }
+}
+
+// It costs its telephone line, and takes no page over when another is out.
+void CheckUse(const Site& site, const Port& port, Findings& findings) {
+    const auto uses = [&](const Pager& pager) {
+        const std::vector<const Port*> ports = PortsOf(site, pager);
+        return std::find(ports.begin(), ports.end(), &port) != ports.end();
+    };
+    if (port.modem.value && !site.pagers.empty() &&
+        std::none_of(site.pagers.begin(), site.pagers.end(), uses)) {
+        findings.Warning(port.line, "no pager can use " + PortCalled(port),
+                         "Its modem stands idle, also while others have too much to do.",
+                         "Give it a dial command for a type of pager, under [port.pager], "
+                         "[port.sms1] or [port.sms2].");
     }
 }
 
@@ -141,6 +186,9 @@ void CheckPorts(const Site& site, Findings& findings) {
         const Port& port = site.ports[i];
         CheckName(port, findings);
         CheckTwice(site, i, findings);
+        CheckDevice(port, findings);
+        CheckDeviceTwice(site, i, findings);
+        CheckUse(site, port, findings);
         CheckSpeed(port, findings);
         CheckFlow(port, findings);
         CheckPrompt(port, findings);
@@ -155,7 +203,7 @@ void CheckPorts(const Site& site, Findings& findings) {
     }
     if (site.ports.empty()) {
         findings.Warning(1, "there is no port", "No page can leave: every one fails (result 5).",
-                         "Add a [[port]] with the name of the serial line, such as \"COM 1\".");
+                         "Add a [[port]] with a name, and the device of its modem.");
     }
 }
 

@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <utility>
 
 #include "host/pages/routes.h"
 #include "host/site/hours.h"
 #include "host/site/rules.h"
 #include "host/site/site_tables.h"
+#include "host/site/stored_commands.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
 #include "host/store/schema.h"
@@ -113,22 +115,35 @@ Port PortOf(const RowReader& row) {
     return port;
 }
 
-// Empty, or any word with an A: any port with a modem.
-SaidText PortOfPager(const RowReader& row) {
+// Of each port, in order: a column of the host's own.
+void ReadDevices(Connection& connection, Encoding encoding, std::vector<Port>& ports) {
+    Statement statement(connection, "SELECT device FROM AlarmFwd_COMProperties ORDER BY row_id");
+    for (Port& port : ports) {
+        if (statement.Step()) {
+            port.device = {Decode(statement.Text(0), encoding), port.line};
+        }
+    }
+}
+
+// A port by its name. Empty, or any other word with an A: any port.
+SaidText PortOfPager(const RowReader& row, const std::vector<Port>& ports) {
     SaidText port = row.Text("comport");
-    if (!port.value.empty() && (port.value[0] == 'A' || port.value[0] == 'a')) {
+    const bool is_name = std::any_of(ports.begin(), ports.end(), [&port](const Port& one) {
+        return one.name.value == port.value;
+    });
+    if (!is_name && !port.value.empty() && (port.value[0] == 'A' || port.value[0] == 'a')) {
         port.value.clear();
     }
     return port;
 }
 
-Pager PagerOf(const RowReader& row) {
+Pager PagerOf(const RowReader& row, const std::vector<Port>& ports) {
     const char* const kReadAsNumber = "The library takes the digits that it begins with, or 0.";
     Pager pager;
     pager.line = row.Line();
     pager.description = row.Text("description");
     pager.owner = row.Text("owner");
-    pager.port = PortOfPager(row);
+    pager.port = PortOfPager(row, ports);
     const std::string type = std::to_string(row.Number("pgtype", kReadAsNumber).value);
     pager.type = {WordFor(kPagerTypes, type) != nullptr ? WordFor(kPagerTypes, type) : type,
                   row.Line()};
@@ -174,6 +189,14 @@ std::vector<Route> RoutesOf(Connection& connection, Encoding encoding) {
     return routes;
 }
 
+Command CommandOf(Connection& connection, const char* name) {
+    Command command;
+    for (std::string& word : ReadCommand(connection, name)) {
+        command.push_back({std::move(word), 0});
+    }
+    return command;
+}
+
 // A site file has these hours without saying so, a database only where it has their row.
 void CheckAlways(const Site& site, Findings& findings) {
     if (FindTimeModel(site, kAlways) != nullptr) {
@@ -201,6 +224,8 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     ReadBack read{{}, tables.MakeFindings()};
     const Encoding encoding = EncodingOf(connection);
     read.site.encoding.value = WordFor(encoding);
+    read.site.notify = CommandOf(connection, kNotifyCommand);
+    read.site.heartbeat = CommandOf(connection, kHeartbeatCommand);
     const auto each = [&](const char* name, auto&& take) {
         const StoredTable table = tables.Read(name, read.findings);
         for (const StoredRow& row : table.rows) {
@@ -209,11 +234,15 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     };
     each(kPorts,
          [&](const RowReader& row, const StoredRow&) { read.site.ports.push_back(PortOf(row)); });
+    if (!read.site.ports.empty()) {
+        ReadDevices(connection, encoding, read.site.ports);
+    }
     each(kTimeModels, [&](const RowReader& row, const StoredRow& stored) {
         read.site.timeModels.push_back(TimeModelOf(row, stored));
     });
-    each(kPagers,
-         [&](const RowReader& row, const StoredRow&) { read.site.pagers.push_back(PagerOf(row)); });
+    each(kPagers, [&](const RowReader& row, const StoredRow&) {
+        read.site.pagers.push_back(PagerOf(row, read.site.ports));
+    });
     read.site.routes = RoutesOf(connection, encoding);
     CheckAlways(read.site, read.findings);
     return read;

@@ -15,6 +15,7 @@ void CheckPagers(const Site& site, Findings& findings);
 void CheckTimeModels(const Site& site, Findings& findings);
 void CheckSending(const Site& site, Findings& findings);
 void CheckHangingUp(const Site& site, Findings& findings);
+void CheckCommands(const Site& site, Findings& findings);
 void CheckTexts(const Site& site, Findings& findings);
 
 inline std::string InQuotes(const std::string& text) {

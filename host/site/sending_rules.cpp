@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "host/site/ports_of_pager.h"
 #include "host/site/rules.h"
 #include "host/text/encoding.h"
 
@@ -116,23 +117,6 @@ void CheckDelay(const Pager& pager, Findings& findings) {
 }
 
 }  // namespace
-
-std::vector<const Port*> PortsOf(const Site& site, const Pager& pager) {
-    std::vector<const Port*> ports;
-    for (const Port& port : site.ports) {
-        if (pager.port.value.empty() ? port.modem.value : port.name.value == pager.port.value) {
-            ports.push_back(&port);
-        }
-    }
-    return ports;
-}
-
-const SmsService* ServiceOf(const Port& port, const Pager& pager) {
-    if (pager.type.value == "sms1") {
-        return &port.sms1;
-    }
-    return pager.type.value == "sms2" ? &port.sms2 : nullptr;
-}
 
 bool LosesEighthBit(const Port& port, const Pager& pager) {
     if (const SmsService* const service = ServiceOf(port, pager)) {

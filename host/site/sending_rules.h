@@ -5,17 +5,10 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/site/site.h"
 
 namespace host {
-
-// The ports over which the pager may be paged: the one it names, or every one with a modem.
-std::vector<const Port*> PortsOf(const Site& site, const Pager& pager);
-
-// The SMS service of the port that the pager is paged by; null for a pager of another type.
-const SmsService* ServiceOf(const Port& port, const Pager& pager);
 
 // Whether the far end gets seven bits of each character only.
 bool LosesEighthBit(const Port& port, const Pager& pager);

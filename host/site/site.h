@@ -42,6 +42,7 @@ struct SmsService {
 struct Port {
     int line = 0;
     SaidText name;
+    SaidText device;  // its path; empty: that of the name, see port_device.h
     SaidNumber baud;
     SaidText flow;
     Said<bool> modem;
@@ -56,7 +57,7 @@ struct Pager {
     int line = 0;
     SaidText description;
     SaidText owner;
-    SaidText port;  // empty: any free port with a modem
+    SaidText port;  // empty: any port that can dial for its type
     SaidText type;
     SaidText number;
     SaidNumber retries;
@@ -85,8 +86,13 @@ struct Route {
     std::vector<SaidText> pagers;      // in the order in which they are paged
 };
 
+// A program and its arguments; empty: none.
+using Command = std::vector<SaidText>;
+
 struct Site {
     SaidText encoding;
+    Command notify;     // told of what an operator should hear of
+    Command heartbeat;  // run while all is as it should be
     std::vector<Port> ports;
     std::vector<Pager> pagers;
     std::vector<TimeModel> timeModels;

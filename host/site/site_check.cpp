@@ -12,6 +12,7 @@ void CheckSite(const Site& site, Findings& findings) {
     CheckRoutes(site, findings);
     CheckSending(site, findings);
     CheckHangingUp(site, findings);
+    CheckCommands(site, findings);
     CheckTexts(site, findings);
 }
 

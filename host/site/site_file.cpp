@@ -48,6 +48,7 @@ Port ReadPort(TomlReader& reader) {
     Port port;
     port.line = reader.Line();
     port.name = reader.Text("name");
+    port.device = reader.Text("device", "");
     port.baud = reader.Number("baud", 2400);
     port.flow = reader.Text("flow", "none");
     port.modem = reader.Flag("modem", true);
@@ -96,6 +97,16 @@ Route ReadRoute(TomlReader& reader) {
     return route;
 }
 
+Command ReadNotify(TomlReader& document) {
+    TomlReader reader = document.Part("notify");
+    return reader.Texts("command");
+}
+
+Command ReadHeartbeat(TomlReader& document) {
+    TomlReader reader = document.Part("heartbeat");
+    return reader.Texts("command");
+}
+
 void ReadDocument(std::string_view text, ReadSite& read) {
     TomlDocument document(text, read.findings);
     read.is_toml = document.IsToml();
@@ -106,6 +117,8 @@ void ReadDocument(std::string_view text, ReadSite& read) {
                             "Begin with a copy of the example, examples/site.toml.");
     }
     read.site.encoding = reader.Text("encoding", "latin1");
+    read.site.notify = ReadNotify(reader);
+    read.site.heartbeat = ReadHeartbeat(reader);
     for (TomlReader& port : reader.Parts("port")) {
         read.site.ports.push_back(ReadPort(port));
     }

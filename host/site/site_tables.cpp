@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "host/site/stored_commands.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
 #include "host/store/rows.h"
@@ -140,6 +141,18 @@ void StoreRoutes(Connection& connection, const Site& site) {
     }
 }
 
+// A column of the host's own, behind those of the library.
+void StoreDevices(Connection& connection, const Site& site) {
+    for (const Port& port : site.ports) {
+        const std::string device = Encode(port.device.value, EncodingOf(site));
+        const std::string name = Encode(port.name.value, EncodingOf(site));
+        Statement(connection, "UPDATE AlarmFwd_COMProperties SET device = ? WHERE Description = ?")
+            .Bind(device)
+            .Bind(name)
+            .Run();
+    }
+}
+
 std::vector<std::string> ReadColumn(Connection& connection, const char* table) {
     std::vector<std::string> names;
     Statement statement(connection,
@@ -179,8 +192,11 @@ void StoreSite(Connection& connection, const Site& site) {
     for (const TableRow& row : rows) {
         InsertRow(connection, ReadLayout(connection, row.table), row.cells);
     }
+    StoreDevices(connection, site);
     StoreRoutes(connection, site);
     WriteSetting(connection, kEncodingSetting, WordFor(EncodingOf(site)));
+    StoreCommand(connection, kNotifyCommand, site.notify);
+    StoreCommand(connection, kHeartbeatCommand, site.heartbeat);
     transaction.Commit();
 }
 

@@ -71,6 +71,7 @@ void WriteService(TomlWriter& writer, const char* header, const SmsService& serv
 void WritePort(TomlWriter& writer, const Port& port) {
     writer.Table("[[port]]");
     writer.Key("name", port.name);
+    writer.KeyIfAny("device", port.device);
     writer.Key("baud", port.baud);
     writer.Key("flow", port.flow);
     writer.Key("modem", port.modem);
@@ -116,6 +117,13 @@ void WriteRoute(TomlWriter& writer, const Route& route) {
     writer.Key("pagers", route.pagers);
 }
 
+void WriteCommand(TomlWriter& writer, const char* header, const Command& command) {
+    if (!command.empty()) {
+        writer.Table(header);
+        writer.Key("command", command);
+    }
+}
+
 std::string EscapedCode(uint32_t code) {
     std::array<char, 16> escaped{};
     std::snprintf(escaped.data(), escaped.size(), "\\u%04X", static_cast<unsigned>(code));
@@ -146,6 +154,8 @@ std::string TomlText(std::string_view utf8) {
 std::string WriteSite(const Site& site) {
     TomlWriter writer;
     writer.Key("encoding", site.encoding);
+    WriteCommand(writer, "[notify]", site.notify);
+    WriteCommand(writer, "[heartbeat]", site.heartbeat);
     for (const Port& port : site.ports) {
         WritePort(writer, port);
     }

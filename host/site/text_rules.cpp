@@ -12,8 +12,9 @@ namespace {
 std::vector<const SaidText*> TextsOf(const Site& site) {
     std::vector<const SaidText*> texts;
     for (const Port& port : site.ports) {
-        texts.insert(texts.end(), {&port.name, &port.init, &port.reset, &port.pager.dial,
-                                   &port.pager.prompt, &port.sms1.dial, &port.sms2.dial});
+        texts.insert(texts.end(),
+                     {&port.name, &port.device, &port.init, &port.reset, &port.pager.dial,
+                      &port.pager.prompt, &port.sms1.dial, &port.sms2.dial});
     }
     for (const Pager& pager : site.pagers) {
         texts.insert(texts.end(),
@@ -63,6 +64,11 @@ void CheckTexts(const Site& site, Findings& findings) {
         findings.Error(site.encoding.line, "there is no encoding " + InQuotes(site.encoding.value),
                        "It could not be told which bytes the texts have on the lines.",
                        "Write \"latin1\", or \"shift_jis\" for kana on NTT pagers.");
+    }
+    for (const Command& command : {site.notify, site.heartbeat}) {
+        for (const SaidText& word : command) {
+            CheckControls(word, findings);
+        }
     }
     for (const SaidText* text : TextsOf(site)) {
         CheckControls(*text, findings);

@@ -15,6 +15,9 @@ using Json = nlohmann::ordered_json;
 inline std::string Written(const Json& json) {
     return json.dump(2, ' ', true, Json::error_handler_t::replace);
 }
+inline std::string WrittenInOneLine(const Json& json) {
+    return json.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
 
 }  // namespace host
 

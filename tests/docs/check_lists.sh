@@ -45,6 +45,8 @@ keys_in_sources() {
 heading_of() {
     case $1 in
         ReadDocument) echo '## At the top' ;;
+        ReadNotify) echo '## `[notify]`' ;;
+        ReadHeartbeat) echo '## `[heartbeat]`' ;;
         ReadPort) echo '## `[[port]]`' ;;
         ReadPagerService) echo '### `[port.pager]`' ;;
         ReadSmsService) echo '### `[port.sms1]` and `[port.sms2]`' ;;

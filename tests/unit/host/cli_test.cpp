@@ -253,7 +253,7 @@ TEST_F(Cli, ReadsASiteFromStandardInput) {
     EXPECT_THAT(run.out, StartsWith("standard input: no mistakes\n"));
     run = with_input("check", "bad.toml");
     EXPECT_EQ(1, run.exit_code);
-    EXPECT_THAT(run.out, StartsWith("standard input:2: error: there is no port \"COM 0\""));
+    EXPECT_THAT(run.out, StartsWith("standard input:2: error: port \"COM 0\" has no device"));
     ASSERT_EQ(0, Run({"init"}).exit_code);
     EXPECT_EQ(0, with_input("import", "site.toml").exit_code);
     EXPECT_EQ(0, Run({"test", "duty"}).exit_code);

@@ -56,6 +56,17 @@ TEST_F(DatabaseCheck, TakesCellsAsTheLibraryDoes) {
                 ElementsAre(HasSubstr("hardware flow control")));
 }
 
+TEST_F(DatabaseCheck, TakesAWordWithAnAForAnyPortUnlessAPortIsCalledSo) {
+    const auto pager_port = [&] {
+        Lease lease(database);
+        return ReadSiteBack(lease.Database()).site.pagers.front().port.value;
+    };
+    After("UPDATE AlarmFwd_PagerSetting SET comport = 'attic'");
+    EXPECT_EQ("", pager_port());
+    After("UPDATE AlarmFwd_COMProperties SET Description = 'attic', device = '/dev/ttyUSB0'");
+    EXPECT_EQ("attic", pager_port());
+}
+
 TEST_F(DatabaseCheck, FindsWhatWouldLeaveAPortTaken) {
     EXPECT_THAT(After("UPDATE AlarmFwd_COMProperties SET Baud = '600'"),
                 ElementsAre(AllOf(HasSubstr("row 1 of AlarmFwd_COMProperties: port \"COM 1\": 600 "

@@ -66,7 +66,7 @@ TEST(HangUpRules, PortThatNoUcpPagerUsesDoesntMatter) {
     EXPECT_THAT(
         HangUpFindings("init = \"AT&F&D2S12=2\"\n", std::string(kUcp) + "port = \"COM 1\"\n",
                        "[[port]]\nname = \"COM 2\"\ninit = \"AT&F\"\n"),
-        IsEmpty());
+        ElementsAre("8: no pager can use port \"COM 2\""));
 }
 
 }  // namespace

@@ -11,8 +11,11 @@
 namespace host {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 // A site without a mistake. A test replaces one line of it.
 constexpr const char* kSound = R"(encoding = "latin1"
@@ -91,6 +94,25 @@ std::vector<std::string> Mistakes(const std::string& text) {
 
 TEST(SoundSite, HasNoMistakes) {
     EXPECT_THAT(Mistakes(kSound), IsEmpty());
+}
+
+TEST(Commands, NameAProgramThatIsFoundFromAnywhere) {
+    const auto with_command = [](const std::string& words) {
+        return Mistakes(std::string(kSound) + "[notify]\ncommand = [" + words + "]\n");
+    };
+    for (const char* sound :
+         {"", "\"tell\"", "\"/usr/bin/tell\", \"a/b\", \"\"", "\"t\xE2\x82\xAC\""}) {
+        EXPECT_THAT(with_command(sound), IsEmpty()) << sound;
+    }
+    EXPECT_THAT(with_command("\"\", \"x\""),
+                ElementsAre("52: [notify]: the command names no program"));
+    EXPECT_THAT(with_command("\"./tell\""),
+                ElementsAre("52: [notify]: \"./tell\" is looked for in the folder where the engine "
+                            "happens to run"));
+    EXPECT_THAT(with_command("\"tell\", \"a\\u0000\""),
+                ElementsAre(StartsWith("52: the text \"a")));
+    EXPECT_THAT(Mistakes(std::string(kSound) + "[heartbeat]\ncommand = [\"\"]\n"),
+                ElementsAre("52: [heartbeat]: the command names no program"));
 }
 
 struct SiteCase {
@@ -182,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "27: pager \"duty\": port \"COM 1\" has no dial command for it"},
         SiteCase{23, "dial = \"\"",
                  "44: pager \"night\": port \"COM 1\" has no dial command for it"},
-        SiteCase{10, "", "36: pager \"engineer\": port \"COM 1\" has no dial command for it"}));
+        SiteCase{10, "", "36: pager \"engineer\": no port can dial for it"}));
 
 INSTANTIATE_TEST_SUITE_P(
     InHours, OneMistake,
@@ -218,7 +240,8 @@ TEST(SeveralMistakes, AreAllFoundInTheOrderOfTheirLines) {
     EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 0\"\nbaud = 1\n[[pager]]\ndescription = \"a\"\n"
                          "type = \"x\"\nnumber = \"\"\nhours = \"y\"\nport = \"z\"\nbogus = 1\n"
                          "[[route]]\npagers = [\"a\"]\n"),
-                ElementsAre("2: there is no port \"COM 0\"",
+                ElementsAre("1: (warning) no pager can use port \"COM 0\"",
+                            "2: port \"COM 0\" has no device",
                             "3: port \"COM 0\": 1 is no speed of the serial line driver",
                             "6: pager \"a\": there is no type \"x\"",
                             "7: pager \"a\": the number \"\" has no digits",
@@ -227,15 +250,63 @@ TEST(SeveralMistakes, AreAllFoundInTheOrderOfTheirLines) {
                             "10: unknown key \"bogus\" in pager"));
 }
 
-TEST(PortNames, AreThoseThatTheLibraryProbes) {
-    for (const char* name : {"COM1", "COM 0", "COM 10", "COM  1", "com 1", "COM", "COM ", ""}) {
+std::string PortWith(const std::string& name, const std::string& device) {
+    return "[[port]]\nname = \"" + name + "\"\ndevice = \"" + device + "\"\n";
+}
+
+TEST(PortNames, StandForADeviceOrComeWithOne) {
+    for (const char* name :
+         {"COM1", "COM 0", "COM 10", "COM  1", "com 1", "COM", "COM ", "north"}) {
         EXPECT_THAT(Mistakes("[[port]]\nname = \"" + std::string(name) + "\"\n"),
-                    ElementsAre("2: there is no port \"" + std::string(name) + "\""));
+                    ElementsAre("2: port \"" + std::string(name) + "\" has no device"));
+        EXPECT_THAT(Mistakes(PortWith(name, "/dev/ttyUSB0")), IsEmpty()) << name;
     }
     for (int number = 1; number <= 9; ++number) {
         EXPECT_THAT(Mistakes("[[port]]\nname = \"COM " + std::to_string(number) + "\"\n"),
                     IsEmpty());
     }
+}
+
+TEST(PortNames, AreNeverEmpty) {
+    EXPECT_THAT(Mistakes(PortWith("", "/dev/ttyUSB0")), ElementsAre("2: a port has no name"));
+}
+
+TEST(PortNames, MayBeMoreThanNine) {
+    std::string text;
+    for (int number = 1; number <= 40; ++number) {
+        text += PortWith("line " + std::to_string(number), "/dev/modem" + std::to_string(number));
+    }
+    EXPECT_THAT(Mistakes(text), IsEmpty());
+}
+
+TEST(Devices, AreAbsolutePaths) {
+    EXPECT_THAT(Mistakes(PortWith("north", "ttyUSB0")),
+                ElementsAre("3: port \"north\": \"ttyUSB0\" is no absolute path"));
+    EXPECT_THAT(Mistakes(PortWith("north", "/dev/tty\\u0007")),
+                ElementsAre("3: the text \"/dev/tty\a\" holds the control character U+0007"));
+}
+
+TEST(Devices, BelongToOnePort) {
+    EXPECT_THAT(Mistakes(PortWith("north", "/dev/ttyUSB0") + PortWith("south", "/dev/ttyUSB0")),
+                ElementsAre("6: port \"south\": /dev/ttyUSB0 is the device of port \"north\" "
+                            "already, on line 1"));
+    EXPECT_THAT(Mistakes(PortWith("north", "/dev/ttyS0") + "[[port]]\nname = \"COM 1\"\n"),
+                ElementsAre("5: port \"COM 1\": /dev/ttyS0 is the device of port \"north\" "
+                            "already, on line 1"));
+    EXPECT_THAT(Mistakes(PortWith("COM 1", "/dev/ttyS1") + "[[port]]\nname = \"COM 3\"\n"),
+                IsEmpty());
+}
+
+TEST(APort, ThatNoPagerCanUseStandsIdle) {
+    const std::string south = PortWith("south", "/dev/ttyUSB0");
+    EXPECT_THAT(Mistakes(kSound + south),
+                ElementsAre("51: (warning) no pager can use port \"south\""));
+    EXPECT_THAT(Mistakes(kSound + south + "[port.sms1]\ndial = \"ATDT0,5550101\"\n"),
+                ElementsAre("51: (warning) no pager can use port \"south\""))
+        << "the one pager of the type is bound to another";
+    EXPECT_THAT(Mistakes(kSound + south + "[port.pager]\ndial = \"ATDT0,\"\n"), IsEmpty());
+    EXPECT_THAT(Mistakes(kSound + south + "modem = false\n"), IsEmpty()) << "as it is meant";
+    EXPECT_THAT(Mistakes(south), IsEmpty()) << "a site that has no pagers yet";
 }
 
 TEST(PortNames, AreGivenOnce) {
@@ -292,18 +363,16 @@ TEST(APlainPagersNumber, NeedsNoAtWhereThePortDialsTheService) {
     EXPECT_EQ(0U, with_dial("\"ntt\"", "ATDT0,"));
 }
 
-TEST(APagerForAnyPort, NeedsItsServiceOnEveryModem) {
-    EXPECT_THAT(Mistakes(std::string(kSound) + "[[port]]\nname = \"COM 2\"\n"),
-                ElementsAre("36: pager \"engineer\": port \"COM 2\" has no dial command for it"));
-    EXPECT_THAT(Mistakes(std::string(kSound) + "[[port]]\nname = \"COM 2\"\nmodem = false\n"),
-                IsEmpty());
-}
-
-TEST(APagerForAnyPort, NeedsAModem) {
-    EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\nmodem = false\n[[pager]]\n"
-                         "description = \"a\"\ntype = \"ntt\"\nnumber = \"1\"\n"
-                         "[[route]]\npagers = [\"a\"]\n"),
-                ElementsAre("4: pager \"a\": no port has a modem"));
+TEST(APagerForAnyPort, NeedsOnePortThatCanDialForIt) {
+    const std::string pager =
+        "[[pager]]\ndescription = \"a\"\ntype = \"sms2\"\nnumber = \"1\"\n"
+        "[[route]]\npagers = [\"a\"]\n";
+    EXPECT_THAT(Mistakes(kSound + pager), IsEmpty());
+    for (const char* port :
+         {"modem = false\n[port.sms2]\ndial = \"ATDT1\"\n", "[port.sms1]\ndial = \"ATDT1\"\n"}) {
+        EXPECT_THAT(Mistakes("[[port]]\nname = \"COM 1\"\n" + std::string(port) + pager),
+                    Contains(EndsWith("pager \"a\": no port can dial for it")));
+    }
 }
 
 TEST(APagerOnAPortWithoutAModem, ReachesNobody) {

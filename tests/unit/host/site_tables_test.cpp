@@ -68,6 +68,18 @@ stop = 2
     }
 }
 
+TEST_F(SiteTables, HoldTheDeviceOfAPort) {
+    Import(
+        "[[port]]\nname = \"north\"\ndevice = \"/dev/serial/by-id/usb-x\"\n"
+        "[[port]]\nname = \"COM 1\"\n");
+    Lease lease(database);
+    Statement devices(lease.Database(),
+                      "SELECT group_concat(Description || '=' || device) FROM"
+                      " (SELECT * FROM AlarmFwd_COMProperties ORDER BY row_id)");
+    devices.Step();
+    EXPECT_EQ("north=/dev/serial/by-id/usb-x,COM 1=", devices.Text(0));
+}
+
 TEST_F(SiteTables, HoldAPortWithoutAModem) {
     Import("[[port]]\nname = \"COM 1\"\nmodem = false\n");
     EXPECT_EQ("0", Port("Select"));

@@ -32,6 +32,8 @@ class RandomSite {
         Site site;
         shift_jis_ = Below(4) == 0;
         site.encoding.value = shift_jis_ ? "shift_jis" : "latin1";
+        site.notify = MakeCommand();
+        site.heartbeat = MakeCommand();
         for (size_t i = Below(3); i > 0; --i) {
             site.ports.push_back(MakePort("COM " + std::to_string(site.ports.size() + 1)));
         }
@@ -80,6 +82,7 @@ class RandomSite {
     Port MakePort(const std::string& name) {
         Port port;
         port.name.value = name;
+        port.device.value = Below(2) == 0 ? "" : Text();
         port.baud.value = kSpeeds[Below(std::size(kSpeeds))];
         port.flow.value = OneOf(kFlows);
         port.modem.value = Below(4) != 0;
@@ -89,6 +92,14 @@ class RandomSite {
         port.sms1 = MakeService();
         port.sms2 = MakeService();
         return port;
+    }
+
+    Command MakeCommand() {
+        Command command;
+        for (size_t i = Below(3); i > 0; --i) {
+            command.push_back({Text(), 0});
+        }
+        return command;
     }
 
     Pager MakePager() {
@@ -160,8 +171,9 @@ class SiteWriter : public HostTest {
     std::string Cells() const {
         Lease lease(database);
         std::string cells;
-        for (const char* table : {"AlarmFwd_COMProperties", "AlarmFwd_PagerSetting",
-                                  "AlarmFwd_TMSetting", "Host_Routes", "Host_RoutePagers"}) {
+        for (const char* table :
+             {"AlarmFwd_COMProperties", "AlarmFwd_PagerSetting", "AlarmFwd_TMSetting",
+              "Host_Routes", "Host_RoutePagers", "Host_Settings"}) {
             const int columns = static_cast<int>(Columns(lease.Database(), table));
             Statement statement(lease.Database(), std::string("SELECT * FROM ") + table);
             while (statement.Step()) {

@@ -124,6 +124,18 @@ TEST_F(SiteCommands, CheckTheDatabaseWithoutAFile) {
     EXPECT_EQ(3, Run({"--database", "none.db", "check"}).exit_code);
 }
 
+TEST_F(SiteCommands, CheckWhosePagesNoOtherLineTakesOver) {
+    const ProgramRun run = Run({"check"});
+    EXPECT_THAT(run.out, HasSubstr("note: over port \"COM 1\" only, so that nothing reaches them "
+                                   "while its line is out: \"duty \"A\"\"\n"));
+    const auto only = nlohmann::json::parse(Run({"check", "--json"}).out)["one_port_only"];
+    ASSERT_EQ(1U, only.size());
+    EXPECT_EQ("duty \"A\"", only[0]["pager"]);
+    EXPECT_EQ("COM 1", only[0]["port"]);
+    Execute("UPDATE AlarmFwd_COMProperties SET Baud = '1'");
+    EXPECT_THAT(Run({"check"}).out, Not(HasSubstr("note:"))) << "first things first";
+}
+
 TEST_F(SiteCommands, CheckInJson) {
     WriteFile("bad.toml", "\n[[port]]\nname = \"COM 1\"\nbaud = 1\n");
     const ProgramRun run = Run({"check", "bad.toml", "--json"});
