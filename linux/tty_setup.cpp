@@ -70,8 +70,7 @@ int32_t tty_setup(TtyLine* line, bool raw, bool hangUpOnClose, int32_t rate, int
     }
     Set(&settings->c_cflag, CLOCAL, true);
     Set(&settings->c_cflag, HUPCL, hangUpOnClose);
-    cfsetispeed(settings, speed->constant);
-    cfsetospeed(settings, speed->constant);
+    cfsetspeed(settings, speed->constant);  // of both directions
     Set(&settings->c_cflag, CREAD, true);
     SetCharacter(settings, dataBits, stopBits, parity);
     // 0 = applied.
