@@ -388,7 +388,6 @@ HANDLE used_at_the_end = nullptr;
 
 using SerialDeathTest = SerialTest;
 
-// A page may be on the line in another thread while the process ends.
 // The record of a handle comes with a block of its container, when the one before is used up.
 TEST_F(SerialTest, LineIsGivenBackWhenThereIsNoMemoryForItsHandle) {
     no_memory_for_handles = true;
@@ -400,10 +399,11 @@ TEST_F(SerialTest, LineIsGivenBackWhenThereIsNoMemoryForItsHandle) {
     no_memory_for_handles = false;
     EXPECT_EQ(INVALID_HANDLE_VALUE, refused);
     EXPECT_EQ(IE_BADID, GetLastError());
-    win_errno = kEarlierError;
+    win_errno = kFormerError;
     EXPECT_EQ(port.Opens(), port.Closes() + 1) << "all but the fixture's own";
 }
 
+// A page may be on the line in another thread while the process ends.
 TEST_F(SerialDeathTest, HandleStaysValidUntilTheProcessHasEnded) {
     SetCommMask(handle, EV_RXCHAR);
     CloseHandle(handle);
