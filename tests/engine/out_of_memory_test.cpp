@@ -4,6 +4,7 @@
 #include <new>
 
 #include "engine/pager_fwd.h"
+#include "modem/COMHdl.h"
 #include "tests/engine/allocation_faults.h"
 #include "tests/engine/engine_test.h"
 
@@ -193,6 +194,16 @@ TEST_F(OutOfMemory, ExceptionPassesOnAndLeavesNoHandler) {
     EXPECT_FALSE(CPagerHdl::IsRunning());
     Start();
     EXPECT_TRUE(CPagerHdl::IsRunning());
+}
+
+TEST_F(OutOfMemory, HalfMadeModemHandlerLeavesNothing) {
+    {
+        const FailingSize fault(sizeof(ComPort));  // of the port that it finds
+        EXPECT_THROW(CCOMHdl handler(database), std::bad_alloc);
+    }
+    EXPECT_FALSE(CCOMHdl::IsRunning());
+    EXPECT_EQ(nullptr, CCOMHdl::COMHdl);
+    EXPECT_EQ(nullptr, CCOMHdl::pDBComPorts);
 }
 
 }  // namespace

@@ -30,6 +30,22 @@ class WithoutDescriptors {
     rlimit before_{};
 };
 
+// While it lives, whatever is opened next gets the number of the standard input, as in a service
+// that has closed it.
+class WithoutStandardInput {
+ public:
+    WithoutStandardInput() : saved_(dup(STDIN_FILENO)) { close(STDIN_FILENO); }
+    ~WithoutStandardInput() {
+        dup2(saved_, STDIN_FILENO);
+        close(saved_);
+    }
+    WithoutStandardInput(const WithoutStandardInput&) = delete;
+    WithoutStandardInput& operator=(const WithoutStandardInput&) = delete;
+
+ private:
+    int saved_;
+};
+
 }  // namespace test_support
 
 #endif

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -43,6 +45,19 @@ struct CriticalSectionTest : testing::Test {
 TEST_F(CriticalSectionTest, FreeLockKeepsNobodyOut) {
     const Rival rival(&lock);
     EXPECT_FALSE(rival.IsKeptOut());
+}
+
+TEST_F(CriticalSectionTest, IsFreeWhateverItsMemoryHeld) {
+    alignas(CCriticalSection) std::byte memory[sizeof(CCriticalSection)];
+    memset(memory, 0xff, sizeof memory);
+    auto* const made = new (memory) CCriticalSection;
+    made->Lock();
+    {
+        const Rival rival(made);
+        EXPECT_TRUE(rival.IsKeptOut());
+        made->Unlock();
+    }
+    made->~CCriticalSection();
 }
 
 TEST_F(CriticalSectionTest, OwnerLocksAgainAtOnceAndReleasesWithItsLastUnlock) {

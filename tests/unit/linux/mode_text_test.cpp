@@ -75,6 +75,8 @@ const GoodMode kGoodModes[] = {
     {"COM1:99999999999999999999999999,n,8,1", Block(2147483647, 0, 8, 0)},
     {"COM1:02400,n,08,01", Block(2400, 0, 8, 0)},
     {"COM1:2400,n,,,1", Block(2400, 0, 8, 0)},
+    // Neighbours of letters and digits are neither.
+    {"COM1:/2400:,@[`{n,/8:,/1:", Block(2400, 0, 8, 0)},
 };
 
 TEST(ModeText, FillsTheWholeBlock) {
@@ -110,6 +112,10 @@ const BadMode kBadModes[] = {
     {"no letter to the end", "COM1:9600,8,1", kEarlierError},
     {"no such parity", "COM1:9600,x,8,1", kEarlierError},
     {"only the first letter counts", "COM1:9600,parity none,8,1", kEarlierError},
+    {"the first letter of the alphabet is one", "COM1:9600,a none,8,1", kEarlierError},
+    {"the last letter of the alphabet is one", "COM1:9600,z none,8,1", kEarlierError},
+    {"so is the first in upper case", "COM1:9600,A none,8,1", kEarlierError},
+    {"so is the last in upper case", "COM1:9600,Z none,8,1", kEarlierError},
     {"ends behind the parity", "COM1:9600,n", kEarlierError},
     {"ends where the data bits should be", "COM1:9600,n,", kEarlierError},
     {"no digit for the data bits to the end", "COM1:9600,n,bits", kEarlierError},

@@ -95,6 +95,11 @@ TEST_F(SleepTest, BelowASecondOnlyPolls) {
     EXPECT_EQ(Calls{"poll 0 999"}, calls);
 }
 
+TEST_F(SleepTest, OneMillisecondIsAPauseToo) {
+    EXPECT_EQ(1, Slept(1));
+    EXPECT_EQ(Calls{"poll 0 1"}, calls);
+}
+
 TEST_F(SleepTest, WholeSecondsOnlySleep) {
     EXPECT_EQ(60000, Slept(60000));
     EXPECT_EQ(Calls{"sleep 60"}, calls);
@@ -115,6 +120,7 @@ TEST_F(SleepTest, SignalEndsTheWholeSeconds) {
 }
 
 TEST(LastError, IsWhatTheSerialCallsLeft) {
+    EXPECT_EQ(0, GetLastError()) << "nothing has failed yet";
     win_errno = -12;
     EXPECT_EQ(-12, GetLastError());
     EXPECT_EQ(-12, GetLastError());

@@ -181,6 +181,7 @@ TEST_F(TimeTest, WeekRunsFromSundayOneToSaturdaySeven) {
 TEST_F(TimeTest, FormatHoldsUpTo127Characters) {
     const CTime time(994252577);
     EXPECT_STREQ("Wed Jul 15%", time.Format("%a %b %H%%"));
+    EXPECT_STREQ("x", time.Format("x"));
     const std::string fits(127, 'x');
     EXPECT_STREQ(fits.c_str(), time.Format(fits.c_str()));
     EXPECT_STREQ("", time.Format((fits + "x").c_str()));

@@ -14,6 +14,7 @@
 #include "linux/tty.h"
 #include "linux/win_system.h"
 #include "sim/testing.h"
+#include "tests/support/without_descriptors.h"
 #include "tests/unit/linux/tty_fixture.h"
 
 namespace {
@@ -130,6 +131,12 @@ TEST_F(TtySend, GoesOnAfterAShortWrite) {
     EXPECT_EQ("abcdefgh", port.Heard());
 }
 
+TEST_F(TtySend, WritesNothingMoreWhenAllIsSent) {
+    fates = {kAtMost3, EIO};
+    EXPECT_EQ(3, Send("abc"));
+    EXPECT_EQ(1, port.Opens());
+}
+
 TEST_F(TtySend, StopsWhenTheDeviceTakesNothing) {
     fates = {kAtMost3, kNothing};
     EXPECT_EQ(3, Send("abcdefgh"));
@@ -190,6 +197,12 @@ TEST_F(TtySend, DeviceThatOpensButNeverWorksIsGivenUp) {
     EXPECT_EQ(11, port.Opens());
 }
 
+TEST_F(TtySend, DeviceThatTakesNotOneByteIsGivenUpAsLate) {
+    fate_for_ever = EIO;
+    EXPECT_EQ(0, Send("abcd"));
+    EXPECT_EQ(11, port.Opens());
+}
+
 TEST_F(TtySend, NeedsALineAndBytes) {
     EXPECT_EQ(-1, tty_send(nullptr, "ab", 2));
     EXPECT_EQ(-1, tty_send(line.get(), nullptr, 2));
@@ -201,6 +214,31 @@ TEST_F(TtySend, TracesThePrintableFormAndALineFeed) {
     const CaughtTraces traces;
     Send("AT\r\x82");
     EXPECT_EQ("[Send] AT<cr><M-<stx>>\n", CaughtTraces::Text());
+}
+
+TEST_F(TtyIo, DescriptorZeroIsAsGoodAsAnyOther) {
+    line.reset();
+    {
+        const test_support::WithoutStandardInput closed;
+        line = OpenLine("/dev/ttyS0");
+        ASSERT_EQ(0, tty_fd(line.get()));
+        EXPECT_EQ(0, tty_setup(line.get(), true, true, 2400, 8, 1, 'n'));
+        port.Hears("ab").Says("OK");
+        EXPECT_EQ(2, Send("ab"));
+        EXPECT_EQ(2, tty_data_ready(line.get(), 1000));
+        EXPECT_EQ("OK", Receive());
+        line.reset();
+    }
+}
+
+// A device may hold up whoever reads it without need.
+TEST_F(TtyIo, QuietDeviceIsNotRead) {
+    flooded_ms = 0;
+    flood = true;
+    EXPECT_EQ(0, tty_data_ready(line.get(), 10));
+    tty_mdrain(line.get(), 10);
+    flood = false;
+    EXPECT_EQ(0, flooded_ms);
 }
 
 using TtyReceive = TtyIo;
@@ -333,6 +371,7 @@ TEST_F(TtyDrain, DeviceThatPausesInTimeIsDrainedWhole) {
 // Not even while the bytes that are there are read.
 TEST_F(TtyDrain, FloodEndsToo) {
     port.Says("x");
+    flooded_ms = 0;
     flood = true;
     tty_drain(line.get(), 1);
     flood = false;
@@ -359,6 +398,26 @@ TEST_F(TtyDrain, OpensAVanishedDeviceAgain) {
     EXPECT_EQ(2, port.Opens());
     EXPECT_EQ(700ms, VirtualClock::Now());
     EXPECT_EQ("", Receive());
+}
+
+TEST_F(TtyDrain, DeviceThatVanishesAgainAndAgainIsGivenUp) {
+    for (int i = 0; i < 20; ++i) {
+        port.Vanishes(10ms);
+    }
+    tty_mdrain(line.get(), 500);
+    EXPECT_EQ(11, port.Opens());
+}
+
+TEST_F(TtyDrain, EachByteGivesAVanishingDeviceAllItsTriesAgain) {
+    for (int i = 0; i < 3; ++i) {
+        for (int j = 0; j < 10; ++j) {
+            port.Vanishes(10ms);
+        }
+        port.Says("x", 10ms);
+    }
+    tty_mdrain(line.get(), 500);
+    EXPECT_EQ(31, port.Opens());
+    EXPECT_EQ("", port.Verdict());
 }
 
 TEST_F(TtyDrain, EndsWhenTheDeviceIsGone) {

@@ -21,6 +21,7 @@
 #include "linux/tty_lock.h"
 #include "linux/win_system.h"
 #include "sim/testing.h"
+#include "tests/support/without_descriptors.h"
 #include "tests/unit/linux/temp_folder.h"
 #include "tests/unit/linux/tty_fixture.h"
 
@@ -179,6 +180,16 @@ TEST_F(LockTest, OptionsChooseNameAndForm) {
     }
 }
 
+TEST_F(LockTest, LetterCaseChangesLettersAndNothingElse) {
+    {
+        TtyLock lower;
+        ASSERT_TRUE(lower.Take("@AZ[`az{", Prefix().c_str(), "lower"));
+        EXPECT_TRUE(Exists(File("@az[`az{")));
+    }
+    ASSERT_TRUE(lock.Take("@AZ[`az{", Prefix().c_str(), "upper"));
+    EXPECT_TRUE(Exists(File("@AZ[`AZ{")));
+}
+
 TEST_F(LockTest, LetterCaseIsTheNamesOnly) {
     ASSERT_TRUE(lock.Take("/dev/MyTty", (folder / "Mixed_").c_str(), "lower"));
     EXPECT_TRUE(Exists(folder / "Mixed_mytty"));
@@ -219,6 +230,7 @@ TEST_F(LockTest, OfAProcessThatIsGoneIsTakenOver) {
     EXPECT_TRUE(TakenOver(File(), Prefix(), ended + " program user\n", nullptr));
     EXPECT_TRUE(TakenOver(File(), Prefix(), RawBytes(std::stoi(ended)), "binary"));
     EXPECT_TRUE(TakenOver(File(), Prefix(), RawBytes(std::stoi(ended)) + "more", "binary"));
+    EXPECT_TRUE(TakenOver(File(), Prefix(), "2147483647\n", nullptr)) << "the largest number";
     ASSERT_FALSE(Exists(File()));
     WriteText(File(), ended + "\n");
     ASSERT_TRUE(Take());
@@ -286,6 +298,22 @@ TEST_F(LockTest, ThatCannotBeReadIsHeld) {
     EXPECT_TRUE(Exists(File()));
 }
 
+TEST_F(LockTest, IsMadeAndReadAsDescriptorZeroToo) {
+    const test_support::WithoutStandardInput closed;
+    WriteText(File(), EndedProcess() + "\n");
+    ASSERT_TRUE(Take());
+    EXPECT_EQ(TenColumns(getpid()), ReadText(File()));
+}
+
+TEST_F(LockTest, LeavesNoDescriptorOpen) {
+    const int next = test_support::NextDescriptor();
+    WriteText(File(), "0\n");
+    EXPECT_FALSE(Take());
+    WriteText(File(), EndedProcess() + "\n");
+    EXPECT_TRUE(Take());
+    EXPECT_EQ(next, test_support::NextDescriptor());
+}
+
 TEST_F(LockTest, IsHeldAgainstThisProcessToo) {
     ASSERT_TRUE(Take());
     TtyLock second;
@@ -321,6 +349,8 @@ TEST_F(LockTimeoutTest, HeldLockIsTriedOncePlusTheTimeout) {
     EXPECT_EQ(4000ms, VirtualClock::Now()) << "four rounds, a second after each";
     EXPECT_FALSE(Take("t=1"));
     EXPECT_EQ(6000ms, VirtualClock::Now());
+    EXPECT_FALSE(Take("t=10"));
+    EXPECT_EQ(17000ms, VirtualClock::Now());
 }
 
 TEST_F(LockTimeoutTest, LockThatBecomesFreeIsTaken) {

@@ -34,9 +34,13 @@ std::string Print(const std::string& bytes) {
 }
 
 // The first test: nothing has been printed in this process yet.
-TEST(PrintableText, IsEmptyWithoutAnyMemory) {
+TEST(PrintableText, EndsBeforeThePieceThatHasNoMemory) {
     growths_left = 0;
     EXPECT_STREQ("", mkprint("abc", 3));
+    growths_left = 1;
+    EXPECT_EQ(std::string(128, 'x'), Print(std::string(1000, 'x'))) << "full to the last byte";
+    EXPECT_EQ(std::string(126, 'x'), Print(std::string(126, 'x') + "\x02y"))
+        << "no piece is left out in the middle";
     growths_left = -1;
     EXPECT_STREQ("abc", mkprint("abc", 3));
 }

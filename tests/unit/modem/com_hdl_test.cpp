@@ -3,17 +3,32 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tables/com_ports.h"
 #include "tests/unit/modem/handler_test.h"
 
 namespace {
 
+// As the process begins, before any test has made a handler.
+const bool ran_at_start = CCOMHdl::IsRunning() || CCOMHdl::ModemTest || CCOMHdl::MainModemError;
+const std::vector<int64_t> numbers_at_start = {
+    CCOMHdl::MDialTimeOut,         CCOMHdl::MTAPReadyTimeOut,
+    CCOMHdl::MUCPReadyTimeOut,     CCOMHdl::MPagerReadyTimeOut,
+    CCOMHdl::MUCPWaitForHandShake, CCOMHdl::MNTTWaitForAnswer,
+    CCOMHdl::MNTTWaitForDial,      CCOMHdl::MPeekWait,
+    CCOMHdl::PageProtocol,         CCOMHdl::ComWriteBytes};
+
+TEST(BeforeTheFirstHandler, NothingRunsAndNothingIsWaitedFor) {
+    EXPECT_FALSE(ran_at_start);
+    EXPECT_EQ(std::vector<int64_t>(numbers_at_start.size(), 0), numbers_at_start);
+}
+
 class Handler : public HandlerTest {};
 
 struct TextCase {
     const char* name;
-    const CString* member;
+    CString* member;
     const char* text;
 };
 
@@ -40,6 +55,9 @@ const TextCase kTexts[] = {
 };
 
 TEST_F(Handler, SetsItsTexts) {
+    for (const TextCase& c : kTexts) {
+        *c.member = "of an earlier handler";
+    }
     MakeHandler();
     for (const TextCase& c : kTexts) {
         EXPECT_EQ(*c.member, c.text) << c.name;

@@ -81,6 +81,11 @@ TEST_F(PortSettings, AreFoundByTheExactNameOnly) {
     }
 }
 
+TEST_F(PortSettings, AreNoneWithoutAPort) {
+    EXPECT_EQ(handler->GetCOMPortSetting("COM 1"), "");
+    EXPECT_EQ(~0UL, handler->GetCOMPortId("COM 1"));
+}
+
 TEST_F(PortSettings, OfTheFirstPortOfANameWin) {
     AddEntry("COM 1").baud = "other";
     AddEntry("COM 2").baud = "first";

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "linux/win_system.h"
+#include "tests/support/without_descriptors.h"
 #include "tests/unit/modem/handler_test.h"
 
 namespace {
@@ -215,6 +216,16 @@ TEST_F(TraceWriter, KeepsEveryLineWholeWhenManyThreadsWrite) {
     for (const std::string& entry : entries) {
         ASSERT_EQ(std::string(200, entry[0]), entry);
     }
+}
+
+TEST_F(TraceWriter, DescriptorZeroIsAsGoodAsAnyOther) {
+    const test_support::WithoutStandardInput closed;
+    MakeTracingHandler();
+    EXPECT_EQ(STDIN_FILENO, test_support::NextDescriptor()) << "the file isn't left open";
+    Write("one");
+    Write("two");
+    EXPECT_THAT(TraceEntries(), ElementsAre("one", "two"));
+    EXPECT_EQ(STDIN_FILENO, test_support::NextDescriptor());
 }
 
 // The one who fails goes on; everyone else waits at the next line.
