@@ -30,7 +30,8 @@ template <typename Text, typename Work>
 Run Each(Work work) {
     return [work](benchmark::State& state) {
         const std::string message = Message();
-        const Text text(message.c_str());
+        const char* const plain = message.c_str();
+        const Text text(plain);
         for ([[maybe_unused]] auto _ : state) {
             auto result = work(text);
             benchmark::DoNotOptimize(result);
