@@ -91,7 +91,8 @@ void PageEnds::LookAtPages() {
 void PageEnds::Tell(const PageStory& page) {
     ++counts_[StateOf(page)];
     const std::string text = "page of alarm " + page.alarm + " to \"" +
-                             Decode(page.pager, encoding_) + "\": " + EndOf(page);
+                             Decode(page.pager, encoding_) + "\": " + EndOf(page) +
+                             (page.note.empty() ? "" : ": " + Decode(page.note, encoding_));
     if (IsTrouble(page)) {
         log_.Error(text);
     } else if (page.end == PageEnd::kOffLimit || page.end == PageEnd::kDropped) {

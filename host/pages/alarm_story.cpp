@@ -20,7 +20,7 @@ void AddQueued(const std::vector<PageStory>& pages, std::vector<StoryLine>& stor
 void AddEnds(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
     for (const PageStory& page : pages) {
         if (page.end != PageEnd::kPending) {
-            story.push_back({page.ended, page.pager, EndOf(page), ""});
+            story.push_back({page.ended, page.pager, EndOf(page), page.note});
         }
     }
 }

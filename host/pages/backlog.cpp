@@ -85,13 +85,7 @@ int32_t DiscardPlanned(Connection& connection, const std::string& alarm) {
                                      " WHERE alarm = ? AND answer IS NULL")
                                .Bind(alarm)),
                    [&](int64_t place) {
-                       Statement(
-                           connection,
-                           "UPDATE Host_Deliveries SET answer = ? WHERE alarm = ? AND place = ?")
-                           .Bind(int64_t{kGivenUp})
-                           .Bind(alarm)
-                           .Bind(place)
-                           .Run();
+                       CloseDelivery(connection, alarm, place, kGivenUp);
                        return 1;
                    });
 }
@@ -148,7 +142,8 @@ int32_t MendAlarmStates(Connection& connection) {
                           "SELECT row_id FROM AlarmLog"
                           " WHERE pagerstate IN ('3', '4') AND alarmack IN ('', '0')"
                           " AND alarmlogID IN (SELECT AlmLogID FROM AlarmFwd_PagerEvents"
-                          "  WHERE PagerState = ?)")
+                          "  WHERE PagerState = ? UNION"
+                          "  SELECT alarm FROM Host_Deliveries WHERE answer IS NULL)")
                     .Bind(kStateBeingPaged));
     const int32_t mended = SetStates(connection, alarms, kStateBeingPaged);
     transaction.Commit();

@@ -2,13 +2,16 @@
 #include "host/pages/deliveries.h"
 
 #include "host/alarms/states.h"
+#include "host/store/event_history.h"
+#include "host/store/schema.h"
 #include "host/text/controls.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kSelect =
-    "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer FROM "
+    "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer, line,"
+    " tries FROM "
     "Host_Deliveries ";
 
 std::vector<Delivery> ReadAll(Statement& statement) {
@@ -19,7 +22,8 @@ std::vector<Delivery> ReadAll(Statement& statement) {
         deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
                               WithoutControls(statement.Text(2)),
                               WithoutControls(statement.Text(3)), statement.Number(4),
-                              answered ? std::optional<int32_t>(answer) : std::nullopt});
+                              answered ? std::optional<int32_t>(answer) : std::nullopt,
+                              std::string(statement.Text(7)), statement.Number(8)});
     }
     return deliveries;
 }
@@ -38,6 +42,25 @@ void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
         .Bind(alarm.group)
         .Bind(pager)
         .Run();
+}
+
+// A page that was taken from a line, and that no other gets, ends so.
+void EndMovedPage(Connection& connection, const std::string& alarm, int64_t place) {
+    std::string group;
+    std::string pager;
+    {
+        Statement statement(connection,
+                            "SELECT alarm_group, pager FROM Host_Deliveries AS open"
+                            " WHERE alarm = ? AND place = ? AND (SELECT change FROM Host_History"
+                            "  WHERE alarm = open.alarm AND alarm_group = open.alarm_group"
+                            "  AND pager = open.pager ORDER BY row_id DESC LIMIT 1) = ?");
+        if (!statement.Bind(alarm).Bind(place).Bind(std::string_view(kMoved)).Step()) {
+            return;
+        }
+        group = statement.Text(0);
+        pager = statement.Text(1);
+    }
+    WriteHistory(connection, {kRemoved, alarm, group, pager, kStateBeingPaged, "0"});
 }
 
 bool WentToSomebody(Connection& connection, const std::string& alarm) {
@@ -108,13 +131,21 @@ std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable)
     }
 }
 
-void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer) {
-    WriteTransaction transaction(connection);
+void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place,
+                   int32_t answer) {
     Statement(connection, "UPDATE Host_Deliveries SET answer = ? WHERE alarm = ? AND place = ?")
         .Bind(int64_t{answer})
-        .Bind(delivery.alarm)
-        .Bind(delivery.place)
+        .Bind(alarm)
+        .Bind(place)
         .Run();
+    if (answer != kQueued && answer != kWasQueued) {
+        EndMovedPage(connection, alarm, place);
+    }
+}
+
+void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer) {
+    WriteTransaction transaction(connection);
+    CloseDelivery(connection, delivery.alarm, delivery.place, answer);
     transaction.Commit();
 }
 

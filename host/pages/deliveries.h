@@ -25,6 +25,8 @@ struct Delivery {
     std::string pager;
     int64_t since = 0;              // the last row of Host_History when the alarm was taken up
     std::optional<int32_t> answer;  // none: open
+    std::string line = {};          // that has it, or is to have it; empty: none yet
+    int64_t tries = 0;              // by the lines that it was taken from
 };
 
 // The library's answers, and the host's own for a call that wasn't needed.
@@ -34,7 +36,7 @@ enum DeliveryAnswer : int32_t {
     kQueued = 1,
     kWasAcknowledged = 2,  // before its turn came
     kWasQueued = 3,        // by a process that died before it could note the answer
-    kGivenUp = 4,          // before its turn came, by the operator: the alarm was too old
+    kGivenUp = 4,          // before its turn came, by the operator
 };
 
 // Takes up a new alarm: with no pager at all it is off limit at once. What was noted of an earlier
@@ -46,6 +48,8 @@ std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& al
 // unreadable: gets how many are too large to be read, if it is given. They hide no others.
 std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
 
+// Notes the answer within a write transaction of the caller.
+void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place, int32_t answer);
 void NoteAnswer(Connection& connection, const Delivery& delivery, int32_t answer);
 
 // Whether the library has made this page since the alarm was taken up, however it ended.

@@ -6,6 +6,8 @@
 
 #include "host/alarms/alarms.h"
 #include "host/alarms/states.h"
+#include "host/pages/page_key.h"
+#include "host/pages/pager_limits.h"
 #include "host/pages/sends.h"
 #include "host/store/event_history.h"
 #include "host/store/schema.h"
@@ -13,17 +15,16 @@
 namespace host {
 namespace {
 
-struct PageKey {
-    std::string alarm;
-    std::string group;
-    std::string pager;
-};
+// Its first three columns.
+PageKey KeyIn(const Statement& statement) {
+    return {std::string(statement.Text(0)), std::string(statement.Text(1)),
+            std::string(statement.Text(2))};
+}
 
 std::vector<PageKey> ReadKeys(Statement& statement) {
     std::vector<PageKey> keys;
     while (statement.Step()) {
-        keys.push_back({std::string(statement.Text(0)), std::string(statement.Text(1)),
-                        std::string(statement.Text(2))});
+        keys.push_back(KeyIn(statement));
     }
     return keys;
 }
@@ -32,7 +33,8 @@ std::vector<PageKey> ReadKeys(Statement& statement) {
 std::vector<PageChange> ReadChanges(Connection& connection, const PageKey& key) {
     std::vector<PageChange> changes;
     Statement statement(connection,
-                        "SELECT at, change, state, CAST(tries AS INTEGER), row_id FROM Host_History"
+                        "SELECT at, change, state, CAST(tries AS INTEGER), row_id, line, note"
+                        " FROM Host_History"
                         " WHERE (alarm = ?1 AND pager = ?2 AND alarm_group = ?3)"
                         " OR (alarm = '' AND pager = '' AND change = ?4 AND row_id >"
                         "  (SELECT min(row_id) FROM Host_History"
@@ -42,22 +44,10 @@ std::vector<PageChange> ReadChanges(Connection& connection, const PageKey& key) 
     while (statement.Step()) {
         changes.push_back({static_cast<std::time_t>(statement.Number(0)),
                            std::string(statement.Text(1)), std::string(statement.Text(2)),
-                           statement.Number(3), statement.Number(4)});
+                           statement.Number(3), statement.Number(4), std::string(statement.Text(5)),
+                           std::string(statement.Text(6))});
     }
     return changes;
-}
-
-struct PagerLimits {
-    int64_t retries = 5;  // what the library takes where there is no such pager
-    int64_t delay = 45;
-};
-
-PagerLimits LimitsOf(Connection& connection, const std::string& pager) {
-    Statement statement(connection,
-                        "SELECT CAST(numretries AS INTEGER), CAST(retrydelay AS INTEGER)"
-                        " FROM AlarmFwd_PagerSetting WHERE description = ?");
-    return statement.Bind(pager).Step() ? PagerLimits{statement.Number(0), statement.Number(1)}
-                                        : PagerLimits{};
 }
 
 bool IsAcknowledged(Connection& connection, const std::string& number) {
@@ -102,6 +92,22 @@ PageStory StoryOf(Connection& connection, const PageKey& key) {
     return story;
 }
 
+// Of a page that no library has: it is due as soon as a line can have it. What there is of its
+// history is that of a line that had it, or of an earlier alarm of its number.
+void Wait(Connection& connection, PageStory& story) {
+    story.waits = true;
+    if (story.queued != 0 && story.end == PageEnd::kPending) {
+        return;
+    }
+    const std::optional<Alarm> alarm = FindAlarm(connection, story.alarm);
+    story.queued = alarm ? alarm->raised : 0;
+    story.due = story.queued;
+    story.tries = 0;
+    story.end = PageEnd::kPending;
+    story.ended = 0;
+    story.ended_by = 0;
+}
+
 std::vector<PageStory> StoriesOf(Connection& connection, const std::vector<PageKey>& keys) {
     std::vector<PageStory> stories;
     stories.reserve(keys.size());
@@ -114,10 +120,26 @@ std::vector<PageStory> StoriesOf(Connection& connection, const std::vector<PageK
 }  // namespace
 
 std::vector<PageStory> PendingPages(Connection& connection) {
-    Statement statement(connection,
-                        "SELECT AlmLogID, AlmGroup, PagerDescr FROM AlarmFwd_PagerEvents"
-                        " WHERE PagerState = '2' ORDER BY CAST(AlmLogID AS INTEGER), row_id");
-    return StoriesOf(connection, ReadKeys(statement));
+    std::vector<PageStory> pages;
+    Statement statement(
+        connection,
+        "SELECT alarm, alarm_group, pager, waits, line FROM"
+        " (SELECT AlmLogID AS alarm, AlmGroup AS alarm_group, PagerDescr AS pager, 0 AS waits,"
+        "   row_id AS place, line FROM AlarmFwd_PagerEvents WHERE PagerState = '2' UNION ALL"
+        "  SELECT alarm, alarm_group, pager, 1, place, line FROM Host_Deliveries AS open"
+        "   WHERE answer IS NULL AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
+        "    WHERE AlmLogID = open.alarm AND AlmGroup = open.alarm_group"
+        "    AND PagerDescr = open.pager AND +PagerState = '2'))"
+        " ORDER BY CAST(alarm AS INTEGER), waits, place");
+    while (statement.Step()) {
+        PageStory story = StoryOf(connection, KeyIn(statement));
+        story.line = statement.Text(4);
+        if (statement.Number(3) != 0) {
+            Wait(connection, story);
+        }
+        pages.push_back(std::move(story));
+    }
+    return pages;
 }
 
 std::vector<PageStory> EndedPages(Connection& connection, int64_t count) {
@@ -128,6 +150,8 @@ std::vector<PageStory> EndedPages(Connection& connection, int64_t count) {
         "   WHERE alarm <> '' AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
         "    WHERE AlmLogID = history.alarm AND AlmGroup = history.alarm_group"
         "    AND PagerDescr = history.pager AND PagerState = '2')"
+        "   AND NOT EXISTS (SELECT 1 FROM Host_Deliveries WHERE alarm = history.alarm"
+        "    AND alarm_group = history.alarm_group AND pager = history.pager AND answer IS NULL)"
         "   GROUP BY alarm, alarm_group, pager ORDER BY last DESC LIMIT ?)"
         " ORDER BY last");
     statement.Bind(count);
@@ -157,9 +181,11 @@ std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm)
     return StoriesOf(connection, ReadKeys(statement));
 }
 
-void NoteEngineStart(Connection& connection) {
+void NoteEngineStart(Connection& connection, const std::string& line) {
+    HistoryRow start{kEngineStarts};
+    start.line = line;
     WriteTransaction transaction(connection);
-    WriteHistory(connection, {kEngineStarts});
+    WriteHistory(connection, start);
     transaction.Commit();
 }
 
@@ -170,7 +196,8 @@ int32_t ForgetHistory(Connection& connection, std::time_t before) {
               " (SELECT 1 FROM Host_History WHERE alarm = old.alarm AND pager = old.pager"
               "  AND alarm_group = old.alarm_group AND at >= ?)"
               " AND alarm NOT IN"
-              " (SELECT AlmLogID FROM AlarmFwd_PagerEvents WHERE PagerState = '2')")
+              " (SELECT AlmLogID FROM AlarmFwd_PagerEvents WHERE PagerState = '2')"
+              " AND alarm NOT IN (SELECT alarm FROM Host_Deliveries WHERE answer IS NULL)")
         .Bind(static_cast<int64_t>(before))
         .Run();
     const int32_t count = connection.Changes();

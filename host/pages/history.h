@@ -7,6 +7,7 @@
 //   a page is due when it is queued, and again when an engine starts
 //   rewritten with one try more     it was tried, and is due the pager's delay later
 //   rewritten with as many tries    it failed for the first time, and is due five minutes later
+//   moved                           it is due at once, by another line, and its tries begin anew
 //
 // Errors     StoreError.
 #ifndef PAGERFWD_HOST_PAGES_HISTORY_H
@@ -27,9 +28,11 @@ struct PageChange {
     std::string state;
     int64_t tries = 0;
     int64_t row = 0;  // of the history
+    std::string line = {};
+    std::string note = {};
 };
 
-enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped };
+enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped, kByHand };
 
 // The most that a page's sendings have come to. Unknown: none was recorded.
 enum class Reached { kUnknown, kNothing, kOutsideHours, kDialled, kSent };
@@ -47,13 +50,17 @@ struct PageStory {
     int64_t ended_by = 0;   // the row of the history; 0 while it is pending
     PageEnd end = PageEnd::kPending;
     Reached reached = Reached::kUnknown;
+    std::string line;    // the last that had it; empty: none, or the site has no lines
+    bool waits = false;  // no library has it yet, or any more: it is to go to a line
+    std::string note;    // why it was moved or given up, where somebody said so
 };
 
 // The story of one page. changes: of this page, and where engines started, in order. delay: the
 // pager's, in minutes.
 PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged);
 
-// Every page of which an event is in state 2, in the order in which they were queued.
+// Every page of which an event is in state 2, in the order in which they were queued, and behind
+// them, alarm by alarm, those that wait for a line.
 std::vector<PageStory> PendingPages(Connection& connection);
 // The last so many that have ended, the oldest first.
 std::vector<PageStory> EndedPages(Connection& connection, int64_t count);
@@ -63,8 +70,9 @@ std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, 
 // Every page of one alarm.
 std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm);
 
-// Notes that an engine starts: what it writes then makes pages due.
-void NoteEngineStart(Connection& connection);
+// Notes that an engine starts: what it writes then makes its pages due. line: whose it is; empty:
+// of all pages.
+void NoteEngineStart(Connection& connection, const std::string& line = {});
 
 // Forgets pages that have ended and have not changed since then, and the answers for older alarms
 // that came to no page. Returns how many changes that were.

@@ -17,9 +17,16 @@ class Teller {
 
     void Hear(const PageChange& change) {
         if (change.change == kEngineStarts) {
-            starts_ = true;
-        } else if (change.change == kRemoved) {
+            starts_ = starts_ || IsOf(change.line);
+            return;
+        }
+        story_.line = change.line;
+        if (change.change == kRemoved) {
             Removed(change);
+        } else if (change.change == kMoved) {
+            Moved(change);
+        } else if (change.change == kCancelled) {
+            End(change, PageEnd::kByHand);
         } else if (change.change != kTakenOut && change.change != kBroughtBack) {
             Written(change);
         }
@@ -39,6 +46,11 @@ class Teller {
         // The library doesn't count the try that a centre has confirmed.
         story_.tries = change.tries + (change.state == kStateDone ? 1 : 0);
         starts_ = false;
+    }
+
+    // Whether an engine of this line, or of none, has the page. One without an owner is anybody's.
+    bool IsOf(const std::string& line) const {
+        return line.empty() || story_.line.empty() || line == story_.line;
     }
 
     // The row of a page on the line while its alarm is acknowledged is removed and written again:
@@ -62,6 +74,14 @@ class Teller {
         story_.ended_by = 0;
     }
 
+    // The row that the next line writes is a new page's.
+    void Moved(const PageChange& change) {
+        story_.tries = 0;
+        story_.due = change.at;
+        story_.note = change.note;
+        starts_ = true;
+    }
+
     // An ended page's row is only tidied up. One that is owed has been acknowledged, or its alarm
     // has gone.
     void Removed(const PageChange& change) {
@@ -72,6 +92,8 @@ class Teller {
 
     void End(const PageChange& change, PageEnd end) {
         story_.end = end;
+        story_.queued = story_.queued == 0 ? change.at : story_.queued;
+        story_.note = change.note;
         story_.ended = change.at;
         story_.ended_by = change.row;
     }

@@ -48,13 +48,15 @@ Words Done(Reached reached) {
 Words WordsFor(const PageStory& page) {
     switch (page.end) {
         case PageEnd::kPending:
-            return {"pending", "pending"};
+            return page.waits ? Words{"waiting", "waits for a line"} : Words{"pending", "pending"};
         case PageEnd::kDone:
             return Done(page.reached);
         case PageEnd::kOffLimit:
             return OffLimit(page.reached);
         case PageEnd::kAcknowledged:
             return {"acknowledged", "taken out: the alarm was acknowledged"};
+        case PageEnd::kByHand:
+            return {"cancelled", "given up by hand"};
         case PageEnd::kDropped:
             break;
     }

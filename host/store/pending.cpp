@@ -5,7 +5,12 @@ namespace host {
 
 int64_t CountPendingPages(Connection& connection) {
     Statement statement(connection,
-                        "SELECT count(*) FROM AlarmFwd_PagerEvents AS event"
+                        "SELECT count(*) + (SELECT count(*) FROM Host_Deliveries AS open"
+                        "  WHERE answer IS NULL AND NOT EXISTS"
+                        "   (SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = open.alarm"
+                        "    AND AlmGroup = open.alarm_group AND PagerDescr = open.pager"
+                        "    AND +PagerState = '2'))"
+                        " FROM AlarmFwd_PagerEvents AS event"
                         " WHERE PagerState = '2'"
                         " AND EXISTS (SELECT 1 FROM AlarmLog"
                         "  WHERE alarmlogID = event.AlmLogID AND pagerstate = '2')"

@@ -8,8 +8,9 @@
 
 namespace host {
 
-// How many events are in state 2, with an alarm in state 2 and a pager that is known. Events hidden
-// by a process count: if it has ended, the start brings them back.
+// How many events are in state 2, with an alarm in state 2 and a pager that is known, and how many
+// pages have still to be given to a library. Events hidden by a process count: if it has ended, the
+// start brings them back.
 int64_t CountPendingPages(Connection& connection);
 
 // The condition of an alarm that is owed a page, on its row of AlarmLog: an event is pending,

@@ -75,7 +75,7 @@ constexpr const char* kServiceParts =
 
 // What a site of many lines needs besides.
 //   line, device        of an event, a delivery, a port: see host/store/line_view.h
-//   moves               how often a page was taken from a line
+//   tries               of a page, by the lines that it was taken from
 //   Host_Lines          see host/pages/lines.h
 //   Host_PageRequests   see host/pages/page_requests.h
 // The history was written by triggers before.
@@ -83,7 +83,7 @@ constexpr const char* kLineParts =
     "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE AlarmFwd_COMProperties ADD COLUMN device TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_Deliveries ADD COLUMN line TEXT NOT NULL DEFAULT '';"
-    "ALTER TABLE Host_Deliveries ADD COLUMN moves INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE Host_Deliveries ADD COLUMN tries INTEGER NOT NULL DEFAULT 0;"
     "ALTER TABLE Host_History ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_History ADD COLUMN note TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_TestPages ADD COLUMN line TEXT NOT NULL DEFAULT '';"
@@ -92,7 +92,7 @@ constexpr const char* kLineParts =
     " paused INTEGER NOT NULL DEFAULT 0, doing TEXT NOT NULL DEFAULT '',"
     " doing_since INTEGER NOT NULL DEFAULT 0, pid INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;"
     "CREATE TABLE Host_PageRequests (row_id INTEGER PRIMARY KEY, alarm TEXT NOT NULL,"
-    " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, deed TEXT NOT NULL, line TEXT NOT NULL,"
+    " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, line TEXT NOT NULL,"
     " note TEXT NOT NULL);"
     "DROP TRIGGER IF EXISTS Events_Written;"
     "DROP TRIGGER IF EXISTS Events_Changed;"

@@ -80,6 +80,37 @@ TEST(Story, OfARestart) {
     EXPECT_EQ(1, story.tries);
 }
 
+TEST(Story, OfARestartOfAnotherLine) {
+    const std::vector<PageChange> changes = {
+        {600, kWritten, "2", 0, 1, "north"},
+        {1200, kEngineStarts, "", 0, 2, "south"},
+        {1260, kWritten, "2", 0, 3, "north"},
+    };
+    EXPECT_EQ(15 * 60, TellStory(changes, kDelay, false).due);
+    EXPECT_EQ("north", TellStory(changes, kDelay, false).line);
+}
+
+TEST(Story, OfAPageThatIsMoved) {
+    const std::vector<Change> changes = {
+        {10, kWritten, "2", 0}, {11, kWritten, "2", 1}, {30, kMoved, "2", 1}};
+    EXPECT_EQ(PageEnd::kPending, Tell(changes).end);
+    EXPECT_EQ(30 * 60, Tell(changes).due);
+    EXPECT_EQ(0, Tell(changes).tries);
+    std::vector<Change> then = changes;
+    then.push_back({32, kWritten, "2", 0});
+    EXPECT_EQ(32 * 60, Tell(then).due);
+    then.push_back({33, kWritten, "2", 0});
+    EXPECT_EQ(37 * 60, Tell(then).due);
+    EXPECT_EQ(10 * 60, Tell(then).queued);
+}
+
+TEST(Story, OfAPageThatIsGivenUpByHand) {
+    EXPECT_EQ(PageEnd::kByHand, Tell({{10, kWritten, "2", 1}, {12, kCancelled, "3", 1}}).end);
+    const PageStory never_queued = Tell({{12, kCancelled, "3", 0}});
+    EXPECT_EQ(PageEnd::kByHand, never_queued.end);
+    EXPECT_EQ(12 * 60, never_queued.queued);
+}
+
 TEST(Story, GoesOnBehindARestart) {
     EXPECT_EQ(25 * 60, Tell({{10, kWritten, "2", 1},
                              {20, kEngineStarts, "", 0},

@@ -28,6 +28,7 @@ TEST(PageWords, TellTheKindsOfAnEndApart) {
         {PageEnd::kOffLimit, Reached::kOutsideHours, "outside hours", "outside the pager's hours"},
         {PageEnd::kOffLimit, Reached::kUnknown, "off limit", "tries are used up"},
         {PageEnd::kAcknowledged, Reached::kSent, "acknowledged", "was acknowledged"},
+        {PageEnd::kByHand, Reached::kUnknown, "cancelled", "by hand"},
         {PageEnd::kDropped, Reached::kSent, "dropped", "no longer being paged"},
     };
     for (const Case& wanted : cases) {
@@ -37,6 +38,12 @@ TEST(PageWords, TellTheKindsOfAnEndApart) {
         EXPECT_STREQ(wanted.state, StateOf(page));
         EXPECT_NE(std::string::npos, std::string(EndOf(page)).find(wanted.words)) << EndOf(page);
     }
+}
+
+TEST(PageWords, TellAPageThatWaitsForALine) {
+    PageStory page;
+    page.waits = true;
+    EXPECT_STREQ("waiting", StateOf(page));
 }
 
 }  // namespace

@@ -1,0 +1,140 @@
+// Host_Lines. Tested by tests/unit/host/lines_test.cpp.
+#include "host/pages/lines.h"
+
+#include <set>
+#include <utility>
+
+namespace host {
+namespace {
+
+constexpr Health kHealths[] = {Health::kWell, Health::kSick};
+
+Health HealthFor(std::string_view word) {
+    for (const Health health : kHealths) {
+        if (word == WordOf(health)) {
+            return health;
+        }
+    }
+    return Health::kUnknown;
+}
+
+// A port may have two rows of one name; the first counts.
+std::vector<LineState> ReadWhere(Connection& connection, const std::string& condition,
+                                 const std::string* name) {
+    std::vector<LineState> lines;
+    std::set<std::string> known;
+    Statement statement(connection,
+                        "SELECT port.Description, port.device, line.health, line.since,"
+                        " line.reason, line.paused, line.doing, line.doing_since, line.pid"
+                        " FROM AlarmFwd_COMProperties AS port LEFT JOIN Host_Lines AS line"
+                        " ON line.line = port.Description" +
+                            condition + " ORDER BY port.row_id");
+    if (name != nullptr) {
+        statement.Bind(*name);
+    }
+    while (statement.Step()) {
+        LineState line;
+        line.line = statement.Text(0);
+        line.device = statement.Text(1);
+        line.health = HealthFor(statement.Text(2));
+        line.since = static_cast<std::time_t>(statement.Number(3));
+        line.reason = statement.Text(4);
+        line.paused = statement.Number(5) != 0;
+        line.doing = statement.Text(6);
+        line.doing_since = static_cast<std::time_t>(statement.Number(7));
+        line.process = statement.Number(8);
+        if (known.insert(line.line).second) {
+            lines.push_back(std::move(line));
+        }
+    }
+    return lines;
+}
+
+// Sets columns of a line's row, "health = ?2, since = ?3"; the line is ?1.
+class LineChange {
+ public:
+    LineChange(Connection& connection, const std::string& line, const std::string& columns)
+        : transaction_(connection) {
+        Statement(connection, "INSERT OR IGNORE INTO Host_Lines (line) VALUES (?)")
+            .Bind(line)
+            .Run();
+        statement_.emplace(connection, "UPDATE Host_Lines SET " + columns + " WHERE line = ?1");
+        statement_->Bind(line);
+    }
+
+    template <typename Value>
+    LineChange& With(const Value& value) {
+        statement_->Bind(value);
+        return *this;
+    }
+
+    void Commit() {
+        statement_->Run();
+        statement_.reset();
+        transaction_.Commit();
+    }
+
+ private:
+    WriteTransaction transaction_;
+    std::optional<Statement> statement_;
+};
+
+}  // namespace
+
+const char* WordOf(Health health) {
+    switch (health) {
+        case Health::kWell:
+            return "well";
+        case Health::kSick:
+            return "sick";
+        case Health::kUnknown:
+            break;
+    }
+    return "unknown";
+}
+
+std::vector<LineState> ReadLines(Connection& connection) {
+    return ReadWhere(connection, "", nullptr);
+}
+
+std::optional<LineState> FindLine(Connection& connection, const std::string& line) {
+    std::vector<LineState> lines = ReadWhere(connection, " WHERE port.Description = ?", &line);
+    return lines.empty() ? std::nullopt : std::optional<LineState>(std::move(lines.front()));
+}
+
+void SetHealth(Connection& connection, const std::string& line, Health health,
+               const std::string& reason, std::time_t now) {
+    LineChange(connection, line, "health = ?2, reason = ?3, since = ?4")
+        .With(std::string_view(WordOf(health)))
+        .With(reason)
+        .With(static_cast<int64_t>(now))
+        .Commit();
+}
+
+void SetPaused(Connection& connection, const std::string& line, bool paused) {
+    LineChange(connection, line, "paused = ?2").With(int64_t{paused}).Commit();
+}
+
+void SetDoing(Connection& connection, const std::string& line, const std::string& doing,
+              std::time_t now) {
+    LineChange(connection, line, "doing = ?2, doing_since = ?3")
+        .With(doing)
+        .With(static_cast<int64_t>(now))
+        .Commit();
+}
+
+void SetProcess(Connection& connection, const std::string& line, int64_t process) {
+    LineChange(connection, line, "pid = ?2, doing = CASE ?2 WHEN 0 THEN '' ELSE doing END")
+        .With(process)
+        .Commit();
+}
+
+void ForgetOtherLines(Connection& connection) {
+    WriteTransaction transaction(connection);
+    connection.Execute(
+        "DELETE FROM Host_Lines WHERE line NOT IN"
+        " (SELECT Description FROM AlarmFwd_COMProperties)");
+    transaction.Commit();
+}
+
+}  // namespace host
