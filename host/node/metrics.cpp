@@ -97,6 +97,9 @@ std::string AsText(const Metrics& metrics, Encoding encoding) {
     Figure(out, "pagerfwd_pages_pending", "gauge", "Pages that are pending.", metrics.pending);
     Figure(out, "pagerfwd_start_time_seconds", "gauge", "When the engine started, since 1970.",
            static_cast<uint64_t>(metrics.started));
+    Figure(out, "pagerfwd_heartbeat_timestamp_seconds", "gauge",
+           "When all was as it should be, at last, since 1970; 0: not yet.",
+           static_cast<uint64_t>(metrics.heartbeat));
     constexpr const char* kLast = "pagerfwd_last_success_timestamp_seconds";
     Head(out, kLast, "gauge",
          "When a page last got through, since 1970, by the port that was used.");

@@ -16,6 +16,7 @@ namespace host {
 
 struct Metrics {
     std::time_t started = 0;
+    std::time_t heartbeat = 0;  // when all was as it should be, at last
     // Since the engine started. Sendings: by result, then by the port that was used.
     std::map<std::string, std::map<std::string, uint64_t>> sendings;
     std::map<std::string, uint64_t> ended;  // pages, by what they came to

@@ -33,6 +33,7 @@ TEST(Metrics, CountEverySendingByItsOutcome) {
     metrics.given_up = 7;
     metrics.pending = 3;
     metrics.started = 978940000;
+    metrics.heartbeat = 978941111;
     const std::string text = AsText(metrics, Encoding::kLatin1);
     const std::string pages = "\npagerfwd_pages_total{result=";
     EXPECT_THAT(text, HasSubstr(pages + "\"sent\",port=\"COM 1\"} 1\n"));
@@ -47,6 +48,7 @@ TEST(Metrics, CountEverySendingByItsOutcome) {
     EXPECT_THAT(text, HasSubstr("\npagerfwd_line_seconds_total 76\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_pending 3\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_start_time_seconds 978940000\n"));
+    EXPECT_THAT(text, HasSubstr("\npagerfwd_heartbeat_timestamp_seconds 978941111\n"));
 }
 
 TEST(Metrics, TellTheLastSuccessOfEachPort) {
