@@ -63,7 +63,8 @@ void ReadLoads(Connection& connection, std::vector<ReckonedLine>& lines) {
     EachNumber(connection,
                "SELECT line, count(*) FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2'"
                " AND NOT EXISTS (SELECT 1 FROM Host_Sends AS sent"
-               "  WHERE sent.alarm = event.AlmLogID AND sent.pager = event.PagerDescr)"
+               "  WHERE sent.alarm = event.AlmLogID AND sent.pager = event.PagerDescr"
+               "  AND sent.port = event.line)"
                " GROUP BY line",
                lines, [](ReckonedLine& line, int64_t count) { line.untried += count; });
 }

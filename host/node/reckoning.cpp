@@ -102,8 +102,8 @@ class Reckoner {
             " coalesce((SELECT max(at) FROM Host_History AS history WHERE history.alarm = AlmLogID"
             "  AND history.pager = PagerDescr AND change IN ('written', 'changed')), 0),"
             " EXISTS (SELECT 1 FROM Host_Sends AS sent WHERE sent.alarm = AlmLogID"
-            "  AND sent.pager = PagerDescr),"
-            " coalesce((SELECT max(moves) FROM Host_Deliveries AS owed WHERE owed.alarm = AlmLogID"
+            "  AND sent.pager = PagerDescr AND sent.port = event.line),"
+            " coalesce((SELECT max(tries) FROM Host_Deliveries AS owed WHERE owed.alarm = AlmLogID"
             "  AND owed.pager = PagerDescr), 0)"
             " FROM AlarmFwd_PagerEvents AS event JOIN AlarmLog AS alarm ON alarmlogID = AlmLogID"
             " WHERE event.PagerState = '2' AND alarm.pagerstate = '2'"
@@ -154,7 +154,7 @@ class Reckoner {
         return {};
     }
 
-    // A page that was moved before may have used up what it may be tried elsewhere.
+    // A page that was taken from a line before may have used up what it may be tried elsewhere.
     std::string WhyIsItThere(const Page& page) const {
         if (site_.LinesFor(page.pager).empty() || page.was_moved ||
             (page.line != nullptr && site_.IsBound(page.pager))) {

@@ -202,7 +202,7 @@ TEST_F(Reckoning, LetsBoundAndMovedPagesStay) {
     Execute("UPDATE AlarmFwd_PagerEvents SET PagerDescr = 'duty'");
     EXPECT_EQ(1U, Amisses().size());
     Owe("duty");
-    Execute("UPDATE Host_Deliveries SET answer = 1, moves = 1");
+    Execute("UPDATE Host_Deliveries SET answer = 1, tries = 2");
     EXPECT_THAT(Amisses(), IsEmpty());
 }
 
