@@ -35,11 +35,6 @@ std::vector<Alarm> AcknowledgedAlarms(Connection& connection) {
     return acknowledged;
 }
 
-bool IsTrouble(const PageStory& page) {
-    return page.end == PageEnd::kOffLimit && page.reached != Reached::kSent &&
-           page.reached != Reached::kDialled;
-}
-
 }  // namespace
 
 PageEnds::PageEnds(Connection& connection, Encoding encoding, OperatorLog& log)
@@ -93,7 +88,7 @@ void PageEnds::Tell(const PageStory& page) {
     const std::string text = "page of alarm " + page.alarm + " to \"" +
                              Decode(page.pager, encoding_) + "\": " + EndOf(page) +
                              (page.note.empty() ? "" : ": " + Decode(page.note, encoding_));
-    if (IsTrouble(page)) {
+    if (IsUndelivered(page)) {
         log_.Error(text);
     } else if (page.end == PageEnd::kOffLimit || page.end == PageEnd::kDropped) {
         log_.Warning(text);

@@ -55,6 +55,9 @@ struct PageStory {
     std::string note;    // why it was moved or given up, where somebody said so
 };
 
+// Whether it was given up, and as far as is known nobody got it.
+bool IsUndelivered(const PageStory& page);
+
 // The story of one page. changes: of this page, and where engines started, in order. delay: the
 // pager's, in minutes.
 PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged);

@@ -106,6 +106,11 @@ class Teller {
 
 }  // namespace
 
+bool IsUndelivered(const PageStory& page) {
+    return page.end == PageEnd::kOffLimit && page.reached != Reached::kSent &&
+           page.reached != Reached::kDialled;
+}
+
 PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged) {
     Teller teller(delay, acknowledged);
     for (const PageChange& change : changes) {

@@ -1,0 +1,234 @@
+// The sources of notices. Tested by tests/unit/host/news_test.cpp.
+#include "host/node/news.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "host/alarms/states.h"
+#include "host/node/reckoned_site.h"
+
+namespace host {
+namespace {
+
+constexpr std::time_t kBetweenLooks = 5;
+
+// A line records its sending a moment behind the end of the page.
+constexpr std::time_t kUntilRecorded = 5;
+
+// Alarms that are looked at. Older ones are history.
+constexpr int64_t kLastAlarms = 1000;
+
+bool IsOver(const Alarm& alarm) {
+    return !alarm.acknowledged && (alarm.state == kStateOffLimit || alarm.state == kStateDone);
+}
+
+// One that an operator has given up is known to him.
+bool HasReachedSomebody(const PageStory& page) {
+    return page.reached == Reached::kSent || page.reached == Reached::kDialled ||
+           page.end == PageEnd::kByHand ||
+           (page.end == PageEnd::kDone && page.reached != Reached::kOutsideHours);
+}
+
+// Pagers for which pages are owed or pending.
+std::vector<std::string> PagersWithPages(Connection& connection) {
+    std::vector<std::string> pagers;
+    Statement statement(
+        connection,
+        "SELECT pager FROM Host_Deliveries JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
+        " WHERE answer IS NULL AND alarmack IN ('', '0')"
+        " UNION SELECT PagerDescr FROM AlarmFwd_PagerEvents JOIN AlarmLog ON alarmlogID = AlmLogID"
+        " WHERE AlarmFwd_PagerEvents.PagerState = '2' AND alarmack IN ('', '0')");
+    while (statement.Step()) {
+        pagers.emplace_back(statement.Text(0));
+    }
+    return pagers;
+}
+
+}  // namespace
+
+void News::Look(Connection& connection, std::time_t now) {
+    if (now < look_at_ && now + kBetweenLooks >= look_at_) {
+        return;
+    }
+    look_at_ = now + kBetweenLooks;
+    LookAtLines(connection, now);
+    LookAtAlarms(connection, now);
+    LookAtWaitingPagers(connection, now);
+    first_ = false;
+}
+
+Notice News::Made(NoticeKind kind, bool over, const std::string& text) const {
+    Notice notice;
+    notice.kind = kind;
+    notice.over = over;
+    notice.text = text;
+    return notice;
+}
+
+void News::LookAtLines(Connection& connection, std::time_t now) {
+    std::set<std::string> sick;
+    Statement statement(connection, "SELECT line, reason FROM Host_Lines WHERE health = 'sick'");
+    while (statement.Step()) {
+        const std::string line = Decode(statement.Text(0), encoding_);
+        sick.insert(line);
+        if (sick_.count(line) == 0 && !first_) {
+            Notice notice =
+                Made(NoticeKind::kLineSick, false,
+                     "line \"" + line + "\" is sick: " + Decode(statement.Text(1), encoding_));
+            notice.line = line;
+            notices_.Say(notice, now);
+        }
+    }
+    for (const std::string& line : sick_) {
+        if (sick.count(line) == 0) {
+            Notice notice = Made(NoticeKind::kLineSick, true, "line \"" + line + "\" is back");
+            notice.line = line;
+            notices_.Say(notice, now);
+        }
+    }
+    sick_ = std::move(sick);
+}
+
+void News::PageEnded(const PageStory& page, std::time_t now) {
+    if (!IsUndelivered(page)) {
+        return;
+    }
+    const std::string pager = Decode(page.pager, encoding_);
+    const std::string alarm = Decode(page.alarm, encoding_);
+    given_up_[alarm].insert(pager);
+    Notice notice = Made(NoticeKind::kPageGivenUp, false,
+                         "page of alarm " + alarm + " (" + Decode(page.group, encoding_) +
+                             ") to \"" + pager + "\": given up, none of its tries got through");
+    notice.alarm = alarm;
+    notice.pager = pager;
+    notices_.Say(notice, now);
+}
+
+void News::LookAtAlarms(Connection& connection, std::time_t now) {
+    std::set<int64_t> rows;
+    for (const Alarm& alarm : LastAlarms(connection, kLastAlarms)) {
+        rows.insert(alarm.row);
+        LookAtAlarm(connection, alarm, now);
+        if (alarm.acknowledged) {
+            Acknowledged(alarm, now);
+        }
+    }
+    for (auto one = ended_.begin(); one != ended_.end();) {
+        one = rows.count(one->first) == 0 ? ended_.erase(one) : std::next(one);
+    }
+}
+
+void News::LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now) {
+    const auto known = ended_.find(alarm.row);
+    if (!IsOver(alarm)) {
+        if (known != ended_.end()) {
+            if (known->second.unheard) {
+                SayOfAlarm(alarm, true,
+                           alarm.acknowledged ? "was acknowledged" : "is being paged again", now);
+            }
+            ended_.erase(known);
+        }
+        return;
+    }
+    if (known == ended_.end()) {
+        ended_[alarm.row] = {now, first_, false};
+        return;
+    }
+    Ended& ended = known->second;
+    if (ended.looked_at || now < ended.seen + kUntilRecorded) {
+        return;
+    }
+    ended.looked_at = true;
+    const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
+    ended.unheard = std::none_of(pages.begin(), pages.end(), HasReachedSomebody);
+    if (ended.unheard) {
+        SayOfAlarm(alarm, false,
+                   pages.empty() ? "reached nobody: it led to no pager"
+                                 : "reached nobody: no page of it got through",
+                   now);
+    }
+}
+
+void News::SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, std::time_t now) {
+    Notice notice = Made(NoticeKind::kAlarmUnheard, over,
+                         "alarm " + Decode(alarm.number, encoding_) + " (" +
+                             Decode(alarm.group, encoding_) + ") " + what);
+    notice.alarm = Decode(alarm.number, encoding_);
+    notices_.Say(notice, now);
+}
+
+void News::Acknowledged(const Alarm& alarm, std::time_t now) {
+    const auto found = given_up_.find(Decode(alarm.number, encoding_));
+    if (found == given_up_.end()) {
+        return;
+    }
+    for (const std::string& pager : found->second) {
+        Notice notice = Made(NoticeKind::kPageGivenUp, true,
+                             "alarm " + found->first + ", whose page to \"" + pager +
+                                 "\" was given up, was acknowledged");
+        notice.alarm = found->first;
+        notice.pager = pager;
+        notices_.Say(notice, now);
+    }
+    given_up_.erase(found);
+}
+
+void News::LookAtWaitingPagers(Connection& connection, std::time_t now) {
+    std::map<std::string, std::time_t> waiting;
+    const std::vector<std::string> pagers = PagersWithPages(connection);
+    const ReckonedSite site = pagers.empty() ? ReckonedSite{} : ReadReckonedSite(connection);
+    for (const std::string& pager : pagers) {
+        const auto known = site.pagers.find(pager);
+        if (known != site.pagers.end() && known->second.rows == 1 && site.LinesFor(pager).empty()) {
+            const auto before = waiting_.find(pager);
+            waiting[pager] = before == waiting_.end() ? now : before->second;
+        }
+    }
+    for (const auto& [pager, since] : waiting) {
+        if (now >= since + kPassing && told_waiting_.insert(pager).second) {
+            const std::string name = Decode(pager, encoding_);
+            Notice notice = Made(NoticeKind::kPagerWithoutLine, false,
+                                 "pages to \"" + name + "\" wait: no line can have them");
+            notice.pager = name;
+            notices_.Say(notice, now);
+        }
+    }
+    for (auto told = told_waiting_.begin(); told != told_waiting_.end();) {
+        if (waiting.count(*told) != 0) {
+            ++told;
+            continue;
+        }
+        const std::string name = Decode(*told, encoding_);
+        Notice notice = Made(NoticeKind::kPagerWithoutLine, true,
+                             "no page to \"" + name + "\" waits for want of a line any more");
+        notice.pager = name;
+        notices_.Say(notice, now);
+        told = told_waiting_.erase(told);
+    }
+    waiting_ = std::move(waiting);
+}
+
+void News::DatabaseWorked(const std::string& why_not, std::time_t now) {
+    if (why_not.empty()) {
+        failing_.reset();
+        if (std::exchange(told_failing_, false)) {
+            notices_.Say(Made(NoticeKind::kDatabaseAway, true, "the database works again"), now);
+        }
+        return;
+    }
+    failing_ = failing_.value_or(now);
+    if (now >= *failing_ + kPassing && !std::exchange(told_failing_, true)) {
+        notices_.Say(Made(NoticeKind::kDatabaseAway, false, "no page can leave: " + why_not), now);
+    }
+}
+
+void News::DiskIs(bool full, const std::string& database, std::time_t now) {
+    if (std::exchange(full_, full) != full) {
+        notices_.Say(Made(NoticeKind::kDiskFull, !full,
+                          "the disk of " + database + (full ? " is full" : " has room again")),
+                     now);
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,75 @@
+// Finds what somebody should hear of, and says it to the notices: each trouble once, and its
+// all-clear. It reads the tables as everybody may; only of the database, the disk and a page that
+// has ended it is told.
+//
+// What was so before the node started isn't told again.
+//
+// Threads    One.
+// Errors     StoreError; the next look tells what this one couldn't.
+#ifndef PAGERFWD_HOST_NODE_NEWS_H
+#define PAGERFWD_HOST_NODE_NEWS_H
+
+#include <ctime>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "host/alarms/alarms.h"
+#include "host/node/notices.h"
+#include "host/pages/history.h"
+#include "host/store/connection.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+class News {
+ public:
+    News(Encoding encoding, Notices& notices) : encoding_(encoding), notices_(notices) {}
+
+    // To be called about once a second.
+    void Look(Connection& connection, std::time_t now);
+
+    // A page has ended, however it did.
+    void PageEnded(const PageStory& page, std::time_t now);
+
+    // What the last work with the database came to; why is empty where it went well.
+    void DatabaseWorked(const std::string& why_not, std::time_t now);
+
+    void DiskIs(bool full, const std::string& database, std::time_t now);
+
+    // Seconds that a trouble of the database, or a pager without a line, has to last.
+    static constexpr std::time_t kPassing = 30;
+
+ private:
+    // Alarms whose pages have all ended, by their rows.
+    struct Ended {
+        std::time_t seen = 0;
+        bool looked_at = false;
+        bool unheard = false;
+    };
+    void LookAtLines(Connection& connection, std::time_t now);
+    void LookAtAlarms(Connection& connection, std::time_t now);
+    void LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now);
+    void Acknowledged(const Alarm& alarm, std::time_t now);
+    void LookAtWaitingPagers(Connection& connection, std::time_t now);
+    Notice Made(NoticeKind kind, bool over, const std::string& text) const;
+    void SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, std::time_t now);
+
+    const Encoding encoding_;
+    Notices& notices_;
+    std::time_t look_at_ = 0;
+    bool first_ = true;
+    std::set<std::string> sick_;                             // lines
+    std::map<int64_t, Ended> ended_;                         // alarms
+    std::map<std::string, std::set<std::string>> given_up_;  // pagers, by the alarm's number
+    std::map<std::string, std::time_t> waiting_;             // pagers without a line, since when
+    std::set<std::string> told_waiting_;
+    std::optional<std::time_t> failing_;  // the database, since when
+    bool told_failing_ = false;
+    bool full_ = false;
+};
+
+}  // namespace host
+
+#endif
