@@ -89,6 +89,11 @@ function(install_simulator)
     install(TARGETS pagersim COMPONENT simulator)
     install(TARGETS pagersim_preload LIBRARY DESTINATION ${PAGERSIM_LIBRARY_FOLDER}
             COMPONENT simulator)
+    # A Debian package holds files of one word size.
+    if(TARGET pagersim_preload_other AND NOT PAGERFWD_DEBIAN)
+        install(TARGETS pagersim_preload_other LIBRARY DESTINATION ${PAGERSIM_LIBRARY_FOLDER}
+                COMPONENT simulator)
+    endif()
     install_man(pagersim.1 simulator)
     install(FILES examples/exchange.toml DESTINATION ${PAGERFWD_DOC_ROOT}/pagersim/examples
             COMPONENT simulator)

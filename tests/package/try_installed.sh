@@ -29,6 +29,32 @@ simulated --expect "tap:5550111=OFFICE/Minor/lobby/Door 3 is open" \
 pagerfwd status | tee status
 [ "$(grep -c "$(cat number)" status)" = 3 ]
 
+# A program of the other word size joins a world, where there is what it takes.
+join_other() {
+    local size=$1
+    cat >other.c <<'END'
+#include <stdio.h>
+#include <time.h>
+#include <unistd.h>
+
+int main(void) {
+    sleep(5);
+    const time_t now = time(NULL);
+    char text[32];
+    strftime(text, sizeof text, "%H:%M:%S", localtime(&now));
+    printf("%zu %s\n", sizeof(void*) * 8, text);
+}
+END
+    "$compiler" -m"$size" -Wall -Wextra -Werror other.c -o other
+    pagersim world --quiet --exchange "$examples/exchange.toml" --until-left night &
+    until [ -s night/preloads ]; do sleep 0.05; done
+    [ "$(pagersim join night -- ./other)" = "$size 10:00:05" ]
+    wait $!
+}
+for size in 32 64; do
+    [ ! -e "$library/pagersim/libpagersim-preload-$size.so" ] || join_other "$size"
+done
+
 # The example host of the sources, against the library that is installed.
 host() {
     simulated --expect "tap:5550111=PLANT/Critical/pumps/Pump 3 stands still" -- "$1"
