@@ -1,11 +1,9 @@
 // pagerfwd alarm: the alarm log. Tested by tests/unit/host/cli_alarm_test.cpp.
-#include <pwd.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <array>
 #include <climits>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -20,6 +18,7 @@
 #include "host/cli/raise_warnings.h"
 #include "host/cli/severities.h"
 #include "host/cli/times.h"
+#include "host/cli/user_name.h"
 #include "host/pages/page_words.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
@@ -83,16 +82,6 @@ ExitCode Raise(const Program& program, const RaiseOptions& options) {
         Warn(warning);
     }
     return kDone;
-}
-
-// Whoever called this program; behind sudo, too.
-std::string UserName() {
-    const char* const before = std::getenv("SUDO_USER");
-    if (geteuid() == 0 && before != nullptr) {
-        return before;
-    }
-    const passwd* const entry = getpwuid(getuid());
-    return entry == nullptr ? "user " + std::to_string(getuid()) : entry->pw_name;
 }
 
 ExitCode Ack(const Program& program, const std::vector<int64_t>& numbers) {

@@ -9,6 +9,7 @@
 #include "host/alarms/alarms.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
+#include "host/pages/lines.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/look.h"
@@ -40,6 +41,9 @@ std::vector<std::string> NamesIn(Connection& connection, const std::string& kind
     }
     if (kind == "hours") {
         return TimeModelNames(connection);
+    }
+    if (kind == "lines") {
+        return LineNames(connection);
     }
     if (kind == "open-alarms") {
         return Numbers(OpenAlarms(connection));

@@ -57,6 +57,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddHours(app, program);
     AddRun(app, program);
     AddAlarm(app, program);
+    AddPage(app, program);
     AddStatus(app, program);
     AddWatch(app, program);
     AddLog(app, program);

@@ -60,6 +60,7 @@ void AddLog(CLI::App& app, Program& program);
 void AddNames(CLI::App& app, Program& program);
 void AddNotify(CLI::App& app, Program& program);
 void AddPorts(CLI::App& app, Program& program);
+void AddPage(CLI::App& app, Program& program);
 void AddRoutes(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);

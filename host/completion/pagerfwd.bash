@@ -41,12 +41,22 @@ _pagerfwd_offer_names() {
     done < <("$program" "${options[@]}" names "$1" 2>/dev/null)
 }
 
+# An alarm, and behind it a pager.
+_pagerfwd_offer_page() {
+    if [[ $previous =~ ^[0-9]+$ ]]; then
+        _pagerfwd_offer_names pagers
+    else
+        _pagerfwd_offer_names open-alarms
+    fi
+}
+
 # What stands where an option's value or a word of the command may stand.
 _pagerfwd_offer_words() {
     case ${command[*]} in
         test | explain) _pagerfwd_offer_names pagers ;;
         in-hours | "hours show" | "hours edit") _pagerfwd_offer_names hours ;;
         "alarm ack") _pagerfwd_offer_names open-alarms ;;
+        "page cancel" | "page move") _pagerfwd_offer_page ;;
         log) _pagerfwd_offer_names alarms ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
     esac
@@ -77,6 +87,7 @@ _pagerfwd() {
         --locks) mapfile -t COMPREPLY < <(compgen -d -- "$current") ;;
         --severity) _pagerfwd_offer_names severities ;;
         --pager) _pagerfwd_offer_names pagers ;;
+        --line) _pagerfwd_offer_names lines ;;
         --database | --library | --svg | --metrics) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
         *)
             if [[ $current == -* ]]; then

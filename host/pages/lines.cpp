@@ -97,6 +97,14 @@ std::vector<LineState> ReadLines(Connection& connection) {
     return ReadWhere(connection, "", nullptr);
 }
 
+std::vector<std::string> LineNames(Connection& connection) {
+    std::vector<std::string> names;
+    for (LineState& line : ReadLines(connection)) {
+        names.push_back(std::move(line.line));
+    }
+    return names;
+}
+
 std::optional<LineState> FindLine(Connection& connection, const std::string& line) {
     std::vector<LineState> lines = ReadWhere(connection, " WHERE port.Description = ?", &line);
     return lines.empty() ? std::nullopt : std::optional<LineState>(std::move(lines.front()));

@@ -32,6 +32,7 @@ struct LineState {
 
 // One for each port of the site, in the order of the ports.
 std::vector<LineState> ReadLines(Connection& connection);
+std::vector<std::string> LineNames(Connection& connection);
 // None: the site has no such port.
 std::optional<LineState> FindLine(Connection& connection, const std::string& line);
 

@@ -87,6 +87,9 @@ for command in in-hours "hours show" "hours edit"; do
 done
 offers "$open" --database "$site" alarm ack ""
 [[ $(offered --database "$site" alarm ack "") != *"$over"* ]] || fail "an alarm that is over is offered"
+offers "$open" --database "$site" page cancel ""
+offers "duty phone" --database "$site" page cancel "$open" du
+offers "COM 1" --database "$site" page move "$open" "duty phone" --line ""
 offers "$over" --database "$site" log ""
 offers major --database "$site" alarm raise --severity ma
 offers critical routes --severity ""
