@@ -6,13 +6,18 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/cli/names.h"
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/severities.h"
 #include "host/explain/explanation.h"
+#include "host/site/port_device.h"
+#include "host/site/ports_of_pager.h"
+#include "host/site/read_back.h"
 #include "host/site/site_tables.h"
+#include "host/store/line_view.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
 #include "host/text/nearest.h"
@@ -47,20 +52,38 @@ UsablePort MakeUsable(const DBComPort& row) {
     return usable;
 }
 
-// The port by name; for a pager that takes any, the first with a modem.
-OwnedPortRow FindPort(const std::string& database, const std::string& name) {
-    CDB_ComPorts ports(database.c_str());
-    const bool any = name.empty() || name[0] == 'A' || name[0] == 'a';
-    if (!any) {
-        return OwnedPortRow(ports.FindComPort(name.c_str()));
-    }
-    for (int number = 1; number <= CCOMHdl::kMaxPorts; ++number) {
-        OwnedPortRow row(ports.FindComPort(("COM " + std::to_string(number)).c_str()));
-        if (row && row->select) {
-            return row;
+// The port of the site that the page would go over: the one that was asked for, or the first that
+// can have it. Throws Failure.
+Port FindPort(const Site& site, const std::string& name, const std::string& line) {
+    const auto pager =
+        std::find_if(site.pagers.begin(), site.pagers.end(),
+                     [&name](const Pager& one) { return one.description.value == name; });
+    const std::vector<const Port*> ports =
+        pager == site.pagers.end() ? std::vector<const Port*>() : PortsOf(site, *pager);
+    for (const Port* port : ports) {
+        if (line.empty() || port->name.value == line) {
+            return *port;
         }
     }
-    return nullptr;
+    const std::string& wanted =
+        !line.empty() || pager == site.pagers.end() ? line : pager->port.value;
+    throw Failure(kNoLine, "pager \"" + name + "\" can't be reached: " +
+                               (wanted.empty()  ? "no port can dial for it"
+                                : ports.empty() ? "there is no port \"" + wanted + "\""
+                                                : "it isn't paged over port \"" + wanted + "\"") +
+                               "; import a site file that has it");
+}
+
+// The row, with the name by which the library knows the one port of its line.
+UsablePort UsablePortOf(const std::string& database, const Port& port, Encoding encoding) {
+    CDB_ComPorts ports(database.c_str());
+    const OwnedPortRow row(ports.FindComPort(Encode(port.name.value, encoding).c_str()));
+    if (!row) {
+        throw Failure(kNoLine, "port \"" + port.name.value + "\" can't be read");
+    }
+    UsablePort usable = MakeUsable(*row);
+    usable.port->name = kOnlyPort;
+    return usable;
 }
 
 std::string Quoted(const std::string& bytes) {
@@ -84,8 +107,10 @@ void Print(const ExplainedStep& step) {
     }
 }
 
-void Print(const std::string& name, const Explanation& explanation) {
+void Print(const std::string& name, const Port& port, const Explanation& explanation) {
     std::cout << "pager  \"" << Printable(name) << "\", " << explanation.type << "\n"
+              << "port   \"" << Printable(port.name.value) << "\", "
+              << Printable(DeviceOfPort(port)) << "\n"
               << "line   " << explanation.mode << "   " << explanation.settings << "\n";
     for (const ExplainedStep& step : explanation.steps) {
         Print(step);
@@ -95,7 +120,7 @@ void Print(const std::string& name, const Explanation& explanation) {
     }
 }
 
-Json AsJson(const std::string& name, const Explanation& explanation) {
+Json AsJson(const std::string& name, const Port& port, const Explanation& explanation) {
     Json steps = Json::array();
     for (const ExplainedStep& step : explanation.steps) {
         Json pieces = Json::array();
@@ -106,6 +131,8 @@ Json AsJson(const std::string& name, const Explanation& explanation) {
     }
     return {{"pager", name},
             {"type", explanation.type},
+            {"port", port.name.value},
+            {"device", DeviceOfPort(port)},
             {"mode", explanation.mode},
             {"settings", explanation.settings},
             {"steps", std::move(steps)},
@@ -118,6 +145,7 @@ struct ExplainOptions {
     std::string group = PagedAlarm().group;
     std::string severity = "informational";
     std::string server = PagedAlarm().server;
+    std::string line;
     bool json = false;
 };
 
@@ -129,27 +157,20 @@ ExitCode Explain(const Program& program, const ExplainOptions& options) {
     const PagerRow row = FindOnePager(lease.Database(), name, encoding);
     UseShiftJis(encoding == Encoding::kShiftJis);
 
-    const OwnedPortRow portRow = FindPort(program.database, row.port);
-    if (!portRow) {
-        throw Failure(kNoLine,
-                      "pager \"" + Printable(name) + "\" can't be reached: there is no " +
-                          (row.port.empty() ? "port with a modem"
-                                            : "port \"" + Shown(row.port, encoding) + "\"") +
-                          "; import a site file that has it");
-    }
+    const Port port = FindPort(ReadSiteBack(lease.Database()).site, name, options.line);
     std::string number = row.number;
     ::Pager pager{};
     pager.pagerType = std::atoi(row.type.c_str());
     pager.pagerNumber = number.data();
-    const UsablePort usable = MakeUsable(*portRow);
+    const UsablePort usable = UsablePortOf(program.database, port, encoding);
     const Explanation explanation = ExplainPage(
         pager, *usable.port,
         {EncodeNearest(options.group, encoding), EncodeNearest(options.server, encoding),
          EncodeNearest(options.text, encoding), severity});
     if (options.json) {
-        std::cout << Written(AsJson(name, explanation)) << "\n";
+        std::cout << Written(AsJson(name, port, explanation)) << "\n";
     } else {
-        Print(name, explanation);
+        Print(name, port, explanation);
     }
     return kDone;
 }
@@ -167,9 +188,12 @@ void AddExplain(CLI::App& app, Program& program) {
     command->add_option("--group", options->group, "The alarm's group")->capture_default_str();
     command->add_option("--severity", options->severity, "How bad it is")->capture_default_str();
     command->add_option("--server", options->server, "Who has raised it")->capture_default_str();
+    command->add_option("--line", options->line,
+                        "The port that it goes over; without it, the first that can have it");
     command->add_flag("--json", options->json, "The explanation as JSON");
     command->footer(
-        "Line settings, dial command, and every byte of the dialogue, field by field, as the "
+        "The port with its device, line settings, dial command, and every byte of the dialogue, "
+        "field by field, as the "
         "library\n"
         "builds them. Control characters are shown by name, such as <cr>; those of the text are "
         "sent\n"

@@ -395,6 +395,41 @@ TEST_F(Cli, ExplainsTwoByteCharactersWhereTheSiteIsShiftJis) {
                 HasSubstr("\n  = ATDT*2*2966067##;<cr>\n"));
 }
 
+TEST_F(Cli, ExplainsAPageOverAPortOfAnyName) {
+    MakeSite(R"([[port]]
+name = "north"
+device = "/dev/ttyUSB0"
+[port.pager]
+dial = "ATDT0,"
+[[port]]
+name = "south"
+device = "/dev/ttyUSB1"
+[port.sms1]
+dial = "ATDT1"
+[[port]]
+name = "west"
+device = "/dev/ttyUSB2"
+[port.sms1]
+dial = "ATDT2"
+[[pager]]
+description = "duty"
+type = "sms1"
+number = "0"
+)");
+    EXPECT_THAT(Run({"explain", "duty"}).out,
+                AllOf(HasSubstr("\nport   \"south\", /dev/ttyUSB1\nline   COM1:2400,E,7,1"),
+                      HasSubstr("\n    ATDT1 ")));
+    EXPECT_THAT(Run({"explain", "duty", "--line", "west"}).out,
+                AllOf(HasSubstr("\nport   \"west\", /dev/ttyUSB2\n"), HasSubstr("\n    ATDT2 ")));
+    EXPECT_THAT(Run({"explain", "duty", "--line", "west", "--json"}).out,
+                AllOf(HasSubstr("\"port\": \"west\""), HasSubstr("\"device\": \"/dev/ttyUSB2\"")));
+    for (const char* line : {"north", "east"}) {
+        const ProgramRun run = Run({"explain", "duty", "--line", line});
+        EXPECT_EQ(5, run.exit_code);
+        EXPECT_THAT(run.err, HasSubstr(std::string("it isn't paged over port \"") + line + "\""));
+    }
+}
+
 TEST_F(Cli, ExplainsAPageOfAnyAlarm) {
     MakeSite();
     EXPECT_THAT(Run({"explain", "duty", "--group", "PLANT/1", "--severity", "major", "--server",

@@ -85,6 +85,7 @@ done
 for command in in-hours "hours show" "hours edit"; do
     offers office --database "$site" $command of
 done
+offers "COM 1" --database "$site" explain duty --line ""
 offers "$open" --database "$site" alarm ack ""
 [[ $(offered --database "$site" alarm ack "") != *"$over"* ]] || fail "an alarm that is over is offered"
 offers "$open" --database "$site" page cancel ""
