@@ -77,7 +77,7 @@ void CheckPage(const Site& site, const Pager& pager, const PendingPage& page, En
                          kShorten);
     }
     const std::string low = AsSevenBits(page.details);
-    if (most == 0 || low == page.details) {
+    if (low == page.details) {
         return;
     }
     for (const Port* port : PortsOf(site, pager)) {

@@ -26,12 +26,14 @@ int64_t DaysBefore(int64_t year) {
     return past * 365 + past / 4 - past / 100 + past / 400;
 }
 
-// Digits only; -1 otherwise.
+constexpr int kNone = -1;
+
+// Digits only; kNone otherwise.
 int Number(std::string_view text) {
-    int number = -1;
+    int number = kNone;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() && text.front() != '-' ? number
-                                                                                           : -1;
+                                                                                           : kNone;
 }
 
 }  // namespace
@@ -53,6 +55,9 @@ std::optional<int64_t> ParseTraceDate(std::string_view text) {
         return std::nullopt;
     }
     const int year = Number(text.substr(6));
+    if (year == kNone) {
+        return std::nullopt;
+    }
     return DayOf(year + (year >= 69 ? 1900 : 2000), Number(text.substr(0, 2)),
                  Number(text.substr(3, 2)));
 }

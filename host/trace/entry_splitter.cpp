@@ -83,7 +83,8 @@ void EntrySplitter::Decide() {
 
 void EntrySplitter::Begin(int second) {
     open_ = true;
-    entry_ = {lines_, second, {}, 0};
+    entry_.line = lines_;
+    entry_.second = second;
     text_.clear();
     end_.clear();
     size_ = 0;

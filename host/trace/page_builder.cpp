@@ -52,11 +52,6 @@ void PageBuilder::NoteTime() {
     page_.seconds = last_;
 }
 
-void PageBuilder::TakeBytes() {
-    NoteTime();
-    bytes_follow_ = false;
-}
-
 // A port is opened before anything is heard: what says otherwise later, a far end has said.
 bool PageBuilder::IsOutOfPlace(const TraceMeaning& meaning) const {
     return meaning.kind == TraceKind::kFailed && phase_ != PagePhase::kOpen &&

@@ -23,7 +23,7 @@ class PageBuilder {
     // The next entry is what is sent, raw: no text of the library. It stands also in the line that
     // says that it went out.
     bool BytesFollow() const { return bytes_follow_; }
-    void TakeBytes();
+    void TakeBytes() { bytes_follow_ = false; }
 
     // The page has ended, or was cut off.
     const TracedPage& End(bool cutOff);

@@ -239,4 +239,31 @@ TEST_F(CliAlarm, NeedsADatabase) {
     }
 }
 
+// --- What completion asks for.
+
+TEST_F(CliAlarm, NamesTheOpenAndTheLastOnes) {
+    const std::string open = Raise({"x"});
+    const std::string over = Raise({"y"});
+    Run({"alarm", "ack", over});
+    EXPECT_EQ(open + "\n", Run({"names", "open-alarms"}).out);
+    EXPECT_EQ(open + "\n" + over + "\n", Run({"names", "alarms"}).out);
+    EXPECT_THAT(Run({"names", "severities"}).out, HasSubstr("critical\nmajor\n"));
+    EXPECT_EQ(2, Run({"names", "others"}).exit_code);
+}
+
+// --- Its story.
+
+TEST_F(CliAlarm, IsToldLineByLine) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, severity, server, details, alarm_group, pagerstate,"
+        " alarmack, timestamp, acktime, alarmnote) VALUES"
+        " ('978948000', '2', 'pumps', 'Pump 3', 'plant/1', '1', '1', '978948000', '978948060',"
+        " 'acknowledged by maria')");
+    EXPECT_EQ(
+        "alarm 978948000, plant/1, from pumps: Pump 3\n"
+        "2001-01-08 10:00:00  raised\n"
+        "2001-01-08 10:01:00  acknowledged (by maria)\n",
+        Run({"log", "978948000"}).out);
+}
+
 }  // namespace

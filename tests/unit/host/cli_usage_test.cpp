@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tests/unit/host/cli_fixture.h"
 
 namespace {
@@ -76,5 +78,57 @@ TEST_F(CliFixture, AWordOfAnyLengthIsAnswered) {
 TEST_F(CliFixture, AWrongWordNeverSteersTheTerminal) {
     EXPECT_THAT(Run({"\x1b[2J"}).err, StartsWith("pagerfwd: there is no command \"\\x1b[2J\""));
 }
+
+// --- What the help shows.
+
+class HelpOf : public ::testing::TestWithParam<const char*> {
+ protected:
+    static ProgramRun Shell(const std::string& command) {
+        return RunProgram({"/bin/sh", "-c", command});
+    }
+    static std::string Help() {
+        std::vector<std::string> command = {PAGERFWD_PROGRAM};
+        std::istringstream words(GetParam());
+        for (std::string word; words >> word;) {
+            command.push_back(word);
+        }
+        command.emplace_back("--help");
+        return RunProgram(command).out;
+    }
+    // The lines below "Example:" or "Examples:", without what another program does.
+    static std::vector<std::string> Examples() {
+        std::vector<std::string> examples;
+        std::istringstream help(Help());
+        bool below = false;
+        for (std::string line; std::getline(help, line);) {
+            if (below && line.rfind("  pagerfwd ", 0) == 0) {
+                examples.push_back(line.substr(0, line.find_first_of("|&;")));
+            }
+            below = below || line == "Example:" || line == "Examples:";
+        }
+        return examples;
+    }
+
+    const test_support::TempDir folder;  // without a database
+};
+
+TEST_P(HelpOf, HasExamplesThatAreUnderstood) {
+    const std::vector<std::string> examples = Examples();
+    EXPECT_FALSE(examples.empty());
+    for (const std::string& example : examples) {
+        const ProgramRun run = Shell(PAGERFWD_PROGRAM + example.substr(sizeof "  pagerfwd" - 1));
+        EXPECT_NE(2, run.exit_code) << example << "\n" << run.err;
+    }
+}
+
+TEST_P(HelpOf, SaysHowTheCommandIsCalled) {
+    EXPECT_THAT(Help(), HasSubstr("Usage: pagerfwd " + std::string(GetParam())));
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, HelpOf,
+                         ::testing::Values("alarm raise", "alarm ack", "alarm list", "check",
+                                           "explain", "export", "hours", "hours show", "hours edit",
+                                           "import", "in-hours", "init", "log", "routes", "run",
+                                           "status", "test", "trace", "watch"));
 
 }  // namespace

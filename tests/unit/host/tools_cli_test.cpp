@@ -186,6 +186,7 @@ TEST_F(SiteCommands, ShowHoursAsAGrid) {
     EXPECT_THAT(Run({"hours", "show"}).out,
                 AllOf(StartsWith(kOffice), HasSubstr("\n\nhours \"always\"\n")));
     const auto json = nlohmann::json::parse(Run({"hours", "show", "office", "--json"}).out);
+    EXPECT_EQ("office", json[0]["name"]);
     EXPECT_EQ("8-18", json[0]["week"]["mon"]);
     EXPECT_EQ("none", json[0]["week"]["sun"]);
 }

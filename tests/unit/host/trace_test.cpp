@@ -120,6 +120,7 @@ TEST(TraceEntries, KeepTheEndOfALongTextInPiecesOfAnySize) {
 
 TEST(TraceCalendar, CountsDays) {
     EXPECT_EQ(0, DayOf(1970, 1, 1));
+    EXPECT_EQ(-719162, DayOf(1, 1, 1));
     EXPECT_EQ(11330, ParseTraceDate("01/08/01"));
     EXPECT_EQ(11330, ParseIsoDate("2001-01-08"));
     EXPECT_EQ(ParseIsoDate("1999-12-31"), ParseTraceDate("12/31/99"));
@@ -128,7 +129,14 @@ TEST(TraceCalendar, CountsDays) {
                              "1900-02-29", "2001/01/08", "0000-01-01"}) {
         EXPECT_EQ(std::nullopt, ParseIsoDate(none)) << none;
     }
-    EXPECT_EQ(std::nullopt, ParseTraceDate("1/8/2001"));
+    for (const char* none : {"1/8/2001", "01/08/xx", "xx/08/01", "01/xx/01", "01-08/01"}) {
+        EXPECT_EQ(std::nullopt, ParseTraceDate(none)) << none;
+    }
+}
+
+TEST(TraceCalendar, HasYearsOfTwoDigitsFrom1969To2068) {
+    EXPECT_EQ(-1, ParseTraceDate("12/31/69"));
+    EXPECT_EQ(ParseIsoDate("2068-01-01"), ParseTraceDate("01/01/68"));
 }
 
 TEST(TraceCalendar, WritesEveryDayAsItReadsIt) {
@@ -389,6 +397,49 @@ TEST(TracedPages, KeepABoundedNumberOfTurns) {
     const TracedPage page = RecordedTrace::Of(trace.End().Text()).pages[0];
     EXPECT_EQ(kMostTurns, page.turns.size());
     EXPECT_EQ(5U, page.turns_left_out);
+}
+
+TEST(TracedPages, AreCutOffWhereTheNextBegins) {
+    const RecordedTrace read = RecordedTrace::Of(TraceWriter().Begin().Begin("tech").End().Text());
+    ASSERT_THAT(read.pages, SizeIs(2));
+    EXPECT_EQ("duty", read.pages[0].pager);
+    EXPECT_EQ("the trace ends before the page does", read.pages[0].reason);
+    EXPECT_EQ("tech", read.pages[1].pager);
+}
+
+TEST(TracedPages, AreCutOffWhereAnEngineIsMade) {
+    RecordedTrace recorded;
+    TraceReader reader(recorded);
+    reader.Feed(TraceWriter().Begin().Say("CPagerHdl::CPagerHdl: ./site.db").Text());
+    reader.Pause();
+    EXPECT_EQ(nullptr, reader.Current());
+    EXPECT_THAT(recorded.pages, SizeIs(1));
+}
+
+// A port is opened before anything is heard.
+TEST(TracedPages, FailForWantOfAPortOnlyAtTheirBeginning) {
+    const std::string taken = "COM port cannot be opened!";
+    const auto at_first = RecordedTrace::Of(TraceWriter().Begin().Say(taken).End().Text());
+    EXPECT_EQ(5, at_first.pages.at(0).result);
+    const auto later = RecordedTrace::Of(TraceWriter().Begin().Message().Say(taken).End().Text());
+    EXPECT_EQ(0, later.pages.at(0).result);
+    ASSERT_THAT(later.pages[0].turns, SizeIs(1));
+    EXPECT_EQ(Turn::Kind::kUnknown, later.pages[0].turns[0].kind);
+}
+
+TEST(TracedPages, HaveTheSettingsOfTheirLine) {
+    const auto read =
+        RecordedTrace::Of(TraceWriter().Begin().Say("COM Settings: 2400,n,8,1").End().Text());
+    EXPECT_EQ("2400,n,8,1", read.pages.at(0).settings);
+}
+
+TEST(TracedPages, ListenForAWhileWithoutWaitingForAnything) {
+    const RecordedTrace read = RecordedTrace::Of(
+        TraceWriter().Begin().Wait("WAIT_STRING", 2000, "", 2, false).End().Text());
+    ASSERT_THAT(read.pages, SizeIs(1));
+    ASSERT_THAT(read.pages[0].turns, SizeIs(1));
+    EXPECT_EQ(Turn::Kind::kPaused, read.pages[0].turns[0].kind);
+    EXPECT_EQ("", read.pages[0].turns[0].text);
 }
 
 TEST(TracedPages, CanBeSeenWhileTheyGrow) {

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -111,6 +113,16 @@ TEST(PageFilter, ReadsInstants) {
     }
 }
 
+TEST(PageFilter, ReadsEverySecondOfADay) {
+    const LocalSeconds day = ParseInstant("2001-01-08");
+    EXPECT_EQ(day, ParseInstant("2001-01-08 00:00"));
+    EXPECT_EQ(day, ParseInstant("2001-01-08 00:00:00"));
+    EXPECT_EQ(day + 86399, ParseInstant("2001-01-08T23:59:59"));
+    for (const char* none : {"2001-01-08 24:00", "2001-01-08 00:60", "2001-01-08 00:00:60"}) {
+        EXPECT_THROW(ParseInstant(none), NoInstant) << none;
+    }
+}
+
 TEST(PageFilter, TakesWhatFitsAllItAsksFor) {
     const TracedPage page = BusyPage();
     PageFilter filter;
@@ -183,6 +195,20 @@ TEST(PageJson, IsAsciiWhateverTheTexts) {
     }
 }
 
+// Other programs read them.
+TEST(PageJson, HasTheseFields) {
+    const auto json = nlohmann::json::parse(PageAsJson(BusyPage(), Encoding::kLatin1));
+    std::vector<std::string> names;
+    for (const auto& field : json.items()) {
+        names.push_back(field.key());
+    }
+    EXPECT_THAT(
+        names, ::testing::UnorderedElementsAre(
+                   "page", "line", "date", "time", "seconds", "test", "pager", "type", "number",
+                   "port", "port_asked", "settings", "hours", "alarm", "server", "severity", "text",
+                   "outcome", "result", "reason", "phases", "dialogue", "dialogue_left_out"));
+}
+
 TEST(PageJson, HasNoDayWhereTheTraceHasNone) {
     const auto json = nlohmann::json::parse(PageAsJson(TracedPage{}, Encoding::kLatin1));
     EXPECT_TRUE(json["date"].is_null());
@@ -222,6 +248,15 @@ TEST(PageSvg, ShowsWhoSpokeWhoWaitedAndForHowLong) {
                 AllOf(HasSubstr(">dial 9 s<"), HasSubstr(">ATDT1&lt;cr&gt;<"), HasSubstr(">BUSY<"),
                       HasSubstr(">waited 9 s for CONNECT, in vain<"),
                       HasSubstr("2001-01-08 10:00:00, 17 s, COM 1, not sent: dialling failed")));
+}
+
+// As it was looked at: a changed picture is looked at again, and put in its place.
+TEST(PageSvg, LooksAsTheOneThatWasLookedAt) {
+    std::ifstream file(LIBRARY_SOURCES "/tests/unit/host/busy_page.svg");
+    const std::string expected{std::istreambuf_iterator<char>(file), {}};
+    TracedPage page = BusyPage();
+    page.turns_left_out = 3;
+    EXPECT_EQ(expected, PageAsSvg(page, Encoding::kLatin1));
 }
 
 constexpr const char* kRed = "#c62828";
