@@ -75,7 +75,7 @@ std::string FileText(const std::string& path) {
 }
 
 std::string MakeDatabase(const Folder& folder) {
-    const std::string name = folder.File("site.db");
+    std::string name = folder.File("site.db");
     host::Connection connection(name, host::Connection::Mode::kCreate);
     host::CreateTables(connection);
     host::StoreSite(connection, host::ParseSite(FileText(EXAMPLE_SITE)).site);

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -71,14 +72,12 @@ size_t BytesInUse() {
 }
 
 double ResidentBytes() {
-    long pages = 0;
-    if (FILE* file = std::fopen("/proc/self/statm", "r")) {
-        if (std::fscanf(file, "%*d %ld", &pages) != 1) {
-            pages = 0;
-        }
-        std::fclose(file);
-    }
-    return static_cast<double>(pages) * 4096;
+    constexpr double kPage = 4096;
+    std::ifstream file("/proc/self/statm");
+    double all = 0;
+    double resident = 0;
+    file >> all >> resident;
+    return resident * kPage;
 }
 
 class Engine {
