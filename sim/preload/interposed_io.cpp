@@ -177,6 +177,18 @@ bool IsOurs(int fd) {
     return TheWorld().IsShared() && TheWorld().Shared().Owns(fd);
 }
 
+// The program is about to have a descriptor there: what is ours gives way, what it waits for goes.
+void MakeRoom(int from, int wanted) {
+    if (!TheWorld().IsShared() || from == wanted) {
+        return;
+    }
+    const Locked locked;
+    TheWorld().Shared().Watched().Forget(wanted);
+    if (IsOurs(wanted)) {
+        TheWorld().Shared().MoveAway(wanted);
+    }
+}
+
 // Requires: not a line's.
 void BeforeClosing(int fd) {
     TheWorld().Threads().NoteDescriptorUse();
@@ -202,18 +214,22 @@ PAGERSIM_INTERPOSED int close(int fd) {
 }
 
 PAGERSIM_INTERPOSED int close_range(unsigned first, unsigned last, int flags) noexcept {
-    if (flags != 0) {
+    if ((flags & CLOSE_RANGE_CLOEXEC) != 0) {
         const int result = Real().close_range(first, last, flags);
         if (TheWorld().IsShared()) {
             TheWorld().Shared().StayInherited();
         }
         return result;
     }
+    // For a thread with descriptors of its own: an empty range unshares them and closes none.
+    if (flags != 0 && Real().close_range(~0U, ~0U, flags) != 0) {
+        return -1;
+    }
     const unsigned end = std::min<unsigned>(last, kDescriptorLimit - 1);
     for (unsigned fd = first; fd <= end; ++fd) {
         close(static_cast<int>(fd));
     }
-    return last > end ? Real().close_range(std::max(first, end + 1), last, flags) : 0;
+    return last > end ? Real().close_range(std::max(first, end + 1), last, 0) : 0;
 }
 
 PAGERSIM_INTERPOSED void closefrom(int first) noexcept {
@@ -227,12 +243,14 @@ PAGERSIM_INTERPOSED int dup(int fd) noexcept {
 }
 
 PAGERSIM_INTERPOSED int dup2(int fd, int wanted) noexcept {
+    MakeRoom(fd, wanted);
     const int copy = Real().dup2(fd, wanted);
     Duplicated(fd, copy);
     return copy;
 }
 
 PAGERSIM_INTERPOSED int dup3(int fd, int wanted, int flags) noexcept {
+    MakeRoom(fd, wanted);
     const int copy = Real().dup3(fd, wanted, flags);
     Duplicated(fd, copy);
     return copy;

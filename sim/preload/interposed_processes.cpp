@@ -135,6 +135,11 @@ PAGERSIM_INTERPOSED pid_t vfork() noexcept {
     return TheWorld().IsShared() ? fork() : Real().fork();
 }
 
+// One that runs no handlers of fork wouldn't come into the world by ours.
+PAGERSIM_INTERPOSED pid_t _Fork() noexcept {
+    return TheWorld().IsShared() ? fork() : Real()._Fork();
+}
+
 PAGERSIM_INTERPOSED int posix_spawn(pid_t* child, const char* path,
                                     const posix_spawn_file_actions_t* actions,
                                     const posix_spawnattr_t* attributes, char* const* arguments,
@@ -191,6 +196,10 @@ PAGERSIM_INTERPOSED int system(const char* command) {
 
 PAGERSIM_INTERPOSED int kill(pid_t process, int signal) noexcept {
     return Sent(Real().kill(process, signal));
+}
+
+PAGERSIM_INTERPOSED int sigqueue(pid_t process, int signal, const sigval value) noexcept {
+    return Sent(Real().sigqueue(process, signal, value));
 }
 
 PAGERSIM_INTERPOSED int killpg(pid_t group, int signal) noexcept {

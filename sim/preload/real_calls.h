@@ -36,7 +36,7 @@ namespace pagersim {
     X(pthread_rwlock_trywrlock) X(pthread_rwlock_unlock) X(pthread_cond_clockwait) X(accept) \
     X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(wait4) X(waitid) X(sigwait) \
     X(sigwaitinfo) X(sigsuspend) X(pause) X(close_range) X(fork) X(posix_spawn) X(posix_spawnp) \
-    X(popen) X(system) X(kill) X(killpg) X(nanosleep) X(usleep) X(clock_nanosleep) X(flock) \
+    X(popen) X(system) X(kill) X(killpg) X(sigqueue) X(_Fork) X(nanosleep) X(usleep) X(clock_nanosleep) X(flock) \
     X(lockf)
 // clang-format on
 #define PAGERSIM_REAL_CONDITION_CALLS(X) \

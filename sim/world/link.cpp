@@ -19,9 +19,6 @@
 namespace pagersim {
 namespace {
 
-// Above the descriptors that a program usually has, as lines are.
-constexpr int kFirstOfOurs = 700;
-
 [[noreturn]] void EndWithoutWorld() {
     static constexpr std::string_view kText = "pagersim: the world of this program has ended\n";
     constexpr int kStatus = 125;
@@ -45,8 +42,8 @@ void SetInherited(int fd, bool inherited) {
 
 }  // namespace
 
-int MovedUp(int fd) {
-    const int high = Real().fcntl(fd, F_DUPFD_CLOEXEC, kFirstOfOurs);
+int MovedUp(int fd, int least) {
+    const int high = Real().fcntl(fd, F_DUPFD_CLOEXEC, least);
     if (high < 0) {
         return fd;
     }
@@ -148,6 +145,16 @@ void Link::Adopt() {
 
 void Link::StayInherited() {
     SetInherited(socket_, true);
+}
+
+void Link::MoveAway(int fd) {
+    for (int* const mine : {&socket_, &child_}) {
+        if (*mine == fd) {
+            *mine = MovedUp(fd, fd + 1);
+            SetInherited(*mine, true);
+        }
+    }
+    watched_.MoveAway(fd);
 }
 
 bool Link::Owns(int fd) const {

@@ -52,6 +52,7 @@ class Link {
     void Adopt();             // in the child
     void StayInherited();     // whatever the program has set for its descriptors
     bool Owns(int fd) const;  // not the program's to close
+    void MoveAway(int fd);    // one of ours, since the program wants that number for itself
 
     WatchedDescriptors& Watched() { return watched_; }
 
@@ -73,8 +74,11 @@ class Link {
     WatchedDescriptors watched_;
 };
 
+// Above the descriptors that a program usually has, as lines are.
+constexpr int kFirstOfOurs = 700;
+
 // The same descriptor above those that a program usually has, as far as there is room.
-int MovedUp(int fd);
+int MovedUp(int fd, int least = kFirstOfOurs);
 
 }  // namespace pagersim
 

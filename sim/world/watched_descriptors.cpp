@@ -91,6 +91,14 @@ void WatchedDescriptors::Renew() {
     }
 }
 
+void WatchedDescriptors::MoveAway(int fd) {
+    if (fd == world_) {
+        world_ = MovedUp(fd, fd + 1);
+    } else if (fd == own_) {
+        Renew();  // It is known by its number in the world's set.
+    }
+}
+
 bool WatchedDescriptors::OthersAreReady() const {
     std::array<epoll_event, kMostEvents> ready{};
     const int count = Real().epoll_wait(world_, ready.data(), kMostEvents, 0);

@@ -35,6 +35,9 @@ class WatchedDescriptors {
     // Whether another process of the world could go on.
     bool OthersAreReady() const;
 
+    // One of ours, since the program wants that number for itself.
+    void MoveAway(int fd);
+
     bool Owns(int fd) const { return fd >= 0 && (fd == world_ || fd == own_); }
 
  private:

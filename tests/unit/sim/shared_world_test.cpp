@@ -53,6 +53,23 @@ TEST_F(SharedWorld, AProgramThatReplacesAnotherStaysInIt) {
                   .out);
 }
 
+TEST_F(SharedWorld, WhatAProgramDoesWithAllDescriptorsLeavesItInIt) {
+    for (const char* const deed : {"close-all", "close-unshared", "dup-over"}) {
+        EXPECT_EQ(
+            "2001-01-08 10:00:07\n",
+            Quietly(Child({"sleep:3", deed, "sleep:1", "exec", "sleep:3", "now"}) + Words{"await"})
+                .out)
+            << deed;
+    }
+}
+
+TEST_F(SharedWorld, AChildThatWasMadeInOtherWaysIsInItToo) {
+    EXPECT_EQ("three\nfive\n2001-01-08 10:00:05\n",
+              Quietly(Words{"bare-child", "sleep:5", "print:five", "end"} +
+                      Words{"sleep:3", "print:three", "await", "now"})
+                  .out);
+}
+
 TEST_F(SharedWorld, TheParentGoesOnFirstAndTheChildAtTheSameInstant) {
     EXPECT_EQ("parent\nchild\n2001-01-08 10:00:00\n",
               Quietly(Child({"print:child"}) + Words{"print:parent", "await", "now"}).out);
@@ -151,13 +168,15 @@ TEST_F(SharedWorld, TwoLinesInOneTranscript) {
 }
 
 TEST_F(SharedWorld, AKilledProcessLeavesAModemThatHangsUp) {
-    const Result result =
-        Client(Child(Dial("/dev/ttyS0") + Words{"sleep:1000"}) + Words{"sleep:30", "kill-child"} +
-               Words{"await"} + Dial("/dev/ttyS0") + kPage);
-    EXPECT_EQ(0, result.status) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("   30.000  COM 1  tap      # the call is over\n"
-                                      "   30.000  COM 1  program  # closes the line\n"
-                                      "   30.000  COM 1  program  # opens the line\n"));
+    for (const char* const deed : {"kill-child", "queue-child"}) {
+        const Result result = Client(Child(Dial("/dev/ttyS0") + Words{"sleep:1000"}) +
+                                     Words{"sleep:30", deed} + Dial("/dev/ttyS0") + kPage);
+        EXPECT_EQ(0, result.status) << result.err;
+        EXPECT_THAT(result.out, HasSubstr("   30.000  COM 1  tap      # the call is over\n"
+                                          "   30.000  COM 1  program  # closes the line\n"
+                                          "   30.000  COM 1  program  # opens the line\n"))
+            << deed;
+    }
 }
 
 TEST_F(SharedWorld, ALineStaysOpenAsLongAsOneHasIt) {

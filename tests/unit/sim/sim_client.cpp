@@ -10,8 +10,10 @@
 // fork or as a program of its own; the pipe is one that children inherit.
 //
 //   child ... end      spawn ... end    await            kill-child
+//   bare-child ... end (by _Fork)       queue-child (kills it by sigqueue)
 //   pipe               tell:TEXT        hear             shell:COMMAND
 //   lock:FILE          unlock           lock-bytes:FILE  unlock-bytes
+//   dup-over           close-unshared
 //   popen:COMMAND      spin:MS (of real time)            descriptors
 //   twins:COUNT (threads, each of which spawns a program and awaits its end)
 //
@@ -158,9 +160,9 @@ char** EndOf(char** step) {
     return step;
 }
 
-void Fork(char** steps) {
+void Fork(char** steps, pid_t (*make)()) {
     std::fflush(stdout);
-    child = fork();
+    child = make();
     if (child == 0) {
         Run(steps, EndOf(steps));
         std::exit(0);
@@ -228,6 +230,14 @@ void PrintDescriptors() {
     }
 }
 
+// Everything else that is open.
+void DupOver() {
+    constexpr int kEnd = 1024;
+    for (int fd = STDERR_FILENO + 1; fd < kEnd; ++fd) {
+        dup2(STDERR_FILENO, fd);
+    }
+}
+
 void SpawnAndAwait() {
     std::string name = "sim_client";
     std::string step = "sleep:1";
@@ -253,13 +263,17 @@ void SpawnAtOnce(int count) {
 
 bool DoWithProcesses(const std::string& name, const std::string& argument, char** step) {
     if (name == "child") {
-        Fork(step + 1);
+        Fork(step + 1, fork);
+    } else if (name == "bare-child") {
+        Fork(step + 1, _Fork);
     } else if (name == "spawn") {
         Spawn(step + 1);
     } else if (name == "await") {
         wait(nullptr);
     } else if (name == "kill-child") {
         kill(child, SIGKILL);
+    } else if (name == "queue-child") {
+        sigqueue(child, SIGKILL, {});
     } else if (name == "pipe") {
         return pipe(ends) == 0;
     } else if (name == "tell") {
@@ -280,6 +294,10 @@ bool DoWithProcesses(const std::string& name, const std::string& argument, char*
         return Popen(argument);
     } else if (name == "spin") {
         Spin(std::stoi(argument));
+    } else if (name == "dup-over") {
+        DupOver();
+    } else if (name == "close-unshared") {
+        close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_UNSHARE);
     } else if (name == "descriptors") {
         PrintDescriptors();
     } else if (name == "twins") {
@@ -331,7 +349,8 @@ void Do(char** step) {
 void Run(char** first, char** last) {
     for (char** step = first; step != last; ++step) {
         Do(step);
-        if (std::strcmp(*step, "child") == 0 || std::strcmp(*step, "spawn") == 0) {
+        if (std::strcmp(*step, "child") == 0 || std::strcmp(*step, "bare-child") == 0 ||
+            std::strcmp(*step, "spawn") == 0) {
             step = EndOf(step);
         }
     }
