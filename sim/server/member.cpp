@@ -48,7 +48,8 @@ ThreadStatus StatusIn(const std::string& folder) {
 
 bool Sleeps(const ThreadStatus& status) {
     const uint64_t on_its_way = (status.pending | status.pending_for_process) & ~status.blocked;
-    return (status.state == 'S' || status.state == 'T') && on_its_way == 0;
+    const bool has_ended = status.state == 'Z';  // the first thread, before the others
+    return has_ended || ((status.state == 'S' || status.state == 'T') && on_its_way == 0);
 }
 
 pid_t SenderOf(msghdr& message) {

@@ -39,6 +39,9 @@ class Link {
     // Where the process has gone on to by itself.
     void SetNow(Micros now) { clock_.Set(now); }
 
+    // Later than that when this process was set aside meanwhile, see WorldServer.
+    Micros Now() const { return clock_.Get(); }
+
     // The turn, if it has come; or, with `wait`, when it comes.
     bool ReceiveTurn(Reply& reply, bool wait);
 

@@ -2,6 +2,7 @@
 #ifndef PAGERFWD_SIM_WORLD_WORLD_H
 #define PAGERFWD_SIM_WORLD_WORLD_H
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -50,7 +51,10 @@ class World {
 
     // Time. No lock needed.
     Micros Now() const { return scheduler_.Now(); }
-    Micros WallNow() const { return Micros(wall_at_start_.load()) + Now(); }  // since 1970
+    Micros WallNow() const {  // since 1970
+        const Micros now = IsShared() ? std::max(Now(), link_->Now()) : Now();
+        return Micros(wall_at_start_.load()) + now;
+    }
     void SetWall(time_t wall);
     void SetStep(Micros step) { step_ = step; }
     Micros Step() const { return step_; }

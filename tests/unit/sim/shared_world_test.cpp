@@ -100,8 +100,8 @@ TEST_F(SharedWorld, ALockOnBytesIsAwaited) {
 }
 
 TEST_F(SharedWorld, APipedCommandIsInItToo) {
-    EXPECT_EQ("2001-01-08 10:00:05\n",
-              Quietly({std::string("popen:exec '") + SIM_CLIENT + "' sleep:5 now"}).out);
+    EXPECT_EQ("2001-01-08 10:00:05\n2001-01-08 10:00:05\n",
+              Quietly({std::string("popen:exec '") + SIM_CLIENT + "' sleep:5 now", "now"}).out);
 }
 
 TEST_F(SharedWorld, TheCommandGetsNoneOfPagersimsFiles) {

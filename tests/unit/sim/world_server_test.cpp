@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,9 +15,14 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
+
+#include "sim/runner/processes.h"
 
 using namespace std::chrono_literals;
 
@@ -178,6 +184,39 @@ TEST_F(WorldServerTest, OnlyOnesOwnChildrenComeIn) {
     EndOf(child);
 }
 
+TEST_F(WorldServerTest, OneIsAsleepAlsoWhenItsFirstThreadHasEnded) {
+    Member member;
+    member.pid = fork();
+    if (member.pid == 0) {
+        pthread_t other{};
+        pthread_create(
+            &other, nullptr,
+            [](void*) -> void* {
+                for (;;) {
+                    pause();
+                }
+            },
+            nullptr);
+        syscall(SYS_exit, 0);  // of this thread
+    }
+    const auto is_there = [&] {  // the other thread, and nothing of the first but its name
+        const std::string task = "/proc/" + std::to_string(member.pid) + "/task/";
+        std::ifstream status(task + std::to_string(member.pid) + "/status");
+        const std::string text(std::istreambuf_iterator<char>(status), {});
+        return text.find("State:\tZ") != std::string::npos;
+    };
+    while (!is_there()) {
+        std::this_thread::yield();
+    }
+    constexpr int kEnough = 100'000;
+    int looks = 0;
+    while (!IsAsleep(member) && ++looks < kEnough) {
+    }
+    EXPECT_LT(looks, kEnough);
+    kill(member.pid, SIGKILL);
+    EndOf(member.pid);
+}
+
 TEST_F(WorldServerTest, ATimeBeyondAllTimeIsNotBelieved) {
     const Client client = Join();
     Serve();
@@ -226,6 +265,21 @@ TEST_F(WorldServerTest, OneClosesOnlyWhatItHasOpened) {
     EXPECT_EQ(connection, world_.LineOn(1)->Connection());
     EXPECT_TRUE(other.Hear());
     EXPECT_EQ(EBADF, other.Hear().value_or(Reply{}).error);
+}
+
+// It takes no part, so that time stands still beside it.
+TEST_F(WorldServerTest, WhatIsLeftBehindIsNotAwaitedWhereTimeStandsStill) {
+    const std::string pid_file = folder_ + "/pid";
+    Processes processes(world_, {});
+    processes.Start({"/bin/sh", "-c", "echo $$ >" + pid_file + "; exec sleep 1000"});
+    processes.AwaitOthers(100ms);
+    pid_t left = 0;
+    while (!(std::ifstream(pid_file) >> left)) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(0, waitpid(left, nullptr, WNOHANG)) << "and left alone";
+    kill(left, SIGKILL);
+    EndOf(left);
 }
 
 // Waits for ever, as one does who waits for a lock.
