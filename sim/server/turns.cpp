@@ -24,21 +24,15 @@ WorldServer::Choice WorldServer::ChooseNext() {
         }
         Member* const sleeper = EarliestDeadline();
         if (sleeper != nullptr && sleeper->deadline < events_.Next()) {
-            JumpTo(sleeper->deadline);
+            now_ = std::max(now_, sleeper->deadline);
             return {sleeper, Why::kAnswer};
         }
         if (events_.Next() == kNever) {
             return {nullptr, Why::kAnswer};
         }
-        JumpTo(events_.Next());
+        now_ = std::max(now_, events_.Next());
         RunDueEvents();
     }
-}
-
-// Where one that was set aside finds it, too.
-void WorldServer::JumpTo(Micros when) {
-    now_ = std::max(now_, when);
-    clock_.Set(now_);
 }
 
 // Which of those that rest have something to read, say.

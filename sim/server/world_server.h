@@ -99,7 +99,6 @@ class WorldServer final : public Timeline {
     void HearSignal();
 
     // Turns, in turns.cpp.
-    void JumpTo(Micros when);
     void LookAtDescriptors();
     Choice ChooseNext();
     Choice ChooseNow() const;
@@ -148,7 +147,7 @@ class WorldServer final : public Timeline {
     const Micros step_;
     Micros now_{0};
     const Descriptor clock_file_{ClockPage::MakeFile()};
-    ClockPage clock_{clock_file_.Number()};
+    const ClockPage clock_{clock_file_.Number()};
     EventQueue events_;
     std::array<std::unique_ptr<Line>, kLines> lines_;
     std::vector<std::unique_ptr<Member>> members_;  // by birth
