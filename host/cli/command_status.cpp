@@ -26,7 +26,7 @@ ExitCode Status(const Program& program, const StatusOptions& options) {
 
 void AddStatus(CLI::App& app, Program& program) {
     CLI::App* const command = app.add_subcommand(
-        "status", "Show the pages that are pending, and the last that have ended");
+        "status", "Show the lines, the pages that are pending, and the last that have ended");
     const auto options = std::make_shared<StatusOptions>();
     command->add_option("--ended", options->ended, "How many that have ended")
         ->capture_default_str()

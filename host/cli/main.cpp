@@ -57,6 +57,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddHours(app, program);
     AddRun(app, program);
     AddAlarm(app, program);
+    AddLine(app, program);
     AddPage(app, program);
     AddStatus(app, program);
     AddWatch(app, program);

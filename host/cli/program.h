@@ -56,6 +56,7 @@ void AddHours(CLI::App& app, Program& program);
 void AddImport(CLI::App& app, Program& program);
 void AddInHours(CLI::App& app, Program& program);
 void AddInit(CLI::App& app, Program& program);
+void AddLine(CLI::App& app, Program& program);
 void AddLog(CLI::App& app, Program& program);
 void AddNames(CLI::App& app, Program& program);
 void AddNotify(CLI::App& app, Program& program);

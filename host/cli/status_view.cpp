@@ -93,14 +93,20 @@ EngineStatus ReadStatus(const std::string& database, int64_t ended) {
     return Look(database, [&](Connection& connection) {
         std::vector<PageStory> pending = PendingPages(connection);
         const size_t all_pending = pending.size();
-        return EngineStatus{EncodingOf(connection), lock.IsTaken() ? NameOf(lock) : std::string(),
-                            std::move(pending), all_pending, EndedPages(connection, ended)};
+        return EngineStatus{EncodingOf(connection),
+                            lock.IsTaken() ? NameOf(lock) : std::string(),
+                            ReadLineStatus(connection),
+                            std::move(pending),
+                            all_pending,
+                            EndedPages(connection, ended)};
     });
 }
 
-EngineStatus Fitting(EngineStatus status, size_t lines) {
+EngineStatus Fitting(EngineStatus status, size_t rows) {
     constexpr size_t kFixed = 3;  // what stands between the tables
-    size_t left = lines > kFixed ? lines - kFixed : 0;
+    size_t left = rows > kFixed ? rows - kFixed : 0;
+    status.lines.resize(std::min(status.lines.size(), RowsIn(left)));
+    left -= status.lines.empty() ? 0 : status.lines.size() + 1;
     status.pending.resize(std::min(status.pending.size(), RowsIn(left)));
     left -= status.pending.empty() ? 0 : status.pending.size() + 1;
     const size_t ended = std::min(status.ended.size(), RowsIn(left));
@@ -112,7 +118,7 @@ std::string AsTables(const EngineStatus& status) {
     const size_t pending = status.pending.size();
     std::ostringstream out;
     out << "engine: " << (status.engine.empty() ? "not running" : Printable(status.engine)) << "\n"
-        << "pending: " << status.all_pending;
+        << LinesAsTable(status.lines, status.encoding) << "pending: " << status.all_pending;
     if (pending < status.all_pending) {
         out << ", the first " << pending;
     }
@@ -125,6 +131,7 @@ std::string AsTables(const EngineStatus& status) {
 
 std::string AsJson(const EngineStatus& status) {
     const Json json = {{"engine", status.engine.empty() ? "not running" : "running"},
+                       {"lines", LinesAsJson(status.lines, status.encoding)},
                        {"pending", ToJson(status.pending, status.encoding)},
                        {"ended", ToJson(status.ended, status.encoding)}};
     return Written(json) + "\n";

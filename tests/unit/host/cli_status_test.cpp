@@ -43,7 +43,8 @@ class CliStatus : public CliFixture {
 
 TEST_F(CliStatus, OfANewDatabaseIsEmpty) {
     EXPECT_EQ("engine: not running\npending: 0\nended, the last 0:\n", Run({"status"}).out);
-    EXPECT_EQ(nlohmann::json::parse(R"({"engine": "not running", "pending": [], "ended": []})"),
+    EXPECT_EQ(nlohmann::json::parse(R"({"engine": "not running", "lines": [],
+                                        "pending": [], "ended": []})"),
               Status());
 }
 

@@ -88,6 +88,7 @@ done
 offers "COM 1" --database "$site" explain duty --line ""
 offers "$open" --database "$site" alarm ack ""
 [[ $(offered --database "$site" alarm ack "") != *"$over"* ]] || fail "an alarm that is over is offered"
+offers "COM 1" --database "$site" line pause ""
 offers "$open" --database "$site" page cancel ""
 offers "duty phone" --database "$site" page cancel "$open" du
 offers "COM 1" --database "$site" page move "$open" "duty phone" --line ""
