@@ -160,7 +160,7 @@ ExitCode Explain(const Program& program, const ExplainOptions& options) {
     const Port port = FindPort(ReadSiteBack(lease.Database()).site, name, options.line);
     std::string number = row.number;
     ::Pager pager{};
-    pager.pagerType = std::atoi(row.type.c_str());
+    pager.pagerType = std::atoi(row.type.c_str());  // NOLINT(cert-err34-c): as the library does
     pager.pagerNumber = number.data();
     const UsablePort usable = UsablePortOf(program.database, port, encoding);
     const Explanation explanation = ExplainPage(

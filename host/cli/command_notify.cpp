@@ -32,7 +32,7 @@ std::string Example(const std::string& database) {
 std::string RunToItsEnd(const std::vector<std::string>& command, const std::string& input) {
     constexpr int kBetweenLooks = 50;  // ms
     BackgroundCommand running;
-    const std::string why_not = running.Start(command, input, std::time(nullptr));
+    std::string why_not = running.Start(command, input, std::time(nullptr));
     if (!why_not.empty()) {
         return why_not;
     }

@@ -71,6 +71,7 @@ Descriptor FileWith(const std::string& text) {
 
 std::vector<char*> Arguments(const std::vector<std::string>& command) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));  // posix_spawn changes nothing
     }
