@@ -66,7 +66,7 @@ class Input {
 
  private:
     std::string Take(size_t length) {
-        const std::string taken(rest_.substr(0, length));
+        std::string taken(rest_.substr(0, length));
         rest_.remove_prefix(taken.size());
         return taken;
     }

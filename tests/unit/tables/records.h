@@ -33,6 +33,7 @@ Held<Record> Hold(Record* record) {
 template <class Record>
 std::vector<Held<Record>> HoldAll(Record** records, int32_t count) {
     std::vector<Held<Record>> held;
+    held.reserve(static_cast<size_t>(count));
     for (int32_t i = 0; i < count; ++i) {
         held.emplace_back(records[i]);
     }
@@ -51,8 +52,9 @@ using Lines = std::vector<std::string>;
 inline Lines LookUps(const std::string& table, const Lines& columns) {
     Lines lines;
     for (const std::string& column : columns) {
-        lines.push_back("GetElementColumn(" + table + ", " + column);
-        lines.back().insert(lines.back().find(" -> "), ")");
+        std::string line = "GetElementColumn(";
+        line.append(table).append(", ").append(column);
+        lines.push_back(line.insert(line.find(" -> "), ")"));
     }
     return lines;
 }
