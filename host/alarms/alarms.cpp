@@ -1,8 +1,10 @@
 // The alarm log. Tested by tests/unit/host/alarms_test.cpp.
 #include "host/alarms/alarms.h"
 
+#include <charconv>
 #include <limits>
 
+#include "host/alarms/states.h"
 #include "host/text/controls.h"
 
 namespace host {
@@ -179,6 +181,17 @@ void SetPagerState(Connection& connection, int64_t row, const char* state) {
         .Bind(state)
         .Bind(row)
         .Run();
+}
+
+bool IsLibraryNumber(const std::string& number) {
+    int32_t read = 0;
+    const char* const behind = number.data() + number.size();
+    const auto [end, error] = std::from_chars(number.data(), behind, read);
+    return error == std::errc() && end == behind && std::to_string(read) == number;
+}
+
+bool NeedsNoPaging(const Alarm& alarm) {
+    return alarm.acknowledged || alarm.state == kStateAcknowledged;
 }
 
 }  // namespace host

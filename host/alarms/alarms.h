@@ -33,6 +33,12 @@ struct Alarm {
     std::string acknowledged_by;  // empty: the alarm log doesn't say
 };
 
+// Whether the library can name an alarm by this.
+bool IsLibraryNumber(const std::string& number);
+
+// Whether nobody is to be paged for it any more.
+bool NeedsNoPaging(const Alarm& alarm);
+
 struct NewAlarm {
     std::string group;
     std::string severity;

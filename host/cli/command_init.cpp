@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "host/cli/program.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/store/schema.h"
 #include "host/text/printable.h"
 
@@ -24,7 +24,7 @@ const char* Describe(Made made) {
 
 // An engine goes on with the tables as it knows them.
 void RefuseWhileServed(Connection& connection, const std::string& database) {
-    const LockFile lock = DatabaseLock(database);
+    const LockFile lock = EngineLock(database);
     if (IsOutdated(connection) && lock.IsTaken()) {
         throw Failure(kCannot, database + ": an older pagerfwd serves it (" + lock.Holder() +
                                    "); end that, and bring it up to date then");

@@ -18,7 +18,7 @@
 #include "host/pages/lines.h"
 #include "host/pages/page_requests.h"
 #include "host/pages/page_words.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/site/ports_of_pager.h"
 #include "host/site/read_back.h"
 #include "host/site/site_tables.h"
@@ -163,7 +163,7 @@ bool IsCarriedOut(const Program& program, Connection& connection, const PageKey&
     constexpr std::chrono::milliseconds kBetweenLooks{200};
     constexpr int kLooks = 15;
     for (int look = 0; look < kLooks; ++look) {
-        LockFile lock = DatabaseLock(program.database);
+        LockFile lock = EngineLock(program.database);
         if (lock.TryTake("page")) {
             for (const PageRequest& request : OpenRequests(connection)) {
                 CarryOut(connection, request);

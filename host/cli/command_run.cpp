@@ -1,15 +1,18 @@
 // pagerfwd run: the engine, in the foreground. Tested by tests/e2e/run_test.cpp.
 #include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "host/cli/program.h"
-#include "host/library/library.h"
-#include "host/node/service.h"
-#include "host/store/faults.h"
+#include "host/node/node.h"
+#include "host/process/database_locks.h"
+#include "host/process/fault_log.h"
 #include "host/text/age.h"
 
 namespace host {
@@ -21,50 +24,46 @@ struct RunOptions {
     std::string metrics;
 };
 
-ServiceOptions OptionsFor(const Program& program, const RunOptions& options) {
-    ServiceOptions service;
-    service.database = program.database;
-    service.locks = program.locks;
-    service.until_done = options.until_done;
-    service.metrics = options.metrics;
+// As the node starts this program for its lines, which work in other folders.
+std::vector<std::string> LineProgram(const Program& program) {
+    const auto absolute = [](const std::string& path) {
+        return path.empty() ? path : std::filesystem::absolute(path).string();
+    };
+    std::vector<std::string> words = {"pagerfwd", "--database", absolute(program.database)};
+    for (const auto& [option, path] :
+         {std::pair{"--library", program.library}, std::pair{"--locks", program.locks}}) {
+        if (!path.empty()) {
+            words.insert(words.end(), {option, absolute(path)});
+        }
+    }
+    return words;
+}
+
+NodeOptions OptionsFor(const Program& program, const RunOptions& options) {
+    NodeOptions node;
+    node.database = program.database;
+    node.line_program = LineProgram(program);
+    node.until_done = options.until_done;
+    node.metrics = options.metrics;
     if (options.discard_older) {
-        service.discard_older = ParseAge(*options.discard_older);
-        if (!service.discard_older) {
+        node.discard_older = ParseAge(*options.discard_older);
+        if (!node.discard_older) {
             throw Failure(
                 kUsage, "\"" + *options.discard_older + "\" is no age; write it as 90m, 12h or 3d");
         }
     }
-    return service;
+    return node;
 }
 
-// A table that can't be written is answered to the library with a number only: its words come here.
-class FaultsToLog {
- public:
-    explicit FaultsToLog(OperatorLog& log)
-        : before_(SetFaultListener([&log](FaultNews news, std::string_view message) {
-              news == FaultNews::kFault ? log.Error(message) : log.Info(message);
-          })) {}
-    ~FaultsToLog() { SetFaultListener(before_); }
-    FaultsToLog(const FaultsToLog&) = delete;
-    FaultsToLog& operator=(const FaultsToLog&) = delete;
-
- private:
-    const FaultListener before_;
-};
-
-ExitCode RunEngine(Program program, const RunOptions& options) {
+ExitCode RunNode(const Program& program, const RunOptions& options) {
     OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
-    const FaultsToLog faults(log);
+    const FaultLog faults(log);
     StopSignal stop;
     try {
-        const ServiceOptions service_options = OptionsFor(program, options);
-        program.trace = true;  // only the trace tells that a port can't be opened
-        StartTrace(program);
-        const Library library(program.library);
-        while (Service(service_options, library, log).Run(stop) ==
-               Service::End::kDatabaseReplaced) {
+        const NodeOptions node_options = OptionsFor(program, options);
+        while (Node(node_options, log).Run(stop) == Node::End::kDatabaseReplaced) {
         }
-    } catch (const EngineTaken& taken) {
+    } catch (const InUse& taken) {
         throw Failure(kNo, taken.what());
     }
     return kDone;
@@ -92,12 +91,13 @@ void AddRun(CLI::App& app, Program& program) {
         "pending\n"
         "when an engine ended are due at once. A page on the line is finished before it ends, "
         "which\n"
-        "can take minutes. Every step of every page is written to pageprot.txt, in this folder.\n\n"
+        "can take minutes. Each port is served by a process of its own, in a folder beside the\n"
+        "database, where every step of every page is written to pageprot.txt.\n\n"
         "Examples:\n"
         "  pagerfwd --database site.db run\n"
         "  pagerfwd --database site.db run --discard-older-than 12h\n");
     command->callback([options, &program] {
-        program.command = [options, &program] { return RunEngine(program, *options); };
+        program.command = [options, &program] { return RunNode(program, *options); };
     });
 }
 

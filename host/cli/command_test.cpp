@@ -12,14 +12,12 @@
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/test_results.h"
-#include "host/library/library.h"
+#include "host/line/own_line.h"
 #include "host/line/send_test_page.h"
-#include "host/pages/backlog.h"
-#include "host/pages/history.h"
+#include "host/lines/site_lines.h"
 #include "host/pages/test_pages.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
-#include "host/store/pending.h"
 #include "host/store/pool.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
@@ -28,50 +26,52 @@
 namespace host {
 namespace {
 
-// The engine that sends the test page is a whole one: it also takes up what is pending.
-void MindPendingPages(Connection& connection, bool sendPending) {
-    const int64_t pending = CountPendingPages(connection);
-    if (pending > 0 && !sendPending) {
-        throw Failure(kUsage, std::to_string(pending) +
-                                  " pending page(s) would be sent too; if that is right, say so: "
-                                  "pagerfwd test --send-pending");
+struct Asked {
+    std::string pager;
+    std::string line;  // empty: any that can send it
+    bool json = false;
+};
+
+// The line that is asked for, that the pager names, or the first that can dial for it.
+std::optional<SiteLine> LineFor(Connection& connection, const PagerRow& pager,
+                                const std::string& asked) {
+    const std::string& name = asked.empty() ? pager.port : asked;
+    for (SiteLine& line : SiteLines(connection)) {
+        if (name.empty() ? line.CanDialFor(pager.type) : line.name == name) {
+            return std::move(line);
+        }
     }
+    return std::nullopt;
 }
 
-// An engine for the length of the call.
-class OwnEngine {
- public:
-    OwnEngine(const Program& program, Connection& connection, bool sendPending)
-        : database_(program.database), locks_(program.database, program.locks, "test") {
-        locks_.TakeDevices(connection);
-        MendTexts(connection);
-        MendAlarmStates(connection);
-        MindPendingPages(connection, sendPending);
-        MendAlarmStates(connection);
-        NoteEngineStart(connection);
-        StartTrace(program);
-        library_.emplace(program.library);
-        NoteEngineStart(connection);
+// Throws Failure where there is none of this name.
+std::string CellOfLine(Connection& connection, const std::string& name, Encoding encoding) {
+    const std::string cell = Encode(name, encoding);
+    if (!name.empty() && !FindSiteLine(connection, cell)) {
+        throw Failure(kUsage, "the site has no port \"" + name + "\"");
     }
+    return cell;
+}
 
-    int32_t Send(const PagerRow& pager) const {
-        const int32_t result = SendTestPage(*library_, database_, pager);
-        library_->StopAlarmFwdPager();
-        return result;
+// What sends the page: a line of this process, where no node serves the database. Null, too, where
+// the site has no line for it.
+std::unique_ptr<OwnLine> MakeOwnLine(const Program& program, Connection& connection,
+                                     const PagerRow& pager, const std::string& asked) {
+    const std::optional<SiteLine> line = LineFor(connection, pager, asked);
+    if (!line || line->device.empty()) {
+        return nullptr;
     }
-
- private:
-    const std::string database_;
-    EngineLocks locks_;
-    std::optional<Library> library_;
-};
+    StartTrace(program);
+    return std::make_unique<OwnLine>(
+        OwnLineOptions{program.database, program.locks, program.library}, *line);
+}
 
 // None: the engine that was asked has ended, and this test page was not sent.
 std::optional<int32_t> SendByRunningEngine(const Program& program, Lease& lease,
-                                           const PagerRow& pager) {
+                                           const PagerRow& pager, const std::string& line) {
     constexpr std::chrono::milliseconds kBetweenLooks{200};
-    LockFile lock = DatabaseLock(program.database);
-    const int64_t asked = AskForTestPage(lease.Database(), lease.Owners(), pager.description);
+    LockFile lock = NodeLock(program.database);
+    const int64_t asked = AskForTestPage(lease.Database(), lease.Owners(), pager.description, line);
     std::optional<int32_t> answer;
     do {
         std::this_thread::sleep_for(kBetweenLooks);
@@ -84,18 +84,13 @@ std::optional<int32_t> SendByRunningEngine(const Program& program, Lease& lease,
     return answer;
 }
 
-int32_t AskRunningEngine(const Program& program, Lease& lease, const PagerRow& pager) {
-    const std::optional<int32_t> answer = SendByRunningEngine(program, lease, pager);
+int32_t AskRunningEngine(const Program& program, Lease& lease, const PagerRow& pager,
+                         const std::string& line) {
+    const std::optional<int32_t> answer = SendByRunningEngine(program, lease, pager, line);
     if (!answer) {
         throw Failure(kCannot, "the engine that was running ended before it sent the page");
     }
     return *answer;
-}
-
-int32_t SendShown(const Program& program, Lease& lease, const std::optional<OwnEngine>& engine,
-                  const PagerRow& pager) {
-    const Elapsed shown;
-    return engine ? engine->Send(pager) : AskRunningEngine(program, lease, pager);
 }
 
 const TestResult& MeaningOf(int32_t code, const PagerRow& pager) {
@@ -133,48 +128,54 @@ ExitCode ReportAsJson(const TestResult& result, const std::string& name, bool di
     return result.exit;
 }
 
-ExitCode Test(const Program& program, const std::string& name, bool sendPending, bool json) {
+ExitCode Test(const Program& program, const Asked& asked) {
     Lease lease(program.database);
     const Encoding encoding = EncodingOf(lease.Database());
-    const PagerRow pager = FindOnePager(lease.Database(), name, encoding);
+    const PagerRow pager = FindOnePager(lease.Database(), asked.pager, encoding);
+    const std::string line = CellOfLine(lease.Database(), asked.line, encoding);
     UseShiftJis(encoding == Encoding::kShiftJis);
-    std::optional<OwnEngine> engine;
-    if (!DatabaseLock(program.database).IsTaken()) {
-        engine.emplace(program, lease.Database(), sendPending);
+    const bool is_served = NodeLock(program.database).IsTaken();
+    const std::unique_ptr<OwnLine> own =
+        is_served ? nullptr : MakeOwnLine(program, lease.Database(), pager, line);
+    if (!asked.json) {
+        std::cout << "test page to \"" << Printable(asked.pager) << "\", number "
+                  << Shown(pager.number, encoding) << (is_served ? ", by the running engine" : "")
+                  << " ...\n"
+                  << std::flush;
     }
-
-    if (json) {
-        return ReportAsJson(MeaningOf(SendShown(program, lease, engine, pager), pager), name,
-                            DialIsThePage(pager.number));
-    }
-    std::cout << "test page to \"" << Printable(name) << "\", number "
-              << Shown(pager.number, encoding) << (engine ? "" : ", by the running engine")
-              << " ...\n"
-              << std::flush;
-    return Report(MeaningOf(SendShown(program, lease, engine, pager), pager), program.trace);
+    const auto send = [&] {
+        const Elapsed shown;
+        if (is_served) {
+            return AskRunningEngine(program, lease, pager, line);
+        }
+        return own ? own->Send(pager) : int32_t{kNoLine};
+    };
+    const TestResult& result = MeaningOf(send(), pager);
+    return asked.json ? ReportAsJson(result, asked.pager, DialIsThePage(pager.number))
+                      : Report(result, program.trace);
 }
 
 }  // namespace
 
 void AddTest(CLI::App& app, Program& program) {
     CLI::App* const command = app.add_subcommand("test", "Send a test page to a pager, now");
-    const auto name = std::make_shared<std::string>();
-    const auto sendPending = std::make_shared<bool>(false);
-    command->add_option("PAGER", *name, "The pager's description in the site file")->required();
-    command->add_flag("--send-pending", *sendPending, "Let pages that are pending go out too");
-    const auto json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "What became of it, as JSON");
+    const auto asked = std::make_shared<Asked>();
+    command->add_option("PAGER", asked->pager, "The pager's description in the site file")
+        ->required();
+    command
+        ->add_option("--line", asked->line,
+                     "The port to send it by (without it: any that the pager's pages may go by)")
+        ->type_name("PORT");
+    command->add_flag("--json", asked->json, "What became of it, as JSON");
     command->footer(
         "The page leaves whatever the pager's hours are, and is tried once. It can take minutes:\n"
-        "the exit code says what became of it. Where an engine is running for this database, that\n"
-        "engine sends it, behind the pages before it.\n\n"
+        "the exit code says what became of it. Where an engine is running for this database, one\n"
+        "of its lines sends it, behind the page before it.\n\n"
         "Examples:\n"
         "  pagerfwd --database site.db test \"duty phone\"\n"
         "  pagerfwd --database site.db --trace test \"duty phone\"; pagerfwd trace\n");
-    command->callback([name, sendPending, json, &program] {
-        program.command = [name, sendPending, json, &program] {
-            return Test(program, *name, *sendPending, *json);
-        };
+    command->callback([asked, &program] {
+        program.command = [asked, &program] { return Test(program, *asked); };
     });
 }
 

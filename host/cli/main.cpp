@@ -56,6 +56,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddInHours(app, program);
     AddHours(app, program);
     AddRun(app, program);
+    AddServeLine(app, program);
     AddAlarm(app, program);
     AddLine(app, program);
     AddPage(app, program);

@@ -1,11 +1,9 @@
 // Common parts of the commands. Tested by tests/unit/host/cli_test.cpp.
 #include "host/cli/program.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -13,6 +11,8 @@
 #include <sstream>
 
 #include "host/files/shared_file.h"
+#include "host/line/trace_switch.h"
+#include "host/lines/line_folder.h"
 
 namespace host {
 namespace {
@@ -32,9 +32,7 @@ constexpr Meaning kMeanings[] = {
     {kNoModem, "test: the modem didn't answer"},
 };
 
-constexpr const char* kTraceFile = "pageprot.txt";
 constexpr mode_t kOfOthers = 0007;
-constexpr const char* kTraceSwitch = "NX_PAGEPROT";
 
 }  // namespace
 
@@ -69,14 +67,10 @@ void StartTrace(const Program& program) {
         return;
     }
     try {
-        Ownership ownership = OwnershipOf(".");
-        ownership.mode &= ~kOfOthers;
-        CloseToOthers(OpenOrMakeShared(kTraceFile, O_WRONLY, ownership));
+        TurnTraceOn();
     } catch (const FileError& error) {
-        throw Failure(kCannot, std::string(kTraceFile) +
-                                   ": the trace can't be written in this folder: " + error.what());
+        throw Failure(kCannot, std::string(kTraceFile) + ": " + error.what());
     }
-    setenv(kTraceSwitch, "1", 1);
 }
 
 }  // namespace host

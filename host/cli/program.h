@@ -64,6 +64,7 @@ void AddPorts(CLI::App& app, Program& program);
 void AddPage(CLI::App& app, Program& program);
 void AddRoutes(CLI::App& app, Program& program);
 void AddRun(CLI::App& app, Program& program);
+void AddServeLine(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);
 void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);

@@ -6,7 +6,7 @@
 #include "host/cli/names.h"
 #include "host/explain/paged_alarm.h"
 #include "host/pages/routes.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 
@@ -27,7 +27,7 @@ std::string NoRoute(const NewAlarm& alarm, Encoding encoding) {
 std::vector<std::string> WarningsFor(Connection& connection, const NewAlarm& alarm,
                                      Encoding encoding) {
     std::vector<std::string> warnings;
-    if (!DatabaseLock(connection.Path()).IsTaken()) {
+    if (!NodeLock(connection.Path()).IsTaken()) {
         warnings.emplace_back(
             "no engine is running for this database: nobody is paged until one is started");
     }

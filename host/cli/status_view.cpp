@@ -8,7 +8,7 @@
 #include "host/cli/names.h"
 #include "host/cli/times.h"
 #include "host/pages/page_words.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/text/json.h"
@@ -89,7 +89,7 @@ std::string NameOf(const LockFile& lock) {
 }  // namespace
 
 EngineStatus ReadStatus(const std::string& database, int64_t ended) {
-    const LockFile lock = DatabaseLock(database);
+    const LockFile lock = NodeLock(database);
     return Look(database, [&](Connection& connection) {
         std::vector<PageStory> pending = PendingPages(connection);
         const size_t all_pending = pending.size();

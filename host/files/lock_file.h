@@ -33,6 +33,10 @@ class LockFile {
 
     const std::string& Path() const { return path_; }
 
+    // The open file, which holds the lock; -1 before the first try. A process that inherits it
+    // holds the lock too.
+    int Number() const { return file_.Number(); }
+
  private:
     Descriptor OpenToLook() const;
 

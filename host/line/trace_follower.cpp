@@ -17,14 +17,13 @@ void TraceFollower::Restart() {
     under_way_ = 0;
 }
 
-void TraceFollower::OnPage(const TracedPage& page) {
-    listener_.page_ended(page);
+void TraceFollower::Excuse(std::time_t now) {
+    since_ = now;
+    told_ = false;
 }
 
-void TraceFollower::OnEvent(const TraceEvent& event) {
-    if (event.meaning.kind == TraceKind::kGivenUp) {
-        listener_.given_up();
-    }
+void TraceFollower::OnPage(const TracedPage& page) {
+    listener_.page_ended(page);
 }
 
 void TraceFollower::LookAtPageUnderWay(std::time_t now) {

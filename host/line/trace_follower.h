@@ -18,7 +18,6 @@ class TraceFollower : private TraceSink {
  public:
     struct Listener {
         std::function<void(const TracedPage&)> page_ended;
-        std::function<void()> given_up;
         std::function<void(const TracedPage&)> page_lasts_long;  // told once a page
     };
 
@@ -30,12 +29,18 @@ class TraceFollower : private TraceSink {
     // The trace was begun anew.
     void Restart();
 
+    // The page on the line gets its time again.
+    void Excuse(std::time_t now);
+
+    // The page on the line, as far as it has come; null between pages. Until the next call.
+    const TracedPage* UnderWay() const { return reader_.Current(); }
+
     // No page lasts longer than this without something being wrong, in seconds.
     static constexpr std::time_t kLong = 10 * 60;
 
  private:
     void OnPage(const TracedPage& page) override;
-    void OnEvent(const TraceEvent& event) override;
+    void OnEvent(const TraceEvent& /*event*/) override {}
     void LookAtPageUnderWay(std::time_t now);
 
     const Listener listener_;

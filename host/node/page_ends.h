@@ -23,12 +23,14 @@ class PageEnds {
     PageEnds(Connection& connection, Encoding encoding, OperatorLog& log);
 
     // Remembers what there is now. What has ended by then is told by the look behind: between the
-    // two, the trace is read, which tells how far the pages came.
+    // two, lines record their sendings, which tell how far the pages came.
     void Mark();
     void Look();
 
     // How many pages have ended since the beginning, by their state's word.
     const std::map<std::string, uint64_t>& Counts() const { return counts_; }
+    // How many of them since their tries were used up.
+    uint64_t GivenUp() const { return given_up_; }
 
  private:
     void LookAtPages();
@@ -43,6 +45,7 @@ class PageEnds {
     int64_t marked_ = 0;              // the last one at the mark
     std::set<int64_t> acknowledged_;  // rows of the alarm log, of the last ones
     std::map<std::string, uint64_t> counts_;
+    uint64_t given_up_ = 0;
 };
 
 }  // namespace host

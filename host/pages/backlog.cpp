@@ -127,10 +127,12 @@ void MendTextsOf(Connection& connection, int64_t row) {
 
 Backlog LookAtBacklog(Connection& connection) {
     Statement statement(connection,
-                        "SELECT count(*), min(CAST(alarm.timestamp AS INTEGER))"
-                        " FROM AlarmFwd_PagerEvents AS event"
-                        " JOIN AlarmLog AS alarm ON alarm.alarmlogID = event.AlmLogID"
-                        " WHERE event.PagerState = '2' AND alarm.pagerstate = '2'");
+                        "SELECT count(*), min(CAST(alarm.timestamp AS INTEGER)) FROM"
+                        " (SELECT AlmLogID AS number FROM AlarmFwd_PagerEvents"
+                        "   WHERE PagerState = '2'"
+                        "  UNION ALL SELECT alarm FROM Host_Deliveries WHERE answer IS NULL)"
+                        " JOIN AlarmLog AS alarm ON alarm.alarmlogID = number"
+                        " WHERE alarm.pagerstate = '2'");
     statement.Step();
     return {statement.Number(0), static_cast<std::time_t>(statement.Number(1))};
 }

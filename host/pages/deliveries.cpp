@@ -14,6 +14,11 @@ constexpr const char* kSelect =
     " tries FROM "
     "Host_Deliveries ";
 
+// An alarm without a severity is the mildest.
+constexpr const char* kInTheirOrder =
+    " ORDER BY coalesce((SELECT min(nullif(CAST(severity AS INTEGER), 0)) FROM AlarmLog"
+    "  WHERE alarmlogID = Host_Deliveries.alarm), 9), CAST(alarm AS INTEGER), place";
+
 std::vector<Delivery> ReadAll(Statement& statement) {
     std::vector<Delivery> deliveries;
     while (statement.Step()) {
@@ -78,16 +83,20 @@ const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm
     return pagers.empty() ? kStateOffLimit : kStateBeingPaged;
 }
 
+// line: whose; empty: all.
+constexpr const char* kOpenOnes = "WHERE answer IS NULL AND (?1 = '' OR line = ?1)";
+
 // One that can't be read doesn't hide the others.
-std::vector<Delivery> ReadOpenOneByOne(Connection& connection, size_t* unreadable) {
-    Statement count(connection, "SELECT count(*) FROM Host_Deliveries WHERE answer IS NULL");
-    count.Step();
+std::vector<Delivery> ReadOpenOneByOne(Connection& connection, const std::string& line,
+                                       size_t* unreadable) {
+    Statement count(connection, std::string("SELECT count(*) FROM Host_Deliveries ") + kOpenOnes);
+    count.Bind(line).Step();
     std::vector<Delivery> deliveries;
     for (int64_t before = 0; before < count.Number(0); ++before) {
         try {
             Statement statement(connection,
-                                std::string(kSelect) + "WHERE answer IS NULL LIMIT 1 OFFSET ?");
-            statement.Bind(before);
+                                std::string(kSelect) + kOpenOnes + " LIMIT 1 OFFSET ?2");
+            statement.Bind(line).Bind(before);
             for (Delivery& delivery : ReadAll(statement)) {
                 deliveries.push_back(std::move(delivery));
             }
@@ -98,6 +107,17 @@ std::vector<Delivery> ReadOpenOneByOne(Connection& connection, size_t* unreadabl
         }
     }
     return deliveries;
+}
+
+std::vector<Delivery> ReadOpen(Connection& connection, const std::string& line,
+                               size_t* unreadable) {
+    try {
+        Statement statement(connection, std::string(kSelect) + kOpenOnes + kInTheirOrder);
+        statement.Bind(line);
+        return ReadAll(statement);
+    } catch (const RowTooLarge&) {
+        return ReadOpenOneByOne(connection, line, unreadable);
+    }
 }
 
 }  // namespace
@@ -121,14 +141,11 @@ std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& al
 }
 
 std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable) {
-    try {
-        Statement statement(
-            connection,
-            std::string(kSelect) + "WHERE answer IS NULL ORDER BY CAST(alarm AS INTEGER), place");
-        return ReadAll(statement);
-    } catch (const RowTooLarge&) {
-        return ReadOpenOneByOne(connection, unreadable);
-    }
+    return ReadOpen(connection, "", unreadable);
+}
+
+std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line) {
+    return ReadOpen(connection, line, nullptr);
 }
 
 void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place,

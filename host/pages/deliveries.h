@@ -45,8 +45,11 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 
 std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm);
-// unreadable: gets how many are too large to be read, if it is given. They hide no others.
+// What is to go first at the head: severe before mild, old before new. unreadable: gets how many
+// are too large to be read, if it is given. They hide no others.
 std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
+// Those that a line is to have, in the same order; what is too large to be read is left out.
+std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line);
 
 // Notes the answer within a write transaction of the caller.
 void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place, int32_t answer);

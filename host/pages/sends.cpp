@@ -25,6 +25,20 @@ std::string Traced(const std::string& column) {
     return "substr(CAST(" + column + " AS BLOB), 1, " + std::to_string(kTracedTextKept) + ")";
 }
 
+constexpr const char* kSelect =
+    "SELECT at, seconds, alarm, pager, port, outcome, result, reason FROM Host_Sends ";
+
+std::vector<Send> ReadAll(Statement& statement) {
+    std::vector<Send> sends;
+    while (statement.Step()) {
+        sends.push_back({static_cast<std::time_t>(statement.Number(0)), statement.Number(1),
+                         std::string(statement.Text(2)), std::string(statement.Text(3)),
+                         std::string(statement.Text(4)), OutcomeFor(statement.Text(5)),
+                         statement.Number(6), std::string(statement.Text(7))});
+    }
+    return sends;
+}
+
 bool Owes(Connection& connection, const std::string& alarm, const TracedPage& page) {
     Statement statement(connection, "SELECT 1 FROM Host_History WHERE alarm = ? AND " +
                                         Traced("pager") + " = CAST(? AS BLOB) AND " +
@@ -119,18 +133,22 @@ void RecordSend(Connection& connection, const Send& send) {
 }
 
 std::vector<Send> SendsOf(Connection& connection, const std::string& alarm) {
-    std::vector<Send> sends;
-    Statement statement(connection,
-                        "SELECT at, seconds, alarm, pager, port, outcome, result, reason"
-                        " FROM Host_Sends WHERE alarm = ? ORDER BY row_id");
+    Statement statement(connection, std::string(kSelect) + "WHERE alarm = ? ORDER BY row_id");
     statement.Bind(alarm);
-    while (statement.Step()) {
-        sends.push_back({static_cast<std::time_t>(statement.Number(0)), statement.Number(1),
-                         std::string(statement.Text(2)), std::string(statement.Text(3)),
-                         std::string(statement.Text(4)), OutcomeFor(statement.Text(5)),
-                         statement.Number(6), std::string(statement.Text(7))});
-    }
-    return sends;
+    return ReadAll(statement);
+}
+
+int64_t LastSend(Connection& connection) {
+    Statement statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_Sends");
+    statement.Step();
+    return statement.Number(0);
+}
+
+std::vector<Send> SendsBetween(Connection& connection, int64_t first, int64_t last) {
+    Statement statement(connection,
+                        std::string(kSelect) + "WHERE row_id > ? AND row_id <= ? ORDER BY row_id");
+    statement.Bind(first).Bind(last);
+    return ReadAll(statement);
 }
 
 std::map<std::string, std::time_t> LastSuccesses(Connection& connection) {

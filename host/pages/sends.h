@@ -22,7 +22,7 @@ struct Send {
     int64_t seconds = 0;
     std::string alarm;  // its number; empty: a test page, or it isn't known
     std::string pager;
-    std::string port;  // that was used; where none was found, that the pager names, if it does
+    std::string port;  // the line
     TracedPage::Outcome outcome = TracedPage::Outcome::kCutOff;
     int64_t result = 0;  // the library's; 0 where it was sent
     std::string reason;  // why not, in words
@@ -35,6 +35,11 @@ void RecordSend(Connection& connection, const Send& send);
 
 // In the order in which they ended.
 std::vector<Send> SendsOf(Connection& connection, const std::string& alarm);
+
+// The last row of the record; 0 where there is none.
+int64_t LastSend(Connection& connection);
+// Those of the rows behind the first, up to the second.
+std::vector<Send> SendsBetween(Connection& connection, int64_t first, int64_t last);
 
 // When a page last got through, by port.
 std::map<std::string, std::time_t> LastSuccesses(Connection& connection);

@@ -10,15 +10,16 @@ struct Row {
     int64_t asked;
     int32_t asked_by;
     std::string pager;
+    std::string line;
 };
 
 std::vector<Row> ReadRows(Connection& connection, const std::string& condition) {
     std::vector<Row> rows;
     Statement statement(connection,
-                        "SELECT row_id, asked_by, pager FROM Host_TestPages " + condition);
+                        "SELECT row_id, asked_by, pager, line FROM Host_TestPages " + condition);
     while (statement.Step()) {
         rows.push_back({statement.Number(0), static_cast<int32_t>(statement.Number(1)),
-                        std::string(statement.Text(2))});
+                        std::string(statement.Text(2)), std::string(statement.Text(3))});
     }
     return rows;
 }
@@ -57,12 +58,14 @@ std::vector<Row> OpenRows(Connection& connection) {
 
 }  // namespace
 
-int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager) {
+int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager,
+                       const std::string& line) {
     const int64_t me = owners.Mine();
     WriteTransaction transaction(connection);
-    Statement(connection, "INSERT INTO Host_TestPages (asked_by, pager) VALUES (?, ?)")
+    Statement(connection, "INSERT INTO Host_TestPages (asked_by, pager, line) VALUES (?, ?, ?)")
         .Bind(me)
         .Bind(pager)
+        .Bind(line)
         .Run();
     Statement number(connection, "SELECT last_insert_rowid()");
     number.Step();
@@ -86,14 +89,25 @@ void ForgetTestPage(Connection& connection, int64_t asked) {
     transaction.Commit();
 }
 
-std::optional<AskedTestPage> NextTestPage(Connection& connection, OwnerLock& owners) {
+std::vector<AskedTestPage> AskedTestPages(Connection& connection, OwnerLock& owners) {
+    std::vector<AskedTestPage> asked;
     for (const Row& row : OpenRows(connection)) {
         if (owners.Lives(row.asked_by)) {
-            return AskedTestPage{row.asked, row.pager};
+            asked.push_back({row.asked, row.pager, row.line});
+        } else {
+            ForgetTestPage(connection, row.asked);
         }
-        ForgetTestPage(connection, row.asked);
     }
-    return std::nullopt;
+    return asked;
+}
+
+void GiveTestPage(Connection& connection, int64_t asked, const std::string& line) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "UPDATE Host_TestPages SET line = ? WHERE row_id = ?")
+        .Bind(line)
+        .Bind(asked)
+        .Run();
+    transaction.Commit();
 }
 
 void AnswerTestPage(Connection& connection, int64_t asked, int32_t answer) {

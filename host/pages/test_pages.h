@@ -1,7 +1,8 @@
-// Test pages that another process asks the running engine for.
+// Test pages that another process asks the running node for.
 //
 // The asking process leaves a row in Host_TestPages, marked with its number of the owner lock, and
-// waits for the answer in it. A row whose process has ended is nobody's: no page is sent for it.
+// waits for the answer in it. The node gives it to a line, which sends the page and answers. A row
+// whose process has ended is nobody's: no page is sent for it.
 //
 // Errors     StoreError.
 #ifndef PAGERFWD_HOST_PAGES_TEST_PAGES_H
@@ -10,25 +11,31 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/store/connection.h"
 #include "host/store/owner_lock.h"
 
 namespace host {
 
-// The asking side. pager: its description, as the tables have it.
-int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager);
+// The asking side. pager: its description, as the tables have it. line: the one to send it; empty:
+// the node decides.
+int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager,
+                       const std::string& line);
 // None: not yet.
 std::optional<int32_t> TestPageAnswer(Connection& connection, int64_t asked);
 void ForgetTestPage(Connection& connection, int64_t asked);
 
-// The engine's side.
 struct AskedTestPage {
     int64_t asked = 0;
     std::string pager;
+    std::string line;
 };
-// The next one whose asker still waits.
-std::optional<AskedTestPage> NextTestPage(Connection& connection, OwnerLock& owners);
+// Those whose asker still waits, in the order in which they were asked for.
+std::vector<AskedTestPage> AskedTestPages(Connection& connection, OwnerLock& owners);
+// The node's side.
+void GiveTestPage(Connection& connection, int64_t asked, const std::string& line);
+// The node's, and the line's.
 void AnswerTestPage(Connection& connection, int64_t asked, int32_t answer);
 
 }  // namespace host

@@ -2,6 +2,7 @@
 #include "host/process/operator_log.h"
 
 #include <iomanip>
+#include <sstream>
 
 #include "host/text/printable.h"
 
@@ -33,14 +34,17 @@ bool OperatorLog::IsRepeated(const Level& level, std::string_view message, std::
            now < latest_at_ + kBetweenRepeats;
 }
 
+// In one piece: other processes write to the same place.
 void OperatorLog::Put(const Level& level, std::string_view message, std::time_t now) {
+    std::ostringstream line;
     if (journal_) {
-        out_ << '<' << level.number << '>';
+        line << '<' << level.number << '>';
     } else {
         std::tm parts{};
-        out_ << std::put_time(localtime_r(&now, &parts), "%Y-%m-%d %H:%M:%S ");
+        line << std::put_time(localtime_r(&now, &parts), "%Y-%m-%d %H:%M:%S ");
     }
-    out_ << level.word << Printable(message) << '\n' << std::flush;
+    line << level.word << who_ << Printable(message) << '\n';
+    out_ << line.str() << std::flush;
 }
 
 }  // namespace host

@@ -15,11 +15,15 @@
 #include <string>
 #include <string_view>
 
+#include "host/text/printable.h"
+
 namespace host {
 
 class OperatorLog {
  public:
-    OperatorLog(std::ostream& out, bool journal) : out_(out), journal_(journal) {}
+    // who: stands before every message; empty in a process that speaks for itself.
+    OperatorLog(std::ostream& out, bool journal, std::string who = {})
+        : out_(out), journal_(journal), who_(Printable(who)) {}
 
     // Texts from outside are made fit for a terminal.
     void Info(std::string_view message) { Write(kInfo, message); }
@@ -43,6 +47,7 @@ class OperatorLog {
     std::mutex mutex_;  // guards all that follows
     std::ostream& out_;
     const bool journal_;
+    const std::string who_;
     std::string latest_;
     std::time_t latest_at_ = 0;
     int unsaid_ = 0;  // times the latest came again

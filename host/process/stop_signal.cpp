@@ -60,6 +60,10 @@ bool StopSignal::TakeHangUp() {
     return asked;
 }
 
+int StopSignal::Descriptor() {
+    return ends[0];
+}
+
 bool StopSignal::WaitFor(std::chrono::milliseconds longest) {
     pollfd asked{ends[0], POLLIN, 0};
     // The byte stays in the pipe: every later look sees it too, and so does this one where the

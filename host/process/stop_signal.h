@@ -28,6 +28,9 @@ class StopSignal {
 
     bool IsAskedFor() { return WaitFor(std::chrono::milliseconds{0}); }
 
+    // Can be read as soon as the end is asked for, for a wait that ends with other things too.
+    static int Descriptor();
+
  private:
     struct sigaction term_ {};
     struct sigaction interrupt_ {};

@@ -3,6 +3,7 @@
 #define PAGERFWD_HOST_STORE_PENDING_H
 
 #include <cstdint>
+#include <string>
 
 #include "host/store/connection.h"
 
@@ -24,6 +25,13 @@ inline constexpr const char* kIsOwedAPage =
 // Whether an engine still has a page in hand, be it only to drop it since its alarm was
 // acknowledged. Throws RowTooLarge at a page that no engine could read.
 bool HasPagesInHand(Connection& connection);
+
+// Whether the page's event is in state 2.
+bool IsPending(Connection& connection, const std::string& alarm, const std::string& group,
+               const std::string& pager);
+
+// Whether a line's process has pages that its library goes through once a minute.
+bool HasPagesOf(Connection& connection, const std::string& line);
 
 }  // namespace host
 

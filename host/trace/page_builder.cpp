@@ -184,6 +184,7 @@ void PageBuilder::NoteStep(const TraceMeaning& meaning) {
 void PageBuilder::EnterPhase(PagePhase phase) {
     page_.phase_seconds.at(static_cast<size_t>(phase_)) += Now() - phase_began_;
     phase_ = phase;
+    page_.phase = phase;
     phase_began_ = Now();
     failure_.clear();
     modem_said_.clear();

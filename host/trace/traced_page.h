@@ -65,8 +65,9 @@ struct TracedPage {
     const std::string& Port() const { return port_used.empty() ? port : port_used; }
 
     Outcome outcome = Outcome::kCutOff;
-    int result = 0;      // the library's, where it was not sent
-    std::string reason;  // in words, where it was not sent
+    PagePhase phase = PagePhase::kOpen;  // that it is in, or ended in
+    int result = 0;                      // the library's, where it was not sent
+    std::string reason;                  // in words, where it was not sent
 
     std::vector<Turn> turns;
     size_t turns_left_out = 0;  // that were too many to be kept

@@ -108,6 +108,8 @@ pagers = ["tech"]
         std::strftime(time, sizeof time, "%Y-%m-%d %H:%M:%S", gmtime_r(&instant, &parts));
         exchange += "[[at]]\ntime = \"" + std::string(time) + "\"\nrun = '''" + command + "'''\n";
     }
+    // Ends the node and its lines, as a power cut would.
+    static std::string KillAll() { return "kill -KILL $PPID $(pgrep -P $PPID pagerfwd)"; }
     static std::string Pagerfwd(const std::string& arguments) {
         return std::string(PAGERFWD_PROGRAM) + " " + arguments;
     }
@@ -159,6 +161,10 @@ pagers = ["tech"]
         return stories;
     }
 
+    // The trace of the line; with ".1", what was moved aside.
+    static std::string Trace(const std::string& aside = "") {
+        return TextOf("pagerfwd.db-lines/COM%201/pageprot.txt" + aside);
+    }
     static std::string TextOf(const std::string& path) {
         std::ifstream file(path);
         return {std::istreambuf_iterator<char>(file), {}};

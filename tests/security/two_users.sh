@@ -106,7 +106,7 @@ done
 
 # The same while the service runs, for who may only read.
 see_all() {
-    for look in "status" "alarm list" "export" "check" "trace $folder/site/pageprot.txt"; do
+    for look in "status" "alarm list" "export" "check" "trace $folder/site/site.db-lines/COM%201/pageprot.txt"; do
         # shellcheck disable=SC2086
         as_reader "$pagerfwd" $look >seen || fail "a reader can't, while the service runs: $look"
     done
@@ -120,22 +120,22 @@ see_all zero
 if is_root; then
     refused "" as_reader "$pagerfwd" alarm raise "three"
     refused "ermission denied" as_stranger "$pagerfwd" status
-    refused "ermission denied" as_stranger cat site/pageprot.txt
+    refused "ermission denied" as_stranger cat site/site.db-lines/COM%201/pageprot.txt
 fi
 end_service
 as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine still runs"
 as_reader "$pagerfwd" alarm list | grep -q zero || fail "the alarm is gone"
 
 # The operators of the group write to it, too. An alarm of an operator, and a test by root, leave what the service can use.
-as_service rm -f site/site.db-engine site/site.db-owners site/pageprot.txt site/figures.prom
+as_service rm -f site/site.db-engine site/site.db-owners site/site.db-lines/COM%201/pageprot.txt site/figures.prom
 as_service chmod g+w site/site.db
 as_operator "$pagerfwd" alarm raise "one" >/dev/null
 cd site
-"$pagerfwd" --trace test --send-pending duty >/dev/null 2>&1 && fail "a page left without a modem"
+"$pagerfwd" --trace test duty >/dev/null 2>&1 && fail "a page left without a modem"
 cd ..
 owned site/site.db 660
 owned site/site.db-engine 660
-owned site/pageprot.txt 660
+owned site/site.db-lines/COM%201/pageprot.txt 660
 for lock in locks/*; do owned "$lock" 660; done
 
 # The service starts all the same.
@@ -144,7 +144,7 @@ as_operator "$pagerfwd" alarm raise "two" >/dev/null
 for journal in site/site.db-wal site/site.db-shm; do owned $journal 660; done
 for _ in $(seq 100); do [ -e site/figures.prom ] && break; sleep 0.1; done
 owned site/figures.prom 644
-owned site/pageprot.txt 640
+owned site/site.db-lines/COM%201/pageprot.txt 640
 see_all two
 end_service
 as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine still runs"
@@ -153,10 +153,10 @@ as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine
 mkdir shared
 chmod 1777 shared
 as_stranger ln -s "$folder/site/site.db" shared/pagerfwd-ttyS0
-refused "it is a link" as_service "$pagerfwd" --locks "$folder/shared" test --send-pending duty
+refused "it is a link" as_service "$pagerfwd" --locks "$folder/shared" test duty
 rm shared/pagerfwd-ttyS0
 as_stranger mkfifo shared/pagerfwd-ttyS0
-refused "" as_service "$pagerfwd" --locks "$folder/shared" test --send-pending duty
+refused "" as_service "$pagerfwd" --locks "$folder/shared" test duty
 rm shared/pagerfwd-ttyS0
 [ "$(as_service "$pagerfwd" export | grep -c description)" = 1 ] || fail "the database is harmed"
 if is_root; then
@@ -175,7 +175,7 @@ PYTHON
         sleep 0.1
     done
     refused "belongs to user $stranger" \
-        as_service "$pagerfwd" --locks "$folder/shared" test --send-pending duty
+        as_service "$pagerfwd" --locks "$folder/shared" test duty
     if grep -q CHEAP out; then fail "the stranger's words are shown: $(cat out)"; fi
     kill "$(pgrep -P $holder || echo $holder)" 2>/dev/null || true
     wait $holder 2>/dev/null || true
@@ -187,6 +187,6 @@ cp program/libPagerFwd.so planted/libPagerFwd.so 2>/dev/null || true
 mkdir alone
 cp program/pagerfwd alone/
 refused "the library can't be loaded" env -C planted LD_LIBRARY_PATH="$folder/planted" \
-    "$folder/alone/pagerfwd" test --send-pending duty
+    "$folder/alone/pagerfwd" test duty
 
 echo "two_users.sh: passed"

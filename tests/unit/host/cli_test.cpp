@@ -337,19 +337,6 @@ TEST_F(Cli, RefusesAPagerThatIsThereTwice) {
     EXPECT_THAT(run.err, HasSubstr("more than once"));
 }
 
-TEST_F(Cli, SendsNoPendingPageUnasked) {
-    MakeSite();
-    OpenTable("site.db", "AlarmLog").Insert({{"alarmlogID", 7}, {"pagerstate", 2}});
-    OpenTable("site.db", "AlarmFwd_PagerEvents")
-        .Insert({{"AlmLogID", 7}, {"PagerDescr", "duty"}, {"PagerState", 2}});
-    host::CloseDatabases();
-    const ProgramRun refused = Run({"test", "duty"});
-    EXPECT_EQ(2, refused.exit_code);
-    EXPECT_EQ("", refused.out);
-    EXPECT_THAT(refused.err, AllOf(HasSubstr("1 pending page"), HasSubstr("--send-pending")));
-    EXPECT_EQ(0, Run({"test", "duty", "--send-pending"}).exit_code);
-}
-
 TEST_F(Cli, TracesOnlyWhenAsked) {
     MakeSiteWithResult(7);
     const ProgramRun run = Run({"--trace", "test", "duty"});

@@ -1,4 +1,4 @@
-// New alarms, handed over to a library that is made up.
+// New alarms, taken up, given to a line, and handed over to a library that is made up.
 #include "host/node/intake.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +8,8 @@
 #include <map>
 #include <optional>
 
+#include "host/line/hand_over.h"
+#include "host/pages/page_owner.h"
 #include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 
@@ -47,6 +49,8 @@ class AnIntake : public ServiceTest {
     int32_t Forward(const Alarm& alarm, const Delivery& delivery) {
         EXPECT_EQ("2", StateOf(alarm.number));
         calls.push_back(delivery.alarm + " to " + delivery.pager);
+        on_the_line.pager = delivery.pager.substr(0, kTracedTextKept);
+        on_the_line.alarm = delivery.group.substr(0, kTracedTextKept);
         if (forwarded) {
             forwarded(alarm, delivery);
         }
@@ -64,7 +68,18 @@ class AnIntake : public ServiceTest {
         return answer;
     }
 
-    void Run() { intake->Run(connection); }
+    void Run() {
+        intake->Run(connection);
+        for (const Delivery& delivery : OpenDeliveries(connection)) {
+            GiveToLine(connection, delivery, "north");
+        }
+        size_t before = 0;
+        do {
+            before = calls.size();
+            hand_over->Run(connection);
+            hand_over->Saw(on_the_line);
+        } while (calls.size() > before);
+    }
 
     // The process that comes next.
     void Restart() {
@@ -74,8 +89,9 @@ class AnIntake : public ServiceTest {
         Run();
     }
     void Make() {
-        intake.emplace(
-            Encoding::kLatin1,
+        intake.emplace(Encoding::kLatin1, log);
+        hand_over.emplace(
+            "north", Encoding::kLatin1,
             [this](const Alarm& alarm, const Delivery& delivery) {
                 return Forward(alarm, delivery);
             },
@@ -89,6 +105,8 @@ class AnIntake : public ServiceTest {
     }
 
     std::optional<Intake> intake;
+    std::optional<HandOver> hand_over;
+    TracedPage on_the_line;  // the page that was handed over last
     std::vector<std::string> calls;
     std::function<void(const Alarm&, const Delivery&)> forwarded;
     std::map<std::string, int32_t> answers;
@@ -236,8 +254,6 @@ TEST_F(AnIntake, TriesAgainAfterTenSecondsWhatTheLibraryCouldNotRead) {
     Run();
     EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
     EXPECT_THAT(Noted(), ElementsAre("b 1", "a -", "c 1"));
-    EXPECT_FALSE(intake->WantsAgain(kNow + 9));
-    EXPECT_TRUE(intake->WantsAgain(kNow + 10));
     pagersim::VirtualClock::Set(kNow + 9);
     Run();
     EXPECT_EQ(3U, calls.size());
@@ -246,7 +262,6 @@ TEST_F(AnIntake, TriesAgainAfterTenSecondsWhatTheLibraryCouldNotRead) {
     Run();
     EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c", "7 to a"));
     EXPECT_THAT(Noted(), ElementsAre("b 1", "a 1", "c 1"));
-    EXPECT_FALSE(intake->WantsAgain(kNow + 1000));
 }
 
 TEST_F(AnIntake, TriesAgainWhenTheLibraryDoesNotSeeTheAlarm) {
@@ -254,18 +269,57 @@ TEST_F(AnIntake, TriesAgainWhenTheLibraryDoesNotSeeTheAlarm) {
     AddAlarm("7");
     Run();
     EXPECT_THAT(Noted(), ElementsAre("b -", "a 1", "c 1"));
-    EXPECT_TRUE(intake->WantsAgain(kNow + 10));
 }
 
-TEST_F(AnIntake, TakesUpNewAlarmsWhileItWaits) {
+TEST_F(AnIntake, HandsOverTheOthersWhileOneWaits) {
     answers["b"] = -1;
     AddAlarm("7");
     Run();
+    answers.clear();
     AddAlarm("8");
     Run();
-    EXPECT_EQ(3U, calls.size());
-    EXPECT_EQ("2", StateOf("8"));
-    EXPECT_THAT(Noted("8"), ElementsAre("b -", "a -", "c -"));
+    EXPECT_THAT(Noted("7"), ElementsAre("b -", "a 1", "c 1"));
+    EXPECT_THAT(Noted("8"), ElementsAre("b 1", "a 1", "c 1"));
+}
+
+// A pass of the library works on a copy of its queue, and sends what came last first.
+TEST_F(AnIntake, HandsOverTheNextPageWhenTheOneBeforeIsOnTheLine) {
+    AddAlarm("7");
+    intake->Run(connection);
+    for (const Delivery& delivery : OpenDeliveries(connection)) {
+        GiveToLine(connection, delivery, "north");
+    }
+    hand_over->Run(connection);
+    hand_over->Run(connection);
+    EXPECT_THAT(calls, ElementsAre("7 to b"));
+    hand_over->Saw(TracedPage());
+    hand_over->Run(connection);
+    EXPECT_THAT(calls, ElementsAre("7 to b"));
+    hand_over->Saw(on_the_line);
+    hand_over->Run(connection);
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a"));
+    RewriteEvent(7, "a", 4, 0);  // it ended, and the trace said nothing
+    hand_over->Run(connection);
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to a", "7 to c"));
+}
+
+TEST_F(AnIntake, HandsOverNothingThatBelongsToAnotherLine) {
+    AddAlarm("7");
+    intake->Run(connection);
+    GiveToLine(connection, OpenDeliveries(connection).at(1), "south");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("7 to b", "7 to c"));
+}
+
+TEST_F(AnIntake, HandsOverSevereAlarmsFirstAndOldOnesBeforeNew) {
+    AddAlarm("7");
+    AddAlarm("8");
+    AddAlarm("9");
+    Execute("UPDATE AlarmLog SET severity = '3' WHERE alarmlogID = '7'");
+    Execute("UPDATE AlarmLog SET severity = '5' WHERE alarmlogID = '8'");
+    Run();
+    EXPECT_THAT(calls, ElementsAre("9 to b", "9 to a", "9 to c", "7 to b", "7 to a", "7 to c",
+                                   "8 to b", "8 to a", "8 to c"));
 }
 
 TEST_F(AnIntake, LeavesAnAlarmThatHasGone) {
@@ -401,7 +455,7 @@ TEST_F(AnIntake, SetsAsideAnAlarmThatCantBeTakenUp) {
     EXPECT_FALSE(intake->IsDone(connection));
 }
 
-TEST_F(AnIntake, SetsAsideADeliveryThatIsTooLarge) {
+TEST_F(AnIntake, HandsOverWhatIsBesideADeliveryThatIsTooLarge) {
     answers["b"] = answers["a"] = answers["c"] = -1;
     AddAlarm("7");
     Run();
@@ -412,26 +466,25 @@ TEST_F(AnIntake, SetsAsideADeliveryThatIsTooLarge) {
     calls.clear();
     Run();
     EXPECT_THAT(calls, ElementsAre("7 to a", "7 to c"));
-    Run();
-    const std::string once = "open delivery 1 that can't be read is set aside: ";
-    const size_t at = said.str().find(once);
-    EXPECT_NE(std::string::npos, at) << said.str();
-    EXPECT_EQ(std::string::npos, said.str().find(once, at + 1));
     EXPECT_THAT(faults, IsEmpty());
-    EXPECT_TRUE(intake->IsDone(connection));
 }
 
 // Its alarm grew after it was taken up.
-TEST_F(AnIntake, SetsAsideADeliveryWhoseAlarmIsTooLarge) {
+TEST_F(AnIntake, SaysOnceThatADeliveryHasAnAlarmThatIsTooLarge) {
     answers["b"] = answers["a"] = answers["c"] = -1;
     AddAlarm("7");
     Run();
-    EXPECT_FALSE(intake->IsDone(connection));
     WriteAsAnother(database, "UPDATE AlarmLog SET details = hex(zeroblob(600000))");
     pagersim::VirtualClock::Set(kNow + 10);
+    calls.clear();
     Run();
-    EXPECT_THAT(said.str(), HasSubstr("alarm 7 (ops) to \"b\" is set aside: "));
-    EXPECT_TRUE(intake->IsDone(connection));
+    pagersim::VirtualClock::Set(kNow + 20);
+    Run();
+    EXPECT_THAT(calls, IsEmpty());
+    const std::string once = "alarm 7 (ops) to \"b\" can't be handed over: ";
+    const size_t at = said.str().find(once);
+    EXPECT_NE(std::string::npos, at) << said.str();
+    EXPECT_EQ(std::string::npos, said.str().find(once, at + 1));
 }
 
 // Another program's: the alarm is there, under what is no number of the library.

@@ -5,7 +5,7 @@
 //                                          lock
 //   store_process DATABASE delete-event    deletes the event of alarm 7 and pager "duty"
 //   store_process DATABASE own             says its owner number, which it keeps
-//   store_process DATABASE engine          holds the locks of an engine
+//   store_process DATABASE engine          holds the locks of a node with a line at /dev/ttyS8
 //   store_process FILE lock-file           holds the lock file
 #include <pagerfwd/table_access.h>
 #include <unistd.h>
@@ -15,8 +15,9 @@
 #include <map>
 #include <string>
 
+#include "host/devices/device_lock.h"
 #include "host/files/lock_file.h"
-#include "host/process/engine_locks.h"
+#include "host/process/database_locks.h"
 #include "host/store/owner_lock.h"
 #include "tests/unit/host/table_client.h"
 
@@ -60,10 +61,10 @@ void Own(const std::string& database) {
 }
 
 void HoldEngine(const std::string& database) {
-    host::Connection connection(database);
-    host::EngineLocks locks(database, ".", "a test");
-    locks.TakeDevices(connection);
-    SayAndWait("taken");
+    const host::LockFile node = host::TakeNodeLock(database, "a test");
+    host::LockFile engine = host::EngineLock(database);
+    host::LockFile device = host::LockOfDevice({database, "."}, "/dev/ttyS8");
+    SayAndWait(engine.TryTake("a test") && device.TryTake("a test") ? "taken" : "refused");
 }
 
 void HoldLockFile(const std::string& path) {

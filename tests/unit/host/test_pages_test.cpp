@@ -14,11 +14,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class AskedTestPages : public ServiceTest {
+class TestPagesAskedFor : public ServiceTest {
  protected:
     // A process that has asked for a page, and waits.
     struct Asker {
-        Asker(AskedTestPages& test, const std::string& pager)
+        Asker(TestPagesAskedFor& test, const std::string& pager)
             : process({STORE_PROCESS, test.database, "own"}) {
             test.Execute("INSERT INTO Host_TestPages (asked_by, pager) VALUES (" +
                          process.ReadLine() + ", '" + pager + "')");
@@ -27,23 +27,27 @@ class AskedTestPages : public ServiceTest {
     };
 
     std::string Next() {
-        const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
-        return next ? next->pager : "none";
+        const std::vector<AskedTestPage> asked = AskedTestPages(connection, owners);
+        return asked.empty() ? "none" : asked.front().pager;
     }
 
     OwnerLock owners{database};
 };
 
-TEST_F(AskedTestPages, AreAnsweredOneByOne) {
-    const int64_t first = AskForTestPage(connection, owners, "duty");
-    const int64_t second = AskForTestPage(connection, owners, "night");
+TEST_F(TestPagesAskedFor, AreAnsweredOneByOne) {
+    const int64_t first = AskForTestPage(connection, owners, "duty", "");
+    const int64_t second = AskForTestPage(connection, owners, "night", "south");
     EXPECT_NE(first, second);
     EXPECT_EQ(std::nullopt, TestPageAnswer(connection, first));
 
-    const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
-    ASSERT_TRUE(next);
-    EXPECT_EQ(first, next->asked);
-    EXPECT_EQ("duty", next->pager);
+    const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
+    ASSERT_EQ(2U, both.size());
+    EXPECT_EQ(first, both[0].asked);
+    EXPECT_EQ("duty", both[0].pager);
+    EXPECT_EQ("", both[0].line);
+    EXPECT_EQ("south", both[1].line);
+    GiveTestPage(connection, first, "north");
+    EXPECT_EQ("north", AskedTestPages(connection, owners)[0].line);
     AnswerTestPage(connection, first, 7);
     EXPECT_EQ(7, TestPageAnswer(connection, first));
     EXPECT_EQ(std::nullopt, TestPageAnswer(connection, second));
@@ -53,20 +57,20 @@ TEST_F(AskedTestPages, AreAnsweredOneByOne) {
     EXPECT_EQ("none", Next());
 }
 
-TEST_F(AskedTestPages, AreForgottenByWhoAsked) {
-    const int64_t asked = AskForTestPage(connection, owners, "duty");
+TEST_F(TestPagesAskedFor, AreForgottenByWhoAsked) {
+    const int64_t asked = AskForTestPage(connection, owners, "duty", "");
     ForgetTestPage(connection, asked);
     EXPECT_EQ(std::nullopt, TestPageAnswer(connection, asked));
     EXPECT_EQ("none", Next());
     EXPECT_THAT(Rows("pager FROM Host_TestPages"), IsEmpty());
 }
 
-TEST_F(AskedTestPages, MayComeFromAnotherProcess) {
+TEST_F(TestPagesAskedFor, MayComeFromAnotherProcess) {
     const Asker asker(*this, "duty");
     EXPECT_EQ("duty", Next());
 }
 
-TEST_F(AskedTestPages, AreNobodysWhenTheAskerHasDied) {
+TEST_F(TestPagesAskedFor, AreNobodysWhenTheAskerHasDied) {
     Asker dead(*this, "first");
     Asker ended(*this, "second");
     const Asker waiting(*this, "third");
@@ -76,21 +80,21 @@ TEST_F(AskedTestPages, AreNobodysWhenTheAskerHasDied) {
     EXPECT_THAT(Rows("pager FROM Host_TestPages"), ElementsAre("third"));
 }
 
-TEST_F(AskedTestPages, KeepTheirPagersName) {
+TEST_F(TestPagesAskedFor, KeepTheirPagersName) {
     const std::string name = "a\"b'c%s\x93\xFA;--";
-    AskForTestPage(connection, owners, name);
+    AskForTestPage(connection, owners, name, "");
     EXPECT_EQ(name, Next());
 }
 
-TEST_F(AskedTestPages, AreNotHiddenByOneThatIsTooLarge) {
-    AskForTestPage(connection, owners, "large");
-    AskForTestPage(connection, owners, "duty");
+TEST_F(TestPagesAskedFor, AreNotHiddenByOneThatIsTooLarge) {
+    AskForTestPage(connection, owners, "large", "");
+    AskForTestPage(connection, owners, "duty", "");
     WriteAsAnother(database,
                    "UPDATE Host_TestPages SET pager = hex(zeroblob(600000)) WHERE pager = 'large'");
-    const std::optional<AskedTestPage> next = NextTestPage(connection, owners);
-    ASSERT_TRUE(next);
-    EXPECT_EQ("", next->pager);  // which no pager is called
-    AnswerTestPage(connection, next->asked, -1);
+    const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
+    ASSERT_EQ(2U, both.size());
+    EXPECT_EQ("", both[0].pager);  // which no pager is called
+    AnswerTestPage(connection, both[0].asked, -1);
     EXPECT_EQ("duty", Next());
 }
 

@@ -22,9 +22,7 @@ class Following : public ::testing::Test {
 
     std::vector<std::string> ended;
     std::vector<std::string> lasting;
-    int given_up = 0;
     TraceFollower follower{{[this](const TracedPage& page) { ended.push_back(page.pager); },
-                            [this] { ++given_up; },
                             [this](const TracedPage& page) { lasting.push_back(page.pager); }}};
 };
 
@@ -52,13 +50,6 @@ TEST_F(Following, TellsOncePageThatItLastsLong) {
     EXPECT_THAT(lasting, ElementsAre("duty"));
     Read("", 9002 + TraceFollower::kLong);
     EXPECT_THAT(lasting, ElementsAre("duty", "duty"));
-}
-
-TEST_F(Following, CountsPagesThatAreGivenUp) {
-    Read("10: 0: 0\tCheck4DialThreadLoop: Retries exceeded: duty\n\n");
-    Read("10: 0: 0\tCheck4DialThreadLoop: Retries exceeded1: duty\n\n");
-    Read("10: 0: 0\tCheck4DialThreadLoop: Wait\n\n");
-    EXPECT_EQ(2, given_up);
 }
 
 TEST_F(Following, CutsOffThePageOfAnEngineThatIsMadeAnew) {

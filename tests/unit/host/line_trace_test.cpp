@@ -1,5 +1,5 @@
-// The trace of the engine: what is kept of it, and what is taken from it.
-#include "host/line/engine_trace.h"
+// The trace of a line: what is kept of it, and what is taken from it.
+#include "host/line/line_trace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,9 +15,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
-class TheEnginesTrace : public ServiceTest {
+class TheTraceOfALine : public ServiceTest {
  protected:
     static constexpr const char* kFile = "pageprot.txt";
     static constexpr size_t kLongest = size_t{16} << 20;
@@ -46,10 +46,18 @@ class TheEnginesTrace : public ServiceTest {
     }
 
     OperatorLog log{said, true};
-    EngineTrace trace{connection, Encoding::kLatin1, log};
+    static SiteLine North() {
+        SiteLine line;
+        line.name = "north";
+        line.device = "/dev/none";
+        return line;
+    }
+    std::vector<std::string> seen;  // pagers
+    LineTrace trace{connection, North(), Encoding::kLatin1, log,
+                    [this](const TracedPage& page) { seen.push_back(page.pager); }};
 };
 
-TEST_F(TheEnginesTrace, SurvivesAnyNumberOfStarts) {
+TEST_F(TheTraceOfALine, SurvivesAnyNumberOfStarts) {
     for (int start = 0; start < 8; ++start) {
         Start();
         Add("10: 0: " + std::to_string(start) + "\tstart\n");
@@ -64,7 +72,7 @@ TEST_F(TheEnginesTrace, SurvivesAnyNumberOfStarts) {
     EXPECT_FALSE(fs::exists("pageprot.txt.2"));
 }
 
-TEST_F(TheEnginesTrace, IsMovedAsideAt16Mebibytes) {
+TEST_F(TheTraceOfALine, IsMovedAsideAt16Mebibytes) {
     Start();
     Add(std::string(kLongest, '\n'));
     trace.Look();
@@ -75,7 +83,7 @@ TEST_F(TheEnginesTrace, IsMovedAsideAt16Mebibytes) {
     EXPECT_EQ(kLongest + 1, fs::file_size("pageprot.txt.1"));
 }
 
-TEST_F(TheEnginesTrace, DoesNotGrowAboveThatByStarts) {
+TEST_F(TheTraceOfALine, DoesNotGrowAboveThatByStarts) {
     Start();
     Add(std::string(kLongest - 10, '\n'));
     Start();
@@ -85,7 +93,7 @@ TEST_F(TheEnginesTrace, DoesNotGrowAboveThatByStarts) {
     EXPECT_EQ(kLongest - 10, fs::file_size("pageprot.txt.2"));
 }
 
-TEST_F(TheEnginesTrace, IsMovedAsideAfterAWeek) {
+TEST_F(TheTraceOfALine, IsMovedAsideAfterAWeek) {
     Start();
     Add("old\n");
     trace.Look();
@@ -95,14 +103,41 @@ TEST_F(TheEnginesTrace, IsMovedAsideAfterAWeek) {
     EXPECT_FALSE(fs::exists(kFile));
 }
 
-TEST_F(TheEnginesTrace, NamesThePortThatWasUsedAndWhatNothingConfirms) {
+TEST_F(TheTraceOfALine, RecordsEachSendingByTheNameOfTheLine) {
     Start();
     Add(Page());
     trace.Look();
-    EXPECT_THAT(said.str(), HasSubstr("<6>page to \"duty\": dialled (0 s, COM 2); the call is the "
-                                      "page, and nothing confirms it\n"));
-    EXPECT_THAT(Rows("outcome || ' by ' || port FROM Host_Sends"), ElementsAre("dialled by COM 2"));
-    EXPECT_EQ(1U, trace.Figures().sendings.at("dialled").at("COM 2"));
+    EXPECT_THAT(Rows("outcome || ' by ' || port FROM Host_Sends"), ElementsAre("dialled by north"));
+    EXPECT_THAT(seen, ElementsAre("duty"));
+    EXPECT_EQ(nullptr, trace.UnderWay());
+}
+
+TEST_F(TheTraceOfALine, ShowsThePageThatIsUnderWay) {
+    Start();
+    Add(Page().substr(0, Page().find("After Dial") - 9));
+    trace.Look();
+    ASSERT_NE(nullptr, trace.UnderWay());
+    EXPECT_EQ(PagePhase::kDial, trace.UnderWay()->phase);
+    trace.Look();
+    EXPECT_THAT(seen, ElementsAre("duty", "duty"));
+    EXPECT_THAT(Rows("outcome FROM Host_Sends"), IsEmpty());
+}
+
+TEST_F(TheTraceOfALine, IsStuckWithAPageThatLastsTenMinutesUnlessExcused) {
+    Start();
+    Add("10: 0: 0\t*** START PAGING ***\n10: 0: 0\tTry to page for duty at 01/08/01\t10:00:00\t: "
+        "\n");
+    trace.Look();
+    sleep(601);
+    trace.Look();
+    EXPECT_TRUE(trace.IsStuck());
+    trace.Excuse();
+    sleep(600);
+    trace.Look();
+    EXPECT_FALSE(trace.IsStuck());
+    sleep(1);
+    trace.Look();
+    EXPECT_TRUE(trace.IsStuck());
 }
 
 }  // namespace

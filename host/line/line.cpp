@@ -1,0 +1,213 @@
+// A line's loop. Tested by tests/e2e/line_test.cpp.
+#include "host/line/line.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
+
+#include "host/line/send_test_page.h"
+#include "host/pages/history.h"
+#include "host/pages/lines.h"
+#include "host/pages/test_pages.h"
+#include "host/platform/bell.h"
+#include "host/process/signals_held.h"
+#include "host/site/site_tables.h"
+#include "host/store/line_view.h"
+#include "host/store/pending.h"
+#include "host/text_helpers.h"
+
+namespace host {
+namespace {
+
+constexpr int kBetweenLooksMs = 1000;
+
+// The library's worker writes a line about each of its pages once a minute.
+constexpr std::time_t kLongestSilence = 10 * 60;
+
+constexpr const char* kIdle = "idle";
+
+// Whether the disk takes more.
+bool CanWriteHere() {
+    std::array<char, 32> name{"room-XXXXXX"};
+    const Descriptor file(mkostemp(name.data(), O_CLOEXEC));
+    if (!file.IsOpen()) {
+        return false;
+    }
+    unlink(name.data());
+    constexpr std::array<char, 4096> kBytes{};
+    return write(file.Number(), kBytes.data(), kBytes.size()) ==
+           static_cast<ssize_t>(kBytes.size());
+}
+
+// False: the end is asked for, or nobody asks for anything any more.
+bool WaitForWork(StopSignal& stop, const BellSocket& node) {
+    std::array<pollfd, 2> awaited{
+        {{StopSignal::Descriptor(), POLLIN, 0}, {node.Number(), POLLIN, 0}}};
+    poll(awaited.data(), awaited.size(), kBetweenLooksMs);
+    return !stop.IsAskedFor() && node.Listen() != BellSocket::Heard::kEnd;
+}
+
+}  // namespace
+
+Line::Line(const std::string& database, const SiteLine& line, const Library& library,
+           OperatorLog& log)
+    : database_(database),
+      line_(line),
+      library_(library),
+      log_(log),
+      lease_(database, Refusals::kKept),
+      encoding_(EncodingOf(lease_.Database())),
+      hand_over_(
+          line.name, encoding_,
+          [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
+          log),
+      trace_(lease_.Database(), line, encoding_, log,
+             [this](const TracedPage& page) { hand_over_.Saw(page); }) {
+    UseShiftJis(encoding_ == Encoding::kShiftJis);
+}
+
+LineExit Line::Run(StopSignal& stop, const BellSocket& node) {
+    Start();
+    do {
+        StepOrReport();
+        if (IsStuck()) {
+            log_.Error("the library doesn't go on; the line is started anew");
+            return LineExit::kStuck;
+        }
+        node.Ring();
+    } while (WaitForWork(stop, node));
+    End();
+    return LineExit::kDone;
+}
+
+void Line::Start() {
+    try {
+        NoteEngineStart(lease_.Database(), line_.name);
+    } catch (const StoreError& failure) {
+        log_.Error(std::string(failure.what()) + "; the due times that are shown may be wrong");
+    }
+    trace_.Begin();
+    BringUpEngine();
+}
+
+// Also while it is up: then nothing happens, unless the system had no thread for its worker.
+void Line::BringUpEngine() {
+    const SignalsHeld held;
+    std::string name = database_;
+    FwdSpecialInfoStr info{name.data(), nullptr, nullptr, nullptr};
+    library_.StartAlarmFwdPager(&info);
+}
+
+void Line::End() {
+    library_.StopAlarmFwdPager();
+    try {
+        trace_.Look();
+        NoteDoing("");
+    } catch (const StoreError& failure) {
+        log_.Error(failure.what());
+    }
+    TellWhatIsLost();
+}
+
+// What is kept in memory ends with the process.
+void Line::TellWhatIsLost() {
+    const size_t kept = lease_.CountHeld();
+    if (kept > 0) {
+        log_.Error(std::to_string(kept) +
+                   " change(s) could not be written to the end; pages that were sent meanwhile may "
+                   "be sent again");
+    }
+}
+
+void Line::StepOrReport() {
+    try {
+        Step();
+    } catch (const StoreError& failure) {
+        log_.Error(std::string(failure.what()) + "; trying again");
+    }
+}
+
+void Line::Step() {
+    trace_.Look();
+    BringUpEngine();
+    SendTestPages();
+    hand_over_.Run(lease_.Database());
+    NoteDoing(Doing());
+}
+
+// A trace that nobody can write says nothing of the library.
+bool Line::IsStuck() {
+    const bool is_silent = std::time(nullptr) > trace_.LastNews() + kLongestSilence &&
+                           HasPagesOf(lease_.Database(), line_.name);
+    if (!trace_.IsStuck() && !is_silent) {
+        return false;
+    }
+    if (CanWriteHere()) {
+        return true;
+    }
+    trace_.Excuse();
+    return false;
+}
+
+int32_t Line::Forward(const Alarm& alarm, const Delivery& delivery) {
+    const SignalsHeld held;
+    std::string name = database_;
+    int32_t number = std::stoi(alarm.number);
+    std::string group = delivery.group;
+    std::string server = alarm.server;
+    std::string pager = delivery.pager;
+    std::string unused;
+    char* groups[] = {group.data()};
+    char* pagers[] = {pager.data()};
+    FwdSpecialInfoStr info{name.data(), &number, nullptr, groups};
+    const int32_t answer = library_.AlarmFwdPager(&info, server.data(), unused.data(), pagers, 1);
+    RingBell();
+    return answer;
+}
+
+// Each may take as long as two pages: the one on the line, and its own.
+void Line::SendTestPages() {
+    for (const AskedTestPage& asked : AskedTestPages(lease_.Database(), lease_.Owners())) {
+        if (asked.line != line_.name) {
+            continue;
+        }
+        NoteDoing("test page to " + asked.pager);
+        const int32_t answer = SendTestPageTo(asked.pager);
+        log_.Info("test page to \"" + Decode(asked.pager, encoding_) + "\": result " +
+                  std::to_string(answer));
+        AnswerTestPage(lease_.Database(), asked.asked, answer);
+    }
+}
+
+int32_t Line::SendTestPageTo(const std::string& pager) {
+    const std::vector<PagerRow> rows = FindPagers(lease_.Database(), pager);
+    if (rows.size() != 1) {
+        return kPagerUnknown;
+    }
+    PagerRow row = rows.front();
+    row.port = PortInView(row.port);
+    const SignalsHeld held;
+    return SendTestPage(library_, database_, std::move(row));
+}
+
+std::string Line::Doing() const {
+    const TracedPage* const page = trace_.UnderWay();
+    if (page == nullptr || page->pager.empty()) {
+        return kIdle;
+    }
+    return (page->test ? "test page to " : "page to ") + page->pager + ": " +
+           std::string(NameOf(page->phase));
+}
+
+void Line::NoteDoing(const std::string& doing) {
+    if (doing != std::exchange(doing_, doing)) {
+        SetDoing(lease_.Database(), line_.name, doing, std::time(nullptr));
+    }
+}
+
+}  // namespace host

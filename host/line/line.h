@@ -1,0 +1,61 @@
+// A line: the library, loaded for one modem, and the pages that its node gives it.
+//
+// All calls of the library are made by one thread, as it asks for. Signals are kept from the
+// library's own: they would end its pauses in a way that nobody answers.
+//
+// Threads    Run's own, and the library's worker.
+// Errors     StoreError at the start. Later a failure is told to the operator, and tried again.
+#ifndef PAGERFWD_HOST_LINE_LINE_H
+#define PAGERFWD_HOST_LINE_LINE_H
+
+#include <string>
+
+#include "host/library/library.h"
+#include "host/line/hand_over.h"
+#include "host/line/line_trace.h"
+#include "host/lines/line_exit.h"
+#include "host/process/bell_socket.h"
+#include "host/process/operator_log.h"
+#include "host/process/stop_signal.h"
+#include "host/store/pool.h"
+
+namespace host {
+
+class Line {
+ public:
+    // The process is set up for it: its folder, its device, its view of the tables.
+    Line(const std::string& database, const SiteLine& line, const Library& library,
+         OperatorLog& log);
+
+    // Until it is asked to end, or its node has died; a page on the line is finished first. kStuck:
+    // the library doesn't go on, and the process is to end without it.
+    LineExit Run(StopSignal& stop, const BellSocket& node);
+
+ private:
+    void Start();
+    void BringUpEngine();
+    void End();
+    void StepOrReport();
+    void Step();
+    bool IsStuck();
+    void SendTestPages();
+    int32_t SendTestPageTo(const std::string& pager);
+    void TellWhatIsLost();
+    void NoteDoing(const std::string& doing);
+    std::string Doing() const;
+    int32_t Forward(const Alarm& alarm, const Delivery& delivery);
+
+    const std::string database_;
+    const SiteLine line_;
+    const Library& library_;
+    OperatorLog& log_;
+    Lease lease_;
+    const Encoding encoding_;
+    HandOver hand_over_;
+    LineTrace trace_;
+    std::string doing_;
+};
+
+}  // namespace host
+
+#endif

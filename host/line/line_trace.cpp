@@ -1,0 +1,85 @@
+// The trace of a line. Tested by tests/unit/host/line_trace_test.cpp.
+#include "host/line/line_trace.h"
+
+#include <utility>
+
+#include "host/lines/line_folder.h"
+#include "host/pages/sends.h"
+#include "host/process/port_holder.h"
+
+namespace host {
+namespace {
+
+constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
+constexpr std::time_t kOldestTrace = 7 * 24 * 60 * 60;
+constexpr int kMostPieces = 64;   // of 1 MiB, in one look
+constexpr int kNoLineResult = 5;  // of the library
+
+}  // namespace
+
+LineTrace::LineTrace(Connection& connection, SiteLine line, Encoding encoding, OperatorLog& log,
+                     Seen seen)
+    : connection_(connection),
+      line_(std::move(line)),
+      encoding_(encoding),
+      log_(log),
+      seen_(std::move(seen)),
+      file_(kTraceFile),
+      follower_({[this](const TracedPage& page) { PageEnded(page); },
+                 [this](const TracedPage& page) {
+                     stuck_ = true;
+                     log_.Error("the page to \"" + Decode(page.pager, encoding_) +
+                                "\" has been on the line for over ten minutes");
+                 }}) {}
+
+void LineTrace::Begin() {
+    file_.JoinAside(kLongestTrace, kOldestTrace);
+    begun_ = std::time(nullptr);
+    news_ = begun_;
+    follower_.Restart();
+}
+
+void LineTrace::Look() {
+    const std::time_t now = std::time(nullptr);
+    for (int piece = 0; piece < kMostPieces; ++piece) {
+        const std::string bytes = file_.Read();
+        follower_.Read(bytes, now);
+        if (bytes.empty()) {
+            break;
+        }
+        news_ = now;
+    }
+    if (const TracedPage* const page = UnderWay()) {
+        seen_(*page);
+    }
+    if (file_.Position() > kLongestTrace || now - begun_ > kOldestTrace) {
+        file_.MoveAside();
+        begun_ = now;
+    }
+}
+
+void LineTrace::Excuse() {
+    news_ = std::time(nullptr);
+    stuck_ = false;
+    follower_.Excuse(news_);
+}
+
+// The library calls the line by another name.
+void LineTrace::PageEnded(const TracedPage& page) {
+    seen_(page);
+    Send send = SendOf(connection_, page, std::time(nullptr));
+    send.port = line_.name;
+    if (send.outcome == TracedPage::Outcome::kNotSent && page.result == kNoLineResult) {
+        TellWhoHolds();
+    }
+    RecordSend(connection_, send);
+}
+
+void LineTrace::TellWhoHolds() {
+    const std::string holders = HoldersOf(line_.device);
+    log_.Error(line_.device + " could not be opened" +
+               (holders.empty() ? "; does it exist, and may this user open it?"
+                                : "; it is held by " + holders));
+}
+
+}  // namespace host

@@ -1,0 +1,77 @@
+// Folders of lines. Tested by tests/unit/host/line_folder_test.cpp.
+#include "host/lines/line_folder.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "host/files/shared_file.h"
+#include "host/store/connection.h"
+
+namespace host {
+namespace {
+
+bool IsPlain(char c, bool first) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || (c == '.' && !first);
+}
+
+// One name of a folder for every name of a line, and none that leads elsewhere.
+std::string Encoded(const std::string& name) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string encoded;
+    for (const char c : name) {
+        if (IsPlain(c, encoded.empty())) {
+            encoded += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            encoded.append({'%', kDigits[byte / 16], kDigits[byte % 16]});
+        }
+    }
+    return encoded.empty() ? "%" : encoded;
+}
+
+std::string FolderOfAll(const std::string& database) {
+    return std::filesystem::weakly_canonical(database).string() + "-lines";
+}
+
+// Who may read the database may look into the folder.
+mode_t WithSearch(mode_t mode) {
+    constexpr mode_t kReadable = 0440;
+    return (mode & ~mode_t{0007}) | ((mode & kReadable) >> 2);
+}
+
+void MakeFolder(const std::string& folder, const Ownership& ownership) {
+    if (mkdir(folder.c_str(), 0700) != 0) {
+        if (errno == EEXIST && std::filesystem::is_directory(folder)) {
+            return;
+        }
+        throw StoreError(folder + ": the folder can't be made: " + std::strerror(errno));
+    }
+    static_cast<void>(!chown(folder.c_str(), ownership.owner, ownership.group));
+    chmod(folder.c_str(), WithSearch(ownership.mode));
+}
+
+}  // namespace
+
+std::string LineFolder(const std::string& database, const std::string& line) {
+    return FolderOfAll(database) + "/" + Encoded(line);
+}
+
+std::string MakeLineFolder(const std::string& database, const std::string& line) {
+    try {
+        const Ownership ownership = OwnershipOf(database);
+        MakeFolder(FolderOfAll(database), ownership);
+        std::string folder = LineFolder(database, line);
+        MakeFolder(folder, ownership);
+        return folder;
+    } catch (const FileError& error) {
+        throw StoreError(database + ": " + error.what());
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,65 @@
+// Which line gets which page, and when: a line is given only what it can send soon, so that the
+// order stays the node's.
+//
+// A pager that names a port has its pages from that line; any other from a healthy line that can
+// dial for its type, the least busy first. Severe alarms go before mild ones, and old before new; a
+// page that waits for its line holds up no other.
+//
+// Threads    One.
+// Errors     StoreError. What was not given to a line stays open in the tables.
+#ifndef PAGERFWD_HOST_NODE_DISPATCH_H
+#define PAGERFWD_HOST_NODE_DISPATCH_H
+
+#include <optional>
+#include <set>
+#include <string>
+
+#include "host/node/line_loads.h"
+#include "host/node/served_lines.h"
+#include "host/node/set_aside.h"
+#include "host/pages/deliveries.h"
+#include "host/process/operator_log.h"
+#include "host/store/connection.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+class Dispatch {
+ public:
+    Dispatch(const ServedLines& lines, Encoding encoding, OperatorLog& log)
+        : lines_(lines), encoding_(encoding), log_(log), aside_(log) {}
+
+    // Gives open deliveries to lines, and closes those that need none.
+    void Run(Connection& connection);
+
+    // Whether none is open but what was set aside.
+    bool IsDone(Connection& connection) const;
+
+    // The line for a page to this pager now; null: none that can have it is in service.
+    ServedLine* LineFor(const std::string& port, const std::string& type) const;
+
+    // One that is in service, or will be soon; null: there is none.
+    ServedLine* LineOfSite(const std::string& port, const std::string& type) const;
+
+    // Not yet tried pages that a line has at most: one on the line, one next.
+    static constexpr int kMostAhead = 2;
+
+ private:
+    void Give(Connection& connection, const Delivery& delivery);
+    std::optional<int32_t> AnswerWithoutLine(Connection& connection, const Delivery& delivery,
+                                             const std::optional<Alarm>& alarm) const;
+    void Close(Connection& connection, const Delivery& delivery, const std::optional<Alarm>& alarm,
+               int32_t answer);
+    void TellThatNoneHas(const std::string& pager);
+
+    const ServedLines& lines_;
+    const Encoding encoding_;
+    OperatorLog& log_;
+    SetAside aside_;
+    LineLoads loads_;
+    std::set<std::string> without_line_;  // pagers of which that has been said
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,359 @@
+// The node's loop. Tested by tests/e2e/run_test.cpp and lines_test.cpp.
+#include "host/node/node.h"
+
+#include <thread>
+#include <utility>
+
+#include "host/node/test_rounds.h"
+#include "host/pages/backlog.h"
+#include "host/pages/history.h"
+#include "host/pages/page_owner.h"
+#include "host/pages/page_requests.h"
+#include "host/process/database_locks.h"
+#include "host/site/site_tables.h"
+#include "host/store/large_cells.h"
+#include "host/store/pending.h"
+#include "host/store/schema.h"
+#include "host/text_helpers.h"
+
+namespace host {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{1000};
+constexpr std::chrono::milliseconds kWhileEnding{100};
+constexpr std::time_t kDay = 24 * 60 * 60;
+
+// A line records its sending a moment behind the end of the page.
+constexpr std::time_t kBetweenEnds = 3;
+constexpr std::time_t kBetweenMoves = 5;
+
+int64_t VersionSeen(Connection& connection) {
+    Statement statement(connection, "PRAGMA data_version");
+    statement.Step();
+    return statement.Number(0);
+}
+
+std::string Age(std::time_t seconds) {
+    constexpr std::time_t kHour = 60 * 60;
+    if (seconds >= 2 * kDay) {
+        return std::to_string(seconds / kDay) + " days";
+    }
+    return seconds >= 2 * kHour ? std::to_string(seconds / kHour) + " hours"
+                                : std::to_string(seconds / 60) + " minutes";
+}
+
+LineCommand CommandOf(const NodeOptions& options, const LockFile& lock) {
+    return {options.line_program, options.database, lock.Number()};
+}
+
+}  // namespace
+
+Node::Node(NodeOptions options, OperatorLog& log)
+    : options_(std::move(options)),
+      log_(log),
+      lease_(options_.database, Refusals::kKept),
+      encoding_(EncodingOf(lease_.Database())),
+      lock_(TakeNodeLock(options_.database, "run")),
+      engine_(EngineLock(options_.database)),
+      lines_(encoding_, log_),
+      intake_(encoding_, log_),
+      dispatch_(lines_, encoding_, log_),
+      sends_(lease_.Database()),
+      ends_(lease_.Database(), encoding_, log_),
+      figures_(lease_.Database(), options_.metrics, encoding_, log_),
+      room_(options_.database, log_) {
+    UseShiftJis(encoding_ == Encoding::kShiftJis);
+}
+
+Node::End Node::Run(StopSignal& stop) {
+    NotifyManager("READY=1");
+    if (WaitForLinesBefore(stop)) {
+        Serve(stop);
+    }
+    return replaced_ ? End::kDatabaseReplaced : End::kAskedFor;
+}
+
+// Of a node that died, each finishes the page on its line. False: the end was asked for meanwhile.
+bool Node::WaitForLinesBefore(StopSignal& stop) {
+    bool told = false;
+    while (!engine_.TryTake("run")) {
+        if (!std::exchange(told, true)) {
+            log_.Info("waiting for the lines of the run before, which finish their pages");
+        }
+        if (stop.WaitFor(kBetweenLooks)) {
+            return false;
+        }
+        heartbeat_.Beat();
+    }
+    return true;
+}
+
+void Node::Serve(StopSignal& stop) {
+    lines_.ServeWith(CommandOf(options_, engine_));
+    room_.Look(std::time(nullptr));
+    LookAtPendingPages();
+    lines_.Read(lease_.Database());
+    AdoptPages();
+    log_.Info("serving " + options_.database);
+    do {
+        LookAtFile();
+        StepOrReport();
+    } while (!replaced_ && !IsDone() && !stop.WaitFor(kBetweenLooks));
+    if (!replaced_) {
+        NotifyManager("STOPPING=1");
+    }
+    log_.Info("ending; a page on the line is finished first");
+    EndLines();
+    TellLastThings();
+    log_.Info("ended");
+}
+
+// A database that was put in the place of the one served, as from a backup, is served from now on.
+// While there is none of this name, the one that is open goes on.
+void Node::LookAtFile() {
+    const FileNamed named = lease_.Named();
+    replaced_ = named == FileNamed::kReplaced;
+    if (replaced_) {
+        log_.Warning(options_.database + ": replaced by another file, which is served from now on");
+    } else if (named == FileNamed::kGone && !gone_) {
+        log_.Error(options_.database + ": the file has gone; no page can leave until it is back");
+    }
+    gone_ = named == FileNamed::kGone;
+}
+
+// Nobody else's page waits for such a row.
+void Node::EmptyCells() {
+    for (const std::string& row : EmptyLargeCells(lease_.Database())) {
+        log_.Error(row + " is off limit: it had a text of more than 1 MiB, which was emptied");
+    }
+}
+
+void Node::LookAtPendingPages() {
+    Connection& connection = lease_.Database();
+    EmptyCells();
+    MendTexts(connection);
+    MendAlarmStates(connection);
+    if (options_.discard_older) {
+        const std::time_t before =
+            std::time(nullptr) - static_cast<std::time_t>(options_.discard_older->count());
+        log_.Info("pages of older alarms that are given up: " +
+                  std::to_string(DiscardPages(connection, before)));
+    }
+    const Backlog backlog = LookAtBacklog(connection);
+    if (backlog.pages > 0) {
+        log_.Warning(std::to_string(backlog.pages) +
+                     " page(s) are pending from before, the oldest of an alarm " +
+                     Age(std::time(nullptr) - backlog.oldest) +
+                     " old; all are due now. To give up old ones: run --discard-older-than");
+    }
+}
+
+// The service manager hears nothing of a node whose database doesn't work. What the disk refuses is
+// kept until it takes it again, and is no failure here: to be ended would lose it.
+void Node::StepOrReport() {
+    try {
+        try {
+            Step();
+        } catch (const RowTooLarge&) {
+            EmptyCells();
+            Step();
+        }
+        heartbeat_.Beat();
+    } catch (const StoreError& failure) {
+        seen_ = -1;
+        log_.Error(std::string(failure.what()) + "; trying again");
+    }
+}
+
+void Node::Step() {
+    const std::time_t now = std::time(nullptr);
+    Connection& connection = lease_.Database();
+    if (StopSignal::TakeHangUp()) {
+        ReadAnew();
+    }
+    if (HasChanged()) {
+        intake_.Run(connection);
+    }
+    LookAtSends(now);
+    LookAtEnds(now);
+    HoldLines();
+    lines_.Look(connection, now);
+    MovePages(now);
+    dispatch_.Run(connection);
+    GiveTestPages(lease_, lines_, dispatch_);
+    figures_.Show(ends_, now);
+    room_.Look(now);
+    ForgetOldHistory(now);
+}
+
+void Node::ReadAnew() {
+    seen_ = -1;
+    log_.Info(std::string("reading anew, as asked: the ports ") +
+              (lines_.Read(lease_.Database()) ? "have changed" : "are the same"));
+}
+
+// Also the changes of this process's own lines.
+bool Node::HasChanged() {
+    const int64_t version = VersionSeen(lease_.Database());
+    return std::exchange(seen_, version) != version;
+}
+
+void Node::LookAtSends(std::time_t now) {
+    for (const Send& send : sends_.Take()) {
+        Tell(log_, send, encoding_);
+        figures_.Count(send);
+        lines_.Sent(send, now);
+    }
+}
+
+void Node::LookAtEnds(std::time_t now) {
+    if (now >= ends_at_) {
+        ends_at_ = now + kBetweenEnds;
+        ends_.Look();
+        ends_.Mark();
+    }
+}
+
+// From lines that don't serve them, and from ports that the site knows no more.
+void Node::MovePages(std::time_t now) {
+    if (now < moves_at_) {
+        return;
+    }
+    moves_at_ = now + kBetweenMoves;
+    for (const auto& [name, count] : CountByLine(lease_.Database())) {
+        const ServedLine* const line = lines_.Find(name);
+        if (line == nullptr) {
+            MovePagesOf(name, "the site has no such port any more");
+        } else if (!line->IsWanted() && line->IsAtRest()) {
+            MovePagesOf(name, line->Health().IsSick() ? line->Health().Reason() : "it is paused");
+        }
+    }
+}
+
+void Node::MovePagesOf(const std::string& line, const std::string& why) {
+    const TakenPages taken = TakeUnboundPages(lease_.Database(), line, why);
+    const std::string from = " from line \"" + Decode(line, encoding_) + "\"";
+    if (taken.free > 0) {
+        log_.Warning(std::to_string(taken.free) + " page(s) taken" + from + ", to go by another");
+    }
+    if (taken.given_up > 0) {
+        log_.Error(
+            std::to_string(taken.given_up) + " page(s)" + from +
+            " given up: over all lines they were tried twice as often as their pagers allow");
+    }
+}
+
+// What is to be done with pages that only a line at rest lets go of: what an operator asks, and
+// pages that were tried too often over all lines.
+void Node::HoldLines() {
+    std::set<std::string> held;
+    CarryOutRequests(held);
+    GiveUpOverspent(held);
+    for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
+        line->SetHeld(held.count(line->Line().name) != 0);
+    }
+}
+
+void Node::CarryOutRequests(std::set<std::string>& held) {
+    Connection& connection = lease_.Database();
+    for (const PageRequest& request : OpenRequests(connection)) {
+        const std::string line = LineOf(connection, request.page);
+        if (IsAtRest(line)) {
+            CarryOut(connection, request);
+        } else {
+            held.insert(line);
+        }
+    }
+}
+
+void Node::GiveUpOverspent(std::set<std::string>& held) {
+    Connection& connection = lease_.Database();
+    for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
+        const std::string& name = line->Line().name;
+        for (const PageKey& page : OverspentPages(connection, name)) {
+            if (!IsAtRest(name)) {
+                held.insert(name);
+                break;
+            }
+            GiveUpPage(connection, page, kChanged, "tried twice as often as its pager allows");
+        }
+    }
+}
+
+bool Node::IsAtRest(const std::string& name) const {
+    const ServedLine* const line = lines_.Find(name);
+    return line == nullptr || line->IsAtRest();
+}
+
+// A page that belongs to no line, as a node of an older make has left it, goes on with the tries
+// that it has.
+void Node::AdoptPages() {
+    Connection& connection = lease_.Database();
+    for (const PageKey& page : OwnerlessPages(connection)) {
+        const std::vector<PagerRow> pagers = FindPagers(connection, page.pager);
+        const ServedLine* const line =
+            pagers.size() == 1 ? dispatch_.LineOfSite(pagers.front().port, pagers.front().type)
+                               : nullptr;
+        if (line != nullptr) {
+            AdoptPage(connection, page, line->Line().name);
+        }
+    }
+}
+
+// Lines are killed where they take longer than any page can.
+void Node::EndLines() {
+    lines_.AskToEnd();
+    while (lines_.AnyLeft()) {
+        std::this_thread::sleep_for(kWhileEnding);
+        try {
+            lines_.Look(lease_.Database(), std::time(nullptr));
+            LookAtSends(std::time(nullptr));
+        } catch (const StoreError& failure) {
+            log_.Error(failure.what());
+        }
+        heartbeat_.Beat();
+    }
+}
+
+void Node::TellLastThings() {
+    try {
+        LookAtSends(std::time(nullptr));
+        ends_.Look();
+        ends_.Mark();
+        ends_.Look();
+        figures_.ShowNow(ends_);
+    } catch (const StoreError& failure) {
+        log_.Error(failure.what());
+    }
+    // What is kept in memory ends with the process.
+    if (const size_t kept = lease_.CountHeld()) {
+        log_.Error(std::to_string(kept) +
+                   " change(s) could not be written to the end; pages that were sent meanwhile may "
+                   "be sent again");
+    }
+}
+
+// What is kept, since the disk refuses it, is still to be written.
+bool Node::IsDone() {
+    if (!options_.until_done) {
+        return false;
+    }
+    try {
+        Connection& connection = lease_.Database();
+        return intake_.IsDone(connection) && dispatch_.IsDone(connection) &&
+               !HasPagesInHand(connection) && lease_.CountHeld() == 0;
+    } catch (const StoreError&) {
+        return false;
+    }
+}
+
+void Node::ForgetOldHistory(std::time_t now) {
+    if (now < forget_at_) {
+        return;
+    }
+    forget_at_ = now + kDay;
+    const std::chrono::seconds kept = options_.history;
+    ForgetHistory(lease_.Database(), now - static_cast<std::time_t>(kept.count()));
+}
+
+}  // namespace host

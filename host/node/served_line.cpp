@@ -1,0 +1,149 @@
+// A line and its process. Tested by tests/e2e/line_test.cpp and health_test.cpp.
+#include "host/node/served_line.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "host/lines/line_exit.h"
+#include "host/lines/line_folder.h"
+
+namespace host {
+namespace {
+
+// No page takes longer (engine/longest_page.h), and so nothing that a line does.
+constexpr std::time_t kLongest = 10 * 60;
+constexpr std::time_t kLongestQuestion = 60;
+constexpr int kNoLineResult = 5;  // of the library
+
+}  // namespace
+
+ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& command,
+                       OperatorLog& log)
+    : line_(std::move(line)),
+      name_("line \"" + std::move(shown) + "\""),
+      command_(command),
+      log_(log) {}
+
+void ServedLine::Look(std::time_t now) {
+    if (process_) {
+        if (const std::optional<int> status = process_->Ended()) {
+            Ended(*status, now);
+        } else {
+            Watch(now);
+        }
+    }
+    if (process_ || held_ || !MayBeServed()) {
+        return;
+    }
+    if (line_.device.empty()) {
+        health_.FallSick("the site names no device for it", now);
+    } else if (!health_.IsSick()) {
+        Start(now);
+    } else if (health_.IsToBeAsked(now)) {
+        StartAsking(now);
+    }
+}
+
+void ServedLine::Watch(std::time_t now) {
+    if (MakesProgress()) {
+        alive_ = now;
+    }
+    const bool overdue = asking_   ? now > since_ + kLongestQuestion
+                         : ending_ ? now > since_ + kLongest
+                                   : now > alive_ + kLongest;
+    if (overdue) {
+        log_.Error(name_ + " makes no progress; its process is killed");
+        process_->Kill();
+    } else if (!ending_ && !asking_ && (!IsWanted() || renewing_ || held_)) {
+        End(now);
+    }
+}
+
+void ServedLine::End(std::time_t now) {
+    ending_ = true;
+    since_ = now;
+    process_->AskToEnd();
+}
+
+// It rings with each turn of its loop; while a page of its own keeps it, it only traces.
+bool ServedLine::MakesProgress() {
+    struct stat trace {};
+    const std::string path = LineFolder(command_.database, line_.name) + "/" + kTraceFile;
+    const long long traced = stat(path.c_str(), &trace) == 0 ? trace.st_size : 0;
+    const bool has_traced = std::exchange(traced_, traced) != traced;
+    return process_->HasRung() || has_traced;
+}
+
+void ServedLine::Ended(int status, std::time_t now) {
+    const bool was_sick = health_.IsSick();
+    process_.reset();
+    if (asking_) {
+        status == 0 ? health_.Answered(now) : health_.DidNotAnswer(ReasonOf(status), now);
+    } else if (!ending_) {
+        log_.Warning(name_ + ": " + ReasonOf(status) + "; it is started anew");
+        health_.Died(ReasonOf(status), now);
+    }
+    asking_ = false;
+    ending_ = false;
+    renewing_ = false;
+    TellHealth(was_sick);
+}
+
+// A device that couldn't be opened stays taken as long as the library is loaded.
+void ServedLine::Sent(const Send& send, std::time_t now) {
+    const bool was_sick = health_.IsSick();
+    health_.Sent(send, now);
+    renewing_ = renewing_ || (send.outcome == TracedPage::Outcome::kNotSent &&
+                              send.result == kNoLineResult && IsServed());
+    TellHealth(was_sick);
+}
+
+void ServedLine::TellHealth(bool was_sick) {
+    if (was_sick == health_.IsSick()) {
+        return;
+    }
+    if (was_sick) {
+        log_.Info(name_ + " is back");
+    } else {
+        log_.Error(name_ + " is sick: " + health_.Reason() +
+                   ". Its pages go to other lines, if these can have them; its modem is asked from "
+                   "time to time");
+    }
+}
+
+void ServedLine::Start(std::time_t now) {
+    Launch({"serve-line", line_.name}, now);
+}
+
+void ServedLine::StartAsking(std::time_t now) {
+    std::vector<std::string> question = {"serve-line", line_.name, "--ask"};
+    if (health_.LacksTone()) {
+        question.emplace_back("--dial-tone");
+    }
+    Launch(std::move(question), now);
+    asking_ = true;
+}
+
+void ServedLine::Launch(std::vector<std::string> arguments, std::time_t now) {
+    since_ = now;
+    alive_ = now;
+    renewing_ = false;
+    arguments.insert(arguments.begin(), command_.program.begin(), command_.program.end());
+    process_ = std::make_unique<LineProcess>(
+        std::move(arguments), MakeLineFolder(command_.database, line_.name), command_.lock);
+}
+
+void ServedLine::Return(SiteLine line) {
+    renewing_ = renewing_ || line.settings != line_.settings;
+    line_ = std::move(line);
+    leaving_ = false;
+}
+
+void ServedLine::Ring() const {
+    if (process_) {
+        process_->Ring();
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,95 @@
+// One line as its node serves it: which process it has, whether that goes on, and what is done
+// where it doesn't.
+//
+//   healthy   a process serves it; one that ends unasked, or makes no progress, is started anew
+//   sick      no process serves it; from time to time one asks its modem
+//   paused    it has no process
+//
+// Threads    One.
+// Errors     StoreError and std::system_error; the next look tries again.
+#ifndef PAGERFWD_HOST_NODE_SERVED_LINE_H
+#define PAGERFWD_HOST_NODE_SERVED_LINE_H
+
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/lines/site_lines.h"
+#include "host/node/line_health.h"
+#include "host/node/line_process.h"
+#include "host/process/operator_log.h"
+
+namespace host {
+
+// What the process of a line is started with.
+struct LineCommand {
+    std::vector<std::string> program;  // this program, with its options
+    std::string database;
+    int lock = -1;  // that it inherits
+};
+
+class ServedLine {
+ public:
+    // shown: the name, for messages.
+    ServedLine(SiteLine line, std::string shown, const LineCommand& command, OperatorLog& log);
+
+    const SiteLine& Line() const { return line_; }
+    const LineHealth& Health() const { return health_; }
+    pid_t Process() const { return process_ ? process_->Number() : 0; }
+
+    // Whether it can be given pages.
+    bool IsServed() const { return process_ && !asking_ && !ending_ && IsWanted(); }
+    // Whether it can be soon, if it can't now.
+    bool IsWanted() const { return MayBeServed() && !health_.IsSick(); }
+    // Whether nobody works with its pages, and nobody will before the next look.
+    bool IsAtRest() const { return !process_ || asking_; }
+
+    // Once a second: starts, watches and ends its process.
+    void Look(std::time_t now);
+
+    // What a sending over it came to.
+    void Sent(const Send& send, std::time_t now);
+
+    void SetPaused(bool paused) { paused_ = paused; }
+    // For a moment, so that something can be done with its pages.
+    void SetHeld(bool held) { held_ = held; }
+    void WasSick(const std::string& why, std::time_t now) { health_.FallSick(why, now); }
+    // The site knows it no more, knows it otherwise, or the node ends.
+    void Leave() { leaving_ = true; }
+    bool HasLeft() const { return leaving_ && !process_; }
+    void Return(SiteLine line);
+
+    void Ring() const;
+
+ private:
+    void Watch(std::time_t now);
+    void Start(std::time_t now);
+    void StartAsking(std::time_t now);
+    void Launch(std::vector<std::string> arguments, std::time_t now);
+    void Ended(int status, std::time_t now);
+    void TellHealth(bool was_sick);
+    bool MakesProgress();
+    bool MayBeServed() const { return !leaving_ && !paused_; }
+    void End(std::time_t now);
+
+    SiteLine line_;
+    const std::string name_;  // "line "COM 1""
+    const LineCommand& command_;
+    OperatorLog& log_;
+    LineHealth health_;
+    std::unique_ptr<LineProcess> process_;
+    bool asking_ = false;    // the process only asks the modem
+    bool ending_ = false;    // the process has been asked to end
+    bool renewing_ = false;  // ... to be started anew
+    bool paused_ = false;
+    bool held_ = false;
+    bool leaving_ = false;
+    std::time_t since_ = 0;  // when the process was started, or asked to end
+    std::time_t alive_ = 0;  // when it last made progress
+    long long traced_ = 0;   // bytes of its trace then
+};
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,103 @@
+// The lines of a site. Tested by tests/e2e/line_test.cpp and health_test.cpp.
+#include "host/node/served_lines.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "host/pages/lines.h"
+
+namespace host {
+
+bool ServedLines::Read(Connection& connection) {
+    std::vector<SiteLine> now = SiteLines(connection);
+    std::string settings;
+    for (const SiteLine& line : now) {
+        settings += line.settings;
+    }
+    if (std::exchange(settings_, settings) == settings && !lines_.empty()) {
+        return false;
+    }
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        line->Leave();
+    }
+    for (SiteLine& line : now) {
+        TakeIn(connection, std::move(line));
+    }
+    return true;
+}
+
+// Of two rows with one name the library, too, knows the first.
+void ServedLines::TakeIn(Connection& connection, SiteLine line) {
+    if (ServedLine* const known = Find(line.name)) {
+        known->Return(std::move(line));
+        return;
+    }
+    std::string shown = Decode(line.name, encoding_);
+    const std::optional<LineState> state = FindLine(connection, line.name);
+    lines_.push_back(
+        std::make_unique<ServedLine>(std::move(line), std::move(shown), command_, log_));
+    if (state && state->health == Health::kSick) {
+        lines_.back()->WasSick(state->reason, std::time(nullptr));
+    }
+}
+
+void ServedLines::Look(Connection& connection, std::time_t now) {
+    std::map<std::string, LineState> states;
+    for (LineState& state : ReadLines(connection)) {
+        states.emplace(state.line, state);
+    }
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        LookAt(*line, states[line->Line().name], connection, now);
+    }
+    const auto has_left = [](const std::unique_ptr<ServedLine>& line) { return line->HasLeft(); };
+    lines_.erase(std::remove_if(lines_.begin(), lines_.end(), has_left), lines_.end());
+}
+
+void ServedLines::LookAt(ServedLine& line, const LineState& state, Connection& connection,
+                         std::time_t now) {
+    line.SetPaused(state.paused);
+    try {
+        line.Look(now);
+    } catch (const std::system_error& refused) {
+        log_.Error(std::string(refused.what()) + "; trying again");
+    }
+    const std::string& name = line.Line().name;
+    const Health health = line.Health().IsSick() ? Health::kSick : Health::kWell;
+    if (state.health != health || state.reason != line.Health().Reason()) {
+        SetHealth(connection, name, health, line.Health().Reason(), now);
+    }
+    if (state.process != line.Process()) {
+        SetProcess(connection, name, line.Process());
+    }
+}
+
+void ServedLines::Sent(const Send& send, std::time_t now) {
+    if (ServedLine* const line = Find(send.port)) {
+        line->Sent(send, now);
+    }
+}
+
+void ServedLines::AskToEnd() {
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        line->Leave();
+    }
+}
+
+bool ServedLines::AnyLeft() const {
+    return std::any_of(lines_.begin(), lines_.end(),
+                       [](const std::unique_ptr<ServedLine>& line) { return !line->HasLeft(); });
+}
+
+ServedLine* ServedLines::Find(const std::string& name) const {
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        if (line->Line().name == name) {
+            return line.get();
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace host

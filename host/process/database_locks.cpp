@@ -1,0 +1,38 @@
+// Locks of a database. Tested by tests/unit/host/locks_test.cpp.
+#include "host/process/database_locks.h"
+
+#include <filesystem>
+
+#include "host/store/connection.h"
+
+namespace host {
+namespace {
+
+LockFile LockBeside(const std::string& database, const char* what) {
+    try {
+        return LockFile(std::filesystem::weakly_canonical(database).string() + what,
+                        OwnershipOf(database));
+    } catch (const FileError& error) {
+        throw StoreError(database + ": " + error.what());
+    }
+}
+
+}  // namespace
+
+LockFile NodeLock(const std::string& database) {
+    return LockBeside(database, "-node");
+}
+
+LockFile EngineLock(const std::string& database) {
+    return LockBeside(database, "-engine");
+}
+
+LockFile TakeNodeLock(const std::string& database, const std::string& holder) {
+    LockFile lock = NodeLock(database);
+    if (!lock.TryTake(holder)) {
+        throw InUse(database + ": served already by " + lock.Holder());
+    }
+    return lock;
+}
+
+}  // namespace host
