@@ -10,6 +10,7 @@
 #include "host/pages/pager_limits.h"
 #include "host/pages/sends.h"
 #include "host/store/event_history.h"
+#include "host/store/pending.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -126,11 +127,10 @@ std::vector<PageStory> PendingPages(Connection& connection) {
         "SELECT alarm, alarm_group, pager, waits, line FROM"
         " (SELECT AlmLogID AS alarm, AlmGroup AS alarm_group, PagerDescr AS pager, 0 AS waits,"
         "   row_id AS place, line FROM AlarmFwd_PagerEvents WHERE PagerState = '2' UNION ALL"
-        "  SELECT alarm, alarm_group, pager, 1, place, line FROM Host_Deliveries AS open"
-        "   WHERE answer IS NULL AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
-        "    WHERE AlmLogID = open.alarm AND AlmGroup = open.alarm_group"
-        "    AND PagerDescr = open.pager AND +PagerState = '2'))"
-        " ORDER BY CAST(alarm AS INTEGER), waits, place");
+        "  SELECT alarm, alarm_group, pager, 1, place, line FROM Host_Deliveries WHERE " +
+            std::string(kWaitsForALibrary) +
+            ")"
+            " ORDER BY CAST(alarm AS INTEGER), waits, place");
     while (statement.Step()) {
         PageStory story = StoryOf(connection, KeyIn(statement));
         story.line = statement.Text(4);

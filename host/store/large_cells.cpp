@@ -1,6 +1,7 @@
 // Cells that are too large. Tested by tests/unit/host/large_cells_test.cpp.
 #include "host/store/large_cells.h"
 
+#include "host/store/event_history.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -9,7 +10,8 @@ namespace {
 // By what an alarm is found.
 const std::vector<std::string> kOfAlarm = {"alarmlogID", "pagerstate", "timestamp", "alarmack"};
 // Of the history, the texts that come from an event.
-const std::vector<std::string> kOfChange = {"alarm", "alarm_group", "pager", "state", "tries"};
+const std::vector<std::string> kOfChange = {"alarm", "alarm_group", "pager", "state",
+                                            "tries", "line",        "note"};
 
 std::string IsLarge(const std::string& column) {
     return "length(CAST(" + Quoted(column) + " AS BLOB)) > " + std::to_string(kLongestCell);
@@ -36,23 +38,46 @@ std::string Emptied(const std::vector<std::string>& columns, const char* state,
     return set + Quoted(state) + " = " + ended;
 }
 
-void NameRows(Connection& connection, const char* table, const std::string& condition,
-              std::vector<std::string>& names) {
+std::vector<std::string> Rows(Connection& connection, const char* table,
+                              const std::string& condition) {
+    std::vector<std::string> rows;
     Statement statement(connection, "SELECT row_id FROM " + Quoted(table) + " WHERE " + condition);
     while (statement.Step()) {
-        names.push_back("row " + std::to_string(statement.Number(0)) + " of " + table);
+        rows.push_back(std::to_string(statement.Number(0)));
     }
+    return rows;
 }
 
-void Empty(Connection& connection, const char* table, const std::vector<std::string>& columns,
-           const char* state, const std::string& ended, std::vector<std::string>& names) {
+// Returns which rows that were.
+std::vector<std::string> Empty(Connection& connection, const char* table,
+                               const std::vector<std::string>& columns, const char* state,
+                               const std::string& ended, std::vector<std::string>& names) {
     const std::string condition = AnyIsLarge(columns);
-    const size_t before = names.size();
-    NameRows(connection, table, condition, names);
-    if (names.size() > before) {
+    std::vector<std::string> rows = Rows(connection, table, condition);
+    if (!rows.empty()) {
         Statement(connection, "UPDATE " + Quoted(table) + " SET " + Emptied(columns, state, ended) +
                                   " WHERE " + condition)
             .Run();
+    }
+    for (const std::string& row : rows) {
+        names.push_back("row " + row + " of " + table);
+    }
+    return rows;
+}
+
+std::vector<std::string> ColumnsOfEvents() {
+    std::vector<std::string> columns = FindTable(kEvents)->columns;
+    columns.emplace_back(kLineColumn);
+    return columns;
+}
+
+// Behind the change: the history could hold no large cell either.
+void EmptyEvents(Connection& connection, std::vector<std::string>& names) {
+    const std::string ended =
+        "CASE WHEN " + IsLarge("PagerState") + " OR PagerState = '2' THEN '3' ELSE PagerState END";
+    for (const std::string& row :
+         Empty(connection, kEvents, ColumnsOfEvents(), "PagerState", ended, names)) {
+        WriteHistory(connection, {kChanged}, " WHERE row_id = ?", {{"row_id", "=", row}});
     }
 }
 
@@ -63,10 +88,7 @@ std::vector<std::string> EmptyLargeCells(Connection& connection) {
     std::vector<std::string> names;
     WriteTransaction transaction(connection);
     Empty(connection, kAlarmLog, kOfAlarm, "pagerstate", "'3'", names);
-    Empty(
-        connection, kEvents, FindTable(kEvents)->columns, "PagerState",
-        "CASE WHEN " + IsLarge("PagerState") + " OR PagerState = '2' THEN '3' ELSE PagerState END",
-        names);
+    EmptyEvents(connection, names);
     Statement(connection, "DELETE FROM Host_History WHERE " + AnyIsLarge(kOfChange)).Run();
     transaction.Commit();
     return names;

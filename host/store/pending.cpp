@@ -1,15 +1,15 @@
 // Pending pages. Tested by tests/unit/host/hidden_rows_test.cpp.
 #include "host/store/pending.h"
 
+#include <string>
+
 namespace host {
 
 int64_t CountPendingPages(Connection& connection) {
-    Statement statement(connection,
-                        "SELECT count(*) + (SELECT count(*) FROM Host_Deliveries AS open"
-                        "  WHERE answer IS NULL AND NOT EXISTS"
-                        "   (SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = open.alarm"
-                        "    AND AlmGroup = open.alarm_group AND PagerDescr = open.pager"
-                        "    AND +PagerState = '2'))"
+    Statement statement(
+        connection, std::string("SELECT count(*) + (SELECT count(*) FROM Host_Deliveries WHERE ") +
+                        kWaitsForALibrary +
+                        ")"
                         " FROM AlarmFwd_PagerEvents AS event"
                         " WHERE PagerState = '2'"
                         " AND EXISTS (SELECT 1 FROM AlarmLog"

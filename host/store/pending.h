@@ -22,6 +22,12 @@ inline constexpr const char* kIsOwedAPage =
     " OR EXISTS (SELECT 1 FROM Host_Deliveries"
     "  WHERE alarm = AlarmLog.alarmlogID AND answer IS NULL))";
 
+// The condition of a page that no library has yet, or any more, on its row of Host_Deliveries.
+inline constexpr const char* kWaitsForALibrary =
+    "answer IS NULL AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
+    " WHERE AlmLogID = Host_Deliveries.alarm AND AlmGroup = Host_Deliveries.alarm_group"
+    " AND PagerDescr = Host_Deliveries.pager AND +PagerState = '2')";
+
 // Whether an engine still has a page in hand, be it only to drop it since its alarm was
 // acknowledged. Throws RowTooLarge at a page that no engine could read.
 bool HasPagesInHand(Connection& connection);
