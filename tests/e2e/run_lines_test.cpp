@@ -1,0 +1,239 @@
+// `pagerfwd run` with several lines: what they do at once, and what becomes of the pages of one
+// that is dead, killed or stuck.
+#include <filesystem>
+#include <set>
+
+#include "tests/e2e/run_fixture.h"
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Le;
+using ::testing::Not;
+using ::testing::Pair;
+using ::testing::SizeIs;
+
+class RunLines : public RunTest {
+ protected:
+    RunLines() { Serve(2); }
+
+    // So many lines, "COM 1" and on, each with a modem; "duty" is bound to none, "bound" to COM 1.
+    void Serve(int lines) {
+        std::string site;
+        exchange = "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
+        for (int line = 1; line <= lines; ++line) {
+            site += "[[port]]\nname = \"COM " + std::to_string(line) +
+                    "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\n";
+            exchange += "[[line]]\nport = \"COM " + std::to_string(line) + "\"\n";
+        }
+        for (const char* pager : {"duty", "bound"}) {
+            site += std::string("[[pager]]\ndescription = \"") + pager +
+                    "\"\ntype = \"sms1\"\nnumber = \"5550111\"\nretries = 2\ndelay = 1\n";
+        }
+        site +=
+            "port = \"COM 1\"\n[[route]]\ngroups = \"DUTY/*\"\npagers = [\"duty\"]\n"
+            "[[route]]\ngroups = \"BOUND/*\"\npagers = [\"bound\"]\n";
+        MakeSite("pagerfwd.db", site);
+    }
+
+    // Adds a setting to the modem of a line.
+    void Modem(const std::string& port, const std::string& setting) {
+        const std::string line = "port = \"" + port + "\"\n";
+        exchange.insert(exchange.find(line) + line.size(), setting + "\n");
+    }
+
+    // The process of a line, for a command.
+    static std::string ProcessOf(const std::string& port) {
+        return "$(pgrep -f 'serve-line COM " + port.substr(port.size() - 1) + " ' -P $PPID)";
+    }
+
+    static std::vector<std::string> Sends() {
+        return Rows("outcome || ' ' || result || ' ' || port FROM Host_Sends ORDER BY row_id");
+    }
+
+    struct Call {
+        std::string line;
+        double from;
+        double to;
+    };
+    static std::vector<Call> Calls() {
+        std::vector<Call> calls;
+        std::ifstream file("report.json");
+        const nlohmann::json report = nlohmann::json::parse(file);
+        for (const nlohmann::json& call : report["calls"]) {
+            calls.push_back({call["line"].get<std::string>(), call["from_seconds"].get<double>(),
+                             call["to_seconds"].get<double>()});
+        }
+        return calls;
+    }
+};
+
+TEST_F(RunLines, WorkAtOnce) {
+    Raise("DUTY/1");
+    Raise("DUTY/2");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    const std::vector<Call> calls = Calls();
+    ASSERT_EQ(2U, calls.size());
+    EXPECT_NE(calls[0].line, calls[1].line);
+    EXPECT_LT(calls[0].from, calls[1].to);
+    EXPECT_LT(calls[1].from, calls[0].to);
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "duty done 1"));
+}
+
+TEST_F(RunLines, HaveThePagesThatAreBoundToThem) {
+    Raise("BOUND/1");
+    Raise("BOUND/2");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(Sends(), ElementsAre("sent 0 COM 1", "sent 0 COM 1"));
+}
+
+TEST_F(RunLines, HaveTracesOfTheirOwn) {
+    Raise("DUTY/1");
+    Raise("DUTY/2");
+    RunUntilDone();
+    for (const char* line : {"COM%201", "COM%202"}) {
+        EXPECT_THAT(TextOf("pagerfwd.db-lines/" + std::string(line) + "/pageprot.txt"),
+                    HasSubstr("Message transfered!"));
+    }
+    EXPECT_FALSE(std::filesystem::exists("pageprot.txt"));
+}
+
+// --- A line that is dead.
+
+class RunDeadLine : public RunLines, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(RunDeadLine, HoldsUpNoOtherAndItsPagesGoByIt) {
+    Modem("COM 1", GetParam());
+    for (int alarm = 1; alarm <= 6; ++alarm) {
+        Raise("DUTY/" + std::to_string(alarm));
+    }
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("error: line \"COM 1\" is sick: "));
+    EXPECT_THAT(run.err, Not(HasSubstr("line \"COM 2\" is")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 6)));
+    EXPECT_EQ(std::vector<std::string>(6, "duty done 1"), Stories());
+    EXPECT_THAT(Rows("line FROM Host_History WHERE change = 'moved'"), Contains("COM 1"));
+    for (const Call& call : Calls()) {
+        EXPECT_EQ("COM 2", call.line);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Since, RunDeadLine,
+                         ::testing::Values("powered = false", "dial_tone = false",
+                                           "there_from = \"2002-01-08 10:00:00\""));
+
+TEST_F(RunLines, KeepThePagesThatAreBoundToThemUntilTheyAreBack) {
+    Modem("COM 1", "there_from = \"2001-01-08 10:20:00\"");
+    Raise("BOUND/1");
+    Raise("DUTY/1");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err,
+                AllOf(HasSubstr("error: line \"COM 1\" is sick: its device can't be opened"),
+                      HasSubstr("line \"COM 1\" is back\n")));
+    EXPECT_THAT(Stories(), ElementsAre("bound done 1", "duty done 1"));
+    EXPECT_THAT(Rows("port FROM Host_Sends WHERE outcome = 'sent' ORDER BY row_id"),
+                ElementsAre("COM 2", "COM 1"));
+}
+
+TEST_F(RunLines, AreToldOnceWhenTheyAreSick) {
+    Modem("COM 1", "powered = false");
+    for (int alarm = 1; alarm <= 4; ++alarm) {
+        Raise("BOUND/" + std::to_string(alarm));
+    }
+    At(4000, "kill -TERM $PPID");
+    const std::string said = Simulated({"run"}).err;
+    const std::string once = "line \"COM 1\" is sick: its modem doesn't answer";
+    const size_t first = said.find(once);
+    ASSERT_NE(std::string::npos, first);
+    EXPECT_EQ(std::string::npos, said.find(once, first + 1));
+    // The next page is on the line by the time that the node knows.
+    EXPECT_THAT(Sends(), AllOf(SizeIs(Le(3)), Each("not sent 8 COM 1")));
+    EXPECT_THAT(Rows("health || ': ' || reason FROM Host_Lines WHERE line = 'COM 1'"),
+                ElementsAre("sick: its modem doesn't answer"));
+}
+
+// --- Processes that are killed.
+
+TEST_F(RunLines, LoseNoPageWhenOneIsKilled) {
+    Raise("BOUND/1");
+    At(12, "kill -KILL " + ProcessOf("COM 1"));  // it dials
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("line \"COM 1\": its process was killed; it is started anew"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("bound done 1"));
+}
+
+TEST_F(RunLines, FinishThePageOnTheLineWhenTheNodeIsKilledAndTheNextWaits) {
+    Raise("BOUND/1");
+    Raise("BOUND/2");
+    At(12, "kill -KILL $PPID; " + Pagerfwd("run --until-done") + " 2>second.txt");
+    EXPECT_EQ(128 + 9, Simulated({"run"}).exit_code);
+    const std::string said = TextOf("second.txt");
+    EXPECT_THAT(said, HasSubstr("10:00:12 waiting for the lines of the run before"));
+    EXPECT_THAT(said, Not(HasSubstr("10:00:13 serving")));
+    EXPECT_THAT(said, HasSubstr("ended\n"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 2)));
+    EXPECT_THAT(Stories(), ElementsAre("bound done 1", "bound done 1"));
+}
+
+// --- A library that is stuck for good.
+
+TEST_F(RunLines, AreStartedAnewWhereTheTraceCantBeWritten) {
+    Raise("BOUND/1");
+    const std::string trace = "pagerfwd.db-lines/COM%201/pageprot.txt";
+    At(12, "rm " + trace + "; mkdir " + trace);
+    At(100, Pagerfwd("alarm raise --group BOUND/2 --server s x >/dev/null"));
+    At(200, "rmdir " + trace);
+    At(1000, "kill -TERM $PPID");
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("line \"COM 1\" makes no progress; its process is killed"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 2))) << run.err;
+    EXPECT_THAT(Stories(), ElementsAre("bound done 1", "bound done 1"));
+}
+
+// --- Storms.
+
+TEST_F(RunLines, SendAStormsFirstPagesAsFastAsTheLinesCanAndTheSevereFirst) {
+    constexpr int kLines = 4;
+    constexpr int kAlarms = 100;
+    Serve(kLines);
+    Raise("DUTY/0");
+    RunUntilDone();
+    const double page = Rows("seconds FROM Host_Sends").empty()
+                            ? 0
+                            : std::stod(Rows("seconds FROM Host_Sends").front());
+    ASSERT_LT(0, page);
+    const std::string before = Rows("max(row_id) FROM Host_Sends").front();
+    const time_t begun = std::stol(Rows("max(at) FROM Host_Sends").front());
+    {
+        host::Connection connection("pagerfwd.db");
+        for (int alarm = 0; alarm < kAlarms; ++alarm) {
+            RaiseAlarm(connection,
+                       {"DUTY/" + std::to_string(alarm), alarm % 10 == 9 ? "1" : "3", "pumps", "x"},
+                       kNow);
+        }
+    }
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    const std::string sends = " FROM Host_Sends WHERE outcome = 'sent' AND row_id > " + before;
+    EXPECT_THAT(Rows("count(DISTINCT alarm)" + sends), ElementsAre("100"));
+    const double took = static_cast<double>(std::stol(Rows("max(at)" + sends).front()) - begun);
+    EXPECT_THAT(took, Le(kAlarms / kLines * page * 1.1));
+    // Ten are critical; the last of them leaves when each line has had its share.
+    const std::string critical = sends +
+                                 " AND alarm IN (SELECT alarmlogID FROM AlarmLog"
+                                 "  WHERE severity = '1')";
+    const double severe =
+        static_cast<double>(std::stol(Rows("max(at)" + critical).front()) - begun);
+    EXPECT_THAT(severe, Le(3 * page * 1.1 + 2));
+}
+
+}  // namespace
