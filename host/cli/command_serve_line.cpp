@@ -1,5 +1,5 @@
 // pagerfwd serve-line: what `pagerfwd run` starts for each of its lines; not for the command line.
-// Tested by tests/e2e/line_test.cpp.
+// Tested by tests/e2e/run_lines_test.cpp.
 #include <CLI/CLI.hpp>
 #include <memory>
 

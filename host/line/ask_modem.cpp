@@ -1,4 +1,4 @@
-// Asking a modem. Tested by tests/e2e/health_test.cpp.
+// Asking a modem. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/line/ask_modem.h"
 
 #include <fcntl.h>

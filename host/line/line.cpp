@@ -1,4 +1,4 @@
-// A line's loop. Tested by tests/e2e/line_test.cpp.
+// A line's loop. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/line/line.h"
 
 #include <fcntl.h>

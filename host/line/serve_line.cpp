@@ -1,4 +1,4 @@
-// A line's process. Tested by tests/e2e/line_test.cpp.
+// A line's process. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/line/serve_line.h"
 
 #include <sys/prctl.h>

@@ -1,4 +1,4 @@
-// Folders of lines. Tested by tests/unit/host/line_folder_test.cpp.
+// Folders of lines. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/lines/line_folder.h"
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-// The lines in the tables. Tested by tests/unit/host/site_lines_test.cpp.
+// The lines in the tables. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/lines/site_lines.h"
 
 #include "host/site/port_device.h"

@@ -1,4 +1,4 @@
-// Dispatch. Tested by tests/unit/host/dispatch_test.cpp, with lines by tests/e2e/lines_test.cpp.
+// Dispatch. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/node/dispatch.h"
 
 #include <algorithm>

@@ -23,6 +23,11 @@ bool Delivered(const Send& send) {
            send.outcome == TracedPage::Outcome::kDialled;
 }
 
+// It never came to the line.
+bool SaysNothing(const Send& send) {
+    return send.outcome == TracedPage::Outcome::kOutsideHours;
+}
+
 // As modems write it.
 bool SaysNoTone(const std::string& reason) {
     return reason.find("NO DIAL") != std::string::npos;
@@ -48,6 +53,9 @@ const char* BlameOf(const Send& send) {
 
 void LineHealth::Sent(const Send& send, std::time_t now) {
     const char* const blame = BlameOf(send);
+    if (SaysNothing(send)) {
+        return;
+    }
     if (blame == nullptr) {
         failures_ = 0;
         if (Delivered(send)) {

@@ -1,4 +1,4 @@
-// Loads of lines. Tested by tests/unit/host/dispatch_test.cpp.
+// Loads of lines. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/node/line_loads.h"
 
 #include <tuple>

@@ -1,4 +1,4 @@
-// Processes of lines. Tested by tests/e2e/line_test.cpp.
+// Processes of lines. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/node/line_process.h"
 
 #include <spawn.h>

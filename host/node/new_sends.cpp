@@ -1,4 +1,4 @@
-// New sendings. Tested by tests/unit/host/new_sends_test.cpp.
+// New sendings. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/node/new_sends.h"
 
 namespace host {

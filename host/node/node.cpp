@@ -1,4 +1,4 @@
-// The node's loop. Tested by tests/e2e/run_test.cpp and lines_test.cpp.
+// The node's loop. Tested by tests/e2e/run_test.cpp and run_lines_test.cpp.
 #include "host/node/node.h"
 
 #include <thread>

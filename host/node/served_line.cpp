@@ -1,4 +1,4 @@
-// A line and its process. Tested by tests/e2e/line_test.cpp and health_test.cpp.
+// A line and its process. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/node/served_line.h"
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-// The lines of a site. Tested by tests/e2e/line_test.cpp and health_test.cpp.
+// The lines of a site. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/node/served_lines.h"
 
 #include <algorithm>

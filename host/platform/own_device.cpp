@@ -1,5 +1,5 @@
 // Tested by tests/unit/host/own_device_test.cpp, with the library by
-// tests/e2e/line_process_test.cpp.
+// tests/e2e/run_lines_test.cpp.
 #include "host/platform/own_device.h"
 
 #include <string_view>

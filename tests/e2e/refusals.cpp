@@ -1,6 +1,7 @@
 // A system that refuses, for a program that this is preloaded into:
 //   PAGERFWD_FULL_DISK="FROM TO"     no file grows from one moment to the other, in seconds since
 //   1970 PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
+//   PAGERFWD_STALLED_LINE="FROM TO"  no terminal takes a byte
 //   PAGERFWD_REFUSED_THREADS=N       the first N threads of the library can't be started
 #include <dlfcn.h>
 #include <pthread.h>
@@ -63,6 +64,10 @@ ssize_t write(int file, const void* bytes, size_t size) {
     static const auto next = Next<ssize_t (*)(int, const void*, size_t)>("write");
     if (IsGrowing(file) && (IsNow("PAGERFWD_FULL_DISK") || IsNow("PAGERFWD_REFUSED_WRITES"))) {
         errno = ENOSPC;
+        return -1;
+    }
+    if (IsNow("PAGERFWD_STALLED_LINE") && file > STDERR_FILENO && isatty(file) != 0) {
+        errno = EAGAIN;
         return -1;
     }
     return next(file, bytes, size);

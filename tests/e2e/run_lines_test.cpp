@@ -103,6 +103,19 @@ TEST_F(RunLines, HaveTracesOfTheirOwn) {
     EXPECT_FALSE(std::filesystem::exists("pageprot.txt"));
 }
 
+TEST_F(RunLines, MayHaveAnyNameAndADeviceAnywhere) {
+    MakeSite("pagerfwd.db",
+             "[[port]]\nname = \"north\"\ndevice = \"/dev/ttyS4\"\n[port.sms1]\n"
+             "dial = \"ATDT0,5550101\"\n[[pager]]\ndescription = \"duty\"\ntype = \"sms1\"\n"
+             "number = \"5550111\"\nport = \"north\"\n[[route]]\npagers = [\"duty\"]\n");
+    exchange += "[[line]]\nport = \"COM 5\"\n";
+    Raise("DUTY/1");
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(Sends(), ElementsAre("sent 0 north"));
+    EXPECT_EQ("COM 5", Calls().at(0).line);
+    EXPECT_THAT(TextOf("pagerfwd.db-lines/north/pageprot.txt"), HasSubstr("COM Name: COM 1"));
+}
+
 // --- A line that is dead.
 
 class RunDeadLine : public RunLines, public ::testing::WithParamInterface<const char*> {};

@@ -4,6 +4,7 @@
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 
@@ -37,6 +38,17 @@ TEST_F(RunRefused, StartsTheWorkerThatTheSystemHadNoThreadForAtTheNextLook) {
     const ProgramRun run = RunUntilDoneWith("PAGERFWD_REFUSED_THREADS=1");
     EXPECT_EQ(0, run.exit_code) << run.err;
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+// The library waits for such a line for ever.
+TEST_F(RunRefused, StartsALineAnewThatNeverTakesItsBytes) {
+    Raise("DUTY/1");
+    At(3000, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith("PAGERFWD_STALLED_LINE=\"" + std::to_string(kNow + 10) +
+                                            " " + std::to_string(kNow + 700) + "\"");
+    EXPECT_THAT(run.err, HasSubstr("the library doesn't go on; the line is started anew"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1))) << run.err;
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
 }
 

@@ -57,10 +57,10 @@ TEST(Metrics, TellTheLastSuccessOfEachPort) {
     metrics.Count(SendWith(Outcome::kSent, 40, ""));
     metrics.Count(SendWith(Outcome::kNotSent, 40, "COM 2"));
     const std::string text = AsText(metrics, Encoding::kLatin1);
-    constexpr const char* kName = "\npagerfwd_last_success_timestamp_seconds";
-    EXPECT_THAT(text, HasSubstr(std::string(kName) + "{port=\"COM 1\"} 978948000\n"));
-    EXPECT_THAT(text, HasSubstr(std::string(kName) + "{port=\"none\"} 978948000\n"));
-    EXPECT_EQ(std::string::npos, text.find(std::string(kName) + "{port=\"COM 2"));
+    constexpr const char* kNamed = "\npagerfwd_last_success_timestamp_seconds";
+    EXPECT_THAT(text, HasSubstr(std::string(kNamed) + "{port=\"COM 1\"} 978948000\n"));
+    EXPECT_THAT(text, HasSubstr(std::string(kNamed) + "{port=\"none\"} 978948000\n"));
+    EXPECT_EQ(std::string::npos, text.find(std::string(kNamed) + "{port=\"COM 2"));
 }
 
 TEST(Metrics, EscapeWhatTheFormatAsksFor) {
