@@ -22,6 +22,7 @@ class Figures {
     Figures(Connection& connection, std::string file, Encoding encoding, OperatorLog& log);
 
     void Count(const Send& send) { metrics_.Count(send); }
+    void NoteBeat(std::time_t at) { metrics_.heartbeat = at; }
 
     // Every 15 seconds, however often it is called.
     void Show(const PageEnds& ends, std::time_t now);

@@ -53,9 +53,14 @@ void News::Look(Connection& connection, std::time_t now) {
     }
     look_at_ = now + kBetweenLooks;
     LookAtLines(connection, now);
-    LookAtAlarms(connection, now);
+    LookAtAlarms(connection, now, kUntilRecorded);
     LookAtWaitingPagers(connection, now);
     first_ = false;
+}
+
+void News::LookLast(Connection& connection, std::time_t now) {
+    LookAtLines(connection, now);
+    LookAtAlarms(connection, now, 0);
 }
 
 Notice News::Made(NoticeKind kind, bool over, const std::string& text) const {
@@ -90,8 +95,10 @@ void News::LookAtLines(Connection& connection, std::time_t now) {
     sick_ = std::move(sick);
 }
 
+// One that was never tried was given up by the operator: its alarm was too old.
 void News::PageEnded(const PageStory& page, std::time_t now) {
-    if (!IsUndelivered(page)) {
+    const bool was_tried = page.tries > 0 || page.reached != Reached::kUnknown;
+    if (!IsUndelivered(page) || !was_tried) {
         return;
     }
     const std::string pager = Decode(page.pager, encoding_);
@@ -105,11 +112,11 @@ void News::PageEnded(const PageStory& page, std::time_t now) {
     notices_.Say(notice, now);
 }
 
-void News::LookAtAlarms(Connection& connection, std::time_t now) {
+void News::LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded) {
     std::set<int64_t> rows;
     for (const Alarm& alarm : LastAlarms(connection, kLastAlarms)) {
         rows.insert(alarm.row);
-        LookAtAlarm(connection, alarm, now);
+        LookAtAlarm(connection, alarm, now, until_recorded);
         if (alarm.acknowledged) {
             Acknowledged(alarm, now);
         }
@@ -119,28 +126,28 @@ void News::LookAtAlarms(Connection& connection, std::time_t now) {
     }
 }
 
-void News::LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now) {
-    const auto known = ended_.find(alarm.row);
-    if (!IsOver(alarm)) {
-        if (known != ended_.end()) {
-            if (known->second.unheard) {
-                SayOfAlarm(alarm, true,
-                           alarm.acknowledged ? "was acknowledged" : "is being paged again", now);
-            }
-            ended_.erase(known);
+void News::LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now,
+                       std::time_t until_recorded) {
+    if (IsOver(alarm)) {
+        Ended& ended = ended_.try_emplace(alarm.row, Ended{now, first_, false}).first->second;
+        if (!ended.looked_at && now >= ended.seen + until_recorded) {
+            EndedIn(connection, alarm, ended, now);
         }
         return;
     }
-    if (known == ended_.end()) {
-        ended_[alarm.row] = {now, first_, false};
-        return;
+    const auto known = ended_.find(alarm.row);
+    if (known != ended_.end()) {
+        if (known->second.unheard) {
+            SayOfAlarm(alarm, true,
+                       alarm.acknowledged ? "was acknowledged" : "is being paged again", now);
+        }
+        ended_.erase(known);
     }
-    Ended& ended = known->second;
-    if (ended.looked_at || now < ended.seen + kUntilRecorded) {
-        return;
-    }
-    ended.looked_at = true;
+}
+
+void News::EndedIn(Connection& connection, const Alarm& alarm, Ended& ended, std::time_t now) {
     const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
+    ended.looked_at = true;
     ended.unheard = std::none_of(pages.begin(), pages.end(), HasReachedSomebody);
     if (ended.unheard) {
         SayOfAlarm(alarm, false,

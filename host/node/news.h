@@ -27,8 +27,10 @@ class News {
  public:
     News(Encoding encoding, Notices& notices) : encoding_(encoding), notices_(notices) {}
 
-    // To be called about once a second.
+    // To be called about once a second; first before the node begins its work.
     void Look(Connection& connection, std::time_t now);
+    // At the end, when all sendings are recorded.
+    void LookLast(Connection& connection, std::time_t now);
 
     // A page has ended, however it did.
     void PageEnded(const PageStory& page, std::time_t now);
@@ -49,8 +51,10 @@ class News {
         bool unheard = false;
     };
     void LookAtLines(Connection& connection, std::time_t now);
-    void LookAtAlarms(Connection& connection, std::time_t now);
-    void LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now);
+    void LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded);
+    void LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now,
+                     std::time_t until_recorded);
+    void EndedIn(Connection& connection, const Alarm& alarm, Ended& ended, std::time_t now);
     void Acknowledged(const Alarm& alarm, std::time_t now);
     void LookAtWaitingPagers(Connection& connection, std::time_t now);
     Notice Made(NoticeKind kind, bool over, const std::string& text) const;

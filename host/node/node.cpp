@@ -61,7 +61,10 @@ Node::Node(NodeOptions options, OperatorLog& log)
       sends_(lease_.Database()),
       ends_(lease_.Database(), encoding_, log_),
       figures_(lease_.Database(), options_.metrics, encoding_, log_),
-      room_(options_.database, log_) {
+      room_(options_.database, log_),
+      alerts_(options_.database, encoding_, log_) {
+    ends_.SetListener(
+        [this](const PageStory& page) { alerts_.PageEnded(page, std::time(nullptr)); });
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
@@ -94,6 +97,7 @@ void Node::Serve(StopSignal& stop) {
     LookAtPendingPages();
     lines_.Read(lease_.Database());
     AdoptPages();
+    alerts_.Begin(lease_.Database(), std::time(nullptr));
     log_.Info("serving " + options_.database);
     do {
         LookAtFile();
@@ -148,9 +152,18 @@ void Node::LookAtPendingPages() {
     }
 }
 
-// The service manager hears nothing of a node whose database doesn't work. What the disk refuses is
-// kept until it takes it again, and is no failure here: to be ended would lose it.
 void Node::StepOrReport() {
+    const std::string why_not = StepOrReason();
+    const std::time_t now = std::time(nullptr);
+    alerts_.DatabaseWorked(gone_ ? options_.database + ": the file has gone" : why_not, now);
+    alerts_.DiskIs(room_.IsFull(), now);
+    alerts_.Tell(now);
+}
+
+// Why the database doesn't work; empty: it does. The service manager hears nothing of a node whose
+// database doesn't. What the disk refuses is kept until it takes it again, and is no failure here:
+// to be ended would lose it.
+std::string Node::StepOrReason() {
     try {
         try {
             Step();
@@ -162,7 +175,9 @@ void Node::StepOrReport() {
     } catch (const StoreError& failure) {
         seen_ = -1;
         log_.Error(std::string(failure.what()) + "; trying again");
+        return failure.what();
     }
+    return {};
 }
 
 void Node::Step() {
@@ -172,6 +187,7 @@ void Node::Step() {
         ReadAnew();
     }
     if (HasChanged()) {
+        alerts_.ReadCommands(connection);
         intake_.Run(connection);
     }
     LookAtSends(now);
@@ -181,6 +197,8 @@ void Node::Step() {
     MovePages(now);
     dispatch_.Run(connection);
     GiveTestPages(lease_, lines_, dispatch_);
+    alerts_.Look(connection, now);
+    figures_.NoteBeat(alerts_.LastBeat());
     figures_.Show(ends_, now);
     room_.Look(now);
     ForgetOldHistory(now);
@@ -311,6 +329,7 @@ void Node::EndLines() {
         } catch (const StoreError& failure) {
             log_.Error(failure.what());
         }
+        alerts_.Tell(std::time(nullptr));
         heartbeat_.Beat();
     }
 }
@@ -322,9 +341,11 @@ void Node::TellLastThings() {
         ends_.Mark();
         ends_.Look();
         figures_.ShowNow(ends_);
+        alerts_.LookLast(lease_.Database(), std::time(nullptr));
     } catch (const StoreError& failure) {
         log_.Error(failure.what());
     }
+    alerts_.Finish();
     // What is kept in memory ends with the process.
     if (const size_t kept = lease_.CountHeld()) {
         log_.Error(std::to_string(kept) +

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/files/lock_file.h"
+#include "host/node/alerts.h"
 #include "host/node/dispatch.h"
 #include "host/node/figures.h"
 #include "host/node/intake.h"
@@ -60,6 +61,7 @@ class Node {
     void LookAtPendingPages();
     void LookAtFile();
     void StepOrReport();
+    std::string StepOrReason();
     void Step();
     void ReadAnew();
     void LookAtSends(std::time_t now);
@@ -90,6 +92,7 @@ class Node {
     PageEnds ends_;
     Figures figures_;
     Room room_;
+    Alerts alerts_;
     Heartbeat heartbeat_;
     int64_t seen_ = -1;          // the version of the database at the last look
     std::time_t ends_at_ = 0;    // when the ends of pages are told again

@@ -85,6 +85,7 @@ void PageEnds::LookAtPages() {
 
 void PageEnds::Tell(const PageStory& page) {
     ++counts_[StateOf(page)];
+    listener_(page);
     given_up_ += page.end == PageEnd::kOffLimit ? 1 : 0;
     const std::string text = "page of alarm " + page.alarm + " to \"" +
                              Decode(page.pager, encoding_) + "\": " + EndOf(page) +

@@ -6,9 +6,11 @@
 #define PAGERFWD_HOST_NODE_PAGE_ENDS_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "host/pages/history.h"
 #include "host/process/operator_log.h"
@@ -21,6 +23,10 @@ class PageEnds {
  public:
     // What has ended before isn't told.
     PageEnds(Connection& connection, Encoding encoding, OperatorLog& log);
+
+    // Who besides the operator hears of each page.
+    using Listener = std::function<void(const PageStory& page)>;
+    void SetListener(Listener listener) { listener_ = std::move(listener); }
 
     // Remembers what there is now. What has ended by then is told by the look behind: between the
     // two, lines record their sendings, which tell how far the pages came.
@@ -40,6 +46,7 @@ class PageEnds {
     Connection& connection_;
     const Encoding encoding_;
     OperatorLog& log_;
+    Listener listener_ = [](const PageStory&) {};
     int64_t version_ = -1;            // of the database, at the last look
     int64_t seen_ = 0;                // the last row of the history that was looked at
     int64_t marked_ = 0;              // the last one at the mark

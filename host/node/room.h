@@ -24,6 +24,8 @@ class Room {
     // Looks once a minute, however often it is called.
     void Look(std::time_t now);
 
+    bool IsFull() const { return full_; }
+
     static uint64_t AvailableBytes(const std::string& path);
 
     static constexpr uint64_t kLittle = uint64_t{8} << 20;

@@ -96,7 +96,8 @@ TEST_F(SomeNews, AreAPageThatWasGivenUp) {
                                        {PageEnd::kOffLimit, Reached::kDialled},
                                        {PageEnd::kDone, Reached::kSent},
                                        {PageEnd::kByHand, Reached::kNothing},
-                                       {PageEnd::kAcknowledged, Reached::kNothing}}) {
+                                       {PageEnd::kAcknowledged, Reached::kNothing},
+                                       {PageEnd::kOffLimit, Reached::kUnknown}}) {
         news.PageEnded(EndedPage(end, reached), now);
     }
     EXPECT_THAT(Pass(10), IsEmpty());
