@@ -30,6 +30,9 @@ class LineHealth {
     // It can't be served at all, or was known to be sick before: it is asked at once.
     void FallSick(const std::string& why, std::time_t now);
 
+    // Its device is back: whoever is sick is asked at once.
+    void AskNow(std::time_t now) { ask_at_ = now; }
+
     // Whether its modem is to be asked now.
     bool IsToBeAsked(std::time_t now) const { return sick_ && now >= ask_at_; }
     // Whether it is to be asked for a dial tone, too.

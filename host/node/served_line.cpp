@@ -2,6 +2,7 @@
 #include "host/node/served_line.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -26,6 +27,7 @@ ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& comm
       log_(log) {}
 
 void ServedLine::Look(std::time_t now) {
+    LookAtDevice(now);
     if (process_) {
         if (const std::optional<int> status = process_->Ended()) {
             Ended(*status, now);
@@ -36,13 +38,25 @@ void ServedLine::Look(std::time_t now) {
     if (process_ || held_ || !MayBeServed()) {
         return;
     }
-    if (line_.device.empty()) {
-        health_.FallSick("the site names no device for it", now);
-    } else if (!health_.IsSick()) {
+    if (!health_.IsSick()) {
         Start(now);
-    } else if (health_.IsToBeAsked(now)) {
+    } else if (there_ && health_.IsToBeAsked(now)) {
         StartAsking(now);
     }
+}
+
+// Its path is looked at; nothing is opened. What has come back is asked before it is served again.
+void ServedLine::LookAtDevice(std::time_t now) {
+    const bool was_sick = health_.IsSick();
+    const bool was_there = std::exchange(there_, access(line_.device.c_str(), F_OK) == 0);
+    if (line_.device.empty()) {
+        health_.FallSick("the site names no device for it", now);
+    } else if (!there_) {
+        health_.FallSick("its device is missing", now);
+    } else if (!was_there) {
+        health_.AskNow(now);
+    }
+    TellHealth(was_sick);
 }
 
 void ServedLine::Watch(std::time_t now) {

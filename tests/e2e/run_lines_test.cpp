@@ -9,6 +9,7 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
+using ::testing::ContainsRegex;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -139,7 +140,7 @@ TEST_P(RunDeadLine, HoldsUpNoOtherAndItsPagesGoByIt) {
 
 INSTANTIATE_TEST_SUITE_P(Since, RunDeadLine,
                          ::testing::Values("powered = false", "dial_tone = false",
-                                           "there_from = \"2002-01-08 10:00:00\""));
+                                           "there_until = \"2001-01-08 10:00:05\""));
 
 TEST_F(RunLines, KeepThePagesThatAreBoundToThemUntilTheyAreBack) {
     Modem("COM 1", "there_from = \"2001-01-08 10:20:00\"");
@@ -147,12 +148,22 @@ TEST_F(RunLines, KeepThePagesThatAreBoundToThemUntilTheyAreBack) {
     Raise("DUTY/1");
     const ProgramRun run = RunUntilDone();
     EXPECT_EQ(0, run.exit_code);
-    EXPECT_THAT(run.err,
-                AllOf(HasSubstr("error: line \"COM 1\" is sick: its device can't be opened"),
-                      HasSubstr("line \"COM 1\" is back\n")));
+    EXPECT_THAT(run.err, AllOf(HasSubstr("error: line \"COM 1\" is sick: its device is missing"),
+                               HasSubstr("line \"COM 1\" is back\n")));
     EXPECT_THAT(Stories(), ElementsAre("bound done 1", "duty done 1"));
     EXPECT_THAT(Rows("port FROM Host_Sends WHERE outcome = 'sent' ORDER BY row_id"),
                 ElementsAre("COM 2", "COM 1"));
+}
+
+TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
+    Modem("COM 1", "there_until = \"2001-01-08 10:01:00\"");
+    Modem("COM 2", "there_from = \"2001-01-08 10:02:00\"");
+    At(180, "kill -TERM $PPID");
+    const std::string said = Simulated({"run"}).err;
+    EXPECT_THAT(said, HasSubstr("10:00:00 error: line \"COM 2\" is sick: its device is missing"));
+    EXPECT_THAT(said,
+                ContainsRegex("10:01:0[0-2] error: line .COM 1. is sick: its device is miss"));
+    EXPECT_THAT(said, ContainsRegex("10:02:0[0-5] line .COM 2. is back"));
 }
 
 TEST_F(RunLines, AreToldOnceWhenTheyAreSick) {

@@ -213,6 +213,7 @@ TEST_F(RunService, ServesNewPortsFromSighupOn) {
     WriteFile("more.toml", std::string(kSite) +
                                "[[port]]\nname = \"COM 2\"\n[port.pager]\ndial = \"ATDT\"\n"
                                "[port.sms1]\ndial = \"ATDT5550101\"\n");
+    exchange += "[[line]]\nport = \"COM 2\"\n";
     At(30, Pagerfwd("import more.toml >/dev/null") + "; kill -HUP $PPID");
     EndAt(60);
     const ProgramRun run = Simulated({"run"});

@@ -295,7 +295,7 @@ TEST_F(Run, TakesUpAPortThatComesLater) {
     Raise("DUTY/1");
     const ProgramRun run = RunUntilDone();
     EXPECT_EQ(0, run.exit_code);
-    EXPECT_THAT(run.err, AllOf(HasSubstr("line \"COM 1\" is sick: its device can't be opened"),
+    EXPECT_THAT(run.err, AllOf(HasSubstr("line \"COM 1\" is sick: its device is missing"),
                                HasSubstr("line \"COM 1\" is back")));
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
@@ -307,7 +307,7 @@ TEST_F(Run, KeepsThePagesOfAPortThatNeverComes) {
     Raise("DUTY/1");
     At(3600, "kill -TERM $PPID");
     EXPECT_THAT(Simulated({"run"}).err,
-                HasSubstr("line \"COM 1\" is sick: its device can't be opened"));
+                HasSubstr("line \"COM 1\" is sick: its device is missing"));
     EXPECT_THAT(pages, IsEmpty());
     EXPECT_THAT(Stories(), ElementsAre("duty pending 0"));
 }

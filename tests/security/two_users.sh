@@ -127,7 +127,7 @@ as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine
 as_reader "$pagerfwd" alarm list | grep -q zero || fail "the alarm is gone"
 
 # The operators of the group write to it, too. An alarm of an operator, and a test by root, leave what the service can use.
-as_service rm -f site/site.db-engine site/site.db-owners site/site.db-lines/COM%201/pageprot.txt site/figures.prom
+as_service rm -f site/site.db-engine site/site.db-owners site/pageprot.txt site/figures.prom
 as_service chmod g+w site/site.db
 as_operator "$pagerfwd" alarm raise "one" >/dev/null
 cd site
@@ -135,7 +135,7 @@ cd site
 cd ..
 owned site/site.db 660
 owned site/site.db-engine 660
-owned site/site.db-lines/COM%201/pageprot.txt 660
+owned site/pageprot.txt 660
 for lock in locks/*; do owned "$lock" 660; done
 
 # The service starts all the same.
