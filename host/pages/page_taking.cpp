@@ -174,9 +174,19 @@ bool MovePage(Connection& connection, const PageKey& page, const std::string& to
     return true;
 }
 
+// Asked every second: only pages that were taken from a line before are looked at.
 std::vector<PageKey> OverspentPages(Connection& connection, const std::string& line) {
     std::vector<PageKey> overspent;
-    for (const PageKey& page : PagesOfLine(connection, line)) {
+    Statement statement(connection,
+                        "SELECT moved.alarm, moved.alarm_group, moved.pager"
+                        " FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents AS event"
+                        " ON event.AlmLogID = moved.alarm AND event.AlmGroup = moved.alarm_group"
+                        " AND event.PagerDescr = moved.pager"
+                        " WHERE moved.tries > 0 AND event.line = ? AND +event.PagerState = '2'");
+    statement.Bind(line);
+    while (statement.Step()) {
+        const PageKey page = {std::string(statement.Text(0)), std::string(statement.Text(1)),
+                              std::string(statement.Text(2))};
         if (IsOverspent(connection, page)) {
             overspent.push_back(page);
         }

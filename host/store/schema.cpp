@@ -84,6 +84,7 @@ constexpr const char* kLineParts =
     "ALTER TABLE AlarmFwd_COMProperties ADD COLUMN device TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_Deliveries ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_Deliveries ADD COLUMN tries INTEGER NOT NULL DEFAULT 0;"
+    "CREATE INDEX Host_MovedDeliveries ON Host_Deliveries (alarm) WHERE tries > 0;"
     "ALTER TABLE Host_History ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_History ADD COLUMN note TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_TestPages ADD COLUMN line TEXT NOT NULL DEFAULT '';"

@@ -131,6 +131,9 @@ TEST_F(Schema, HasAnIndexForEachQuestion) {
     EXPECT_EQ("", FullReads(connection,
                             "SELECT DISTINCT hidden_by FROM AlarmFwd_PagerEvents"
                             " WHERE hidden_by IS NOT NULL"));
+    EXPECT_EQ("", FullReads(connection,
+                            "SELECT 1 FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents"
+                            " ON AlmLogID = moved.alarm WHERE moved.tries > 0"));
     EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
 }
 
