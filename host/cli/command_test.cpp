@@ -110,7 +110,7 @@ ExitCode Report(const TestResult& result, bool traced) {
     std::cout << "not sent\n" << std::flush;
     std::string message = std::string(result.meaning) + " (result " + std::to_string(result.code) +
                           ")\n    " + result.remedy;
-    message += traced ? "\n    The trace of the dialogue: pagerfwd trace"
+    message += traced ? "\n    The trace of the dialogue: pagerfwd trace pageprot.txt"
                       : "\n    To see every step of the dialogue, add: --trace";
     std::cerr << "pagerfwd: " << message << "\n";
     return result.exit;

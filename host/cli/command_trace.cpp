@@ -1,24 +1,30 @@
-// pagerfwd trace: a trace as a dialogue. Tested by tests/unit/host/tools_cli_test.cpp.
+// pagerfwd trace: traces as a dialogue. Tested by tests/unit/host/tools_cli_test.cpp.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <system_error>
+#include <vector>
 
+#include "host/cli/names.h"
 #include "host/cli/numbers.h"
 #include "host/cli/program.h"
 #include "host/cli/progress.h"
+#include "host/lines/line_folder.h"
+#include "host/lines/site_lines.h"
+#include "host/site/site_tables.h"
+#include "host/store/look.h"
 #include "host/text/colours.h"
 #include "host/text/encoding.h"
 #include "host/text/printable.h"
-#include "host/trace/read_trace.h"
+#include "host/trace/join_traces.h"
 #include "host/trace_view/page_filter.h"
 #include "host/trace_view/page_json.h"
 #include "host/trace_view/page_svg.h"
@@ -28,7 +34,8 @@ namespace host {
 namespace {
 
 struct TraceOptions {
-    std::string file = "pageprot.txt";
+    std::string file;  // empty: the lines' own
+    std::string line;  // empty: all
     std::string pager;
     std::string since;
     std::string until;
@@ -38,15 +45,73 @@ struct TraceOptions {
     bool all = false;
     bool json = false;
     std::string svg;
-    std::string encoding = "latin1";
+    std::string encoding;  // empty: the site's
 };
 
-Encoding EncodingAskedFor(const TraceOptions& options) {
-    if (const std::optional<Encoding> encoding = EncodingNamed(options.encoding)) {
+// What is to be read.
+struct TraceFiles {
+    struct OfLine {
+        std::string line;  // as the tables have it; empty: not known
+        std::string path;
+    };
+    std::string name;  // of all of them, for messages
+    Encoding encoding = Encoding::kLatin1;
+    std::vector<OfLine> files;
+};
+
+TraceFiles OneFile(const std::string& path) {
+    return {path, Encoding::kLatin1, {{"", path}}};
+}
+
+TraceFiles FilesOfSite(Connection& connection, const Program& program, const std::string& line) {
+    TraceFiles found{"the trace of all lines", EncodingOf(connection), {}};
+    const std::string asked = InTables(line, found.encoding);
+    for (const SiteLine& one : SiteLines(connection)) {
+        const std::string path = LineFolder(program.database, one.name) + "/" + kTraceFile;
+        const bool wanted = line.empty() ? std::filesystem::exists(path) : one.name == asked;
+        if (wanted) {
+            found.files.push_back({one.name, path});
+        }
+    }
+    return found;
+}
+
+// The traces of the site's lines; that of this folder where none of them has one.
+TraceFiles FilesOfLines(const Program& program, const std::string& line) {
+    if (line.empty() && !std::filesystem::exists(program.database)) {
+        return OneFile(kTraceFile);
+    }
+    TraceFiles found = Look(program.database, [&](Connection& connection) {
+        return FilesOfSite(connection, program, line);
+    });
+    if (found.files.empty() && !line.empty()) {
+        throw Failure(kUsage, "the site has no port \"" + line + "\"");
+    }
+    if (!line.empty()) {
+        found.name = found.files.front().path;
+    }
+    if (found.files.empty()) {
+        found.name = kTraceFile;
+        found.files = OneFile(kTraceFile).files;
+    }
+    return found;
+}
+
+Encoding EncodingAskedFor(const std::string& name) {
+    if (const std::optional<Encoding> encoding = EncodingNamed(name)) {
         return *encoding;
     }
-    throw Failure(kUsage, "there is no encoding \"" + options.encoding +
+    throw Failure(kUsage, "there is no encoding \"" + name +
                               "\"; write --encoding latin1 or --encoding shift_jis");
+}
+
+TraceFiles FilesFor(const Program& program, const TraceOptions& options) {
+    TraceFiles files =
+        options.file.empty() ? FilesOfLines(program, options.line) : OneFile(options.file);
+    if (!options.encoding.empty()) {
+        files.encoding = EncodingAskedFor(options.encoding);
+    }
+    return files;
 }
 
 std::optional<LocalSeconds> InstantAskedFor(const char* option, const std::string& text) {
@@ -65,7 +130,7 @@ PageFilter FilterFor(const TraceOptions& options, Encoding encoding) {
     try {
         filter.pager = Encode(options.pager, encoding);
     } catch (const NotEncodable& character) {
-        throw Failure(kUsage, std::string("no pager of a site in ") + options.encoding +
+        throw Failure(kUsage, std::string("no pager of a site in this encoding") +
                                   " has a name with " + character.what());
     }
     filter.failed = options.failed;
@@ -86,11 +151,12 @@ bool IsNews(TraceKind kind) {
 
 class Viewer : public TraceSink {
  public:
-    Viewer(const TraceOptions& options, Encoding encoding)
+    Viewer(const TraceOptions& options, const TraceFiles& files)
         : options_(options),
-          encoding_(encoding),
-          filter_(FilterFor(options, encoding)),
-          text_(encoding, Colours::For(STDOUT_FILENO)) {}
+          name_(files.name),
+          encoding_(files.encoding),
+          filter_(FilterFor(options, files.encoding)),
+          text_(files.encoding, Colours::For(STDOUT_FILENO)) {}
 
     void OnPage(const TracedPage& page) override {
         ++pages_;
@@ -118,7 +184,7 @@ class Viewer : public TraceSink {
 
     void End() {
         if (options_.page > pages_) {
-            throw Failure(kUsage, options_.file + " has " + std::to_string(pages_) +
+            throw Failure(kUsage, name_ + " has " + std::to_string(pages_) +
                                       " page(s), and no page " + std::to_string(options_.page));
         }
         if (!options_.svg.empty()) {
@@ -126,7 +192,7 @@ class Viewer : public TraceSink {
         } else if (options_.json) {
             std::cout << (taken_ == 0 ? "[]\n" : "\n]\n");
         } else if (taken_ == 0) {
-            std::cerr << "pagerfwd: " << Printable(options_.file) << ": none of its " << pages_
+            std::cerr << "pagerfwd: " << Printable(name_) << ": none of its " << pages_
                       << " page(s) is asked for\n";
         }
     }
@@ -146,6 +212,7 @@ class Viewer : public TraceSink {
     }
 
     const TraceOptions& options_;
+    const std::string name_;
     Encoding encoding_;
     PageFilter filter_;
     PageText text_;
@@ -154,41 +221,54 @@ class Viewer : public TraceSink {
     std::string svg_;
 };
 
-void ReadAll(std::istream& trace, Viewer& viewer, Progress& progress) {
-    std::array<char, size_t{64} << 10> piece{};
-    TraceReader reader(viewer);
-    do {
-        trace.read(piece.data(), piece.size());
-        const auto count = static_cast<size_t>(trace.gcount());
-        reader.Feed({piece.data(), count});
-        progress.Add(count);
-    } while (trace && std::cout);
-    reader.Finish();
-}
-
-void ReadFileOf(const TraceOptions& options, Viewer& viewer) {
-    std::error_code none;
-    const uintmax_t size = std::filesystem::file_size(options.file, none);
-    std::ifstream file(options.file, std::ios::binary);
-    // A folder opens, and fails only when it is read.
-    if (!file || (file.peek() == std::ifstream::traits_type::eof() && file.bad())) {
-        throw Failure(kCannot, options.file + ": can't be read: " + std::strerror(errno) +
-                                   "; a trace is written by: pagerfwd --trace test PAGER");
+// What is read stays open for as long as this lives.
+class OpenTraces {
+ public:
+    explicit OpenTraces(const TraceFiles& traces) {
+        for (const TraceFiles::OfLine& trace : traces.files) {
+            traces_.push_back({trace.line, Open(trace.path)});
+        }
     }
-    Progress progress(options.file, none ? 0 : size);
-    ReadAll(file, viewer, progress);
-}
 
-ExitCode Trace(const TraceOptions& options) {
+    const std::vector<TraceOfLine>& Traces() const { return traces_; }
+    uint64_t Size() const { return size_; }
+
+ private:
+    std::istream& Open(const std::string& path) {
+        if (path == kStandardInput) {
+            return std::cin;
+        }
+        std::ifstream& file = files_.emplace_back(path, std::ios::binary);
+        // A folder opens, and fails only when it is read.
+        if (!file || (file.peek() == std::ifstream::traits_type::eof() && file.bad())) {
+            throw Failure(kCannot, path + ": can't be read: " + std::strerror(errno) +
+                                       "; a trace is written by: pagerfwd --trace test PAGER");
+        }
+        std::error_code none;
+        const uintmax_t size = std::filesystem::file_size(path, none);
+        size_ += none ? 0 : size;
+        return file;
+    }
+
+    std::deque<std::ifstream> files_;
+    std::vector<TraceOfLine> traces_;
+    uint64_t size_ = 0;
+};
+
+ExitCode Trace(const Program& program, const TraceOptions& options) {
     if (!options.svg.empty() && options.page == 0) {
         throw Failure(kUsage, "--svg draws one page: say which, with --page N");
     }
-    Viewer viewer(options, EncodingAskedFor(options));
-    if (options.file == kStandardInput) {
-        Progress progress("standard input", 0);
-        ReadAll(std::cin, viewer, progress);
-    } else {
-        ReadFileOf(options, viewer);
+    const TraceFiles files = FilesFor(program, options);
+    Viewer viewer(options, files);
+    const OpenTraces open(files);
+    {
+        Progress progress(files.name == kStandardInput ? "standard input" : files.name,
+                          open.Size());
+        JoinTraces(open.Traces(), viewer, [&progress](size_t count) {
+            progress.Add(count);
+            return static_cast<bool>(std::cout);
+        });
     }
     viewer.End();
     return kDone;
@@ -200,15 +280,18 @@ void AddTrace(CLI::App& app, Program& program) {
     CLI::App* const command =
         app.add_subcommand("trace", "Show a trace of the library as a dialogue, page by page");
     const auto options = std::make_shared<TraceOptions>();
-    command->add_option("FILE", options->file, "The trace; - for standard input")
-        ->capture_default_str();
+    auto* const file = command->add_option("FILE", options->file, "A trace; - for standard input");
+    command->add_option("--line", options->line, "Only the trace of this line")
+        ->type_name("LINE")
+        ->excludes(file);
     command->add_option("--pager", options->pager, "Only pages to this pager")->type_name("NAME");
     command->add_flag("--failed", options->failed, "Only pages that were not sent");
     command->add_option("--since", options->since, "Only pages that began at this time or later")
         ->type_name("TIME");
     command->add_option("--until", options->until, "Only pages that began at this time or before")
         ->type_name("TIME");
-    command->add_option("--page", options->page, "Only this page, as they are counted in the file")
+    command
+        ->add_option("--page", options->page, "Only this page, as they are counted in what is read")
         ->type_name("N")
         ->check(NumberFrom(1));
     command->add_flag("--brief", options->brief, "A line for each page, without its dialogue");
@@ -217,21 +300,28 @@ void AddTrace(CLI::App& app, Program& program) {
     command->add_option("--svg", options->svg, "Draw the page of --page N into this file")
         ->type_name("FILE")
         ->excludes(json);
-    command->add_option("--encoding", options->encoding, "Of the site: latin1 or shift_jis")
-        ->type_name("NAME")
-        ->capture_default_str();
+    command
+        ->add_option("--encoding", options->encoding,
+                     "Of a FILE: latin1, unless said otherwise, or shift_jis")
+        ->type_name("NAME");
     command->footer(
+        "Without FILE, the traces of all lines of the site, which lie beside the database, as one "
+        "in\n"
+        "the order of time, each page with its line; pageprot.txt in this folder where there are\n"
+        "none. What was moved aside is read by its name.\n\n"
         "> is what was sent, < what the modem or the centre said; times count from the page's\n"
         "beginning. A line that is not the library's stands behind a question mark. A TIME is\n"
         "written as 2001-01-08 or \"2001-01-08 17:30:00\".\n\n"
         "Examples:\n"
         "  pagerfwd trace\n"
+        "  pagerfwd trace --line \"COM 1\" --brief\n"
         "  pagerfwd trace pageprot.txt --brief --failed\n"
         "  pagerfwd trace --pager \"duty phone\" --since 2001-01-08\n"
         "  pagerfwd trace --page 3 --svg page3.svg\n"
         "  pagerfwd trace --json --failed | jq '.[].reason'\n");
-    command->callback(
-        [options, &program] { program.command = [options] { return Trace(*options); }; });
+    command->callback([options, &program] {
+        program.command = [options, &program] { return Trace(program, *options); };
+    });
 }
 
 }  // namespace host

@@ -35,6 +35,7 @@ struct TraceEvent {
     const TraceEntry& entry;
     TraceMeaning meaning;
     std::optional<int64_t> day;  // since 1970
+    std::string_view line = {};  // whose trace it is, where several are read as one
 };
 
 // What is handed in is valid during the call.

@@ -189,7 +189,7 @@ std::string PageText::Dialogue(const TracedPage& page) const {
 std::string PageText::Event(const TraceEvent& event) const {
     std::string line = event.entry.second == TraceEntry::kNoTime ? std::string("--:--:--")
                                                                  : ClockTime(event.entry.second);
-    line = Padded(line, 10);
+    line = Padded(line, 10) + (event.line.empty() ? "" : Shown(event.line) + ": ");
     const std::string words = WordsFor(event.meaning.kind);
     const bool named = !words.empty() && event.meaning.kind != TraceKind::kAskedUnknown;
     if (event.meaning.kind == TraceKind::kUnknown) {

@@ -341,7 +341,7 @@ TEST_F(Cli, TracesOnlyWhenAsked) {
     MakeSiteWithResult(7);
     const ProgramRun run = Run({"--trace", "test", "duty"});
     EXPECT_THAT(run.out, HasSubstr("|traced]"));
-    EXPECT_THAT(run.err, AllOf(HasSubstr("pagerfwd trace"), Not(HasSubstr("add: --trace"))));
+    EXPECT_THAT(run.err, AllOf(HasSubstr("pagerfwd trace pageprot.txt"), Not(HasSubstr("add: --trace"))));
     EXPECT_TRUE(std::filesystem::exists("pageprot.txt"));
 }
 

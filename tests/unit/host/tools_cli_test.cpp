@@ -7,7 +7,9 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "host/lines/line_folder.h"
 #include "host/store/connection.h"
+#include "host/store/pool.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
@@ -358,6 +360,95 @@ TEST_F(TraceCommand, ReadsStandardInput) {
         RunProgram({"/bin/sh", "-c", std::string(PAGERFWD_PROGRAM " trace - <pageprot.txt")});
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.out, HasSubstr("page 2 "));
+}
+
+// --- trace, of all lines.
+
+class TraceOfLines : public TraceCommand {
+ protected:
+    TraceOfLines() {
+        EXPECT_EQ(0, RunProgram({PAGERFWD_PROGRAM, "init"}).exit_code);
+        host::Connection("pagerfwd.db")
+            .Execute(
+                "INSERT INTO AlarmFwd_COMProperties (Description, device) VALUES"
+                " ('north', '/dev/ttyUSB0'), ('S\xFC"
+                "d', '/dev/ttyUSB1'), ('idle', '/dev/ttyUSB2')");
+        Write(
+            "S\xFC"
+            "d",
+            TraceWriter(36001).Begin("second").Message().Say("After Dial").End());
+        Write("north", TraceWriter(36000)
+                           .Say("CPagerHdl::CPagerHdl: site.db\n")
+                           .Begin("first")
+                           .Say("Pager NOT found!")
+                           .End()
+                           .Pass(2)
+                           .Begin("third")
+                           .Message()
+                           .Say("After Dial")
+                           .End());
+    }
+    ~TraceOfLines() override { host::CloseDatabases(); }
+
+    static void Write(const std::string& line, const TraceWriter& trace) {
+        WriteFile(host::MakeLineFolder("pagerfwd.db", line) + "/" + host::kTraceFile, trace.Text());
+    }
+};
+
+TEST_F(TraceOfLines, AreJoinedEachPageWithItsLine) {
+    const ProgramRun run = Run({"--brief"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out,
+                AllOf(HasSubstr("page 1  2001-01-08 10:00:00  \"first\"  sms1  5550111  north"),
+                      HasSubstr("page 2  2001-01-08 10:00:01  \"second\"  sms1  5550111  "
+                                "S\xC3\xBC"
+                                "d"),
+                      HasSubstr("page 3  2001-01-08 10:00:02  \"third\"")));
+    EXPECT_THAT(Run({}).out, StartsWith("10:00:00  north: an engine begins"));
+}
+
+TEST_F(TraceOfLines, AreFilteredAndDrawnLikeOne) {
+    EXPECT_THAT(Run({"--failed", "--brief"}).out,
+                AllOf(HasSubstr("\"first\""), Not(HasSubstr("\"second\""))));
+    const auto json = nlohmann::json::parse(Run({"--json"}).out);
+    ASSERT_EQ(3U, json.size());
+    EXPECT_EQ(
+        "S\xC3\xBC"
+        "d",
+        json[1]["port"]);
+    EXPECT_EQ("page.svg: page 3\n", Run({"--page", "3", "--svg", "page.svg"}).out);
+    EXPECT_THAT(Run({"--page", "4", "--svg", "page.svg"}).err,
+                HasSubstr("the trace of all lines has 3 page(s), and no page 4"));
+}
+
+TEST_F(TraceOfLines, AreReadOneByOneByTheirNames) {
+    const ProgramRun run = Run({"--line",
+                                "S\xC3\xBC"
+                                "d",
+                                "--brief"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.out, StartsWith("page 1  2001-01-08 10:00:01  \"second\""));
+    EXPECT_THAT(run.out, Not(HasSubstr("page 2")));
+}
+
+TEST_F(TraceOfLines, AreLeftAloneWhereAFileIsNamed) {
+    const ProgramRun run = Run({"pageprot.txt", "--brief"});
+    EXPECT_THAT(run.out, HasSubstr("page 1  2001-01-08 10:00:00  \"duty\"  sms1  5550111  COM 1"));
+    EXPECT_EQ(2, Run({"pageprot.txt", "--line", "north"}).exit_code);
+}
+
+TEST_F(TraceOfLines, AreMissedByTheirNames) {
+    const ProgramRun unknown = Run({"--line", "west"});
+    EXPECT_EQ(2, unknown.exit_code);
+    EXPECT_THAT(unknown.err, HasSubstr("the site has no port \"west\""));
+    const ProgramRun none = Run({"--line", "idle"});
+    EXPECT_EQ(3, none.exit_code);
+    EXPECT_THAT(none.err, HasSubstr("pagerfwd.db-lines/idle/pageprot.txt: can't be read: No such"));
+}
+
+TEST_F(TraceOfLines, GiveWayToThatOfThisFolderWhereThereAreNone) {
+    std::filesystem::remove_all("pagerfwd.db-lines");
+    EXPECT_THAT(Run({"--brief"}).out, HasSubstr("\"duty\""));
 }
 
 TEST_F(TraceCommand, OfAnEmptyFileIsEmpty) {
