@@ -2,6 +2,7 @@
 #ifndef PAGERFWD_TESTS_UNIT_TABLES_RECORDS_H
 #define PAGERFWD_TESTS_UNIT_TABLES_RECORDS_H
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ Held<Record> Hold(Record* record) {
 template <class Record>
 std::vector<Held<Record>> HoldAll(Record** records, int32_t count) {
     std::vector<Held<Record>> held;
-    held.reserve(static_cast<size_t>(count));
+    held.reserve(static_cast<size_t>(std::max(count, 0)));
     for (int32_t i = 0; i < count; ++i) {
         held.emplace_back(records[i]);
     }
