@@ -1,0 +1,266 @@
+// The judge. Tested by kill_judge_test.cpp.
+#include "tests/proof/kill_judge.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+
+#include "tests/proof/kill_points.h"
+#include "tests/proof/kill_scenario.h"
+
+namespace proof::kills {
+namespace {
+
+// From the centre's acceptance to the row that says so; a line has one page at a time.
+constexpr double kLongestRewriting = 90;
+
+struct Received {
+    std::string what;  // the page, where the centre's text names its alarm; else its pager
+    unsigned line = 0;
+    double at = 0;
+};
+
+// A row that says of a page that it was tried.
+struct Written {
+    std::string what;
+    unsigned line = 0;
+    int at = 0;
+};
+
+struct Owed {
+    int sends = 0;
+    bool acknowledged = false;
+    bool ended = false;
+};
+
+struct Story {
+    std::map<std::string, std::string> texts;   // of alarms
+    std::map<std::string, std::string> groups;  // of alarms
+    std::set<std::string> acknowledged;         // alarms
+    std::map<std::string, std::string> ends;    // of pages, "ALARM PAGER"
+    std::map<std::string, int> moves;           // of pages
+    std::map<std::string, std::string> states;  // of alarms
+    std::vector<Kill> kills;
+    std::vector<Received> received;
+    std::vector<Written> written;
+    bool ended = false;
+};
+
+const PagerPlan& PlanOf(const std::string& pager) {
+    return *std::find_if(kPagerPlans.begin(), kPagerPlans.end(),
+                         [&](const PagerPlan& plan) { return pager == plan.name; });
+}
+
+// What a page is called that a centre may have received.
+std::string NameOf(const Story& story, const std::string& alarm, const std::string& pager) {
+    return PlanOf(pager).has_text ? story.texts.at(alarm) + " " + pager : pager;
+}
+
+int SecondOf(const std::string& wall) {
+    return static_cast<int>(std::stol(wall) - kStart);
+}
+
+void Note(Story& story, const std::vector<std::string>& words) {
+    const std::string& what = words[0];
+    if (what == "raised") {
+        story.texts[words[1]] = words[2];
+        story.groups[words[1]] = words[3];
+    } else if (what == "acknowledged") {
+        story.acknowledged.insert(words[1]);
+    } else if (what == "killed") {
+        const auto number = [&](size_t word) {
+            return static_cast<unsigned>(std::stoul(words[word]));
+        };
+        story.kills.push_back({SecondOf(words[1]), number(2), number(3), number(4), words.at(5)});
+    } else if (what == "page") {
+        story.ends[words[1] + " " + words[2]] = words[3];
+        story.moves[words[1] + " " + words[2]] = std::stoi(words[4]);
+    } else if (what == "written") {
+        story.written.push_back({NameOf(story, words[1], words[2]),
+                                 static_cast<unsigned>(std::stoul(words[4])), SecondOf(words[5])});
+    } else if (what == "alarm") {
+        story.states[words[1]] = words.size() > 2 ? words[2] : "";
+    } else if (what == "end") {
+        story.ended = true;
+    }
+}
+
+void ReadLedger(std::istream& ledger, Story& story) {
+    for (std::string line; std::getline(ledger, line);) {
+        std::istringstream words(line);
+        const std::vector<std::string> list{std::istream_iterator<std::string>(words), {}};
+        if (!list.empty()) {
+            Note(story, list);
+        }
+    }
+}
+
+unsigned NumberOf(const std::string& line) {
+    return static_cast<unsigned>(std::stoul(line.substr(line.find(' '))));
+}
+
+// "OPS/Major/SRV/pump12" ends with the alarm's text; a text without one names no alarm.
+std::string PageOf(const std::string& centre, const std::string& recipient,
+                   const std::string& text) {
+    for (const PagerPlan& plan : kPagerPlans) {
+        if (centre == plan.centre && recipient == plan.recipient) {
+            return plan.has_text ? text.substr(text.rfind('/') + 1) + " " + plan.name : plan.name;
+        }
+    }
+    return "nobody's: " + centre + " " + recipient + " " + text;
+}
+
+void ReadReport(std::istream& report, Story& story) {
+    const nlohmann::json told = nlohmann::json::parse(report);
+    for (const nlohmann::json& page : told["pages"]) {
+        const size_t call = page["call"];
+        story.received.push_back({PageOf(page["centre"], page["recipient"], page["text"]),
+                                  NumberOf(told["calls"].at(call)["line"]), page["at_seconds"]});
+    }
+}
+
+bool HitsLine(const Kill& kill, unsigned line) {
+    return (kill.victims & (1U << line)) != 0;
+}
+
+bool WasWritten(const Story& story, const Received& page, int until) {
+    return std::any_of(story.written.begin(), story.written.end(), [&](const Written& row) {
+        return row.what == page.what && row.line == page.line && row.at >= std::floor(page.at) &&
+               row.at <= until;
+    });
+}
+
+// What a line had handed to a centre when it was killed, and not yet written down. None: null.
+const Received* ForgottenBy(const Story& story, unsigned line, int instant) {
+    const Received* latest = nullptr;
+    for (const Received& page : story.received) {
+        const bool counts =
+            page.line == line && page.at <= instant && page.at > instant - kLongestRewriting;
+        latest = counts ? &page : latest;
+    }
+    return latest != nullptr && !WasWritten(story, *latest, instant) ? latest : nullptr;
+}
+
+bool Forgets(const Story& story, const Kill& kill) {
+    bool forgets = false;
+    for (unsigned line = 1; line < kRoles; ++line) {
+        forgets = forgets || (HitsLine(kill, line) && ForgottenBy(story, line, kill.at) != nullptr);
+    }
+    return forgets;
+}
+
+class Judgement {
+ public:
+    Judgement(Story& story, Verdict& verdict) : story_(story), verdict_(verdict) {}
+
+    void Pass() {
+        for (const auto& [alarm, group] : story_.groups) {
+            for (const Route& route : Routes()) {
+                if (group == route.group) {
+                    OfAlarm(alarm, route);
+                }
+            }
+        }
+        Explain();
+        for (const auto& [what, owed] : owed_) {
+            OfPage(what, owed);
+        }
+        for (const Received& page : story_.received) {
+            Require(owed_.count(page.what) != 0, page.what + " was received, and never owed");
+        }
+    }
+
+ private:
+    void OfAlarm(const std::string& alarm, const Route& route) {
+        const bool acknowledged = story_.acknowledged.count(alarm) != 0;
+        const std::string& state = story_.states[alarm];
+        Require(state == (acknowledged   ? "1"
+                          : state == "4" ? "4"
+                                         : "3"),
+                "alarm " + alarm + " is in state " + state);
+        for (const std::string& pager : route.pagers) {
+            ++verdict_.pages;
+            const PagerPlan& plan = PlanOf(pager);
+            const std::string page = alarm + " " + pager;
+            Owed& owed = owed_[NameOf(story_, alarm, pager)];
+            owed.sends += plan.sends * (1 + story_.moves[page]);
+            owed.acknowledged = owed.acknowledged || acknowledged;
+            if (!acknowledged) {
+                const bool confirms = plan.type[0] == 's';
+                Require(story_.ends[page] == (confirms ? "done" : "given-up"),
+                        "page " + page + " ended as \"" + story_.ends[page] + "\"");
+            }
+        }
+    }
+
+    // Each kill of a line excuses one page, the last that the line had handed to a centre.
+    void Explain() {
+        for (const Kill& kill : story_.kills) {
+            for (unsigned line = 1; line < kRoles; ++line) {
+                const Received* const page =
+                    HitsLine(kill, line) ? ForgottenBy(story_, line, kill.at) : nullptr;
+                if (page != nullptr) {
+                    excuses_[page->what].push_back(
+                        "COM " + std::to_string(line) + " was killed at second " +
+                        std::to_string(kill.at) + ", a centre had accepted it at second " +
+                        std::to_string(static_cast<int>(page->at)) +
+                        ", and its row didn't say so yet");
+                }
+            }
+        }
+    }
+
+    void OfPage(const std::string& what, const Owed& owed) {
+        const auto received = static_cast<int>(
+            std::count_if(story_.received.begin(), story_.received.end(),
+                          [&](const Received& page) { return page.what == what; }));
+        verdict_.received += received;
+        const std::vector<std::string>& excuses = excuses_[what];
+        const int more = received - owed.sends;
+        for (int i = 0; i < std::min(more, static_cast<int>(excuses.size())); ++i) {
+            verdict_.doubles.push_back(what + ": " + excuses[static_cast<size_t>(i)]);
+        }
+        Require(more <= static_cast<int>(excuses.size()),
+                what + " was received " + std::to_string(received) + " times, not " +
+                    std::to_string(owed.sends) + ", and " + std::to_string(excuses.size()) +
+                    " kills explain it");
+        Require(more >= 0 || owed.acknowledged, what + " was received " + std::to_string(received) +
+                                                    " times, not " + std::to_string(owed.sends));
+    }
+
+    void Require(bool holds, const std::string& complaint) {
+        if (!holds) {
+            verdict_.complaints.push_back(complaint);
+        }
+    }
+
+    Story& story_;
+    Verdict& verdict_;
+    std::map<std::string, Owed> owed_;
+    std::map<std::string, std::vector<std::string>> excuses_;
+};
+
+}  // namespace
+
+Verdict Judge(std::istream& ledger, std::istream& report) {
+    Story story;
+    Verdict verdict;
+    ReadLedger(ledger, story);
+    if (!story.ended) {
+        verdict.complaints.emplace_back("the site did not come to its end");
+        return verdict;
+    }
+    ReadReport(report, story);
+    for (Kill& kill : story.kills) {
+        kill.forgets = Forgets(story, kill);
+    }
+    verdict.kills = story.kills;
+    Judgement(story, verdict).Pass();
+    return verdict;
+}
+
+}  // namespace proof::kills

@@ -1,0 +1,35 @@
+// Whether what a world of the kill test tells is what its kills, and the rules, explain: every page
+// arrived, and one that arrived too often did so since its line was killed behind the centre's
+// acceptance, before the page's row said so.
+#ifndef PAGERFWD_TESTS_PROOF_KILL_JUDGE_H
+#define PAGERFWD_TESTS_PROOF_KILL_JUDGE_H
+
+#include <istream>
+#include <string>
+#include <vector>
+
+namespace proof::kills {
+
+struct Kill {
+    int at = 0;  // seconds since the world began; within the second before
+    unsigned role = 0;
+    unsigned kind = 0;
+    unsigned victims = 0;
+    std::string doing;     // what its line did, in a word
+    bool forgets = false;  // a page that a centre had accepted, and whose row doesn't say so
+};
+
+struct Verdict {
+    std::vector<Kill> kills;
+    int pages = 0;                        // that were owed
+    int received = 0;                     // by the centres
+    std::vector<std::string> doubles;     // each with its reason
+    std::vector<std::string> complaints;  // empty: all is as it should be
+};
+
+// ledger: as in kill_scenario.h. report: what the simulation says of calls and pages, as JSON.
+Verdict Judge(std::istream& ledger, std::istream& report);
+
+}  // namespace proof::kills
+
+#endif

@@ -1,0 +1,137 @@
+// Kills processes of a site at armed points (kill_points.h). Preloaded into a node and its lines;
+// any other program that has it goes on undisturbed.
+#include "tests/proof/kill_points.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "tests/proof/file_calls.h"
+
+namespace proof {
+namespace {
+
+constexpr size_t kNoRole = kRoles;
+
+KillPoints* points = nullptr;
+size_t own_role = kNoRole;
+
+// By the command line: "... run ..." and "... serve-line COM 2 ...". What asks a modem is no line.
+size_t FindRole() {
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    const std::string words{std::istreambuf_iterator<char>(file), {}};
+    const auto has = [&](const std::string& word) {
+        return words.find('\0' + word + '\0') != std::string::npos;
+    };
+    if (has("run")) {
+        return kNodeRole;
+    }
+    for (size_t line = 1; line < kRoles; ++line) {
+        if (has("serve-line") && has("COM " + std::to_string(line)) && !has("--ask")) {
+            return line;
+        }
+    }
+    return kNoRole;
+}
+
+// Not by the function of the C library: the simulation looks on at that one.
+void KillProcess(pid_t process) {
+    syscall(SYS_kill, process, SIGKILL);
+}
+
+void KillVictims() {
+    const uint32_t victims = points->victims;
+    ++points->kills;
+    for (size_t role = 0; role < kRoles; ++role) {
+        const bool is_meant = (victims & (1U << role)) != 0;
+        const int32_t process =
+            is_meant && role != own_role ? points->processes[role].exchange(0) : 0;
+        if (process > 0) {
+            KillProcess(process);
+        }
+    }
+    points->processes[own_role] = 0;
+    KillProcess(getpid());
+}
+
+// A child that has yet to become another program is none of them.
+void Pass(PointKind kind) {
+    const bool is_armed = points != nullptr && points->left > 0 && points->role == own_role &&
+                          points->kind == static_cast<uint32_t>(kind) &&
+                          points->processes[own_role] == getpid();
+    if (is_armed && --points->left == 0) {
+        KillVictims();
+    }
+}
+
+void PassFile(FileDeed deed, int /*fd*/) {
+    Pass(deed == FileDeed::kWrite ? PointKind::kStoreWrite : PointKind::kStoreSync);
+}
+
+template <typename Function>
+Function Next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+__attribute__((constructor)) void Begin() {
+    const char* const path = std::getenv(kPointsVariable);
+    own_role = FindRole();
+    if (path == nullptr || own_role == kNoRole) {
+        return;
+    }
+    const int file = open(path, O_RDWR | O_CLOEXEC);
+    void* const shared =
+        mmap(nullptr, sizeof(KillPoints), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    close(file);
+    if (shared == MAP_FAILED) {
+        return;
+    }
+    points = static_cast<KillPoints*>(shared);
+    points->processes[own_role] = getpid();
+    SetFileHooks(PassFile, PassFile);
+}
+
+// So that nobody is taken for it who gets its number.
+__attribute__((destructor)) void End() {
+    int32_t own = getpid();
+    if (points != nullptr) {
+        points->processes[own_role].compare_exchange_strong(own, 0);
+    }
+}
+
+}  // namespace
+}  // namespace proof
+
+using proof::Next;
+using proof::Pass;
+using proof::PointKind;
+
+extern "C" {
+ssize_t write(int file, const void* bytes, size_t size) {
+    static const auto next = Next<ssize_t (*)(int, const void*, size_t)>("write");
+    Pass(PointKind::kOtherWrite);
+    const ssize_t written = next(file, bytes, size);
+    Pass(PointKind::kOtherWrite);
+    return written;
+}
+
+// The way to the simulation's server.
+ssize_t sendmsg(int socket, const msghdr* message, int flags) {
+    static const auto next = Next<ssize_t (*)(int, const msghdr*, int)>("sendmsg");
+    Pass(PointKind::kWorld);
+    const ssize_t sent = next(socket, message, flags);
+    Pass(PointKind::kWorld);
+    return sent;
+}
+}

@@ -1,0 +1,36 @@
+// Points at which a process of a site can be killed, as the program that keeps the site arms them.
+// A file that the processes of the site share: kill_points.cpp is preloaded into them.
+#ifndef PAGERFWD_TESTS_PROOF_KILL_POINTS_H
+#define PAGERFWD_TESTS_PROOF_KILL_POINTS_H
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace proof {
+
+constexpr size_t kNodeRole = 0;  // behind it the lines: COM 1 is 1
+constexpr size_t kRoles = 4;
+
+// What a process is about to do, or has just done. kWorld: it asks the simulation for something:
+// bytes on the line, the device, time that passes.
+enum class PointKind { kStoreWrite, kStoreSync, kOtherWrite, kWorld };
+constexpr size_t kPointKinds = 4;
+
+constexpr const char* kPointsVariable = "PAGERFWD_KILL_POINTS";  // names the file
+
+// Lies in the file as it is.
+struct KillPoints {
+    std::array<std::atomic<int32_t>, kRoles> processes{};  // their numbers; 0: none
+    // Armed while `left` is above 0: the so manyth point of this kind in this role.
+    std::atomic<int32_t> left{0};
+    std::atomic<uint32_t> role{0};
+    std::atomic<uint32_t> kind{0};
+    std::atomic<uint32_t> victims{0};  // a bit for each role
+    std::atomic<int32_t> kills{0};     // so far
+};
+
+}  // namespace proof
+
+#endif

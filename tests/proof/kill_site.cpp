@@ -1,0 +1,375 @@
+// Keeps a site of several lines that is killed again and again, inside a simulated world: raises
+// and acknowledges alarms, starts the node anew when it has died, as a service manager does, and
+// arms the points at which it, a line, both or all are killed.
+//   kill_site make SITE_FILE             writes the site as a file
+//   kill_site keep SEED KILLS PROGRAM LIBRARY POINTS_MODULE
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <new>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/alarms/alarms.h"
+#include "host/pages/history.h"
+#include "host/store/connection.h"
+#include "tests/proof/kill_points.h"
+#include "tests/proof/kill_scenario.h"
+
+namespace proof::kills {
+namespace {
+
+constexpr int kAlarmEvery = 36;      // seconds
+constexpr int kLongestAwaited = 35;  // seconds from the arming of a point to its passing
+constexpr int kDownTime = 3;         // from a node's end to the next
+constexpr int kLastAlarms = 120;     // seconds: until the lines have taken the last of them
+
+// --- The site.
+
+void WriteSite(const char* path) {
+    std::ofstream text(path);
+    text << "encoding = \"latin1\"\n";
+    for (int line = 1; line <= kLines; ++line) {
+        text << "[[port]]\nname = \"COM " << line << "\"\ninit = \"AT&F&D2S12=2\"\n"
+             << "[port.pager]\ndial = \"ATDT\"\nprompt = \">\"\n"
+             << "[port.sms1]\nprotocol = \"TAP\"\ndial = \"ATDT5550101\"\n"
+             << "[port.sms2]\nprotocol = \"UCP\"\ndial = \"ATDT5550102\"\n";
+    }
+    for (const PagerPlan& pager : kPagerPlans) {
+        text << "[[pager]]\ndescription = \"" << pager.name << "\"\n";
+        if (*pager.port != '\0') {
+            text << "port = \"" << pager.port << "\"\n";
+        }
+        text << "type = \"" << pager.type << "\"\nnumber = \"" << pager.number
+             << "\"\nretries = " << pager.retries << "\ndelay = 1\n";
+    }
+    for (const Route& route : Routes()) {
+        text << "[[route]]\ngroups = \"" << route.group << "/*\"\npagers = [";
+        for (const std::string& pager : route.pagers) {
+            text << "\"" << pager << "\", ";
+        }
+        text << "]\n";
+    }
+}
+
+// --- Points.
+
+class Armoury {
+ public:
+    explicit Armoury(unsigned seed) : random_(seed) {
+        const int file = open(kPoints, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        if (file < 0 || ftruncate(file, sizeof(KillPoints)) != 0) {
+            throw std::runtime_error("no file for the points");
+        }
+        void* const shared =
+            mmap(nullptr, sizeof(KillPoints), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        close(file);
+        points_ = new (shared) KillPoints;
+        setenv(kPointsVariable, std::filesystem::absolute(kPoints).c_str(), 1);
+    }
+
+    // In turn: a line, the node, a line and the node, all. By a point of theirs, of any kind.
+    void Arm(int number) {
+        const uint32_t line = 1 + Roll(kLines);
+        const int whom = number % 4;
+        const bool at_node = whom == 1 || (whom > 1 && Roll(3) == 0);
+        constexpr uint32_t kNode = 1U << kNodeRole;
+        constexpr uint32_t kAll = (1U << kRoles) - 1;
+        const std::array<uint32_t, 4> victims = {1U << line, kNode, kNode | (1U << line), kAll};
+        // What there is of each kind in the seconds of a page; a store's files are seldom synced.
+        constexpr std::array<unsigned, kPointKinds> kMost = {8, 2, 6, 90};
+        const unsigned kind =
+            Roll(2) == 0 ? static_cast<unsigned>(PointKind::kWorld) : Roll(kPointKinds);
+        points_->role = at_node ? static_cast<uint32_t>(kNodeRole) : line;
+        points_->kind = kind;
+        points_->victims = victims.at(static_cast<size_t>(whom));
+        points_->left = static_cast<int32_t>(1 + Roll(kMost.at(kind)));
+    }
+    void Disarm() { points_->left = 0; }
+    bool HasKilled() { return std::exchange(seen_, points_->kills) != points_->kills; }
+    const KillPoints& Points() const { return *points_; }
+
+ private:
+    unsigned Roll(unsigned sides) { return static_cast<unsigned>(random_() % sides); }
+
+    std::minstd_rand random_;
+    KillPoints* points_ = nullptr;
+    int seen_ = 0;
+};
+
+// --- The node.
+
+class Node {
+ public:
+    Node(std::string program, std::string library, std::string preloads)
+        : program_(std::move(program)), library_(std::move(library)) {
+        const char* const before = getenv("LD_PRELOAD");
+        preloads_ = kPreloads + std::string(before == nullptr ? "" : before) + ":" + preloads;
+    }
+
+    void Start(bool until_done) {
+        std::vector<std::string> words = {program_,    "--database", kDatabase,
+                                          "--library", library_,     "run"};
+        if (until_done) {
+            words.emplace_back("--until-done");
+        }
+        std::vector<char*> arguments;
+        for (std::string& word : words) {
+            arguments.push_back(word.data());
+        }
+        arguments.push_back(nullptr);
+        std::vector<char*> variables;
+        for (char** each = environ; *each != nullptr; ++each) {
+            if (std::string_view(*each).substr(0, kPreloads.size()) != kPreloads) {
+                variables.push_back(*each);
+            }
+        }
+        variables.push_back(preloads_.data());
+        variables.push_back(nullptr);
+        if (posix_spawn(&process_, program_.c_str(), nullptr, nullptr, arguments.data(),
+                        variables.data()) != 0) {
+            throw std::runtime_error("can't be started: " + program_);
+        }
+    }
+    bool IsUp() const { return process_ > 0; }
+    void AskToEnd() const { kill(process_, SIGTERM); }
+    // Whether it has ended since.
+    bool HasEnded(int& status) {
+        if (process_ <= 0 || waitpid(process_, &status, WNOHANG) != process_) {
+            return false;
+        }
+        process_ = -1;
+        return true;
+    }
+
+ private:
+    static inline const std::string kPreloads = "LD_PRELOAD=";
+
+    const std::string program_, library_;
+    std::string preloads_;
+    pid_t process_ = -1;
+};
+
+// --- The one who keeps it.
+
+class Keeper {
+ public:
+    Keeper(unsigned seed, int kills, Node& node)
+        : random_(seed), kills_(kills), node_(node), armoury_(seed) {}
+
+    void Keep() {
+        const int end_of_kills = kBetweenKills * (kills_ + 1);
+        node_.Start(false);
+        while (Now() < end_of_kills) {
+            Second(false);
+            RaiseAlarms();
+            Kill();
+        }
+        armoury_.Disarm();
+        Wait(kLastAlarms);
+        node_.AskToEnd();
+        Finish();
+        WriteEnd();
+    }
+
+ private:
+    static int Now() { return static_cast<int>(std::time(nullptr) - kStart); }
+    unsigned Roll(unsigned sides) { return static_cast<unsigned>(random_() % sides); }
+
+    void Second(bool until_done) {
+        sleep(1);
+        NoteKills();
+        LookAtLines();
+        int status = 0;
+        if (node_.HasEnded(status)) {
+            ledger_ << "node " << std::time(nullptr) << " " << status << std::endl;
+            down_until_ = Now() + kDownTime;
+        }
+        if (!node_.IsUp() && Now() >= down_until_) {
+            node_.Start(until_done);
+        }
+    }
+
+    void Wait(int seconds) {
+        for (const int end = Now() + seconds; Now() < end;) {
+            Second(false);
+            Acknowledge();
+        }
+    }
+
+    // The last life, which ends by itself.
+    void Finish() {
+        int status = 0;
+        while (!node_.HasEnded(status)) {
+            sleep(1);
+        }
+        node_.Start(true);
+        while (!node_.HasEnded(status)) {
+            sleep(1);
+        }
+        ledger_ << "node " << std::time(nullptr) << " " << status << std::endl;
+    }
+
+    void Kill() {
+        const bool is_due = Now() >= kBetweenKills * (armed_ + 1) + static_cast<int>(delay_);
+        if (armed_ < kills_ && is_due) {
+            armoury_.Arm(armed_++);
+            delay_ = Roll(25);
+            armed_at_ = Now();
+            waiting_ = true;
+        } else if (waiting_ && Now() > armed_at_ + kLongestAwaited) {
+            armoury_.Disarm();
+            ledger_ << "missed" << std::endl;
+            waiting_ = false;
+        }
+    }
+
+    void NoteKills() {
+        if (armoury_.HasKilled()) {
+            const KillPoints& points = armoury_.Points();
+            waiting_ = false;
+            uint32_t line = 1;
+            while (line < kRoles - 1 && (points.victims & (1U << line)) == 0) {
+                ++line;
+            }
+            ledger_ << "killed " << std::time(nullptr) << " " << points.role << " " << points.kind
+                    << " " << points.victims << " "
+                    << (points.victims == 1U << kNodeRole ? "-" : doing_.at(line)) << std::endl;
+        }
+    }
+
+    // What each says that it does, in a word: what it did when it was killed within a second.
+    void LookAtLines() {
+        host::Connection connection(kDatabase);
+        host::Statement lines(connection, "SELECT line, doing FROM Host_Lines");
+        while (lines.Step()) {
+            std::string doing(lines.Text(1));
+            doing = doing.substr(doing.find(": ") == std::string::npos ? 0 : doing.find(": ") + 2);
+            std::replace(doing.begin(), doing.end(), ' ', '-');
+            doing_.at(static_cast<size_t>(lines.Text(0).back() - '0')) =
+                doing.empty() ? "-" : doing;
+        }
+    }
+
+    void RaiseAlarms() {
+        if (Now() < next_alarm_) {
+            Acknowledge();
+            return;
+        }
+        next_alarm_ += kAlarmEvery / 2 + static_cast<int>(Roll(kAlarmEvery));
+        const std::string text = "pump" + std::to_string(++alarms_);
+        const std::string group = Routes()[Roll(static_cast<unsigned>(Routes().size()))].group;
+        host::Connection connection(kDatabase);
+        const int32_t alarm =
+            host::RaiseAlarm(connection, {group + "/1", "2", "SRV", text}, std::time(nullptr));
+        ledger_ << "raised " << alarm << " " << text << " " << group << std::endl;
+        if (Roll(8) == 0) {
+            acknowledgements_.emplace_back(Now() + 5 + static_cast<int>(Roll(90)), alarm);
+        }
+    }
+
+    void Acknowledge() {
+        const auto due = std::find_if(acknowledgements_.begin(), acknowledgements_.end(),
+                                      [](const auto& each) { return each.first <= Now(); });
+        if (due == acknowledgements_.end()) {
+            return;
+        }
+        host::Connection connection(kDatabase);
+        host::AcknowledgeAlarm(connection, due->second, std::time(nullptr));
+        ledger_ << "acknowledged " << due->second << " " << std::time(nullptr) << std::endl;
+        acknowledgements_.erase(due);
+    }
+
+    static const char* WordFor(host::PageEnd end) {
+        switch (end) {
+            case host::PageEnd::kPending:
+                return "pending";
+            case host::PageEnd::kDone:
+                return "done";
+            case host::PageEnd::kOffLimit:
+                return "given-up";
+            case host::PageEnd::kAcknowledged:
+                return "acknowledged";
+            case host::PageEnd::kDropped:
+            case host::PageEnd::kByHand:
+                return "dropped";
+        }
+        return "";
+    }
+
+    void WriteEnd() {
+        constexpr int64_t kAll = 100000;
+        host::Connection connection(kDatabase);
+        for (const auto& list :
+             {host::PendingPages(connection), host::EndedPages(connection, kAll)}) {
+            for (const host::PageStory& page : list) {
+                host::Statement moves(connection,
+                                      "SELECT count(*) FROM Host_History WHERE change = 'moved'"
+                                      " AND alarm = ? AND pager = ?");
+                moves.Bind(page.alarm).Bind(page.pager).Step();
+                ledger_ << "page " << page.alarm << " " << page.pager << " " << WordFor(page.end)
+                        << " " << moves.Number(0) << "\n";
+            }
+        }
+        host::Statement written(
+            connection,
+            "SELECT alarm, pager, line, at FROM (SELECT *, lag(tries, 1, '0') OVER"
+            " (PARTITION BY alarm, pager ORDER BY row_id) AS before FROM Host_History"
+            " WHERE change = 'written') WHERE tries <> before OR state <> '2'");
+        while (written.Step()) {
+            ledger_ << "written " << written.Text(0) << " " << written.Text(1) << " "
+                    << written.Text(2) << " " << written.Number(3) << "\n";
+        }
+        host::Statement alarms(connection, "SELECT alarmlogID, pagerstate FROM AlarmLog");
+        while (alarms.Step()) {
+            ledger_ << "alarm " << alarms.Text(0) << " " << alarms.Text(1) << "\n";
+        }
+        ledger_ << "end" << std::endl;
+    }
+
+    std::minstd_rand random_;
+    const int kills_;
+    Node& node_;
+    Armoury armoury_;
+    std::ofstream ledger_{kLedger};
+    std::array<std::string, kRoles> doing_{{"-", "-", "-", "-"}};
+    std::vector<std::pair<int, int32_t>> acknowledgements_;  // when, of which alarm
+    int next_alarm_ = 5;
+    int alarms_ = 0;
+    int armed_ = 0;
+    int armed_at_ = 0;
+    unsigned delay_ = 0;
+    bool waiting_ = false;
+    int down_until_ = 0;
+};
+
+}  // namespace
+}  // namespace proof::kills
+
+int main(int argc, char** argv) {
+    using namespace proof::kills;
+    const std::string word = argc > 1 ? argv[1] : "";
+    if (word == "make" && argc == 3) {
+        WriteSite(argv[2]);
+        return 0;
+    }
+    if (word == "keep" && argc == 7) {
+        Node node(argv[4], argv[5], argv[6]);
+        Keeper(static_cast<unsigned>(std::atoi(argv[2])), std::atoi(argv[3]), node).Keep();
+        return 0;
+    }
+    std::cerr << "kill_site make SITE_FILE | kill_site keep SEED KILLS PROGRAM LIBRARY MODULE\n";
+    return 2;
+}

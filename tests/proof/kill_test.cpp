@@ -1,0 +1,253 @@
+// The kill test: simulated worlds, each with a site of three lines that is killed (SIGKILL) again
+// and again, at points that a seed decides: the node, a line, both, or all. Each world is judged by
+// its ledger and by what the centres received.
+//   kill_test BINARIES LIBRARIES KILLS [FOLDER]   FOLDER keeps what is left of worlds that fail
+// Prints how many kills there were of each kind. Fails when a world does, or there are too few.
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "tests/proof/kill_judge.h"
+#include "tests/proof/kill_points.h"
+#include "tests/proof/kill_scenario.h"
+#include "tests/support/temp_dir.h"
+
+namespace proof::kills {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kKillsAWorld = 25;
+constexpr int kPlannedInTen = 13;  // for ten kills: some points are not come to
+constexpr int kLeastShare = 50;    // one kill in so many, of each victim, kind and moment
+constexpr int kMostComplaints = 20;
+
+constexpr const char* kExchange = R"([[line]]
+port = "COM 1"
+[[line]]
+port = "COM 2"
+[[line]]
+port = "COM 3"
+[[centre]]
+name = "tap"
+protocol = "tap"
+numbers = ["5550101"]
+[[centre]]
+name = "ucp"
+protocol = "ucp"
+numbers = ["5550102"]
+[[centre]]
+name = "plain"
+protocol = "plain"
+numbers = ["5550100"]
+)";
+
+struct Programs {
+    std::string binaries, libraries;
+
+    std::string Binary(const char* name) const { return binaries + "/" + name; }
+    std::string Library(const char* name) const { return libraries + "/lib" + name + ".so"; }
+};
+
+// In a folder, where its output goes to "log". Whose end WaitFor awaits.
+pid_t Start(const std::vector<std::string>& words, const fs::path& folder) {
+    const pid_t child = fork();
+    if (child != 0) {
+        return child;
+    }
+    fs::current_path(folder);
+    setenv("PAGERFWD_LOCKS", folder.c_str(), 1);
+    setenv("TZ", "UTC", 1);
+    const int log = open("log", O_WRONLY | O_CREAT | O_APPEND, 0644);
+    dup2(log, STDOUT_FILENO);
+    dup2(log, STDERR_FILENO);
+    std::vector<char*> arguments;
+    for (const std::string& word : words) {
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    }
+    arguments.push_back(nullptr);
+    execv(arguments[0], arguments.data());
+    _exit(127);
+}
+
+void Run(const std::vector<std::string>& words, const fs::path& folder) {
+    int status = 0;
+    waitpid(Start(words, folder), &status, 0);
+    if (status != 0) {
+        throw std::runtime_error(words[0] + " ended with " + std::to_string(status));
+    }
+}
+
+void MakeTemplate(const Programs& programs, const fs::path& folder) {
+    const std::string pagerfwd = programs.Binary("pagerfwd");
+    Run({programs.Binary("kill_site"), "make", "site.toml"}, folder);
+    Run({pagerfwd, "--database", kDatabase, "init"}, folder);
+    Run({pagerfwd, "--database", kDatabase, "import", "site.toml"}, folder);
+}
+
+pid_t StartWorld(const Programs& programs, const fs::path& folder, int seed) {
+    fs::create_directory(folder);
+    fs::copy_file(fs::path(kDatabase), folder / kDatabase);
+    std::ofstream(folder / "exchange.toml") << kExchange;
+    return Start({programs.Binary("pagersim"), "--quiet", "--exchange", "exchange.toml", "--report",
+                  kReport, "--", programs.Binary("kill_site"), "keep", std::to_string(seed),
+                  std::to_string(kKillsAWorld), programs.Binary("pagerfwd"),
+                  programs.Library("PagerFwd"), programs.Library("kill_points")},
+                 folder);
+}
+
+class Tally {
+ public:
+    Tally(int wanted, fs::path kept) : wanted_(wanted), kept_(std::move(kept)) {}
+
+    void Count(int seed, const fs::path& folder, int status) {
+        std::ifstream ledger(folder / kLedger);
+        std::ifstream report(folder / kReport);
+        Verdict verdict = Judge(ledger, report);
+        if (status != 0) {
+            verdict.complaints.push_back("the world ended with " + std::to_string(status));
+        }
+        for (const Kill& kill : verdict.kills) {
+            ++kills_;
+            ++by_[WordOfVictims(kill.victims)];
+            ++by_[kWordsOfKinds.at(kill.kind)];
+            by_[kForgetting] += kill.forgets ? 1 : 0;
+            ++doings_[kill.doing];
+        }
+        pages_ += verdict.pages;
+        doubles_ += static_cast<int>(verdict.doubles.size());
+        failed_ += verdict.complaints.empty() ? 0 : 1;
+        for (const std::string& each : verdict.doubles) {
+            std::cout << "world " << seed << ": " << each << "\n";
+        }
+        for (const std::string& complaint : verdict.complaints) {
+            if (++complaints_ <= kMostComplaints) {
+                std::cerr << "world " << seed << ": " << complaint << "\n";
+            }
+        }
+        if (!verdict.complaints.empty() && !kept_.empty()) {
+            fs::copy(folder, kept_ / ("world-" + std::to_string(seed)),
+                     fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+        }
+    }
+
+    bool Report() const {
+        bool enough = kills_ >= wanted_;
+        std::cout << kills_ << " kills over " << kLines << " lines:\n";
+        for (const std::string& word : Words()) {
+            const auto found = by_.find(word);
+            const int count = found == by_.end() ? 0 : found->second;
+            const bool few = count < wanted_ / kLeastShare;
+            enough = enough && !few;
+            std::cout << "  " << word << ": " << count << (few ? "  too few" : "") << "\n";
+        }
+        std::cout << "  lines that were:";
+        for (const auto& [doing, count] : doings_) {
+            std::cout << " " << doing << " " << count;
+        }
+        std::cout << "\n"
+                  << pages_ << " pages; "
+                  << (failed_ == 0 ? "none lost, " + std::to_string(doubles_) +
+                                         " sent once more, each by a kill of its line"
+                                   : std::to_string(failed_) + " worlds failed")
+                  << std::endl;
+        return enough && failed_ == 0;
+    }
+
+ private:
+    static constexpr std::array<const char*, 4> kWordsOfVictims = {"the node", "a line",
+                                                                   "a line and the node", "all"};
+    static constexpr std::array<const char*, kPointKinds> kWordsOfKinds = {
+        "at a write of the store", "at a sync of the store", "at another write",
+        "at a byte or a wait"};
+    static constexpr const char* kForgetting =
+        "when a page was accepted, and its row not rewritten";
+
+    static const char* WordOfVictims(unsigned victims) {
+        constexpr unsigned kNode = 1U << kNodeRole;
+        constexpr unsigned kAll = (1U << kRoles) - 1;
+        const bool node = (victims & kNode) != 0;
+        return kWordsOfVictims[victims == kAll ? 3 : victims == kNode ? 0 : node ? 2 : 1];
+    }
+    static std::vector<std::string> Words() {
+        std::vector<std::string> words(kWordsOfVictims.begin(), kWordsOfVictims.end());
+        words.insert(words.end(), kWordsOfKinds.begin(), kWordsOfKinds.end());
+        words.emplace_back(kForgetting);
+        return words;
+    }
+
+    const int wanted_;
+    const fs::path kept_;
+    std::map<std::string, int> by_;
+    std::map<std::string, int> doings_;
+    int kills_ = 0;
+    int pages_ = 0;
+    int doubles_ = 0;
+    int failed_ = 0;
+    int complaints_ = 0;
+};
+
+// As many worlds at once as there are processors.
+void RunWorlds(const Programs& programs, int worlds, Tally& tally) {
+    const fs::path here = fs::current_path();
+    std::map<pid_t, int> running;
+    const unsigned most = std::max(1U, std::thread::hardware_concurrency());
+    const auto folder_of = [&](int seed) { return here / ("world-" + std::to_string(seed)); };
+    for (int next = 1; next <= worlds || !running.empty();) {
+        while (next <= worlds && running.size() < most) {
+            running[StartWorld(programs, folder_of(next), next)] = next;
+            ++next;
+        }
+        int status = 0;
+        const auto ended = running.find(wait(&status));
+        if (ended != running.end()) {
+            tally.Count(ended->second, folder_of(ended->second), status);
+            fs::remove_all(folder_of(ended->second));
+            running.erase(ended);
+        }
+    }
+}
+
+bool RunTest(const Programs& programs, int kills, const fs::path& kept) {
+    if (fs::exists("/dev/shm")) {
+        setenv("TMPDIR", "/dev/shm", 0);
+    }
+    const test_support::TempDir folder;
+    MakeTemplate(programs, folder.Path());
+    Tally tally(kills, kept);
+    RunWorlds(programs, (kills * kPlannedInTen / 10 + kKillsAWorld - 1) / kKillsAWorld, tally);
+    return tally.Report();
+}
+
+}  // namespace
+}  // namespace proof::kills
+
+int main(int argc, char** argv) {
+    if (argc < 4) {
+        std::cerr << "kill_test BINARIES LIBRARIES KILLS [FOLDER]\n";
+        return 2;
+    }
+    try {
+        const std::filesystem::path kept = argc > 4 ? std::filesystem::absolute(argv[4]) : "";
+        return proof::kills::RunTest(
+                   {std::filesystem::absolute(argv[1]), std::filesystem::absolute(argv[2])},
+                   std::atoi(argv[3]), kept)
+                   ? 0
+                   : 1;
+    } catch (const std::exception& fault) {
+        std::cerr << "kill_test: " << fault.what() << "\n";
+        return 1;
+    }
+}
