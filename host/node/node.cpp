@@ -14,7 +14,6 @@
 #include "host/store/large_cells.h"
 #include "host/store/pending.h"
 #include "host/store/schema.h"
-#include "host/text_helpers.h"
 
 namespace host {
 namespace {
@@ -65,7 +64,6 @@ Node::Node(NodeOptions options, OperatorLog& log)
       alerts_(options_.database, encoding_, log_) {
     ends_.SetListener(
         [this](const PageStory& page) { alerts_.PageEnded(page, std::time(nullptr)); });
-    UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
 Node::End Node::Run(StopSignal& stop) {

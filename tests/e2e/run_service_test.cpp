@@ -165,6 +165,19 @@ TEST_F(RunService, TriesAgainEverySecondWhatTheDatabaseRefusedAndSaysItOnce) {
     EXPECT_EQ(std::string::npos, run.err.find("not now; trying again", first + 1));
 }
 
+// Its second byte is that of a backslash: the display shows one question mark for the two.
+TEST_F(RunService, CountsTwoByteCharactersWhereTheSiteIsShiftJis) {
+    MakeSite("pagerfwd.db", "encoding = \"shift_jis\"\n" + std::string(kSite) +
+                                "[[route]]\ngroups = \"OSAKA/*\"\npagers = [\"osaka\"]\n");
+    {
+        host::Connection connection("pagerfwd.db");
+        RaiseAlarm(connection, {"OSAKA/1", "1", "\x95\x5C", "x"}, kNow);
+    }
+    RunUntilDone();
+    std::ifstream file("report.json");
+    EXPECT_EQ("1/?", nlohmann::json::parse(file)["pages"][0]["text"]);
+}
+
 // --- A call that is itself the page.
 
 class RunDialled : public RunService {

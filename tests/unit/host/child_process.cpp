@@ -8,10 +8,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+#include "tests/support/planted.h"
 
 namespace {
 
@@ -24,19 +25,9 @@ std::vector<char*> Arguments(std::vector<std::string>& command) {
     return arguments;
 }
 
-// scripts/mutate puts a program with a mistake in the place of the one that was built.
-std::string InPlaceOf(const std::string& program) {
-    const char* const planted = std::getenv("PAGERFWD_PLANTED");
-    if (planted == nullptr) {
-        return program;
-    }
-    std::string other = planted + program.substr(std::min(program.rfind('/'), program.size()));
-    return access(other.c_str(), X_OK) == 0 ? other : program;
-}
-
 pid_t Spawn(std::vector<std::string> command, const posix_spawn_file_actions_t& actions) {
     pid_t process = -1;
-    command[0] = InPlaceOf(command[0]);
+    std::transform(command.begin(), command.end(), command.begin(), test_support::WithPlanted);
     if (posix_spawn(&process, command[0].c_str(), &actions, nullptr, Arguments(command).data(),
                     environ) != 0) {
         throw std::runtime_error("can't be started: " + command[0]);

@@ -137,7 +137,9 @@ TEST_F(CliPage, ThatIsNotPendingIsRefused) {
         run.err);
     EXPECT_EQ(2, Run({"page", "cancel", "7", "duty"}).exit_code);
     EXPECT_EQ(2, Run({"page", "cancel", "7", "duty", "--why", " "}).exit_code);
-    EXPECT_EQ(2, Run({"page", "move", "7", "duty", "--line", ""}).exit_code);
+    const ProgramRun nowhere = Run({"page", "move", "7", "duty", "--line", ""});
+    EXPECT_EQ(2, nowhere.exit_code);
+    EXPECT_THAT(nowhere.err, HasSubstr("--line: a line has a name\n"));
     EXPECT_EQ(2, Run({"page"}).exit_code);
     EXPECT_EQ(2U, List().size());
 }

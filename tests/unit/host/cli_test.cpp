@@ -1,6 +1,7 @@
 // The command line as a whole: the built program, with a library that only shows how it is called.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -432,6 +433,35 @@ TEST_F(Cli, SendsNoEscapesToTheTerminal) {
     MakeSite();
     const ProgramRun run = Run({"test", "\x1b[2Jnobody"});
     EXPECT_THAT(run.err, AllOf(HasSubstr("\\x1b[2Jnobody"), Not(HasSubstr("\x1b"))));
+}
+
+TEST_F(Cli, LeavesATestPageToARunningEngine) {
+    MakeSite();
+    ChildProcess engine({STORE_PROCESS, "site.db", "engine"});
+    ASSERT_EQ("taken", engine.ReadLine());
+    ChildProcess test({PAGERFWD_PROGRAM, "--database", "site.db", "test", "duty"});
+    EXPECT_EQ("test page to \"duty\", number 0, by the running engine ...", test.ReadLine());
+    {
+        host::Connection engine_does("site.db");
+        while (!host::Statement(engine_does, "SELECT 1 FROM Host_TestPages").Step()) {
+            usleep(1000);
+        }
+        engine_does.Execute("UPDATE Host_TestPages SET answer = 7");
+    }
+    EXPECT_EQ("not sent", test.ReadLine());
+    EXPECT_EQ(7, test.Finish());
+}
+
+// --- run.
+
+TEST_F(Cli, GivesEachLineItsPriorityOnlyUnderAJournal) {
+    ASSERT_EQ(0, Run({"init"}).exit_code);  // without a port, and so without a device
+    EXPECT_THAT(Run({"run", "--until-done"}).err, Not(HasSubstr("<6>")));
+    setenv("JOURNAL_STREAM", "8:1", 1);
+    const ProgramRun run = Run({"run", "--until-done"});
+    unsetenv("JOURNAL_STREAM");
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("<6>serving site.db\n"));
 }
 
 // --- in-hours.

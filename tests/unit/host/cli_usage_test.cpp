@@ -42,6 +42,9 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{
             {"--database", "x.db", "stauts", "--json"},
             "there is no command \"stauts\"; did you mean status?\nTo see what there is: pagerfwd"},
+        UsageCase{
+            {"tset"},
+            "there is no command \"tset\"; did you mean test?\nTo see what there is: pagerfwd"},
         UsageCase{{"frobnicate"},
                   "there is no command \"frobnicate\"\nTo see what there is: pagerfwd"},
         UsageCase{{"name"}, "there is no command \"name\"\nTo see what there is: pagerfwd"},

@@ -46,6 +46,15 @@ TEST_F(StoreConnection, MakesNoDatabaseByOpeningOne) {
     EXPECT_FALSE(std::filesystem::exists("none.db"));
 }
 
+TEST_F(StoreConnection, SaysWhyADatabaseCanNotBeMade) {
+    try {
+        const Connection connection("none/site.db", Connection::Mode::kCreate);
+        FAIL();
+    } catch (const StoreError& reason) {
+        EXPECT_STREQ("none/site.db: can't be made: No such file or directory", reason.what());
+    }
+}
+
 TEST_F(StoreConnection, NamesAFileThatIsNoDatabase) {
     WriteFile("letter.txt", std::string(4096, 'x'));
     EXPECT_EQ("letter.txt: file is not a database", WhyNotOpened("letter.txt"));

@@ -78,6 +78,26 @@ TEST_F(Explanations, TapPageIsKnockLogOnBlockLogOff) {
     EXPECT_THAT(page.notes, IsEmpty());
 }
 
+TEST_F(Explanations, EachFieldSaysWhatItIs) {
+    const auto meanings = [](const host::ExplainedStep& step) {
+        std::string all;
+        for (const host::ExplainedPiece& piece : step.pieces) {
+            all += piece.meaning + "|";
+        }
+        return all;
+    };
+    EXPECT_EQ(
+        "start|pager number|end of the field|text|end of the field|end of the block's text|"
+        "checksum: the low seven bits of all bytes so far, added up|end|",
+        meanings(Explain(4, "123").steps[3]));
+    EXPECT_EQ(
+        "start|transaction number|characters between start and end|operation 51, submit short "
+        "message|recipient|originator|sixteen empty fields|message type: alphanumeric|number of "
+        "bits: empty|text, the low seven bits of each character in hexadecimal|twelve empty fields|"
+        "checksum: all characters behind the start, added up|end|",
+        meanings(Explain(5, "123").steps[1]));
+}
+
 TEST_F(Explanations, UcpFrameIsCutAtItsFields) {
     const host::Explanation page = Explain(5, "0123", "");
     ASSERT_EQ(2U, page.steps.size());

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/store/pending.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/service_test.h"
 
@@ -49,6 +50,20 @@ class TwoLines : public ServiceTest {
                pager + "\"";
     }
 };
+
+TEST_F(TwoLines, HavePagesWhereTheLibraryStillOwesSome) {
+    Execute(
+        "INSERT INTO AlarmLog (alarmlogID, pagerstate) VALUES ('7', '2'), ('8', '2');"
+        "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, PagerDescr, PagerState, line)"
+        " VALUES ('7', 'any', '2', 'north'), ('8', 'anna', '2', 'north'),"
+        " ('7', 'bert', '4', 'south')");
+    EXPECT_TRUE(HasPagesOf(connection, "north"));
+    EXPECT_FALSE(HasPagesOf(connection, "south")) << "it has ended";
+    Execute("UPDATE AlarmLog SET pagerstate = '1' WHERE alarmlogID = '7'");
+    EXPECT_TRUE(HasPagesOf(connection, "north"));
+    Execute("DELETE FROM AlarmFwd_PagerSetting WHERE description = 'anna'");
+    EXPECT_FALSE(HasPagesOf(connection, "north"));
+}
 
 // --- Ports and pagers.
 

@@ -13,6 +13,7 @@
 namespace host {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -247,6 +248,7 @@ TEST_F(TableAccess, AnswersEveryCallWithoutItsTexts) {
               DBAsciiAccessAddElement(alarms.handle, "AlarmLog", "server", 'x', &nothing, &list));
     EXPECT_EQ(nullptr, list);
     EXPECT_EQ(6U, faults.size());
+    EXPECT_THAT(faults, Contains("writing AlarmLog: a value is missing"));
 }
 
 TEST_F(TableAccess, ReportsAKeyColumnThatDoesNotExist) {

@@ -352,7 +352,8 @@ TEST_F(TraceCommand, SaysWhyItCanNotRead) {
     EXPECT_EQ(2, Run({"--since", "noon"}).exit_code);
     EXPECT_THAT(Run({"--since", "noon"}).err, HasSubstr("write it as 2001-01-08"));
     EXPECT_EQ(2, Run({"--encoding", "utf8"}).exit_code);
-    EXPECT_THAT(Run({"--encoding", "shift_jis", "--pager", "\xC3\xBC"}).err, HasSubstr("U+00FC"));
+    EXPECT_THAT(Run({"--encoding", "shift_jis", "--pager", "\xC3\xBC"}).err,
+                HasSubstr("no pager of a site in this encoding has a name with '\u00FC' (U+00FC)"));
 }
 
 TEST_F(TraceCommand, ReadsStandardInput) {

@@ -41,6 +41,7 @@ const std::string kForged =
 TEST(TraceFile, EntryHasOneTimeAtTheBeginningOfALine) {
     EXPECT_EQ("10: 0: 7\tWaitString [modemsay=\n10: 0: 7 Message transfered!\n10: 0: 7 x] L:%d\n",
               WriteEntry(kForged));
+    EXPECT_EQ("10: 0: 7\tx\n\n10: 0: 7 x\n", WriteEntry("10: 0: 7\tx\n\n10: 0: 7\tx\n"));
     EXPECT_EQ("10: 0: 7\t\n 9:59:59 \n", WriteEntry("10: 0: 7\t\n 9:59:59\t\n"));
 }
 

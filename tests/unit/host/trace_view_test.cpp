@@ -53,6 +53,15 @@ TEST(PageText, IsADialogue) {
         PageText(Encoding::kLatin1, Colours(false)).Dialogue(BusyPage()));
 }
 
+TEST(PageText, TellsOfAWaitThatLastedASecond) {
+    TracedPage page = BusyPage();
+    page.turns = {{Turn::Kind::kWaited, PagePhase::kDial, 3, 3, "OK", true, 120000},
+                  {Turn::Kind::kWaited, PagePhase::kDial, 3, 4, "CONNECT", true, 120000}};
+    EXPECT_THAT(
+        PageText(Encoding::kLatin1, Colours(false)).Dialogue(page),
+        AllOf(HasSubstr("     0:04    waited 1 s for CONNECT\n"), Not(HasSubstr("for OK"))));
+}
+
 TEST(PageText, IsColouredOnlyWhenAsked) {
     const TracedPage page = BusyPage();
     EXPECT_THAT(PageText(Encoding::kLatin1, Colours(true)).Dialogue(page),
@@ -147,6 +156,19 @@ TEST(PageFilter, TakesWhatFitsAllItAsksFor) {
     other = filter;
     other.until = *filter.until - 1;
     EXPECT_FALSE(other.Takes(page));
+}
+
+TEST(PageFilter, TakesNotAllWhereItAsksForAnything) {
+    const auto takes_all = [](auto ask) {
+        PageFilter filter;
+        ask(filter);
+        return filter.TakesAll();
+    };
+    EXPECT_FALSE(takes_all([](PageFilter& filter) { filter.pager = "duty"; }));
+    EXPECT_FALSE(takes_all([](PageFilter& filter) { filter.failed = true; }));
+    EXPECT_FALSE(takes_all([](PageFilter& filter) { filter.number = 1; }));
+    EXPECT_FALSE(takes_all([](PageFilter& filter) { filter.since = 1; }));
+    EXPECT_FALSE(takes_all([](PageFilter& filter) { filter.until = 1; }));
 }
 
 TEST(PageFilter, KnowsWhatFailed) {

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/planted.h"
+
 namespace pagersim {
 
 using Words = std::vector<std::string>;
@@ -97,7 +99,7 @@ class PagersimTest : public ::testing::Test {
         }
         arguments.push_back(nullptr);
         if (chdir(folder_.c_str()) == 0) {
-            execv(PAGERSIM, arguments.data());
+            execv(test_support::WithPlanted(PAGERSIM).c_str(), arguments.data());
         }
         _exit(99);
     }
