@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/cli/program.h"
+#include "host/library/library.h"
 #include "host/node/node.h"
 #include "host/process/database_locks.h"
 #include "host/process/fault_log.h"
@@ -56,6 +57,7 @@ NodeOptions OptionsFor(const Program& program, const RunOptions& options) {
 }
 
 ExitCode RunNode(const Program& program, const RunOptions& options) {
+    RequireLibraryFile(program.library);  // or every line would say so, again and again
     OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
     const FaultLog faults(log);
     StopSignal stop;

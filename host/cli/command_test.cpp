@@ -38,7 +38,7 @@ std::optional<SiteLine> LineFor(Connection& connection, const PagerRow& pager,
     const std::string& name = asked.empty() ? pager.port : asked;
     for (SiteLine& line : SiteLines(connection)) {
         if (name.empty() ? line.CanDialFor(pager.type) : line.name == name) {
-            return std::move(line);
+            return std::optional<SiteLine>(std::move(line));
         }
     }
     return std::nullopt;

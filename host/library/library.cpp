@@ -2,7 +2,10 @@
 #include "host/library/library.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -27,17 +30,6 @@ std::string ProgramFolder() {
 std::string LastError() {
     const char* error = dlerror();
     return error == nullptr ? "unknown reason" : error;
-}
-
-// All names are resolved at once, so that a function this program lacks shows now and not in the
-// middle of a page.
-void* Load(const std::string& path) {
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    if (library == nullptr) {
-        throw LibraryError("the library can't be loaded: " + LastError() +
-                           "; name it with --library FILE");
-    }
-    return library;
 }
 
 // In this order, when the program lies in `folder`.
@@ -66,6 +58,24 @@ std::string FirstThere(const std::vector<std::string>& candidates) {
     return candidates.back();
 }
 
+std::string FileOf(const std::string& path) {
+    return path.empty() ? FirstThere(LibraryCandidates(ProgramFolder())) : Named(path);
+}
+
+[[noreturn]] void CannotBeLoaded(const std::string& why) {
+    throw LibraryError("the library can't be loaded: " + why + "; name it with --library FILE");
+}
+
+// All names are resolved at once, so that a function this program lacks shows now and not in the
+// middle of a page.
+void* Load(const std::string& file) {
+    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (library == nullptr) {
+        CannotBeLoaded(LastError());
+    }
+    return library;
+}
+
 template <typename Function>
 void Resolve(void* library, const char* name, Function& function) {
     void* const found = dlsym(library, name);
@@ -78,13 +88,19 @@ void Resolve(void* library, const char* name, Function& function) {
 }  // namespace
 
 Library::Library(const std::string& path) {
-    void* const library =
-        Load(path.empty() ? FirstThere(LibraryCandidates(ProgramFolder())) : Named(path));
+    void* const library = Load(FileOf(path));
     Resolve(library, "AlarmFwdPager", AlarmFwdPager);
     Resolve(library, "StartAlarmFwdPager", StartAlarmFwdPager);
     Resolve(library, "StopAlarmFwdPager", StopAlarmFwdPager);
     Resolve(library, "TestPager", TestPager);
     Resolve(library, "NXIsInTimeModel", NXIsInTimeModel);
+}
+
+void RequireLibraryFile(const std::string& path) {
+    const std::string file = FileOf(path);
+    if (access(file.c_str(), R_OK) != 0) {
+        CannotBeLoaded(file + ": " + std::strerror(errno));
+    }
 }
 
 }  // namespace host

@@ -31,6 +31,10 @@ class Library {
     decltype(&::NXIsInTimeModel) NXIsInTimeModel = nullptr;
 };
 
+// For a process that leaves the loading to others: throws LibraryError where the file that Library
+// would load isn't there, or can't be read.
+void RequireLibraryFile(const std::string& path);
+
 }  // namespace host
 
 #endif

@@ -52,6 +52,7 @@ LineExit Serve(const ServeLineOptions& options, OperatorLog& log) {
     const SiteLine line = FindLine(options.database, options.line);
     const LockFile device = TakeDevice({options.database, options.locks}, line, "run");
     if (options.ask) {
+        const Library needed(options.library);  // without it the line is as sick as without a modem
         return AskModem(line.device, options.dial_tone);
     }
     SetOwnDevice(line.device);

@@ -86,7 +86,7 @@ class ServedLine {
     bool paused_ = false;
     bool held_ = false;
     bool leaving_ = false;
-    bool there_ = true;       // the device
+    bool there_ = true;      // the device
     std::time_t since_ = 0;  // when the process was started, or asked to end
     std::time_t alive_ = 0;  // when it last made progress
     long long traced_ = 0;   // bytes of its trace then

@@ -22,7 +22,7 @@ namespace host {
 class OperatorLog {
  public:
     // who: stands before every message; empty in a process that speaks for itself.
-    OperatorLog(std::ostream& out, bool journal, std::string who = {})
+    OperatorLog(std::ostream& out, bool journal, const std::string& who = {})
         : out_(out), journal_(journal), who_(Printable(who)) {}
 
     // Texts from outside are made fit for a terminal.

@@ -306,8 +306,7 @@ TEST_F(Run, KeepsThePagesOfAPortThatNeverComes) {
                      "[[line]]\nthere_from = \"2002-01-08 10:07:00\"\n");
     Raise("DUTY/1");
     At(3600, "kill -TERM $PPID");
-    EXPECT_THAT(Simulated({"run"}).err,
-                HasSubstr("line \"COM 1\" is sick: its device is missing"));
+    EXPECT_THAT(Simulated({"run"}).err, HasSubstr("line \"COM 1\" is sick: its device is missing"));
     EXPECT_THAT(pages, IsEmpty());
     EXPECT_THAT(Stories(), ElementsAre("duty pending 0"));
 }

@@ -342,7 +342,8 @@ TEST_F(Cli, TracesOnlyWhenAsked) {
     MakeSiteWithResult(7);
     const ProgramRun run = Run({"--trace", "test", "duty"});
     EXPECT_THAT(run.out, HasSubstr("|traced]"));
-    EXPECT_THAT(run.err, AllOf(HasSubstr("pagerfwd trace pageprot.txt"), Not(HasSubstr("add: --trace"))));
+    EXPECT_THAT(run.err,
+                AllOf(HasSubstr("pagerfwd trace pageprot.txt"), Not(HasSubstr("add: --trace"))));
     EXPECT_TRUE(std::filesystem::exists("pageprot.txt"));
 }
 
@@ -511,6 +512,16 @@ TEST_F(Cli, SaysWhyTheLibraryIsNotLoaded) {
     EXPECT_THAT(test(NEEDY_LIBRARY).err, HasSubstr("NobodyHasThis"));
     EXPECT_THAT(test(POOR_LIBRARY).err, AllOf(HasSubstr("the library lacks a function: "),
                                               HasSubstr("StartAlarmFwdPager")));
+}
+
+TEST_F(Cli, RunsNothingWithoutALibrary) {
+    MakeSite();
+    for (const char* library : {"./none.so", "planted.so"}) {
+        const ProgramRun run = RunProgram({PAGERFWD_PROGRAM, "--database", "site.db", "--library",
+                                           library, "run", "--until-done"});
+        EXPECT_EQ(3, run.exit_code) << library;
+        EXPECT_THAT(run.err, HasSubstr(library));
+    }
 }
 
 // It would be looked for in folders that whoever started the program has named.
