@@ -28,4 +28,8 @@ const char* ReasonOf(int status) {
     return "its process can't do its work";
 }
 
+bool WasStuck(int status) {
+    return WIFEXITED(status) && static_cast<LineExit>(WEXITSTATUS(status)) == LineExit::kStuck;
+}
+
 }  // namespace host

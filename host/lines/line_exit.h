@@ -16,6 +16,7 @@ enum class LineExit : int {
 
 // In words: "its device can't be opened". status: of waitpid.
 const char* ReasonOf(int status);
+bool WasStuck(int status);
 
 }  // namespace host
 

@@ -23,9 +23,10 @@ bool Delivered(const Send& send) {
            send.outcome == TracedPage::Outcome::kDialled;
 }
 
-// It never came to the line.
+// It never came to the line, or to its end.
 bool SaysNothing(const Send& send) {
-    return send.outcome == TracedPage::Outcome::kOutsideHours;
+    return send.outcome == TracedPage::Outcome::kOutsideHours ||
+           send.outcome == TracedPage::Outcome::kCutOff;
 }
 
 // As modems write it.
@@ -63,8 +64,16 @@ void LineHealth::Sent(const Send& send, std::time_t now) {
         }
         return;
     }
+    Fail(blame, now);
+}
+
+void LineHealth::Stuck(std::time_t now) {
+    Fail("it gets stuck", now);
+}
+
+void LineHealth::Fail(const char* why, std::time_t now) {
     if (++failures_ >= kFailuresOfASickLine && !sick_) {
-        BecomeSick(blame, now);
+        BecomeSick(why, now);
     }
 }
 

@@ -27,6 +27,10 @@ class LineHealth {
     // Its process has ended unasked. Three times in ten minutes make it sick.
     void Died(const std::string& why, std::time_t now);
 
+    // Its library didn't go on for longer than any page takes. Twice in a row make it sick, too:
+    // such a line would try the same page for ever.
+    void Stuck(std::time_t now);
+
     // It can't be served at all, or was known to be sick before: it is asked at once.
     void FallSick(const std::string& why, std::time_t now);
 
@@ -45,6 +49,7 @@ class LineHealth {
     static constexpr std::time_t kLongestPause = 30 * 60;
 
  private:
+    void Fail(const char* why, std::time_t now);
     void BecomeSick(const std::string& why, std::time_t now);
 
     bool sick_ = false;

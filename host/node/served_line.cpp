@@ -15,7 +15,8 @@ namespace {
 // No page takes longer (engine/longest_page.h), and so nothing that a line does.
 constexpr std::time_t kLongest = 10 * 60;
 constexpr std::time_t kLongestQuestion = 60;
-constexpr int kNoLineResult = 5;  // of the library
+constexpr std::time_t kLongestWithoutDevice = 5;  // nothing on the line can be finished then
+constexpr int kNoLineResult = 5;                  // of the library
 
 }  // namespace
 
@@ -64,10 +65,12 @@ void ServedLine::Watch(std::time_t now) {
         alive_ = now;
     }
     const bool overdue = asking_   ? now > since_ + kLongestQuestion
-                         : ending_ ? now > since_ + kLongest
+                         : ending_ ? now > since_ + (there_ ? kLongest : kLongestWithoutDevice)
                                    : now > alive_ + kLongest;
     if (overdue) {
-        log_.Error(name_ + " makes no progress; its process is killed");
+        log_.Error(name_ + (there_ ? " makes no progress" : ": its page can't be finished") +
+                   "; its process is killed");
+        stuck_ = true;
         process_->Kill();
     } else if (!ending_ && !asking_ && (!IsWanted() || renewing_ || held_)) {
         End(now);
@@ -96,8 +99,9 @@ void ServedLine::Ended(int status, std::time_t now) {
         status == 0 ? health_.Answered(now) : health_.DidNotAnswer(ReasonOf(status), now);
     } else if (!ending_) {
         log_.Warning(name_ + ": " + ReasonOf(status) + "; it is started anew");
-        health_.Died(ReasonOf(status), now);
+        stuck_ || WasStuck(status) ? health_.Stuck(now) : health_.Died(ReasonOf(status), now);
     }
+    stuck_ = false;
     asking_ = false;
     ending_ = false;
     renewing_ = false;

@@ -86,6 +86,7 @@ class ServedLine {
     bool paused_ = false;
     bool held_ = false;
     bool leaving_ = false;
+    bool stuck_ = false;     // the process was killed, since it made no progress
     bool there_ = true;      // the device
     std::time_t since_ = 0;  // when the process was started, or asked to end
     std::time_t alive_ = 0;  // when it last made progress

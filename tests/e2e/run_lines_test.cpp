@@ -166,6 +166,17 @@ TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
     EXPECT_THAT(said, ContainsRegex("10:02:0[0-5] line .COM 2. is back"));
 }
 
+TEST_F(RunLines, LoseTheirPagesWithinAMinuteWhenTheirDeviceIsPulledInACall) {
+    Modem("COM 1", "there_until = \"2001-01-08 10:00:12\"");
+    Raise("DUTY/1");
+    Raise("DUTY/2");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_THAT(run.err, HasSubstr("line \"COM 1\": its page can't be finished; its process is "
+                                   "killed"));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "duty done 1"));
+    EXPECT_GT(72, Calls().back().from) << run.err;
+}
+
 TEST_F(RunLines, AreToldOnceWhenTheyAreSick) {
     Modem("COM 1", "powered = false");
     for (int alarm = 1; alarm <= 4; ++alarm) {

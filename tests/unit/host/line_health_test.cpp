@@ -70,6 +70,18 @@ TEST_F(HealthOfALine, IsNotToldByPagesThatTheirHoursBar) {
     EXPECT_TRUE(health.IsSick());
 }
 
+TEST_F(HealthOfALine, IsLostByALibraryThatIsStuckTwiceInARow) {
+    health.Stuck(kNow);
+    EXPECT_FALSE(health.IsSick());
+    Sent();
+    health.Stuck(kNow + 700);
+    health.Sent(Sending(Outcome::kCutOff), kNow + 701);
+    EXPECT_FALSE(health.IsSick());
+    health.Stuck(kNow + 1400);
+    EXPECT_TRUE(health.IsSick());
+    EXPECT_EQ("it gets stuck", health.Reason());
+}
+
 TEST_F(HealthOfALine, IsLostByThreeDeathsInTenMinutes) {
     health.Died("it was stuck", kNow);
     health.Died("it was stuck", kNow + 300);
