@@ -50,6 +50,7 @@ int RunCommand(const RunnerOptions& options) {
     if (!options.beside.empty()) {
         programs.AskOthers();
     }
+    session.World().Resume();
     return session.Finish(status);
 }
 

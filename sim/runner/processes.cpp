@@ -72,6 +72,7 @@ Processes::Processes(WorldServer& world, Environment environment)
 
 void Processes::Start(const std::vector<std::string>& command) {
     command_ = Spawn(command, environment_);
+    world_.StopAtEndOf(command_);  // What happens then, happens at that time.
 }
 
 void Processes::RunShell(const std::string& command) {

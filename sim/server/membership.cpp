@@ -108,6 +108,7 @@ void WorldServer::Bury(Member& member) {
         GoOnToClock();
         holder_ = nullptr;
     }
+    stopped_ = stopped_ || (last_ != 0 && dead->pid == last_);
     ++deeds_;
     ++ends_;
     signals_under_way_ =

@@ -66,13 +66,16 @@ void WorldServer::GoOn() {
     if (!AllHaveJoined()) {
         return;
     }
-    for (;;) {
+    while (!stopped_) {
         while (holder_ != nullptr && HearHolder()) {
         }
         if (holder_ != nullptr) {
             return;
         }
         HearOthers();
+        if (stopped_) {
+            return;
+        }
         const Choice next = ChooseNext();
         idle_ = next.member == nullptr;
         if (idle_) {

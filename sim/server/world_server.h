@@ -53,6 +53,10 @@ class WorldServer final : public Timeline {
     // Nothing happens before so many commands have joined. Their order is that of their names.
     void Await(std::size_t commands) { awaited_ = commands; }
 
+    // With the end of this process time stands still, until it is told to go on.
+    void StopAtEndOf(pid_t process) { last_ = process; }
+    void Resume() { stopped_ = false; }
+
     // Goes on as far as it can, and waits a little for what comes next: from a process, or until
     // `other` is readable.
     void Serve(int other);
@@ -159,6 +163,8 @@ class WorldServer final : public Timeline {
     uint64_t deeds_ = 1;
     uint64_t ends_ = 1;  // of members, and signals
     bool idle_ = false;
+    pid_t last_ = 0;        // with its end time stands still; 0: with none's
+    bool stopped_ = false;  // it has ended
     bool signals_under_way_ = false;
     Milliseconds silence_{0};  // of the holder, in real time
     Milliseconds patience_{60'000};

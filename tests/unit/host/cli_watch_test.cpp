@@ -1,6 +1,7 @@
 // pagerfwd watch, on a terminal and elsewhere.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -39,6 +40,11 @@ class Watch : public CliFixture {
         }
     }
 
+    static bool IsQuiet(int terminal) {
+        pollfd more{terminal, POLLIN, 0};
+        return poll(&more, 1, 100) == 0;
+    }
+
     // The rows of the first picture on a terminal of this size.
     static std::vector<std::string> Picture(unsigned short rows, unsigned short columns,
                                             const char* ended = nullptr) {
@@ -52,11 +58,11 @@ class Watch : public CliFixture {
         }
         std::string shown;
         std::array<char, 4096> part{};
-        // A picture that has begun is shown to its end.
+        // The terminal drops what its program leaves behind unread.
         bool is_asked = false;
         for (ssize_t got = 0; (got = read(master, part.data(), part.size())) > 0;) {
             shown.append(part.data(), static_cast<size_t>(got));
-            if (!is_asked && shown.find("engine:") != std::string::npos) {
+            if (!is_asked && shown.find("engine:") != std::string::npos && IsQuiet(master)) {
                 is_asked = true;
                 kill(child, SIGTERM);
             }
