@@ -28,10 +28,10 @@ function(pagerfwd_test name)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ${PAGERFWD_UNITY})
     # The program whole, not each of its tests: most of them take less time than its start.
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 600 RUN_SERIAL ${ARG_ALONE})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 1800 RUN_SERIAL ${ARG_ALONE})
     if(ARG_SUMMER)
         add_test(NAME ${name}_in_summer_zone COMMAND ${name} --gtest_brief=1)
-        set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 600
+        set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 1800
                              ENVIRONMENT "PAGERFWD_TEST_ZONE=GMT0BST,M3.5.0/1,M10.5.0")
     endif()
     if("pagerfwd_linux" IN_LIST ARG_LINKS)
