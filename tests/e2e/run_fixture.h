@@ -109,7 +109,10 @@ pagers = ["tech"]
         exchange += "[[at]]\ntime = \"" + std::string(time) + "\"\nrun = '''" + command + "'''\n";
     }
     // Ends the node and its lines, as a power cut would.
-    static std::string KillAll() { return "kill -KILL $PPID $(pgrep -P $PPID pagerfwd)"; }
+    // By the shell alone: programs that it starts would be in the world, too.
+    static std::string KillAll() {
+        return "read lines </proc/$PPID/task/$PPID/children; kill -KILL $PPID $lines";
+    }
     static std::string Pagerfwd(const std::string& arguments) {
         return std::string(PAGERFWD_PROGRAM) + " " + arguments;
     }

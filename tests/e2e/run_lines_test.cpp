@@ -48,9 +48,12 @@ class RunLines : public RunTest {
         exchange.insert(exchange.find(line) + line.size(), setting + "\n");
     }
 
-    // The process of a line, for a command.
+    // The process of a line, for a command. A shell reads the words of a process without what
+    // stands between them.
     static std::string ProcessOf(const std::string& port) {
-        return "$(pgrep -f 'serve-line COM " + port.substr(port.size() - 1) + " ' -P $PPID)";
+        return "$(read all </proc/$PPID/task/$PPID/children; for one in $all; do"
+               " read -r words </proc/$one/cmdline; case $words in (*'serve-line" +
+               port + "--'*) echo $one;; esac; done)";
     }
 
     static std::vector<std::string> Sends() {
