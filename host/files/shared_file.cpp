@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -24,6 +25,21 @@ bool TakesAfter(const Descriptor& file, const Ownership& ownership) {
                           fchown(file.Number(), static_cast<uid_t>(-1), ownership.group) == 0;
     const mode_t mode = of_group ? ownership.mode : ownership.mode & ~kOfGroup;
     return fchmod(file.Number(), mode) == 0;
+}
+
+// Who may read or write it may search it.
+mode_t ModeOfFolder(mode_t mode) {
+    constexpr mode_t kReadable = 0440;
+    return (mode & ~kOfOthers) | ((mode & kReadable) >> 2);
+}
+
+// Why a folder that is there can't be used; empty: it can.
+std::string WhyNotOurs(const struct stat& folder, const Ownership& ownership) {
+    if (folder.st_uid != geteuid() && folder.st_uid != 0 && folder.st_uid != ownership.owner) {
+        return "it belongs to user " + std::to_string(folder.st_uid);
+    }
+    const bool group_writes = (folder.st_mode & S_IWGRP) != 0 && folder.st_gid != ownership.group;
+    return (folder.st_mode & S_IWOTH) != 0 || group_writes ? "others may write to it" : "";
 }
 
 }  // namespace
@@ -86,6 +102,26 @@ void MakeShared(const std::string& path, const Ownership& ownership) {
     unlink(name.c_str());
     if (!done) {
         throw FileError(WhyNot(path, error));
+    }
+}
+
+// By its descriptor: under its name, somebody else's may stand by then.
+void MakeSharedFolder(const std::string& path, const Ownership& ownership) {
+    const bool made = mkdir(path.c_str(), 0700) == 0;
+    if (!made && errno != EEXIST) {
+        throw FileError(WhyNot(path, errno));
+    }
+    const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!folder.IsOpen() || fstat(folder.Number(), &status) != 0) {
+        throw FileError(errno == ENOTDIR ? "it is a link, or no folder" : WhyNot(path, errno));
+    }
+    if (const std::string why = WhyNotOurs(status, ownership); !why.empty()) {
+        throw FileError(why);
+    }
+    if (made &&
+        !TakesAfter(folder, {ownership.owner, ownership.group, ModeOfFolder(ownership.mode)})) {
+        throw FileError(WhyNot(path, errno));
     }
 }
 

@@ -41,6 +41,11 @@ Descriptor OpenOrMakeShared(const std::string& path, int flags, const Ownership&
 // Makes the file unless there is one, whatever that is.
 void MakeShared(const std::string& path, const Ownership& ownership);
 
+// A folder with the same owner and group, in which whoever may read or write the file may look and
+// make files. One that is there must be ours, root's or that owner's, and none else may write to
+// it.
+void MakeSharedFolder(const std::string& path, const Ownership& ownership);
+
 // Takes every right away from those who are neither the owner nor of the group, where we own it.
 void CloseToOthers(const Descriptor& file);
 

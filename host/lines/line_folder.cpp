@@ -1,12 +1,6 @@
 // Folders of lines. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/lines/line_folder.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 #include "host/files/shared_file.h"
@@ -39,21 +33,12 @@ std::string FolderOfAll(const std::string& database) {
     return std::filesystem::weakly_canonical(database).string() + "-lines";
 }
 
-// Who may read the database may look into the folder.
-mode_t WithSearch(mode_t mode) {
-    constexpr mode_t kReadable = 0440;
-    return (mode & ~mode_t{0007}) | ((mode & kReadable) >> 2);
-}
-
 void MakeFolder(const std::string& folder, const Ownership& ownership) {
-    if (mkdir(folder.c_str(), 0700) != 0) {
-        if (errno == EEXIST && std::filesystem::is_directory(folder)) {
-            return;
-        }
-        throw StoreError(folder + ": the folder can't be made: " + std::strerror(errno));
+    try {
+        MakeSharedFolder(folder, ownership);
+    } catch (const FileError& error) {
+        throw StoreError(folder + ": the folder can't be used: " + error.what());
     }
-    static_cast<void>(!chown(folder.c_str(), ownership.owner, ownership.group));
-    chmod(folder.c_str(), WithSearch(ownership.mode));
 }
 
 }  // namespace

@@ -39,11 +39,26 @@ void ServedLine::Look(std::time_t now) {
     if (process_ || held_ || !MayBeServed()) {
         return;
     }
+    try {
+        StartOrAsk(now);
+    } catch (const StoreError& error) {
+        CannotStart(error.what(), now);
+    }
+}
+
+void ServedLine::StartOrAsk(std::time_t now) {
     if (!health_.IsSick()) {
         Start(now);
     } else if (there_ && health_.IsToBeAsked(now)) {
         StartAsking(now);
     }
+}
+
+// Its folder can't be used. The other lines notice nothing.
+void ServedLine::CannotStart(const std::string& why, std::time_t now) {
+    const bool was_sick = health_.IsSick();
+    was_sick ? health_.DidNotAnswer(why, now) : health_.FallSick(why, now);
+    TellHealth(was_sick);
 }
 
 // Its path is looked at; nothing is opened. What has come back is asked before it is served again.
@@ -156,6 +171,11 @@ void ServedLine::Return(SiteLine line) {
     renewing_ = renewing_ || line.settings != line_.settings;
     line_ = std::move(line);
     leaving_ = false;
+}
+
+void ServedLine::WasSick(const std::string& why, std::time_t now) {
+    health_.FallSick(why, now);
+    log_.Warning(name_ + " has been sick: " + why + "; it is asked now");
 }
 
 void ServedLine::Ring() const {

@@ -54,7 +54,8 @@ class ServedLine {
     void SetPaused(bool paused) { paused_ = paused; }
     // For a moment, so that something can be done with its pages.
     void SetHeld(bool held) { held_ = held; }
-    void WasSick(const std::string& why, std::time_t now) { health_.FallSick(why, now); }
+    // As the node before left it.
+    void WasSick(const std::string& why, std::time_t now);
     // The site knows it no more, knows it otherwise, or the node ends.
     void Leave() { leaving_ = true; }
     bool HasLeft() const { return leaving_ && !process_; }
@@ -65,6 +66,8 @@ class ServedLine {
  private:
     void LookAtDevice(std::time_t now);
     void Watch(std::time_t now);
+    void StartOrAsk(std::time_t now);
+    void CannotStart(const std::string& why, std::time_t now);
     void Start(std::time_t now);
     void StartAsking(std::time_t now);
     void Launch(std::vector<std::string> arguments, std::time_t now);

@@ -158,6 +158,16 @@ TEST_F(RunLines, KeepThePagesThatAreBoundToThemUntilTheyAreBack) {
                 ElementsAre("COM 2", "COM 1"));
 }
 
+TEST_F(RunLines, AreSickWhereTheirFolderIsInSomebodysWayAndHoldUpNoOther) {
+    std::filesystem::create_directory("pagerfwd.db-lines");
+    WriteFile("pagerfwd.db-lines/COM%201", "");
+    Raise("DUTY/1");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_THAT(run.err, HasSubstr("error: line \"COM 1\" is sick: "));
+    EXPECT_THAT(run.err, HasSubstr("the folder can't be used: it is a link, or no folder"));
+    EXPECT_THAT(Sends(), ElementsAre("sent 0 COM 2"));
+}
+
 TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
     Modem("COM 1", "there_until = \"2001-01-08 10:01:00\"");
     Modem("COM 2", "there_from = \"2001-01-08 10:02:00\"");

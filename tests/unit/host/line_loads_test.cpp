@@ -115,9 +115,29 @@ TEST_F(LinesOfTheSite, HaveAFolderEachThatNoNameLeadsOutOf) {
     EXPECT_EQ(0750U, status.st_mode & 0777U);
 }
 
-TEST_F(LinesOfTheSite, AreToldWhereTheirFolderCantBeMade) {
+TEST_F(LinesOfTheSite, HaveNoFolderThatAStrangerMayHaveMade) {
+    const auto why_not = [this]() -> std::string {
+        try {
+            MakeLineFolder(database, "north");
+        } catch (const StoreError& error) {
+            return error.what();
+        }
+        return "made";
+    };
     WriteFile("site.db-lines", "");
-    EXPECT_THROW(MakeLineFolder(database, "north"), StoreError);
+    EXPECT_THAT(why_not(), HasSubstr("site.db-lines: the folder can't be used: it is a link, or no "
+                                     "folder"));
+    std::filesystem::remove("site.db-lines");
+    std::filesystem::create_directory("elsewhere");
+    std::filesystem::create_directory_symlink("elsewhere", "site.db-lines");
+    EXPECT_THAT(why_not(), HasSubstr("it is a link, or no folder"));
+    EXPECT_TRUE(std::filesystem::is_empty("elsewhere"));
+    std::filesystem::remove("site.db-lines");
+    std::filesystem::create_directory("site.db-lines");
+    chmod("site.db-lines", 0777);
+    EXPECT_THAT(why_not(), HasSubstr("others may write to it"));
+    chmod("site.db-lines", 0700);
+    EXPECT_EQ("made", why_not());
 }
 
 }  // namespace
