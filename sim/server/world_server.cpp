@@ -61,6 +61,11 @@ void WorldServer::Serve(int other) {
     }
 }
 
+void WorldServer::Resume() {
+    last_ = 0;
+    stopped_ = false;
+}
+
 // As far as it goes without waiting.
 void WorldServer::GoOn() {
     if (!AllHaveJoined()) {

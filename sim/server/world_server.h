@@ -55,7 +55,8 @@ class WorldServer final : public Timeline {
 
     // With the end of this process time stands still, until it is told to go on.
     void StopAtEndOf(pid_t process) { last_ = process; }
-    void Resume() { stopped_ = false; }
+    // Also where that end has not been noticed yet.
+    void Resume();
 
     // Goes on as far as it can, and waits a little for what comes next: from a process, or until
     // `other` is readable.

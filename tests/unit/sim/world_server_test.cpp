@@ -239,6 +239,32 @@ TEST_F(WorldServerTest, WhatOneHasGoneOnByItselfIsNotLostWithIt) {
     EXPECT_EQ(3s, world_.Now());
 }
 
+// A parent can see an end before the world does.
+TEST_F(WorldServerTest, TimeGoesOnWhereItsEndIsNoticedLate) {
+    const pid_t last = ChildThat([](const Client& client) {
+        client.Hear(0);
+        client.Say(RestForEver());
+        client.Hear(0);
+        _exit(0);
+    });
+    const Client other = Join();
+    Serve();
+    world_.StopAtEndOf(last);
+    kill(last, SIGKILL);
+    EndOf(last);
+    world_.Resume();
+    while (world_.Participants().size() > 1) {
+        world_.Serve(-1);
+    }
+    Request nap = Ask(Question::kRest);
+    nap.deadline = Micros(3s).count();
+    other.Say(nap);
+    for (int i = 0; i < 100 && world_.Now() == 0us; ++i) {
+        world_.Serve(-1);
+    }
+    EXPECT_EQ(3s, world_.Now());
+}
+
 TEST_F(WorldServerTest, WhatIsNoQuestionIsPassedOver) {
     const Client client = Join();
     client.SayBytes("???", 3);
