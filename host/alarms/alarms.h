@@ -58,6 +58,8 @@ Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_
 
 // Those that are not acknowledged and still being paged, or new.
 std::vector<Alarm> OpenAlarms(Connection& connection);
+// Who follows alarms looks at so many. Older ones are history; of those, the pages tell.
+constexpr int64_t kFollowedAlarms = 1000;
 // The last so many, the oldest first.
 std::vector<Alarm> LastAlarms(Connection& connection, int64_t count);
 // unreadable: gets the rows that are too large to be read, if it is given. They hide no others.

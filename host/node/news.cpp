@@ -16,9 +16,6 @@ constexpr std::time_t kBetweenLooks = 5;
 // A line records its sending a moment behind the end of the page.
 constexpr std::time_t kUntilRecorded = 5;
 
-// Alarms that are looked at. Older ones are history.
-constexpr int64_t kLastAlarms = 1000;
-
 bool IsOver(const Alarm& alarm) {
     return !alarm.acknowledged && (alarm.state == kStateOffLimit || alarm.state == kStateDone);
 }
@@ -114,7 +111,7 @@ void News::PageEnded(const PageStory& page, std::time_t now) {
 
 void News::LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded) {
     std::set<int64_t> rows;
-    for (const Alarm& alarm : LastAlarms(connection, kLastAlarms)) {
+    for (const Alarm& alarm : LastAlarms(connection, kFollowedAlarms)) {
         rows.insert(alarm.row);
         LookAtAlarm(connection, alarm, now, until_recorded);
         if (alarm.acknowledged) {

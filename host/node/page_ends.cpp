@@ -10,9 +10,6 @@
 namespace host {
 namespace {
 
-// Alarms that are looked at for an acknowledgement. Of one that is older, the pages tell.
-constexpr int64_t kLastAlarms = 1000;
-
 int64_t LastChange(Connection& connection) {
     Statement statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_History");
     statement.Step();
@@ -27,7 +24,7 @@ int64_t VersionOf(Connection& connection) {
 
 std::vector<Alarm> AcknowledgedAlarms(Connection& connection) {
     std::vector<Alarm> acknowledged;
-    for (Alarm& alarm : LastAlarms(connection, kLastAlarms)) {
+    for (Alarm& alarm : LastAlarms(connection, kFollowedAlarms)) {
         if (alarm.acknowledged) {
             acknowledged.push_back(std::move(alarm));
         }

@@ -8,8 +8,8 @@
 namespace host {
 namespace {
 
-constexpr std::time_t kMinute = 60;
-constexpr std::time_t kFirstFailure = 5 * kMinute;
+constexpr std::time_t kDelayUnit = 60;
+constexpr std::time_t kFirstFailure = 5 * kDelayUnit;
 
 class Teller {
  public:
@@ -65,7 +65,7 @@ class Teller {
         if (is_queued || starts_) {
             story_.due = change.at;
         } else if (change.tries > story_.tries) {
-            story_.due += static_cast<std::time_t>(delay_) * kMinute;
+            story_.due += static_cast<std::time_t>(delay_) * kDelayUnit;
         } else {
             story_.due += kFirstFailure;
         }

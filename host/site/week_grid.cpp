@@ -8,7 +8,7 @@ namespace host {
 namespace {
 
 constexpr const char* kHeader = "#     0        8        16\n";
-constexpr size_t kGroup = 8;
+constexpr size_t kHoursAGroup = 8;
 constexpr char kAllowed = 'x';
 constexpr char kBarred = '.';
 constexpr std::string_view kBlanks = " \t\r";
@@ -88,7 +88,7 @@ std::string WriteGrid(const Week& week) {
     for (size_t day = 0; day < kDaysInWeek; ++day) {
         grid += std::string(NameOfDay(day)) + "  ";
         for (size_t hour = 0; hour < kHoursInDay; ++hour) {
-            grid += hour % kGroup == 0 ? " " : "";
+            grid += hour % kHoursAGroup == 0 ? " " : "";
             grid += week.test(day * kHoursInDay + hour) ? kAllowed : kBarred;
         }
         grid += "\n";

@@ -38,8 +38,8 @@ std::string Emptied(const std::vector<std::string>& columns, const char* state,
     return set + Quoted(state) + " = " + ended;
 }
 
-std::vector<std::string> Rows(Connection& connection, const char* table,
-                              const std::string& condition) {
+std::vector<std::string> RowsWhere(Connection& connection, const char* table,
+                                   const std::string& condition) {
     std::vector<std::string> rows;
     Statement statement(connection, "SELECT row_id FROM " + Quoted(table) + " WHERE " + condition);
     while (statement.Step()) {
@@ -53,7 +53,7 @@ std::vector<std::string> Empty(Connection& connection, const char* table,
                                const std::vector<std::string>& columns, const char* state,
                                const std::string& ended, std::vector<std::string>& names) {
     const std::string condition = AnyIsLarge(columns);
-    std::vector<std::string> rows = Rows(connection, table, condition);
+    std::vector<std::string> rows = RowsWhere(connection, table, condition);
     if (!rows.empty()) {
         Statement(connection, "UPDATE " + Quoted(table) + " SET " + Emptied(columns, state, ended) +
                                   " WHERE " + condition)

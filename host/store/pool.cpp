@@ -13,13 +13,13 @@
 #include "host/store/schema.h"
 
 namespace host {
-namespace {
-
 // Which file it is, whatever its name.
 struct FileIdentity {
     dev_t device;
     ino_t number;
 };
+
+namespace {
 
 bool operator==(const FileIdentity& left, const FileIdentity& right) {
     return left.device == right.device && left.number == right.number;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kUnknown = "?";
 
-std::string WithoutControls(std::string_view utf8) {
+std::string WithBlanks(std::string_view utf8) {
     std::string text;
     while (!utf8.empty()) {
         const Utf8Character character = FirstCharacter(utf8);
@@ -70,7 +70,7 @@ std::string WithoutControlBytes(std::string_view bytes) {
 }  // namespace
 
 std::string EncodeNearest(std::string_view utf8, Encoding encoding) {
-    const std::string text = WithoutControls(utf8);
+    const std::string text = WithBlanks(utf8);
     std::string_view rest = text;
     Converter converter(IconvName(encoding), kUtf8);
     std::string bytes = converter.Take(rest);
