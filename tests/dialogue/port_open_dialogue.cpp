@@ -152,6 +152,13 @@ TEST_F(PortOpening, TakesTheParityByItsFirstLetter) {
     EXPECT_EQ(tcflag_t{PARENB | PARODD}, line.Settings().c_cflag & (PARENB | PARODD));
 }
 
+// Once for each of the two purges.
+TEST_F(PortOpening, EndsWithTwoSecondsOfSilence) {
+    const auto begun = pagersim::VirtualClock::Now();
+    EXPECT_EQ(0, OpenPort());
+    EXPECT_EQ(std::chrono::seconds(2), pagersim::VirtualClock::Now() - begun);
+}
+
 struct FlowCase {
     const char* flow;
     DWORD cts_dsr;
