@@ -15,6 +15,31 @@
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
 
+// A pager's number is the result that the library in these tests gives for it.
+inline constexpr const char* kCliSite = R"(
+[[port]]
+name = "COM 1"
+[port.sms1]
+dial = "ATDT1"
+
+[[pager]]
+description = "duty"
+type = "sms1"
+number = "0"
+port = "COM 1"
+
+[[route]]
+pagers = ["duty"]
+
+[[hours]]
+name = "open"
+all = true
+
+[[hours]]
+name = "shut"
+mon = "8-9"
+)";
+
 class CliFixture : public ::testing::Test {
  protected:
     CliFixture() {
@@ -27,6 +52,14 @@ class CliFixture : public ::testing::Test {
         arguments.insert(arguments.begin(),
                          {PAGERFWD_PROGRAM, "--database", "site.db", "--library", FAKE_LIBRARY});
         return RunProgram(arguments);
+    }
+
+    // A database of what this site file says.
+    static void MakeSite(const std::string& text = kCliSite) {
+        WriteFile("site.toml", text);
+        ASSERT_EQ(0, Run({"init"}).exit_code);
+        const ProgramRun run = Run({"import", "site.toml"});
+        ASSERT_EQ(0, run.exit_code) << run.err;
     }
 
     static void Execute(const std::string& sql) {

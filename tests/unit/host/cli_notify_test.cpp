@@ -18,12 +18,8 @@ using ::testing::StartsWith;
 
 class CliNotify : public CliFixture {
  protected:
-    static void MakeSite(const std::string& command) {
-        WriteFile("site.toml",
-                  "[notify]\ncommand = [" + command + "]\n[[port]]\nname = \"COM 1\"\n");
-        ASSERT_EQ(0, Run({"init"}).exit_code);
-        const ProgramRun run = Run({"import", "site.toml"});
-        ASSERT_EQ(0, run.exit_code) << run.err;
+    static void MakeSiteWith(const std::string& command) {
+        MakeSite("[notify]\ncommand = [" + command + "]\n[[port]]\nname = \"COM 1\"\n");
     }
     // A program that keeps what it is given: its arguments, and its input.
     static void MakeFake(const char* name) {
@@ -37,7 +33,7 @@ class CliNotify : public CliFixture {
 };
 
 TEST_F(CliNotify, ShowsTheCommandAndAnExample) {
-    MakeSite("\"/bin/sh\", \"-c\", \"cat >given\"");
+    MakeSiteWith("\"/bin/sh\", \"-c\", \"cat >given\"");
     const ProgramRun run = Run({"notify"});
     EXPECT_EQ(0, run.exit_code) << run.err;
     EXPECT_THAT(run.out,
@@ -46,7 +42,7 @@ TEST_F(CliNotify, ShowsTheCommandAndAnExample) {
 }
 
 TEST_F(CliNotify, TriesTheCommand) {
-    MakeSite("\"/bin/sh\", \"-c\", \"cat >given\"");
+    MakeSiteWith("\"/bin/sh\", \"-c\", \"cat >given\"");
     const ProgramRun run = Run({"notify", "--try"});
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;
     EXPECT_THAT(run.out, EndsWith("\ntold\n"));
@@ -57,18 +53,18 @@ TEST_F(CliNotify, TriesTheCommand) {
 }
 
 TEST_F(CliNotify, SaysWhyTheCommandFails) {
-    MakeSite("\"/bin/sh\", \"-c\", \"exit 7\"");
+    MakeSiteWith("\"/bin/sh\", \"-c\", \"exit 7\"");
     ProgramRun run = Run({"notify", "--try"});
     EXPECT_EQ(1, run.exit_code);
     EXPECT_THAT(run.out, EndsWith("\nnot told: it ended with status 7\n"));
-    MakeSite("\"/none-such\"");
+    MakeSiteWith("\"/none-such\"");
     run = Run({"notify", "--try"});
     EXPECT_EQ(1, run.exit_code);
     EXPECT_THAT(run.out, HasSubstr("not told: it can't be started: No such file"));
 }
 
 TEST_F(CliNotify, SaysThatNobodyIsTold) {
-    MakeSite("");
+    MakeSiteWith("");
     const ProgramRun run = Run({"notify", "--try"});
     EXPECT_EQ(1, run.exit_code);
     EXPECT_EQ("nobody is told: the site file has no [notify] command\n", run.out);
@@ -77,7 +73,7 @@ TEST_F(CliNotify, SaysThatNobodyIsTold) {
 TEST_F(CliNotify, MailsByTheExample) {
     MakeFake("sendmail");
     setenv("SENDMAIL", (folder.Path() / "sendmail").c_str(), 1);
-    MakeSite("\"" EXAMPLES "/notify/mail\", \"duty@example.org\"");
+    MakeSiteWith("\"" EXAMPLES "/notify/mail\", \"duty@example.org\"");
     const ProgramRun run = Run({"notify", "--try"});
     unsetenv("SENDMAIL");
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;
@@ -91,7 +87,7 @@ TEST_F(CliNotify, MailsByTheExample) {
 TEST_F(CliNotify, LogsByTheExample) {
     MakeFake("logger");
     setenv("LOGGER", (folder.Path() / "logger").c_str(), 1);
-    MakeSite("\"" EXAMPLES "/notify/log\"");
+    MakeSiteWith("\"" EXAMPLES "/notify/log\"");
     const ProgramRun run = Run({"notify", "--try"});
     unsetenv("LOGGER");
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;

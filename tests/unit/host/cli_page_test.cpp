@@ -17,7 +17,7 @@ using ::testing::StartsWith;
 class CliPage : public CliFixture {
  protected:
     CliPage() {
-        WriteFile("site.toml", R"(
+        MakeSite(R"(
 [[port]]
 name = "north"
 device = "/dev/ttyUSB0"
@@ -44,9 +44,6 @@ number = "2"
 [[route]]
 pagers = ["duty", "night"]
 )");
-        EXPECT_EQ(0, Run({"init"}).exit_code);
-        const ProgramRun import = Run({"import", "site.toml"});
-        EXPECT_EQ(0, import.exit_code) << import.err;
         Execute(
             "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group, timestamp)"
             " VALUES ('7', '2', '0', 'ops', '978948000');"

@@ -37,18 +37,14 @@ class CliPorts : public CliFixture {
     }
     std::string Path(const std::string& path) const { return (folder.Path() / path).string(); }
 
-    static void MakeSite() {
-        WriteFile("site.toml", R"(
+    static constexpr const char* kSite = R"(
 [[port]]
 name = "north"
 device = "/dev/serial/by-id/usb-modem"
 [[port]]
 name = "south"
 device = "/dev/ttyUSB7"
-)");
-        ASSERT_EQ(0, Run({"init"}).exit_code);
-        ASSERT_EQ(0, Run({"import", "site.toml"}).exit_code);
-    }
+)";
 };
 
 TEST_F(CliPorts, AreShownBeforeThereIsADatabase) {
@@ -61,7 +57,7 @@ TEST_F(CliPorts, AreShownBeforeThereIsADatabase) {
 }
 
 TEST_F(CliPorts, ShowWhichOfTheSiteUsesThem) {
-    MakeSite();
+    MakeSite(kSite);
     const auto ports = PortsInJson();
     ASSERT_EQ(3U, ports.size());
     EXPECT_EQ(Path("dev/serial/by-id/usb-modem"), ports[0]["name"]);
@@ -74,7 +70,7 @@ TEST_F(CliPorts, ShowWhichOfTheSiteUsesThem) {
 }
 
 TEST_F(CliPorts, ShowTwoThatShareADevice) {
-    MakeSite();
+    MakeSite(kSite);
     Execute("UPDATE AlarmFwd_COMProperties SET device = '/dev/ttyUSB0'");
     EXPECT_THAT(Ports().out, HasSubstr("ttyUSB0: only one of its ports can have it\n"));
 }

@@ -60,12 +60,7 @@ pagers = ["duty", "night"]
 
 class CliRoutes : public CliFixture {
  protected:
-    CliRoutes() {
-        WriteFile("site.toml", kRoutedSite);
-        EXPECT_EQ(0, Run({"init"}).exit_code);
-        const ProgramRun run = Run({"import", "site.toml"});
-        EXPECT_EQ(0, run.exit_code) << run.err;
-    }
+    CliRoutes() { MakeSite(kRoutedSite); }
 
     static ProgramRun Routes(const std::string& group, const std::string& severity,
                              std::vector<std::string> more = {"--at", "2001-01-08 10:00"}) {
