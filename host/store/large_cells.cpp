@@ -81,7 +81,38 @@ void EmptyEvents(Connection& connection, std::vector<std::string>& names) {
     }
 }
 
+std::vector<std::string> Names(Statement& statement) {
+    std::vector<std::string> names;
+    while (statement.Step()) {
+        names.emplace_back(statement.Text(0));
+    }
+    return names;
+}
+
+// A temporary view goes before the table whose name it has.
+void Cover(Connection& connection, const std::string& table) {
+    std::string cells;
+    for (const std::string& column :
+         Names(Statement(connection, "SELECT name FROM pragma_table_info(?)").Bind(table))) {
+        cells += (cells.empty() ? "CASE WHEN " : ", CASE WHEN ") + IsLarge(column) +
+                 " THEN '' ELSE " + Quoted(column) + " END AS " + Quoted(column);
+    }
+    Statement(connection, "CREATE TEMP VIEW " + Quoted(table) + " AS SELECT " + cells +
+                              " FROM main." + Quoted(table))
+        .Run();
+}
+
 }  // namespace
+
+void HideLargeCells(Connection& connection) {
+    connection.Execute("PRAGMA temp_store = MEMORY");
+    Statement tables(connection,
+                     "SELECT name FROM main.sqlite_schema WHERE type = 'table'"
+                     " AND name NOT LIKE 'sqlite^_%' ESCAPE '^'");
+    for (const std::string& table : Names(tables)) {
+        Cover(connection, table);
+    }
+}
 
 std::vector<std::string> EmptyLargeCells(Connection& connection) {
     const Connection::AnyLength any_length(connection);

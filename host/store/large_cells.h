@@ -19,6 +19,10 @@ namespace host {
 // start, and for whoever met RowTooLarge. Throws StoreError.
 std::vector<std::string> EmptyLargeCells(Connection& connection);
 
+// For who only looks: from now on each table is seen with such cells, of whatever column, empty, as
+// long as AnyLength lives. Throws StoreError.
+void HideLargeCells(Connection& connection);
+
 }  // namespace host
 
 #endif

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/store/large_cells.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -17,6 +18,11 @@ Glance::Stamp Glance::StampOf(const std::string& path) {
 Glance::Glance(const std::string& path)
     : before_(StampOf(path)), connection_(path, Connection::Mode::kLook) {
     RequireTables(connection_);
+}
+
+void Glance::HideLargeCells() {
+    any_length_.emplace(connection_);
+    host::HideLargeCells(connection_);
 }
 
 bool Glance::WasDisturbed() const {

@@ -9,6 +9,7 @@
 #define PAGERFWD_HOST_STORE_LOOK_H
 
 #include <ctime>
+#include <optional>
 #include <string>
 
 #include "host/store/connection.h"
@@ -23,6 +24,8 @@ class Glance {
     explicit Glance(const std::string& path);
 
     Connection& Database() { return connection_; }
+    // From now on cells that are too large are seen as empty ones.
+    void HideLargeCells();
     bool WasDisturbed() const;
 
  private:
@@ -36,7 +39,19 @@ class Glance {
 
     const Stamp before_;
     Connection connection_;
+    std::optional<Connection::AnyLength> any_length_;
 };
+
+// One bad row keeps nobody from seeing the others.
+template <typename Read>
+auto ReadBy(Glance& glance, Read& read) {
+    try {
+        return read(glance.Database());
+    } catch (const RowTooLarge&) {
+        glance.HideLargeCells();
+        return read(glance.Database());
+    }
+}
 
 // Reads as often as it is disturbed, within reason. `read` gets the connection.
 template <typename Read>
@@ -45,7 +60,7 @@ auto Look(const std::string& path, Read read) {
     for (int tries = 1;; ++tries) {
         Glance glance(path);
         try {
-            auto found = read(glance.Database());
+            auto found = ReadBy(glance, read);
             if (!glance.WasDisturbed() || tries == kMostTries) {
                 return found;
             }

@@ -7,12 +7,14 @@
 #include <filesystem>
 #include <set>
 
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/host_test.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 class ALook : public HostTest {
@@ -107,6 +109,23 @@ TEST_F(ALook, IsTakenAgainWhenAWriterCame) {
     });
     EXPECT_EQ("1", seen);
     EXPECT_EQ(2, looks);
+}
+
+// As another program writes one, for which nothing is too large.
+TEST_F(ALook, SeesTheOtherRowsBesideOneThatIsTooLarge) {
+    WriteAsAnother(database,
+                   "INSERT INTO AlarmLog (alarmlogID, alarm_group, timestamp, pagerstate) VALUES"
+                   " ('7', hex(zeroblob(600000)), '978948000', '1'),"
+                   " ('8', 'ops', '978948001', '1')");
+    const auto groups = Look(database, [](Connection& connection) {
+        std::vector<std::string> found;
+        Statement statement(connection, "SELECT alarm_group FROM AlarmLog ORDER BY row_id");
+        while (statement.Step()) {
+            found.emplace_back(statement.Text(0));
+        }
+        return found;
+    });
+    EXPECT_THAT(groups, ElementsAre("", "ops"));
 }
 
 TEST_F(ALook, CantWrite) {
