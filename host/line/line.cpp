@@ -87,6 +87,12 @@ LineExit Line::Run(StopSignal& stop, const BellSocket& node) {
 
 void Line::Start() {
     try {
+        trace_.RecordLeft();
+    } catch (const StoreError& failure) {
+        log_.Error(std::string(failure.what()) +
+                   "; what the process before has sent last may lack its record");
+    }
+    try {
         NoteEngineStart(lease_.Database(), line_.name);
     } catch (const StoreError& failure) {
         log_.Error(std::string(failure.what()) + "; the due times that are shown may be wrong");

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "host/lines/line_folder.h"
-#include "host/pages/sends.h"
 #include "host/process/port_holder.h"
 
 namespace host {
@@ -14,6 +13,20 @@ constexpr off_t kLongestTrace = off_t{16} << 20;  // bytes
 constexpr std::time_t kOldestTrace = 7 * 24 * 60 * 60;
 constexpr int kMostPieces = 64;   // of 1 MiB, in one look
 constexpr int kNoLineResult = 5;  // of the library
+
+// What became of a page is read within these seconds of its end, and is nothing later than now.
+constexpr std::time_t kRecordedWithin = 2;
+
+class Pages final : public TraceSink {
+ public:
+    explicit Pages(std::function<void(const TracedPage&)> on_page) : on_page_(std::move(on_page)) {}
+
+ private:
+    void OnPage(const TracedPage& page) override { on_page_(page); }
+    void OnEvent(const TraceEvent& /*event*/) override {}
+
+    const std::function<void(const TracedPage&)> on_page_;
+};
 
 }  // namespace
 
@@ -31,6 +44,25 @@ LineTrace::LineTrace(Connection& connection, SiteLine line, Encoding encoding, O
                      log_.Error("the page to \"" + Decode(page.pager, encoding_) +
                                 "\" has been on the line for over ten minutes");
                  }}) {}
+
+void LineTrace::RecordLeft() {
+    const std::optional<std::time_t> until = RecordedUntil(connection_, line_.name);
+    if (!until) {
+        return;
+    }
+    Pages unrecorded([&](const TracedPage& page) {
+        const Send send = SendOf(page);
+        if (send.at > *until + kRecordedWithin) {
+            RecordSend(connection_, send);
+        }
+    });
+    TraceReader reader(unrecorded);
+    GrowingFile left(kTraceFile);
+    for (std::string bytes = left.Read(); !bytes.empty(); bytes = left.Read()) {
+        reader.Feed(bytes);
+    }
+    reader.Finish();
+}
 
 void LineTrace::Begin() {
     file_.JoinAside(kLongestTrace, kOldestTrace);
@@ -65,10 +97,15 @@ void LineTrace::Excuse() {
 }
 
 // The library calls the line by another name.
+Send LineTrace::SendOf(const TracedPage& page) const {
+    Send send = host::SendOf(connection_, page, std::time(nullptr));
+    send.port = line_.name;
+    return send;
+}
+
 void LineTrace::PageEnded(const TracedPage& page) {
     seen_(page);
-    Send send = SendOf(connection_, page, std::time(nullptr));
-    send.port = line_.name;
+    const Send send = SendOf(page);
     if (send.outcome == TracedPage::Outcome::kNotSent && page.result == kNoLineResult) {
         TellWhoHolds();
     }

@@ -16,6 +16,7 @@
 #include "host/files/growing_file.h"
 #include "host/line/trace_follower.h"
 #include "host/lines/site_lines.h"
+#include "host/pages/sends.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
 #include "host/text/encoding.h"
@@ -30,6 +31,10 @@ class LineTrace {
     // In the process's folder.
     LineTrace(Connection& connection, SiteLine line, Encoding encoding, OperatorLog& log,
               Seen seen);
+
+    // Before an engine is made, and its start noted. Records what the process before has left
+    // unrecorded: it may have been ended at any moment, a page on the line. Throws StoreError.
+    void RecordLeft();
 
     // Before an engine is made.
     void Begin();
@@ -51,6 +56,7 @@ class LineTrace {
 
  private:
     void PageEnded(const TracedPage& page);
+    Send SendOf(const TracedPage& page) const;
     void TellWhoHolds();
 
     Connection& connection_;

@@ -132,6 +132,17 @@ void RecordSend(Connection& connection, const Send& send) {
     transaction.Commit();
 }
 
+std::optional<std::time_t> RecordedUntil(Connection& connection, const std::string& line) {
+    Statement statement(connection,
+                        "SELECT max(at, (SELECT coalesce(max(at), 0) FROM Host_Sends"
+                        "  WHERE port = ?1))"
+                        " FROM Host_History WHERE alarm = '' AND change = ?2 AND line = ?1"
+                        " ORDER BY row_id DESC LIMIT 1");
+    statement.Bind(line).Bind(kEngineStarts);
+    return statement.Step() ? std::optional(static_cast<std::time_t>(statement.Number(0)))
+                            : std::nullopt;
+}
+
 std::vector<Send> SendsOf(Connection& connection, const std::string& alarm) {
     Statement statement(connection, std::string(kSelect) + "WHERE alarm = ? ORDER BY row_id");
     statement.Bind(alarm);

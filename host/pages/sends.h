@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <ctime>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,9 @@ struct Send {
 Send SendOf(Connection& connection, const TracedPage& page, std::time_t now);
 
 void RecordSend(Connection& connection, const Send& send);
+
+// Until when the sendings of the line's last engine are recorded. None: it had no engine.
+std::optional<std::time_t> RecordedUntil(Connection& connection, const std::string& line);
 
 // In the order in which they ended.
 std::vector<Send> SendsOf(Connection& connection, const std::string& alarm);

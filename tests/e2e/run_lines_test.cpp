@@ -217,6 +217,7 @@ TEST_F(RunLines, LoseNoPageWhenOneIsKilled) {
     EXPECT_THAT(run.err, HasSubstr("line \"COM 1\": its process was killed; it is started anew"));
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
     EXPECT_THAT(Stories(), ElementsAre("bound done 1"));
+    EXPECT_THAT(Sends(), ElementsAre("cut off 0 COM 1", "sent 0 COM 1"));
 }
 
 TEST_F(RunLines, FinishThePageOnTheLineWhenTheNodeIsKilledAndTheNextWaits) {

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "host/pages/history.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -110,6 +111,62 @@ TEST_F(TheTraceOfALine, RecordsEachSendingByTheNameOfTheLine) {
     EXPECT_THAT(Rows("outcome || ' by ' || port FROM Host_Sends"), ElementsAre("dialled by north"));
     EXPECT_THAT(seen, ElementsAre("duty"));
     EXPECT_EQ(nullptr, trace.UnderWay());
+}
+
+// --- What a process has left that was killed.
+
+class TheTraceThatWasLeft : public TheTraceOfALine {
+ protected:
+    // The process before, which has recorded its first page.
+    TheTraceThatWasLeft() {
+        NoteEngineStart(connection, "north");
+        Start();
+        Add(Page());
+        trace.Look();
+    }
+    // A page that ends so many seconds past ten.
+    static std::string PageAt(int second) {
+        std::string text = Page();
+        const std::string from = "10: 0: 0";
+        const std::string to = "10: 0:" + std::to_string(second);
+        for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+            text.replace(at, from.size(), to);
+        }
+        return text.replace(text.find("10:00:00"), 8, "10:00:" + std::to_string(second));
+    }
+    std::vector<std::string> Sends() {
+        return Rows("outcome || ' ' || (at - 978948000) FROM Host_Sends");
+    }
+    void StartAnother() {
+        LineTrace another(connection, North(), Encoding::kLatin1, log, [](const TracedPage&) {});
+        another.RecordLeft();
+        NoteEngineStart(connection, "north");
+        another.Begin();
+    }
+};
+
+TEST_F(TheTraceThatWasLeft, IsRecordedByTheNextProcess) {
+    Add(PageAt(20));
+    Add(PageAt(40).substr(0, PageAt(40).find("After Dial") - 9));
+    sleep(60);
+    StartAnother();
+    EXPECT_THAT(Sends(), ElementsAre("dialled 0", "dialled 20", "cut off 40"));
+}
+
+TEST_F(TheTraceThatWasLeft, IsRecordedOnce) {
+    Add(PageAt(20));
+    sleep(60);
+    StartAnother();
+    StartAnother();
+    EXPECT_THAT(Sends(), ElementsAre("dialled 0", "dialled 20"));
+}
+
+TEST_F(TheTraceThatWasLeft, IsNotThatOfAnotherDatabase) {
+    Execute("DELETE FROM Host_History");
+    Add(PageAt(20));
+    sleep(60);
+    StartAnother();
+    EXPECT_THAT(Sends(), ElementsAre("dialled 0"));
 }
 
 TEST_F(TheTraceOfALine, ShowsThePageThatIsUnderWay) {
