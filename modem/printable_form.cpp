@@ -13,7 +13,7 @@ void AppendCode(std::string& shown, signed char byte) {
         shown += "<fff";
         return;
     }
-    const auto code = static_cast<unsigned>(byte);
+    const auto code = static_cast<unsigned char>(byte);
     shown += {'<', code < 16 ? ' ' : kDigits[code / 16], kDigits[code % 16], '>'};
 }
 

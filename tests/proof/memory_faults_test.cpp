@@ -218,6 +218,22 @@ TEST_F(MemoryFaults, QueueingAPageToASecondPager) {
     });
 }
 
+// What an earlier engine has left of it is read to be replaced.
+TEST_F(MemoryFaults, QueueingAPageWhoseRowIsThere) {
+    Start();
+    const NoWorker no_worker;
+    ForEachAllocation(Whose::kCallers, [&](int nth) {
+        const int alarm = NewAlarm();
+        AddRow(alarm, "text");
+        const int queued = m_pPagingQ->GetCount();
+        const std::optional<int> answer = CallForward(alarm, "text");
+        ASSERT_TRUE(answer) << "the engine is up";
+        EXPECT_TRUE(*answer == 1 || (*answer == 0 && nth > 0)) << *answer;
+        EXPECT_EQ(1U, RowsOf(alarm));
+        EXPECT_EQ(queued + *answer, m_pPagingQ->GetCount());
+    });
+}
+
 // The first call brings the engine up: the one exception that passes on, whatever part of it memory
 // runs out for. The next call tries again.
 TEST_F(MemoryFaults, QueueingTheFirstPage) {
@@ -290,6 +306,7 @@ TEST_F(MemoryFaults, StartWithPendingPages) {
     ForEachAllocation(Whose::kCallers, [&](int) {
         AddRow(acknowledged, "tap");
         EXPECT_TRUE(CallStart() || !CPagerHdl::IsRunning()) << "then no exception";
+        EXPECT_EQ(nullptr, CPagerHdl::m_pPagerEventsList);
         EXPECT_EQ(1U, RowsOf(first));
         EXPECT_EQ(1U, RowsOf(second));
         EXPECT_EQ(line.Opens(), line.Closes());
