@@ -94,12 +94,16 @@ void TomlTable::Finish() {
         if (std::find(asked_for_.begin(), asked_for_.end(), name) != asked_for_.end()) {
             continue;
         }
-        std::string known;
-        for (const std::string& one : asked_for_) {
-            known.append(known.empty() ? "" : ", ").append(one);
-        }
-        Tell(node, what_ + " knows no " + name + "; it knows " + known);
+        TellUnknown(node, name);
     }
+}
+
+void TomlTable::TellUnknown(const toml::node& where, const std::string& name) {
+    std::string known;
+    for (const std::string& one : asked_for_) {
+        known.append(known.empty() ? "" : ", ").append(one);
+    }
+    Tell(where, what_ + " knows no " + name + "; it knows " + known);
 }
 
 void TomlTable::Tell(const toml::node& where, const std::string& what) {

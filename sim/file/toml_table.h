@@ -70,6 +70,7 @@ class TomlTable {
     const toml::node* Find(std::string_view key);
     std::optional<std::int64_t> Number(std::string_view key, std::int64_t least, std::int64_t most);
     void Tell(const toml::node& where, const std::string& what);
+    void TellUnknown(const toml::node& where, const std::string& name);
 
     const toml::table& table_;
     const std::string file_, what_;
