@@ -4,9 +4,13 @@
 
 #include <string>
 
+#include "host/devices/at_dialogue.h"
 #include "host/lines/line_exit.h"
 
 namespace host {
+
+// Whether the modem answers, and in words from now on. It is asked more than once.
+bool Wakes(AtDialogue& modem);
 
 // Opens the device, says "AT", and waits for the answer: kDone, kNoDevice or kSilent. dial_tone:
 // asks, too, whether the modem hears one, by taking the receiver off and dialling nobody: kNoTone.

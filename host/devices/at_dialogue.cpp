@@ -1,0 +1,158 @@
+// Commands and answers. Tested by tests/unit/host/at_dialogue_test.cpp.
+#include "host/devices/at_dialogue.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+namespace host {
+namespace {
+
+constexpr std::chrono::milliseconds kStep{100};
+constexpr std::chrono::milliseconds kGuard{1200};  // S12 is a second, and modems' clocks are coarse
+constexpr std::chrono::milliseconds kEscapeAnswer{3000};  // the guard time behind it, too
+constexpr std::chrono::milliseconds kDtrDropped{1000};
+constexpr size_t kMostBytes = 4096;
+
+struct Speed {
+    int bits;
+    speed_t code;
+};
+constexpr Speed kCodes[] = {{300, B300},       {1200, B1200},     {2400, B2400},    {4800, B4800},
+                            {9600, B9600},     {19200, B19200},   {38400, B38400},  {57600, B57600},
+                            {115200, B115200}, {230400, B230400}, {460800, B460800}};
+
+// V.250, chapter 6.3 and Table 1, and what modems say besides.
+constexpr std::string_view kResults[] = {"OK",          "ERROR",     "BUSY",        "NO CARRIER",
+                                         "NO DIALTONE", "NO ANSWER", "NO DIAL TONE"};
+
+speed_t CodeOf(int bits) {
+    for (const Speed& speed : kCodes) {
+        if (speed.bits == bits) {
+            return speed.code;
+        }
+    }
+    return B9600;
+}
+
+void Pause(AtDialogue::Milliseconds length) {
+    poll(nullptr, 0, static_cast<int>(length.count()));
+}
+
+bool IsResult(const std::string& line) {
+    return std::find(std::begin(kResults), std::end(kResults), line) != std::end(kResults) ||
+           line.rfind("CONNECT", 0) == 0;
+}
+
+// Those that have ended.
+std::vector<std::string> LinesOf(const std::string& heard) {
+    std::vector<std::string> lines;
+    std::string line;
+    for (const char c : heard) {
+        if (c != '\r' && c != '\n') {
+            line += c;
+        } else if (!line.empty()) {
+            lines.push_back(std::move(line));
+            line.clear();
+        }
+    }
+    return lines;
+}
+
+AtAnswer AnswerIn(const std::string& heard, const std::string& echo) {
+    AtAnswer answer;
+    for (std::string& line : LinesOf(heard)) {
+        if (IsResult(line)) {
+            answer.result = std::move(line);
+            break;
+        }
+        if (line != echo) {
+            answer.said.push_back(std::move(line));
+        }
+    }
+    return answer;
+}
+
+}  // namespace
+
+AtDialogue::AtDialogue(const std::string& device, int speed)
+    : line_(open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
+    if (!line_.IsOpen()) {
+        why_not_ = std::string("can't be opened: ") + std::strerror(errno);
+    } else if (tcgetattr(line_.Number(), &before_) != 0) {
+        why_not_ = "is no serial line";
+    } else {
+        SetUp(speed);
+    }
+}
+
+AtDialogue::~AtDialogue() {
+    if (why_not_.empty()) {
+        tcflush(line_.Number(), TCIOFLUSH);
+        tcsetattr(line_.Number(), TCSANOW, &before_);
+    }
+}
+
+void AtDialogue::SetUp(int speed) {
+    asking_ = before_;
+    cfmakeraw(&asking_);
+    asking_.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | CRTSCTS);
+    asking_.c_cflag |= CLOCAL | CREAD;
+    cfsetspeed(&asking_, CodeOf(speed));
+    if (tcsetattr(line_.Number(), TCSANOW, &asking_) != 0) {
+        why_not_ = std::string("can't be set: ") + std::strerror(errno);
+    }
+}
+
+AtAnswer AtDialogue::Ask(const std::string& command, Milliseconds longest) {
+    return Say(command + "\r", command, longest);
+}
+
+AtAnswer AtDialogue::Escape() {
+    Pause(kGuard);
+    return Say("+++", "+++", kEscapeAnswer);
+}
+
+void AtDialogue::DropDtr() {
+    termios dropped = asking_;
+    cfsetspeed(&dropped, B0);
+    tcsetattr(line_.Number(), TCSANOW, &dropped);
+    Pause(kDtrDropped);
+    tcsetattr(line_.Number(), TCSANOW, &asking_);
+}
+
+AtAnswer AtDialogue::Say(const std::string& bytes, const std::string& echo, Milliseconds longest) {
+    tcflush(line_.Number(), TCIFLUSH);
+    const ssize_t size = static_cast<ssize_t>(bytes.size());
+    return write(line_.Number(), bytes.data(), bytes.size()) == size ? AnswerIn(Hear(longest), echo)
+                                                                     : AtAnswer();
+}
+
+std::string AtDialogue::Hear(Milliseconds longest) const {
+    std::string heard;
+    for (Milliseconds left = longest; left.count() > 0 && heard.size() < kMostBytes;) {
+        pollfd input{line_.Number(), POLLIN, 0};
+        if (poll(&input, 1, static_cast<int>(kStep.count())) <= 0) {
+            left -= kStep;
+            continue;
+        }
+        std::array<char, 256> bytes{};
+        const ssize_t count = read(line_.Number(), bytes.data(), bytes.size());
+        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+            break;  // it has gone
+        }
+        heard.append(bytes.data(), count > 0 ? static_cast<size_t>(count) : 0);
+        if (!AnswerIn(heard, "").result.empty()) {
+            break;
+        }
+    }
+    return heard;
+}
+
+}  // namespace host

@@ -1,0 +1,120 @@
+// Commands to a modem and its answers, on simulated lines under the virtual clock.
+#include "host/devices/at_dialogue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "sim/testing.h"
+
+namespace host {
+namespace {
+
+using pagersim::Milliseconds;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class TalkWithAModem : public ::testing::Test {
+ protected:
+    static constexpr Milliseconds kSecond{1000};
+
+    AtAnswer Ask(const std::string& command, Milliseconds longest = kSecond) {
+        return AtDialogue("/dev/ttyS0", 9600).Ask(command, longest);
+    }
+
+    const pagersim::VirtualClock clock;
+    pagersim::ScriptedLine line{1};
+};
+
+TEST_F(TalkWithAModem, HearsWhatStandsBetweenTheEchoAndTheResult) {
+    line.Hears("ATI\r").Says("ATI\r\r\nMaker\r\n\r\nModel\r\n\r\nOK\r\n");
+    const AtAnswer answer = Ask("ATI");
+    EXPECT_TRUE(answer.IsOk());
+    EXPECT_THAT(answer.said, ElementsAre("Maker", "Model"));
+    EXPECT_EQ("", line.Verdict());
+    EXPECT_EQ(1, line.Closes());
+}
+
+class EachResult : public TalkWithAModem, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(EachResult, EndsTheAnswer) {
+    line.Hears("ATDT1\r").Says("\r\n" + std::string(GetParam()) + "\r\n", Milliseconds(20));
+    const AtAnswer answer = Ask("ATDT1", 60 * kSecond);
+    EXPECT_EQ(GetParam(), answer.result);
+    EXPECT_THAT(answer.said, IsEmpty());
+    EXPECT_EQ(answer.result == "OK", answer.IsOk());
+    EXPECT_EQ(answer.result.substr(0, 7) == "CONNECT", answer.IsConnect());
+    EXPECT_GT(kSecond, pagersim::VirtualClock::Now());
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAModem, EachResult,
+                         ::testing::Values("OK", "ERROR", "BUSY", "NO CARRIER", "NO DIALTONE",
+                                           "NO DIAL TONE", "NO ANSWER", "CONNECT",
+                                           "CONNECT 33600/ARQ/V34"));
+
+TEST_F(TalkWithAModem, HearsAResultToItsEnd) {
+    line.Hears("ATDT1\r").Says("\r\nCONNECT 12");
+    line.Says("00\r\nID=", Milliseconds(300));
+    EXPECT_EQ("CONNECT 1200", Ask("ATDT1").result);
+}
+
+TEST_F(TalkWithAModem, TakesALineThatOnlyBeginsLikeAResultForNone) {
+    line.Hears("ATI\r").Says("OKI modem\r\nBUSY\r\n");
+    const AtAnswer answer = Ask("ATI");
+    EXPECT_EQ("BUSY", answer.result);
+    EXPECT_THAT(answer.said, ElementsAre("OKI modem"));
+}
+
+TEST_F(TalkWithAModem, TakesNothingFromBeforeForAnAnswer) {
+    line.Hears("ATH\r").Says("NO CARRIER\r\n").Says("OK\r\n", Milliseconds(40));
+    line.Hears("ATZ\r").Says("ERROR\r\n", Milliseconds(40));
+    AtDialogue modem("/dev/ttyS0", 9600);
+    EXPECT_EQ("NO CARRIER", modem.Ask("ATH", kSecond).result);
+    modem.DropDtr();
+    EXPECT_EQ("ERROR", modem.Ask("ATZ", kSecond).result);
+}
+
+TEST_F(TalkWithAModem, WaitsSoLongAndNoLonger) {
+    line.HearsAnything(3);
+    EXPECT_EQ("", Ask("AT", 2 * kSecond).result);
+    EXPECT_EQ(2 * kSecond, pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, EscapesBetweenTwoSilences) {
+    line.Hears("ATDT1\r").Says("CONNECT 1200\r\n");
+    line.Hears("+++").Says("\r\nOK\r\n", Milliseconds(1100));
+    AtDialogue modem("/dev/ttyS0", 9600);
+    EXPECT_TRUE(modem.Ask("ATDT1", kSecond).IsConnect());
+    EXPECT_TRUE(modem.Escape().IsOk());
+    EXPECT_LE(2 * kSecond + Milliseconds(200), pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, HasItsSpeedBackBehindTheDropOfDtr) {
+    AtDialogue modem("/dev/ttyS0", 1200);
+    modem.DropDtr();
+    const termios after = line.Settings();
+    EXPECT_EQ(static_cast<speed_t>(B1200), cfgetospeed(&after));
+    EXPECT_EQ(kSecond, pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, EndsWhereTheDeviceGoes) {
+    line.Hears("AT\r").Vanishes();
+    EXPECT_EQ("", Ask("AT", 60 * kSecond).result);
+    EXPECT_GT(kSecond, pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, EndsWhereTheAnswerNeverDoes) {
+    line.Hears("AT\r").Says(std::string(100000, 'x'));
+    EXPECT_EQ("", Ask("AT", 60 * kSecond).result);
+    EXPECT_GT(10 * kSecond, pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, SaysWhyItCant) {
+    line.PlugOut();
+    EXPECT_EQ("can't be opened: No such file or directory", AtDialogue("/dev/ttyS0", 0).WhyNot());
+    EXPECT_EQ("is no serial line", AtDialogue("/dev/null", 0).WhyNot());
+}
+
+}  // namespace
+}  // namespace host
