@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "host/cli/line_commands.h"
 #include "host/cli/lines_view.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
@@ -21,17 +22,13 @@ ExitCode Pause(const Program& program, const std::string& name, bool pause) {
     Lease lease(program.database);
     Connection& connection = lease.Database();
     const Encoding encoding = EncodingOf(connection);
-    const std::optional<LineState> line = FindLine(connection, InTables(name, encoding));
-    if (!line) {
-        throw Failure(kUsage, "there is no line \"" + name + "\"; " +
-                                  ListNames("lines", LineNames(connection), encoding));
-    }
+    const std::string cell = FindNamedLine(connection, name, encoding).name;
     const std::string shown = "line \"" + Printable(name) + "\": ";
-    if (line->paused == pause) {
+    if (FindLine(connection, cell)->paused == pause) {
         std::cout << shown << (pause ? "was paused before\n" : "was not paused\n");
         return kDone;
     }
-    SetPaused(connection, line->line, pause);
+    SetPaused(connection, cell, pause);
     std::cout << shown << (pause ? "paused\n" : "in service again\n");
     return kDone;
 }
@@ -71,9 +68,18 @@ void AddLineList(CLI::App& line, Program& program) {
 
 }  // namespace
 
+SiteLine FindNamedLine(Connection& connection, const std::string& name, Encoding encoding) {
+    std::optional<SiteLine> line = FindSiteLine(connection, InTables(name, encoding));
+    if (!line) {
+        throw Failure(kUsage, "there is no line \"" + name + "\"; " +
+                                  ListNames("lines", LineNames(connection), encoding));
+    }
+    return *std::move(line);
+}
+
 void AddLine(CLI::App& app, Program& program) {
     CLI::App* const command =
-        app.add_subcommand("line", "Show lines, take one out of service, put it back");
+        app.add_subcommand("line", "Show lines, try one, take one out of service, put it back");
     command->require_subcommand(1);
     command->fallthrough();
     AddLineList(*command, program);
@@ -86,6 +92,7 @@ void AddLine(CLI::App& app, Program& program) {
     AddPausing(*command, program, "resume", "Put a line back into service", false,
                "Example:\n"
                "  pagerfwd line resume \"COM 2\"\n");
+    AddLineTest(*command, program);
 }
 
 }  // namespace host

@@ -16,6 +16,7 @@ void AddServeLine(CLI::App& app, Program& program) {
     command->add_option("--bell", options->bell);
     command->add_flag("--ask", options->ask);
     command->add_flag("--dial-tone", options->dial_tone);
+    command->add_flag("--call", options->call);
     command->callback([options, &program] {
         program.command = [options, &program] {
             options->database = program.database;

@@ -1,16 +1,15 @@
 // pagerfwd test: one page, now. Tested by tests/unit/host/cli_test.cpp and tests/e2e.
 #include <CLI/CLI.hpp>
-#include <chrono>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 
 #include "host/cli/elapsed.h"
 #include "host/cli/names.h"
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
+#include "host/cli/running_engine.h"
 #include "host/cli/test_results.h"
 #include "host/line/own_line.h"
 #include "host/line/send_test_page.h"
@@ -66,31 +65,10 @@ std::unique_ptr<OwnLine> MakeOwnLine(const Program& program, Connection& connect
         OwnLineOptions{program.database, program.locks, program.library}, *line);
 }
 
-// None: the engine that was asked has ended, and this test page was not sent.
-std::optional<int32_t> SendByRunningEngine(const Program& program, Lease& lease,
-                                           const PagerRow& pager, const std::string& line) {
-    constexpr std::chrono::milliseconds kBetweenLooks{200};
-    LockFile lock = NodeLock(program.database);
-    const int64_t asked = AskForTestPage(lease.Database(), lease.Owners(), pager.description, line);
-    std::optional<int32_t> answer;
-    do {
-        std::this_thread::sleep_for(kBetweenLooks);
-        answer = TestPageAnswer(lease.Database(), asked);
-    } while (!answer && lock.IsTaken());
-    if (!answer) {
-        answer = TestPageAnswer(lease.Database(), asked);
-    }
-    ForgetTestPage(lease.Database(), asked);
-    return answer;
-}
-
 int32_t AskRunningEngine(const Program& program, Lease& lease, const PagerRow& pager,
                          const std::string& line) {
-    const std::optional<int32_t> answer = SendByRunningEngine(program, lease, pager, line);
-    if (!answer) {
-        throw Failure(kCannot, "the engine that was running ended before it sent the page");
-    }
-    return *answer;
+    const int64_t asked = AskForTestPage(lease.Database(), lease.Owners(), pager.description, line);
+    return AwaitAnswer(program.database, lease, asked).answer;
 }
 
 const TestResult& MeaningOf(int32_t code, const PagerRow& pager) {

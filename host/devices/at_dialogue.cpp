@@ -15,6 +15,7 @@ namespace host {
 namespace {
 
 constexpr std::chrono::milliseconds kStep{100};
+constexpr std::chrono::milliseconds kBetweenCommands{100};  // V.250, chapter 5.2.2
 constexpr std::chrono::milliseconds kGuard{1200};  // S12 is a second, and modems' clocks are coarse
 constexpr std::chrono::milliseconds kEscapeAnswer{3000};  // the guard time behind it, too
 constexpr std::chrono::milliseconds kDtrDropped{1000};
@@ -79,6 +80,14 @@ AtAnswer AnswerIn(const std::string& heard, const std::string& echo) {
     return answer;
 }
 
+// Adds what has come. False: the device has gone.
+bool Read(int line, std::string& heard) {
+    std::array<char, 256> bytes{};
+    const ssize_t count = read(line, bytes.data(), bytes.size());
+    heard.append(bytes.data(), count > 0 ? static_cast<size_t>(count) : 0);
+    return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
 }  // namespace
 
 AtDialogue::AtDialogue(const std::string& device, int speed)
@@ -103,15 +112,15 @@ void AtDialogue::SetUp(int speed) {
     asking_ = before_;
     cfmakeraw(&asking_);
     asking_.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | CRTSCTS);
-    asking_.c_cflag |= CLOCAL | CREAD;
+    asking_.c_cflag |= CLOCAL | CREAD | HUPCL;
     cfsetspeed(&asking_, CodeOf(speed));
     if (tcsetattr(line_.Number(), TCSANOW, &asking_) != 0) {
         why_not_ = std::string("can't be set: ") + std::strerror(errno);
     }
 }
 
-AtAnswer AtDialogue::Ask(const std::string& command, Milliseconds longest) {
-    return Say(command + "\r", command, longest);
+AtAnswer AtDialogue::Ask(const std::string& command, Milliseconds longest, int until) {
+    return Say(command + "\r", command, longest, until);
 }
 
 AtAnswer AtDialogue::Escape() {
@@ -127,28 +136,24 @@ void AtDialogue::DropDtr() {
     tcsetattr(line_.Number(), TCSANOW, &asking_);
 }
 
-AtAnswer AtDialogue::Say(const std::string& bytes, const std::string& echo, Milliseconds longest) {
+AtAnswer AtDialogue::Say(const std::string& bytes, const std::string& echo, Milliseconds longest,
+                         int until) {
+    Pause(kBetweenCommands);
     tcflush(line_.Number(), TCIFLUSH);
     const ssize_t size = static_cast<ssize_t>(bytes.size());
-    return write(line_.Number(), bytes.data(), bytes.size()) == size ? AnswerIn(Hear(longest), echo)
-                                                                     : AtAnswer();
+    return write(line_.Number(), bytes.data(), bytes.size()) == size
+               ? AnswerIn(Hear(longest, until), echo)
+               : AtAnswer();
 }
 
-std::string AtDialogue::Hear(Milliseconds longest) const {
+std::string AtDialogue::Hear(Milliseconds longest, int until) const {
     std::string heard;
-    for (Milliseconds left = longest; left.count() > 0 && heard.size() < kMostBytes;) {
-        pollfd input{line_.Number(), POLLIN, 0};
-        if (poll(&input, 1, static_cast<int>(kStep.count())) <= 0) {
+    Milliseconds left = longest;
+    std::array<pollfd, 2> awaited{{{line_.Number(), POLLIN, 0}, {until, POLLIN, 0}}};
+    while (left.count() > 0 && heard.size() < kMostBytes && AnswerIn(heard, "").result.empty()) {
+        if (poll(awaited.data(), awaited.size(), static_cast<int>(kStep.count())) <= 0) {
             left -= kStep;
-            continue;
-        }
-        std::array<char, 256> bytes{};
-        const ssize_t count = read(line_.Number(), bytes.data(), bytes.size());
-        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
-            break;  // it has gone
-        }
-        heard.append(bytes.data(), count > 0 ? static_cast<size_t>(count) : 0);
-        if (!AnswerIn(heard, "").result.empty()) {
+        } else if (awaited[1].revents != 0 || !Read(line_.Number(), heard)) {
             break;
         }
     }

@@ -41,8 +41,9 @@ class AtDialogue {
     const std::string& WhyNot() const { return why_not_; }
 
     // Says the command, and hears what comes until a result code of V.250 or of common modems ends
-    // it, or nothing has come for so long. Nothing that came before is part of the answer.
-    AtAnswer Ask(const std::string& command, Milliseconds longest);
+    // it, nothing has come for so long, or a descriptor can be read, if one is given. Nothing that
+    // came before is part of the answer.
+    AtAnswer Ask(const std::string& command, Milliseconds longest, int until = -1);
 
     // Out of a call into the command state: "+++" with a second of silence on either side, as
     // modems ask for unless they were told otherwise. The call goes on.
@@ -53,8 +54,9 @@ class AtDialogue {
 
  private:
     void SetUp(int speed);
-    AtAnswer Say(const std::string& bytes, const std::string& echo, Milliseconds longest);
-    std::string Hear(Milliseconds longest) const;
+    AtAnswer Say(const std::string& bytes, const std::string& echo, Milliseconds longest,
+                 int until = -1);
+    std::string Hear(Milliseconds longest, int until) const;
 
     const Descriptor line_;
     std::string why_not_;

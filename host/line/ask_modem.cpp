@@ -7,14 +7,13 @@ namespace host {
 namespace {
 
 constexpr int kTimesAsked = 3;  // the first letters after a pause may be lost
-constexpr AtDialogue::Milliseconds kAnswer{2000};
 constexpr AtDialogue::Milliseconds kTone{10000};
 
 }  // namespace
 
 bool Wakes(AtDialogue& modem) {
     for (int asked = 0; asked < kTimesAsked; ++asked) {
-        if (modem.Ask("ATV1", kAnswer).IsOk()) {
+        if (modem.Ask("ATV1", kModemAnswers).IsOk()) {
             return true;
         }
     }
@@ -33,7 +32,7 @@ LineExit AskModem(const std::string& device, bool dial_tone) {
         return LineExit::kDone;
     }
     const bool tone = modem.Ask("ATX4DT;", kTone).IsOk();
-    modem.Ask("ATH", kAnswer);
+    modem.Ask("ATH", kModemAnswers);
     return tone ? LineExit::kDone : LineExit::kNoTone;
 }
 

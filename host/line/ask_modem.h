@@ -9,6 +9,9 @@
 
 namespace host {
 
+// How long a modem may take to answer a command that lets it do nothing.
+inline constexpr AtDialogue::Milliseconds kModemAnswers{2000};
+
 // Whether the modem answers, and in words from now on. It is asked more than once.
 bool Wakes(AtDialogue& modem);
 

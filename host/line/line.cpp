@@ -10,14 +10,10 @@
 #include <ctime>
 #include <utility>
 
-#include "host/line/send_test_page.h"
 #include "host/pages/history.h"
 #include "host/pages/lines.h"
-#include "host/pages/test_pages.h"
 #include "host/platform/bell.h"
 #include "host/process/signals_held.h"
-#include "host/site/site_tables.h"
-#include "host/store/line_view.h"
 #include "host/store/pending.h"
 #include "host/text_helpers.h"
 
@@ -141,7 +137,7 @@ void Line::StepOrReport() {
 void Line::Step() {
     trace_.Look();
     BringUpEngine();
-    SendTestPages();
+    AnswerTests();
     hand_over_.Run(lease_.Database());
     NoteDoing(Doing());
 }
@@ -174,31 +170,6 @@ int32_t Line::Forward(const Alarm& alarm, const Delivery& delivery) {
     const int32_t answer = library_.AlarmFwdPager(&info, server.data(), unused.data(), pagers, 1);
     RingBell();
     return answer;
-}
-
-// Each may take as long as two pages: the one on the line, and its own.
-void Line::SendTestPages() {
-    for (const AskedTestPage& asked : AskedTestPages(lease_.Database(), lease_.Owners())) {
-        if (asked.line != line_.name) {
-            continue;
-        }
-        NoteDoing("test page to " + asked.pager);
-        const int32_t answer = SendTestPageTo(asked.pager);
-        log_.Info("test page to \"" + Decode(asked.pager, encoding_) + "\": result " +
-                  std::to_string(answer));
-        AnswerTestPage(lease_.Database(), asked.asked, answer);
-    }
-}
-
-int32_t Line::SendTestPageTo(const std::string& pager) {
-    const std::vector<PagerRow> rows = FindPagers(lease_.Database(), pager);
-    if (rows.size() != 1) {
-        return kPagerUnknown;
-    }
-    PagerRow row = rows.front();
-    row.port = PortInView(row.port);
-    const SignalsHeld held;
-    return SendTestPage(library_, database_, std::move(row));
 }
 
 std::string Line::Doing() const {

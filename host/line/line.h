@@ -14,6 +14,7 @@
 #include "host/line/hand_over.h"
 #include "host/line/line_trace.h"
 #include "host/lines/line_exit.h"
+#include "host/pages/test_pages.h"
 #include "host/process/bell_socket.h"
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
@@ -38,7 +39,9 @@ class Line {
     void StepOrReport();
     void Step();
     bool IsStuck();
-    void SendTestPages();
+    void AnswerTests();
+    void SendTestPageFor(const AskedTestPage& asked);
+    void CallFor(const AskedTestPage& asked);
     int32_t SendTestPageTo(const std::string& pager);
     void TellWhatIsLost();
     void NoteDoing(const std::string& doing);

@@ -12,11 +12,9 @@
 namespace host {
 namespace {
 
-constexpr const char* kHolder = "test";
-
-LockFile TakeEngineLock(const std::string& database) {
+LockFile TakeEngineLock(const std::string& database, const std::string& holder) {
     LockFile lock = EngineLock(database);
-    if (!lock.TryTake(kHolder)) {
+    if (!lock.TryTake(holder)) {
         throw InUse(database +
                     ": lines of a pagerfwd run that has ended are finishing their pages; try again "
                     "in a few minutes");
@@ -33,12 +31,14 @@ const std::string& SetUp(const OwnLineOptions& options, const SiteLine& line) {
 
 }  // namespace
 
+OwnLineLocks::OwnLineLocks(const OwnLineOptions& options, const SiteLine& line,
+                           const std::string& holder)
+    : node_(TakeNodeLock(options.database, holder)),
+      engine_(TakeEngineLock(options.database, holder)),
+      device_(TakeDevice({options.database, options.locks}, line, holder)) {}
+
 OwnLine::OwnLine(const OwnLineOptions& options, const SiteLine& line)
-    : database_(options.database),
-      node_(TakeNodeLock(options.database, kHolder)),
-      engine_(TakeEngineLock(options.database)),
-      device_(TakeDevice({options.database, options.locks}, line, kHolder)),
-      library_(SetUp(options, line)) {}
+    : database_(options.database), locks_(options, line, "test"), library_(SetUp(options, line)) {}
 
 int32_t OwnLine::Send(const PagerRow& pager) const {
     PagerRow in_view = pager;

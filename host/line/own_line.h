@@ -1,4 +1,5 @@
-// A line in this very process, for the length of a test page: where no node serves the database.
+// A line in this very process, for the length of a test page or a test call: where no node serves
+// the database.
 //
 // What is pending stays as it is: the library of this process sees none of it.
 //
@@ -22,6 +23,17 @@ struct OwnLineOptions {
     std::string library;  // empty: searched for
 };
 
+// What keeps others away meanwhile. holder: the command, for their messages.
+class OwnLineLocks {
+ public:
+    OwnLineLocks(const OwnLineOptions& options, const SiteLine& line, const std::string& holder);
+
+ private:
+    const LockFile node_;
+    const LockFile engine_;
+    const LockFile device_;
+};
+
 class OwnLine {
  public:
     OwnLine(const OwnLineOptions& options, const SiteLine& line);
@@ -31,9 +43,7 @@ class OwnLine {
 
  private:
     const std::string database_;
-    const LockFile node_;
-    const LockFile engine_;
-    const LockFile device_;
+    const OwnLineLocks locks_;
     const Library library_;
 };
 

@@ -12,6 +12,7 @@
 
 #include "host/library/library.h"
 #include "host/line/ask_modem.h"
+#include "host/line/asked_call.h"
 #include "host/line/line.h"
 #include "host/line/take_device.h"
 #include "host/line/trace_switch.h"
@@ -54,6 +55,9 @@ LineExit Serve(const ServeLineOptions& options, OperatorLog& log) {
     if (options.ask) {
         const Library needed(options.library);  // without it the line is as sick as without a modem
         return AskModem(line.device, options.dial_tone);
+    }
+    if (options.call) {
+        return MakeFirstAskedCall(options.database, line, log);
     }
     SetOwnDevice(line.device);
     SetLineView(LineView{line.name});

@@ -18,6 +18,7 @@ struct ServeLineOptions {
     int bell = -1;           // the descriptor of its end of the node's bell
     bool ask = false;        // only to ask the modem whether it is there
     bool dial_tone = false;  // ... and whether it hears one
+    bool call = false;       // only to make the test call that is asked of the line
 };
 
 // In the line's folder.

@@ -7,13 +7,14 @@ namespace host {
 namespace {
 
 constexpr const char* kSelect =
-    "SELECT Description, device, \"Select\", PagerDial, SMS1Dial, SMS2Dial, * FROM "
+    "SELECT Description, device, \"Select\", PagerDial, SMS1Dial, SMS2Dial, Baud, Init, Reset, * "
+    "FROM "
     "AlarmFwd_COMProperties ";
 // Types of pagers that have a dial command of their own.
 constexpr const char* kTap = "4";
 constexpr const char* kUcp = "5";
 
-constexpr int kFirstOfAll = 6;  // the columns of the star
+constexpr int kFirstOfAll = 9;  // the columns of the star
 
 // A row that was written again as it was has another number, and is the same line.
 std::string AllCells(const Statement& statement) {
@@ -32,6 +33,9 @@ SiteLine LineIn(const Statement& statement) {
             std::string(statement.Text(3)),
             std::string(statement.Text(4)),
             std::string(statement.Text(5)),
+            static_cast<int>(statement.Number(6)),
+            std::string(statement.Text(7)),
+            std::string(statement.Text(8)),
             AllCells(statement)};
 }
 

@@ -20,6 +20,9 @@ struct SiteLine {
     std::string pager_dial;  // commands that dial, by the type of a pager; empty: none
     std::string sms1_dial;
     std::string sms2_dial;
+    int baud = 0;      // bit/s
+    std::string init;  // the modem's commands
+    std::string reset;
     std::string settings;  // all that the tables say of it, as one text
 
     // type: as the tables have it.

@@ -15,6 +15,7 @@ namespace {
 // No page takes longer (engine/longest_page.h), and so nothing that a line does.
 constexpr std::time_t kLongest = 10 * 60;
 constexpr std::time_t kLongestQuestion = 60;
+constexpr std::time_t kLongestCall = 4 * 60;
 constexpr std::time_t kLongestWithoutDevice = 5;  // nothing on the line can be finished then
 constexpr int kNoLineResult = 5;                  // of the library
 
@@ -36,7 +37,7 @@ void ServedLine::Look(std::time_t now) {
             Watch(now);
         }
     }
-    if (process_ || held_ || !MayBeServed()) {
+    if (process_ || held_ || leaving_) {
         return;
     }
     try {
@@ -47,15 +48,18 @@ void ServedLine::Look(std::time_t now) {
 }
 
 void ServedLine::StartOrAsk(std::time_t now) {
-    if (!health_.IsSick()) {
+    if (IsWanted()) {
         Start(now);
-    } else if (there_ && health_.IsToBeAsked(now)) {
+    } else if (to_call_) {
+        StartCalling(now);
+    } else if (!paused_ && there_ && health_.IsToBeAsked(now)) {
         StartAsking(now);
     }
 }
 
 // Its folder can't be used. The other lines notice nothing.
 void ServedLine::CannotStart(const std::string& why, std::time_t now) {
+    failed_call_ = why;
     const bool was_sick = health_.IsSick();
     was_sick ? health_.DidNotAnswer(why, now) : health_.FallSick(why, now);
     TellHealth(was_sick);
@@ -79,17 +83,27 @@ void ServedLine::Watch(std::time_t now) {
     if (MakesProgress()) {
         alive_ = now;
     }
-    const bool overdue = asking_   ? now > since_ + kLongestQuestion
-                         : ending_ ? now > since_ + (there_ ? kLongest : kLongestWithoutDevice)
-                                   : now > alive_ + kLongest;
-    if (overdue) {
+    if (IsOverdue(now)) {
         log_.Error(name_ + (there_ ? " makes no progress" : ": its page can't be finished") +
                    "; its process is killed");
         stuck_ = true;
         process_->Kill();
-    } else if (!ending_ && !asking_ && (!IsWanted() || renewing_ || held_)) {
+    } else if (!ending_ && task_ == Task::kServing && (!IsWanted() || renewing_ || held_)) {
         End(now);
     }
+}
+
+bool ServedLine::IsOverdue(std::time_t now) const {
+    switch (task_) {
+        case Task::kAsking:
+            return now > since_ + kLongestQuestion;
+        case Task::kCalling:
+            return now > since_ + kLongestCall;
+        case Task::kServing:
+            break;
+    }
+    return ending_ ? now > since_ + (there_ ? kLongest : kLongestWithoutDevice)
+                   : now > alive_ + kLongest;
 }
 
 void ServedLine::End(std::time_t now) {
@@ -110,17 +124,27 @@ bool ServedLine::MakesProgress() {
 void ServedLine::Ended(int status, std::time_t now) {
     const bool was_sick = health_.IsSick();
     process_.reset();
-    if (asking_) {
+    if (task_ == Task::kAsking) {
         status == 0 ? health_.Answered(now) : health_.DidNotAnswer(ReasonOf(status), now);
+    } else if (task_ == Task::kCalling) {
+        Called(status, now);
     } else if (!ending_) {
         log_.Warning(name_ + ": " + ReasonOf(status) + "; it is started anew");
         stuck_ || WasStuck(status) ? health_.Stuck(now) : health_.Died(ReasonOf(status), now);
     }
     stuck_ = false;
-    asking_ = false;
     ending_ = false;
     renewing_ = false;
     TellHealth(was_sick);
+}
+
+// The modem of a sick line that has answered is asked at once, so that the line is soon back.
+void ServedLine::Called(int status, std::time_t now) {
+    if (status == 0) {
+        health_.AskNow(now);
+    } else {
+        failed_call_ = ReasonOf(status);
+    }
 }
 
 // A device that couldn't be opened stays taken as long as the library is loaded.
@@ -146,23 +170,29 @@ void ServedLine::TellHealth(bool was_sick) {
 }
 
 void ServedLine::Start(std::time_t now) {
-    Launch({"serve-line", line_.name}, now);
+    Launch(Task::kServing, {}, now);
 }
 
 void ServedLine::StartAsking(std::time_t now) {
-    std::vector<std::string> question = {"serve-line", line_.name, "--ask"};
+    std::vector<std::string> question = {"--ask"};
     if (health_.LacksTone()) {
         question.emplace_back("--dial-tone");
     }
-    Launch(std::move(question), now);
-    asking_ = true;
+    Launch(Task::kAsking, question, now);
 }
 
-void ServedLine::Launch(std::vector<std::string> arguments, std::time_t now) {
+void ServedLine::StartCalling(std::time_t now) {
+    Launch(Task::kCalling, {"--call"}, now);
+}
+
+void ServedLine::Launch(Task task, const std::vector<std::string>& options, std::time_t now) {
+    task_ = task;
     since_ = now;
     alive_ = now;
     renewing_ = false;
-    arguments.insert(arguments.begin(), command_.program.begin(), command_.program.end());
+    std::vector<std::string> arguments = command_.program;
+    arguments.insert(arguments.end(), {"serve-line", line_.name});
+    arguments.insert(arguments.end(), options.begin(), options.end());
     process_ = std::make_unique<LineProcess>(
         std::move(arguments), MakeLineFolder(command_.database, line_.name), command_.lock);
 }

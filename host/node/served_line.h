@@ -13,6 +13,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/lines/site_lines.h"
@@ -39,11 +40,11 @@ class ServedLine {
     pid_t Process() const { return process_ ? process_->Number() : 0; }
 
     // Whether it can be given pages.
-    bool IsServed() const { return process_ && !asking_ && !ending_ && IsWanted(); }
+    bool IsServed() const { return process_ && task_ == Task::kServing && !ending_ && IsWanted(); }
     // Whether it can be soon, if it can't now.
     bool IsWanted() const { return MayBeServed() && !health_.IsSick(); }
     // Whether nobody works with its pages, and nobody will before the next look.
-    bool IsAtRest() const { return !process_ || asking_; }
+    bool IsAtRest() const { return !process_ || task_ != Task::kServing; }
 
     // Once a second: starts, watches and ends its process.
     void Look(std::time_t now);
@@ -54,6 +55,10 @@ class ServedLine {
     void SetPaused(bool paused) { paused_ = paused; }
     // For a moment, so that something can be done with its pages.
     void SetHeld(bool held) { held_ = held; }
+    // A test call is asked of it. Where no process serves it, one of its own makes the call.
+    void SetToCall(bool to_call) { to_call_ = to_call; }
+    // Why that process failed, if it did since the last look; else empty.
+    std::string TakeFailedCall() { return std::exchange(failed_call_, {}); }
     // As the node before left it.
     void WasSick(const std::string& why, std::time_t now);
     // The site knows it no more, knows it otherwise, or the node ends.
@@ -64,13 +69,18 @@ class ServedLine {
     void Ring() const;
 
  private:
+    enum class Task { kServing, kAsking, kCalling };  // the latter two are short
+
     void LookAtDevice(std::time_t now);
     void Watch(std::time_t now);
     void StartOrAsk(std::time_t now);
     void CannotStart(const std::string& why, std::time_t now);
     void Start(std::time_t now);
     void StartAsking(std::time_t now);
-    void Launch(std::vector<std::string> arguments, std::time_t now);
+    void StartCalling(std::time_t now);
+    void Launch(Task task, const std::vector<std::string>& options, std::time_t now);
+    bool IsOverdue(std::time_t now) const;
+    void Called(int status, std::time_t now);
     void Ended(int status, std::time_t now);
     void TellHealth(bool was_sick);
     bool MakesProgress();
@@ -83,11 +93,13 @@ class ServedLine {
     OperatorLog& log_;
     LineHealth health_;
     std::unique_ptr<LineProcess> process_;
-    bool asking_ = false;    // the process only asks the modem
-    bool ending_ = false;    // the process has been asked to end
-    bool renewing_ = false;  // ... to be started anew
+    Task task_ = Task::kServing;  // of the process
+    bool ending_ = false;         // the process has been asked to end
+    bool renewing_ = false;       // ... to be started anew
     bool paused_ = false;
     bool held_ = false;
+    bool to_call_ = false;
+    std::string failed_call_;
     bool leaving_ = false;
     bool stuck_ = false;     // the process was killed, since it made no progress
     bool there_ = true;      // the device

@@ -1,4 +1,4 @@
-// Test pages on their way to a line.
+// Test pages and test calls on their way to a line.
 //
 // Errors     StoreError.
 #ifndef PAGERFWD_HOST_NODE_TEST_ROUNDS_H
@@ -10,8 +10,8 @@
 
 namespace host {
 
-// Gives test pages that are asked for to lines. One that no line can send is answered at once, as
-// one that found no line.
+// Gives test pages and test calls that are asked for to lines. What no line can send is answered at
+// once, as what found no line. A call is made over sick and paused lines, too.
 void GiveTestPages(Lease& lease, const ServedLines& lines, const Dispatch& dispatch);
 
 }  // namespace host

@@ -1,6 +1,7 @@
 // Test pages asked for. Tested by tests/unit/host/test_pages_test.cpp.
 #include "host/pages/test_pages.h"
 
+#include <array>
 #include <vector>
 
 namespace host {
@@ -11,15 +12,18 @@ struct Row {
     int32_t asked_by;
     std::string pager;
     std::string line;
+    std::string number;
 };
 
 std::vector<Row> ReadRows(Connection& connection, const std::string& condition) {
     std::vector<Row> rows;
-    Statement statement(connection,
-                        "SELECT row_id, asked_by, pager, line FROM Host_TestPages " + condition);
+    Statement statement(
+        connection,
+        "SELECT row_id, asked_by, pager, line, number FROM Host_TestPages " + condition);
     while (statement.Step()) {
         rows.push_back({statement.Number(0), static_cast<int32_t>(statement.Number(1)),
-                        std::string(statement.Text(2)), std::string(statement.Text(3))});
+                        std::string(statement.Text(2)), std::string(statement.Text(3)),
+                        std::string(statement.Text(4))});
     }
     return rows;
 }
@@ -38,7 +42,8 @@ void ShortenNames(Connection& connection) {
             ReadRows(connection, "WHERE row_id = " + std::to_string(row));
         } catch (const RowTooLarge&) {
             WriteTransaction transaction(connection);
-            Statement(connection, "UPDATE Host_TestPages SET pager = '' WHERE row_id = ?")
+            Statement(connection,
+                      "UPDATE Host_TestPages SET pager = '', number = '' WHERE row_id = ?")
                 .Bind(row)
                 .Run();
             transaction.Commit();
@@ -56,17 +61,17 @@ std::vector<Row> OpenRows(Connection& connection) {
     }
 }
 
-}  // namespace
-
-int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager,
-                       const std::string& line) {
+int64_t Ask(Connection& connection, OwnerLock& owners, const std::array<std::string, 3>& cells) {
     const int64_t me = owners.Mine();
     WriteTransaction transaction(connection);
-    Statement(connection, "INSERT INTO Host_TestPages (asked_by, pager, line) VALUES (?, ?, ?)")
-        .Bind(me)
-        .Bind(pager)
-        .Bind(line)
-        .Run();
+    Statement insert(connection,
+                     "INSERT INTO Host_TestPages (asked_by, pager, line, number)"
+                     " VALUES (?, ?, ?, ?)");
+    insert.Bind(me);
+    for (const std::string& cell : cells) {
+        insert.Bind(cell);
+    }
+    insert.Run();
     Statement number(connection, "SELECT last_insert_rowid()");
     number.Step();
     const int64_t asked = number.Number(0);
@@ -74,13 +79,27 @@ int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::str
     return asked;
 }
 
-std::optional<int32_t> TestPageAnswer(Connection& connection, int64_t asked) {
+}  // namespace
+
+int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager,
+                       const std::string& line) {
+    return Ask(connection, owners, {pager, line, ""});
+}
+
+int64_t AskForTestCall(Connection& connection, OwnerLock& owners, const std::string& line,
+                       const std::string& number) {
+    return Ask(connection, owners, {"", line, number});
+}
+
+std::optional<TestPageResult> TestPageAnswer(Connection& connection, int64_t asked) {
     Statement statement(connection,
-                        "SELECT answer FROM Host_TestPages"
+                        "SELECT answer, said FROM Host_TestPages"
                         " WHERE row_id = ? AND answer IS NOT NULL");
-    return statement.Bind(asked).Step()
-               ? std::optional<int32_t>(static_cast<int32_t>(statement.Number(0)))
-               : std::nullopt;
+    if (!statement.Bind(asked).Step()) {
+        return std::nullopt;
+    }
+    return TestPageResult{static_cast<int32_t>(statement.Number(0)),
+                          std::string(statement.Text(1))};
 }
 
 void ForgetTestPage(Connection& connection, int64_t asked) {
@@ -93,7 +112,7 @@ std::vector<AskedTestPage> AskedTestPages(Connection& connection, OwnerLock& own
     std::vector<AskedTestPage> asked;
     for (const Row& row : OpenRows(connection)) {
         if (owners.Lives(row.asked_by)) {
-            asked.push_back({row.asked, row.pager, row.line});
+            asked.push_back({row.asked, row.pager, row.line, row.number});
         } else {
             ForgetTestPage(connection, row.asked);
         }
@@ -110,10 +129,11 @@ void GiveTestPage(Connection& connection, int64_t asked, const std::string& line
     transaction.Commit();
 }
 
-void AnswerTestPage(Connection& connection, int64_t asked, int32_t answer) {
+void AnswerTestPage(Connection& connection, int64_t asked, const TestPageResult& result) {
     WriteTransaction transaction(connection);
-    Statement(connection, "UPDATE Host_TestPages SET answer = ? WHERE row_id = ?")
-        .Bind(int64_t{answer})
+    Statement(connection, "UPDATE Host_TestPages SET answer = ?, said = ? WHERE row_id = ?")
+        .Bind(int64_t{result.answer})
+        .Bind(result.said)
         .Bind(asked)
         .Run();
     transaction.Commit();

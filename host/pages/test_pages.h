@@ -1,8 +1,8 @@
-// Test pages that another process asks the running node for.
+// Test pages and test calls that another process asks the running node for.
 //
 // The asking process leaves a row in Host_TestPages, marked with its number of the owner lock, and
-// waits for the answer in it. The node gives it to a line, which sends the page and answers. A row
-// whose process has ended is nobody's: no page is sent for it.
+// waits for the answer in it. The node gives it to a line, which sends the page, or calls, and
+// answers. A row whose process has ended is nobody's: nothing leaves for it.
 //
 // Errors     StoreError.
 #ifndef PAGERFWD_HOST_PAGES_TEST_PAGES_H
@@ -22,21 +22,30 @@ namespace host {
 // the node decides.
 int64_t AskForTestPage(Connection& connection, OwnerLock& owners, const std::string& pager,
                        const std::string& line);
+// A number to be dialled over a line, as it is dialled.
+int64_t AskForTestCall(Connection& connection, OwnerLock& owners, const std::string& line,
+                       const std::string& number);
+
+struct TestPageResult {
+    int32_t answer = 0;  // the library's, or as one
+    std::string said;    // of a call, and where there was none: what came of it, in words
+};
 // None: not yet.
-std::optional<int32_t> TestPageAnswer(Connection& connection, int64_t asked);
+std::optional<TestPageResult> TestPageAnswer(Connection& connection, int64_t asked);
 void ForgetTestPage(Connection& connection, int64_t asked);
 
 struct AskedTestPage {
     int64_t asked = 0;
     std::string pager;
     std::string line;
+    std::string number;  // of a test call; empty: it is a page
 };
 // Those whose asker still waits, in the order in which they were asked for.
 std::vector<AskedTestPage> AskedTestPages(Connection& connection, OwnerLock& owners);
 // The node's side.
 void GiveTestPage(Connection& connection, int64_t asked, const std::string& line);
 // The node's, and the line's.
-void AnswerTestPage(Connection& connection, int64_t asked, int32_t answer);
+void AnswerTestPage(Connection& connection, int64_t asked, const TestPageResult& result);
 
 }  // namespace host
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdarg>
 
+#include "host/platform/device_turn.h"
 #include "host/platform/own_device.h"
 #include "host/platform/trace_file.h"
 
@@ -23,7 +24,8 @@ extern "C" int open(const char* path, int flags, ...) {
     const bool has_mode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
     const mode_t mode = has_mode ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    const int file = next(opened, flags, mode);
+    const auto system = [&] { return next(opened, flags, mode); };
+    const int file = opened == path ? system() : host::OpenAtItsTurn(system);
     host::NoteOpened(path, flags, file);
     return file;
 }

@@ -8,7 +8,6 @@ namespace host {
 namespace {
 
 constexpr std::string_view kPorts = "/dev/ttyS";
-constexpr std::string_view kFirstPort = "/dev/ttyS0";
 
 std::string& OwnDevice() {
     static auto& device = *new std::string;  // files are opened to the very end of the process
@@ -26,7 +25,7 @@ const char* OpenedFor(const char* path) {
     if (device.empty() || std::string_view(path).substr(0, kPorts.size()) != kPorts) {
         return path;
     }
-    return path == kFirstPort ? device.c_str() : nullptr;
+    return std::string_view(path) == kOwnDevice ? device.c_str() : nullptr;
 }
 
 }  // namespace host

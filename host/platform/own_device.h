@@ -10,7 +10,10 @@
 
 namespace host {
 
-// From now on "/dev/ttyS0" is this device. Before the library is loaded; it
+// How the library calls it, and the process itself.
+inline constexpr const char* kOwnDevice = "/dev/ttyS0";
+
+// From now on that name means this device. Before the library is loaded; it
 // holds for the whole process, so that the process itself can't open a device
 // by such a name either.
 void SetOwnDevice(const std::string& path);

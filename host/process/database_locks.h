@@ -1,5 +1,5 @@
-// Who serves a database: one node at a time, or one `pagerfwd test` without a node; two would send
-// every page twice.
+// Who serves a database: one node at a time, or one `pagerfwd test` or `line test` without a node;
+// two would send every page twice.
 //
 //   "site.db-node"     held by the node
 //   "site.db-engine"   held by the node and by the process of each of its lines, so that who comes

@@ -88,6 +88,8 @@ constexpr const char* kLineParts =
     "ALTER TABLE Host_History ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_History ADD COLUMN note TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE Host_TestPages ADD COLUMN line TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_TestPages ADD COLUMN number TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_TestPages ADD COLUMN said TEXT NOT NULL DEFAULT '';"
     "CREATE TABLE Host_Lines (line TEXT PRIMARY KEY, health TEXT NOT NULL DEFAULT '',"
     " since INTEGER NOT NULL DEFAULT 0, reason TEXT NOT NULL DEFAULT '',"
     " paused INTEGER NOT NULL DEFAULT 0, doing TEXT NOT NULL DEFAULT '',"

@@ -1,14 +1,11 @@
 // `pagerfwd run` and those beside it: a second engine, and test pages that it is asked for.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "tests/e2e/run_fixture.h"
 
 namespace {
 
 using ::testing::AllOf;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -68,32 +65,14 @@ TEST_F(RunBeside, MayFollowOneThatWasKilled) {
 
 class TestPageByRun : public RunTest {
  protected:
-    // Asks the engine for a test page while its clock stands still, and lets it go on until it has
-    // answered.
-    ProgramRun Ask() {
-        mkfifo("asked", 0600);
-        mkfifo("answered", 0600);
-        At(5, "cat asked >/dev/null");
-        At(900, "cat answered >/dev/null; kill -TERM $PPID");
-        std::string engine_command = "exec";
-        for (const std::string& word : CommandOf({"run"})) {
-            engine_command += " '" + word + "'";
-        }
-        ChildProcess engine({"/bin/sh", "-c", engine_command + " 2>run.txt"});
-        const int asked = open("asked", O_WRONLY | O_CLOEXEC);  // waits for its reader
-        ChildProcess asker({"/bin/sh", "-c", Pagerfwd("test duty 2>test.txt")});
-        while (Rows("pager FROM Host_TestPages").empty()) {
-            usleep(10000);  // the asker's process has a clock of its own
-        }
-        close(asked);
-        const std::string first = asker.ReadLine();
-        ProgramRun run{0, first + "\n" + asker.ReadLine(), ""};
-        run.exit_code = asker.Finish();
-        run.err = TextOf("test.txt");
-        std::ofstream("answered").close();
-        EXPECT_EQ(0, engine.Finish());
-        CountPages();
-        return run;
+    // Asks a running engine for a test page.
+    std::string Ask() {
+        At(5, Pagerfwd("test duty >test.txt 2>&1; echo \"exit $?\" >>test.txt"));
+        At(900, "kill -TERM $PPID");
+        const ProgramRun run = Simulated({"run"});
+        EXPECT_EQ(0, run.exit_code);
+        said_by_engine = run.err;
+        return TextOf("test.txt");
     }
 
     // Leaves the pages of an alarm pending.
@@ -105,14 +84,15 @@ class TestPageByRun : public RunTest {
         exchange = before;
         pages.clear();
     }
+
+    std::string said_by_engine;
 };
 
 TEST_F(TestPageByRun, IsSentByIt) {
-    const ProgramRun run = Ask();
-    EXPECT_EQ(0, run.exit_code) << run.err;
-    EXPECT_EQ("test page to \"duty\", number 5550111, by the running engine ...\nsent", run.out);
+    EXPECT_EQ("test page to \"duty\", number 5550111, by the running engine ...\nsent\nexit 0\n",
+              Ask());
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
-    EXPECT_THAT(TextOf("run.txt"), HasSubstr("test page to \"duty\": result 0\n"));
+    EXPECT_THAT(said_by_engine, HasSubstr("test page to \"duty\": result 0\n"));
     EXPECT_THAT(Rows("pager FROM Host_TestPages"), IsEmpty());
 }
 
@@ -121,16 +101,14 @@ TEST_F(TestPageByRun, HasItsResult) {
         "[[centre]]\nname = \"busy\"\nprotocol = \"tap\"\nnumbers = [\"5550109\"]\n"
         "calls = \"busy\"\n";
     Execute("UPDATE AlarmFwd_COMProperties SET SMS1Dial = 'ATDT0,5550109'");
-    const ProgramRun run = Ask();
-    EXPECT_EQ(6, run.exit_code);
-    EXPECT_THAT(run.out, HasSubstr("\nnot sent"));
-    EXPECT_THAT(run.err, HasSubstr("(result 6)"));
+    EXPECT_THAT(
+        Ask(), AllOf(HasSubstr("\nnot sent\n"), HasSubstr("(result 6)\n"), EndsWith("\nexit 6\n")));
 }
 
 // Behind the page that is on the line; the alarm's others go on.
 TEST_F(TestPageByRun, IsSentBetweenTheOthers) {
     Raise("ALL/1");
-    EXPECT_EQ(0, Ask().exit_code);
+    EXPECT_THAT(Ask(), EndsWith("\nsent\nexit 0\n"));
     EXPECT_THAT(pages, ElementsAre(Pair("ntt", 1), Pair("plain", 2), Pair("tap", 2)));
     EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka off limit 1", "tech off limit 2"));
 }

@@ -38,12 +38,13 @@ $file: $include
         sed -E 's/: *# *include +"([^"]+)"/:\1/')
 done
 # Within the host: what owns a modem, and what keeps those alive that do, share only what is below
-# both; the command line knows the one for a test page and the process of a line, no more.
+# both; the command line knows the one for test pages, test calls and the process of a line, no more.
 while IFS=: read -r file include; do
     case "$file: $include" in
         host/line/*:\ host/node/* | host/line/*:\ host/cli/* | host/node/*:\ host/line/* | \
             host/node/*:\ host/cli/*) ;;
         host/cli/command_test.cpp:\ host/line/* | host/cli/command_serve_line.cpp:\ host/line/* | \
+            host/cli/command_line_test.cpp:\ host/line/* | \
             host/cli/program.cpp:\ host/line/trace_switch.h) continue ;;
         host/cli/*:\ host/line/*) ;;
         *) continue ;;

@@ -71,14 +71,14 @@ TEST_F(TalkWithAModem, TakesNothingFromBeforeForAnAnswer) {
     line.Hears("ATZ\r").Says("ERROR\r\n", Milliseconds(40));
     AtDialogue modem("/dev/ttyS0", 9600);
     EXPECT_EQ("NO CARRIER", modem.Ask("ATH", kSecond).result);
-    modem.DropDtr();
     EXPECT_EQ("ERROR", modem.Ask("ATZ", kSecond).result);
 }
 
 TEST_F(TalkWithAModem, WaitsSoLongAndNoLonger) {
     line.HearsAnything(3);
     EXPECT_EQ("", Ask("AT", 2 * kSecond).result);
-    EXPECT_EQ(2 * kSecond, pagersim::VirtualClock::Now());
+    EXPECT_LE(2 * kSecond, pagersim::VirtualClock::Now());
+    EXPECT_GE(2 * kSecond + Milliseconds(100), pagersim::VirtualClock::Now());
 }
 
 TEST_F(TalkWithAModem, EscapesBetweenTwoSilences) {

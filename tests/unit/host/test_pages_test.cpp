@@ -38,7 +38,7 @@ TEST_F(TestPagesAskedFor, AreAnsweredOneByOne) {
     const int64_t first = AskForTestPage(connection, owners, "duty", "");
     const int64_t second = AskForTestPage(connection, owners, "night", "south");
     EXPECT_NE(first, second);
-    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, first));
+    EXPECT_FALSE(TestPageAnswer(connection, first));
 
     const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
     ASSERT_EQ(2U, both.size());
@@ -48,19 +48,32 @@ TEST_F(TestPagesAskedFor, AreAnsweredOneByOne) {
     EXPECT_EQ("south", both[1].line);
     GiveTestPage(connection, first, "north");
     EXPECT_EQ("north", AskedTestPages(connection, owners)[0].line);
-    AnswerTestPage(connection, first, 7);
-    EXPECT_EQ(7, TestPageAnswer(connection, first));
-    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, second));
+    AnswerTestPage(connection, first, {7, ""});
+    EXPECT_EQ(7, TestPageAnswer(connection, first)->answer);
+    EXPECT_FALSE(TestPageAnswer(connection, second));
     EXPECT_EQ("night", Next());
-    AnswerTestPage(connection, second, 0);
-    EXPECT_EQ(0, TestPageAnswer(connection, second));
+    AnswerTestPage(connection, second, {0, ""});
+    EXPECT_EQ(0, TestPageAnswer(connection, second)->answer);
     EXPECT_EQ("none", Next());
+}
+
+TEST_F(TestPagesAskedFor, MayBeCalls) {
+    const int64_t page = AskForTestPage(connection, owners, "duty", "north");
+    const int64_t call = AskForTestCall(connection, owners, "south", "0,5550101");
+    const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
+    ASSERT_EQ(2U, both.size());
+    EXPECT_EQ("", both[0].number);
+    EXPECT_EQ("south", both[1].line);
+    EXPECT_EQ("0,5550101", both[1].number);
+    AnswerTestPage(connection, call, {6, "NO CARRIER"});
+    EXPECT_EQ("NO CARRIER", TestPageAnswer(connection, call)->said);
+    EXPECT_FALSE(TestPageAnswer(connection, page));
 }
 
 TEST_F(TestPagesAskedFor, AreForgottenByWhoAsked) {
     const int64_t asked = AskForTestPage(connection, owners, "duty", "");
     ForgetTestPage(connection, asked);
-    EXPECT_EQ(std::nullopt, TestPageAnswer(connection, asked));
+    EXPECT_FALSE(TestPageAnswer(connection, asked));
     EXPECT_EQ("none", Next());
     EXPECT_THAT(Rows("pager FROM Host_TestPages"), IsEmpty());
 }
@@ -87,15 +100,19 @@ TEST_F(TestPagesAskedFor, KeepTheirPagersName) {
 }
 
 TEST_F(TestPagesAskedFor, AreNotHiddenByOneThatIsTooLarge) {
-    AskForTestPage(connection, owners, "large", "");
-    AskForTestPage(connection, owners, "duty", "");
-    WriteAsAnother(database,
-                   "UPDATE Host_TestPages SET pager = hex(zeroblob(600000)) WHERE pager = 'large'");
-    const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
-    ASSERT_EQ(2U, both.size());
-    EXPECT_EQ("", both[0].pager);  // which no pager is called
-    AnswerTestPage(connection, both[0].asked, -1);
-    EXPECT_EQ("duty", Next());
+    for (const char* cell : {"pager", "number"}) {
+        const int64_t large = AskForTestCall(connection, owners, "north", "1");
+        const int64_t duty = AskForTestPage(connection, owners, "duty", "");
+        WriteAsAnother(database, "UPDATE Host_TestPages SET " + std::string(cell) +
+                                     " = hex(zeroblob(600000)) WHERE number = '1'");
+        const std::vector<AskedTestPage> both = AskedTestPages(connection, owners);
+        ASSERT_EQ(2U, both.size()) << cell;
+        EXPECT_EQ("", both[0].pager);  // which no pager is called
+        EXPECT_EQ("", both[0].number);
+        AnswerTestPage(connection, large, {-1, ""});
+        EXPECT_EQ("duty", Next());
+        AnswerTestPage(connection, duty, {0, ""});
+    }
 }
 
 }  // namespace
