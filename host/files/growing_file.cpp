@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -94,10 +95,13 @@ std::string GrowingFile::Successor() const {
 // What the open file has behind the position; all of it anew where it was emptied.
 std::string GrowingFile::ReadOpenOne() {
     struct stat status {};
-    if (fstat(file_, &status) == 0 && status.st_size < position_) {
+    if (fstat(file_, &status) != 0 || status.st_size == position_) {
+        return {};  // as at most looks
+    }
+    if (status.st_size < position_) {
         position_ = 0;  // emptied
     }
-    std::string bytes(kMostAtOnce, '\0');
+    std::string bytes(std::min(kMostAtOnce, static_cast<size_t>(status.st_size - position_)), '\0');
     const ssize_t size = pread(file_, bytes.data(), bytes.size(), position_);
     bytes.resize(size > 0 ? static_cast<size_t>(size) : 0);
     position_ += static_cast<off_t>(bytes.size());
