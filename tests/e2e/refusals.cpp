@@ -2,14 +2,18 @@
 //   PAGERFWD_FULL_DISK="FROM TO"     no file grows from one moment to the other, in seconds since
 //   1970 PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
 //   PAGERFWD_STALLED_LINE="FROM TO"  no terminal takes a byte
+//   PAGERFWD_TAKEN_LINE="FROM TO"    no serial device can be opened, as if another had it
 //   PAGERFWD_REFUSED_THREADS=N       the first N threads of the library can't be started
+#undef _FILE_OFFSET_BITS  // or open would be open64, which the library doesn't call
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -71,6 +75,19 @@ ssize_t write(int file, const void* bytes, size_t size) {
         return -1;
     }
     return next(file, bytes, size);
+}
+
+int open(const char* path, int flags, ...) {
+    static const auto next = Next<int (*)(const char*, int, ...)>("open");
+    if (std::strncmp(path, "/dev/ttyS", 9) == 0 && IsNow("PAGERFWD_TAKEN_LINE")) {
+        errno = EBUSY;
+        return -1;
+    }
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return next(path, flags, mode);
 }
 
 int pthread_create(pthread_t* handle, const pthread_attr_t* attributes, void* (*start)(void*),

@@ -6,6 +6,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::Pair;
 
 class RunRefused : public RunTest {
@@ -21,6 +22,11 @@ class RunRefused : public RunTest {
                         "--", "/bin/sh", "pagerfwd.sh"});
         CountPages();
         return run;
+    }
+    // From one second to another, for RunUntilDoneWith.
+    static std::string During(const std::string& refusal, int from, int to) {
+        return refusal + "=\"" + std::to_string(kNow + from) + " " + std::to_string(kNow + to) +
+               "\"";
     }
     static size_t Count(const std::string& text, const std::string& part) {
         size_t count = 0;
@@ -45,10 +51,36 @@ TEST_F(RunRefused, StartsTheWorkerThatTheSystemHadNoThreadForAtTheNextLook) {
 TEST_F(RunRefused, StartsALineAnewThatNeverTakesItsBytes) {
     Raise("DUTY/1");
     At(3000, "kill -TERM $PPID");
-    const ProgramRun run = RunUntilDoneWith("PAGERFWD_STALLED_LINE=\"" + std::to_string(kNow + 10) +
-                                            " " + std::to_string(kNow + 700) + "\"");
+    const ProgramRun run = RunUntilDoneWith(During("PAGERFWD_STALLED_LINE", 10, 700));
     EXPECT_THAT(run.err, HasSubstr("the library doesn't go on; the line is started anew"));
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1))) << run.err;
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+// The library takes a port whose device it couldn't open for taken as long as it is loaded: another
+// try in the same process, five minutes later, would find it so.
+TEST_F(RunRefused, StartsALineAnewWhosePortStaysTaken) {
+    Raise("DUTY/1");
+    At(3000, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith(During("PAGERFWD_TAKEN_LINE", 0, 2));
+    EXPECT_THAT(run.err, HasSubstr("/dev/ttyS0 could not be opened"));
+    EXPECT_THAT(run.err, Not(HasSubstr("is sick")));
+    EXPECT_THAT(Rows("outcome || ' ' || result FROM Host_Sends ORDER BY row_id"),
+                ElementsAre("not sent 5", "sent 0"));
+    EXPECT_GT(60, std::stol(Rows("max(at) FROM Host_Sends").at(0)) - kNow) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+// Longer than that: it is asked then, without a page, until the device can be opened.
+TEST_F(RunRefused, AsksALineWhosePortIsTakenForLong) {
+    Raise("DUTY/1");
+    At(3000, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith(During("PAGERFWD_TAKEN_LINE", 0, 200));
+    EXPECT_THAT(run.err, HasSubstr("line \"COM 1\" is sick: its device can't be opened"));
+    EXPECT_THAT(run.err, HasSubstr("line \"COM 1\" is back"));
+    EXPECT_GT(600, std::stol(Rows("max(at) FROM Host_Sends").at(0)) - kNow) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
 }
 
@@ -60,11 +92,6 @@ struct Refusal {
 class RunOnAFullDisk : public RunRefused, public ::testing::WithParamInterface<Refusal> {
  protected:
     static constexpr size_t kAlarms = 12;
-
-    ProgramRun RunUntilDoneFull(int from, int to) {
-        return RunUntilDoneWith(GetParam().name + ("=\"" + std::to_string(kNow + from)) + " " +
-                                std::to_string(kNow + to) + "\"");
-    }
 };
 
 // One line sends twelve pages in some six minutes: most of them while nothing can be written.
@@ -72,7 +99,7 @@ TEST_P(RunOnAFullDisk, EndsAllPagesAndSendsNoneAgain) {
     for (size_t alarm = 1; alarm <= kAlarms; ++alarm) {
         Raise("DUTY/" + std::to_string(alarm));
     }
-    const ProgramRun run = RunUntilDoneFull(40, 20 * 60);
+    const ProgramRun run = RunUntilDoneWith(During(GetParam().name, 40, 20 * 60));
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(pages, ElementsAre(Pair("tap", kAlarms)));
     EXPECT_EQ(std::vector<std::string>(kAlarms, "duty done 1"), Stories());
