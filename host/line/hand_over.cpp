@@ -30,20 +30,22 @@ bool IsPassing(Connection& connection, const Delivery& delivery, int32_t answer)
 
 }  // namespace
 
-void HandOver::Run(Connection& connection) {
+bool HandOver::Run(Connection& connection) {
     if (Waits(connection)) {
-        return;
+        return true;
     }
     handed_.reset();
-    for (const Delivery& delivery : OpenDeliveriesOf(connection, line_)) {
+    const std::vector<Delivery> open = OpenDeliveriesOf(connection, line_);
+    for (const Delivery& delivery : open) {
         const auto again = again_.find(Name(delivery));
         if (again == again_.end() || std::time(nullptr) >= again->second) {
             HandOneOrSay(connection, delivery);
         }
         if (handed_) {
-            return;
+            break;
         }
     }
+    return !open.empty();
 }
 
 bool HandOver::Waits(Connection& connection) const {

@@ -33,8 +33,9 @@ class HandOver {
     HandOver(std::string line, Encoding encoding, Forward forward, OperatorLog& log)
         : line_(std::move(line)), encoding_(encoding), forward_(std::move(forward)), log_(log) {}
 
-    // Hands over the next page, unless the one before still waits for the line.
-    void Run(Connection& connection);
+    // Hands over the next page, unless the one before still waits for the line. Whether there was
+    // one: then it is to be called again soon.
+    bool Run(Connection& connection);
 
     // What the trace shows of a page.
     void Saw(const TracedPage& page);

@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <ctime>
@@ -20,7 +21,8 @@
 namespace host {
 namespace {
 
-constexpr int kBetweenLooksMs = 1000;
+constexpr std::chrono::seconds kWhileAtWork{1};
+constexpr std::chrono::seconds kWhileIdle{60};
 
 // The library's worker writes a line about each of its pages once a minute.
 constexpr std::time_t kLongestSilence = 10 * 60;
@@ -41,10 +43,10 @@ bool CanWriteHere() {
 }
 
 // False: the end is asked for, or nobody asks for anything any more.
-bool WaitForWork(StopSignal& stop, const BellSocket& node) {
+bool WaitForWork(StopSignal& stop, const BellSocket& node, std::chrono::milliseconds longest) {
     std::array<pollfd, 2> awaited{
         {{StopSignal::Descriptor(), POLLIN, 0}, {node.Number(), POLLIN, 0}}};
-    poll(awaited.data(), awaited.size(), kBetweenLooksMs);
+    poll(awaited.data(), awaited.size(), static_cast<int>(longest.count()));
     return !stop.IsAskedFor() && node.Listen() != BellSocket::Heard::kEnd;
 }
 
@@ -76,7 +78,7 @@ LineExit Line::Run(StopSignal& stop, const BellSocket& node) {
             return LineExit::kStuck;
         }
         node.Ring();
-    } while (WaitForWork(stop, node));
+    } while (WaitForWork(stop, node, wait_));
     End();
     return LineExit::kDone;
 }
@@ -135,17 +137,33 @@ void Line::StepOrReport() {
 }
 
 void Line::Step() {
+    wait_ = kWhileAtWork;
+    const std::optional<int> pause_left = PauseLeft();  // before the look, which sees all before it
     trace_.Look();
     BringUpEngine();
-    AnswerTests();
-    hand_over_.Run(lease_.Database());
+    const bool has_tested = AnswerTests();
+    const bool hands_over = hand_over_.Run(lease_.Database());
     NoteDoing(Doing());
+    if (!has_tested && !hands_over && trace_.UnderWay() == nullptr) {
+        wait_ = Quiet(pause_left);
+    }
+}
+
+// How long nothing will come but by the bell. pause_left: of the library's worker.
+std::chrono::seconds Line::Quiet(std::optional<int> pause_left) {
+    if (pause_left) {
+        return std::chrono::seconds(*pause_left) + kWhileAtWork;
+    }
+    return HasPagesOf(lease_.Database(), line_.name) ? kWhileAtWork : kWhileIdle;
 }
 
 // A trace that nobody can write says nothing of the library.
 bool Line::IsStuck() {
-    const bool is_silent = std::time(nullptr) > trace_.LastNews() + kLongestSilence &&
-                           HasPagesOf(lease_.Database(), line_.name);
+    const std::time_t now = std::time(nullptr);
+    if (!HasPagesOf(lease_.Database(), line_.name)) {
+        idle_ = now;
+    }
+    const bool is_silent = now > std::max(trace_.LastNews(), idle_) + kLongestSilence;
     if (!trace_.IsStuck() && !is_silent) {
         return false;
     }

@@ -3,11 +3,16 @@
 // All calls of the library are made by one thread, as it asks for. Signals are kept from the
 // library's own: they would end its pauses in a way that nobody answers.
 //
+// It looks what there is to do when the node rings, and once a second while its library has
+// anything to do; while the library pauses between two passes, behind the pause.
+//
 // Threads    Run's own, and the library's worker.
 // Errors     StoreError at the start. Later a failure is told to the operator, and tried again.
 #ifndef PAGERFWD_HOST_LINE_LINE_H
 #define PAGERFWD_HOST_LINE_LINE_H
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 #include "host/library/library.h"
@@ -38,8 +43,9 @@ class Line {
     void End();
     void StepOrReport();
     void Step();
+    std::chrono::seconds Quiet(std::optional<int> pause_left);
     bool IsStuck();
-    void AnswerTests();
+    bool AnswerTests();
     void SendTestPageFor(const AskedTestPage& asked);
     void CallFor(const AskedTestPage& asked);
     int32_t SendTestPageTo(const std::string& pager);
@@ -57,6 +63,8 @@ class Line {
     HandOver hand_over_;
     LineTrace trace_;
     std::string doing_;
+    std::time_t idle_ = 0;          // when it had no page at last
+    std::chrono::seconds wait_{0};  // for the node's bell, until the next look
 };
 
 }  // namespace host

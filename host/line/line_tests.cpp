@@ -30,12 +30,15 @@ bool IsStillAsked(Lease& lease, int64_t asked) {
 }  // namespace
 
 // Each may take as long as two pages: the one on the line, and its own.
-void Line::AnswerTests() {
+bool Line::AnswerTests() {
+    bool has_answered = false;
     for (const AskedTestPage& asked : AskedTestPages(lease_.Database(), lease_.Owners())) {
         if (asked.line == line_.name) {
             asked.number.empty() ? SendTestPageFor(asked) : CallFor(asked);
+            has_answered = true;
         }
     }
+    return has_answered;
 }
 
 void Line::SendTestPageFor(const AskedTestPage& asked) {

@@ -27,8 +27,9 @@ class Alerts {
     // Before the node begins its work: takes note of how things stand. Throws StoreError.
     void Begin(Connection& connection, std::time_t now);
 
-    // Looks at the tables. To be called about once a second; throws StoreError.
+    // Looks at the tables, where these have changed or something is due. Throws StoreError.
     void Look(Connection& connection, std::time_t now);
+    bool AreDue(std::time_t now) const { return news_.IsDue(now) || heartbeat_.IsDue(now); }
 
     void PageEnded(const PageStory& page, std::time_t now) { news_.PageEnded(page, now); }
     void DiskIs(bool full, std::time_t now) { news_.DiskIs(full, database_, now); }

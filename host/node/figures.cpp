@@ -15,14 +15,19 @@ constexpr std::time_t kBetweenShows = 15;
 }  // namespace
 
 Figures::Figures(Connection& connection, std::string file, Encoding encoding, OperatorLog& log)
-    : connection_(connection), file_(std::move(file)), encoding_(encoding), log_(log) {
+    : connection_(connection),
+      file_(std::move(file)),
+      encoding_(encoding),
+      log_(log),
+      shown_(!file_.empty() || HasManager()),
+      pace_(kBetweenShows) {
     metrics_.started = std::time(nullptr);
     metrics_.last_success = LastSuccesses(connection_);
 }
 
 void Figures::Show(const PageEnds& ends, std::time_t now) {
-    if ((!file_.empty() || HasManager()) && now >= show_at_) {
-        show_at_ = now + kBetweenShows;
+    if (shown_ && pace_.Take(now)) {
+        pace_.Want();
         ShowNow(ends);
     }
 }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "host/node/metrics.h"
+#include "host/node/pace.h"
 #include "host/node/page_ends.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
@@ -24,8 +25,9 @@ class Figures {
     void Count(const Send& send) { metrics_.Count(send); }
     void NoteBeat(std::time_t at) { metrics_.heartbeat = at; }
 
-    // Every 15 seconds, however often it is called.
+    // Every 15 seconds, however often it is called. Where nobody looks at them, never.
     void Show(const PageEnds& ends, std::time_t now);
+    bool AreDue(std::time_t now) const { return shown_ && pace_.IsDue(now); }
     void ShowNow(const PageEnds& ends);
 
  private:
@@ -34,7 +36,8 @@ class Figures {
     const Encoding encoding_;
     OperatorLog& log_;
     Metrics metrics_;
-    std::time_t show_at_ = 0;
+    const bool shown_;
+    Pace pace_;
 };
 
 }  // namespace host

@@ -23,14 +23,18 @@ std::string Subject(const Amiss& amiss) {
 
 SiteHeartbeat::SiteHeartbeat(Encoding encoding, Notices& notices, OperatorLog& log,
                              std::unique_ptr<CommandRunner> runner)
-    : encoding_(encoding), notices_(notices), log_(log), runner_(std::move(runner)) {}
+    : encoding_(encoding),
+      notices_(notices),
+      log_(log),
+      runner_(std::move(runner)),
+      pace_(kBetweenBeats) {}
 
 void SiteHeartbeat::Look(Connection& connection, std::time_t now) {
     LookAtCommand(now);
-    if (now >= looked_ && now < looked_ + kBetweenBeats) {
+    if (!pace_.Take(now)) {
         return;
     }
-    looked_ = now;
+    pace_.Want();
     Findings found;
     for (Amiss& amiss : Reckon(connection, encoding_, now)) {
         std::string key = KeyOf(amiss);

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "host/node/notices.h"
+#include "host/node/pace.h"
 #include "host/node/reckoning.h"
 #include "host/process/background_command.h"
 #include "host/process/operator_log.h"
@@ -30,8 +31,9 @@ class SiteHeartbeat {
     // Empty: nobody outside is told.
     void SetCommand(std::vector<std::string> command) { command_ = std::move(command); }
 
-    // To be called about once a second.
+    // When it is due, at the latest. Reckons once a minute, however often it is called.
     void Look(Connection& connection, std::time_t now);
+    bool IsDue(std::time_t now) const { return running_ || pace_.IsDue(now); }
 
     // When all was as it should be, at last; 0: it hasn't been yet.
     std::time_t LastBeat() const { return last_beat_; }
@@ -52,7 +54,7 @@ class SiteHeartbeat {
     std::vector<std::string> command_;
     bool running_ = false;
     bool failing_ = false;
-    std::time_t looked_ = 0;
+    Pace pace_;
     std::time_t last_beat_ = 0;
     Findings before_;  // of the last minute
     Findings told_;

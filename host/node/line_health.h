@@ -39,6 +39,7 @@ class LineHealth {
 
     // Whether its modem is to be asked now.
     bool IsToBeAsked(std::time_t now) const { return sick_ && now >= ask_at_; }
+    std::time_t AskAt() const { return ask_at_; }
     // Whether it is to be asked for a dial tone, too.
     bool LacksTone() const { return lacks_tone_; }
     void Answered(std::time_t now);

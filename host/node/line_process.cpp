@@ -74,6 +74,13 @@ LineProcess::~LineProcess() {
     }
 }
 
+bool LineProcess::HasEnded() const {
+    siginfo_t end{};
+    return process_ <= 0 ||
+           (waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+            end.si_pid == process_);
+}
+
 std::optional<int> LineProcess::Ended() {
     int status = 0;
     if (process_ > 0 && waitpid(process_, &status, WNOHANG) != process_) {

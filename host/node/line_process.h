@@ -25,6 +25,7 @@ class LineProcess {
     LineProcess(const LineProcess&) = delete;
     LineProcess& operator=(const LineProcess&) = delete;
 
+    bool HasEnded() const;
     // The status that waitpid gives, when it has ended.
     std::optional<int> Ended();
 

@@ -44,15 +44,28 @@ std::vector<std::string> PagersWithPages(Connection& connection) {
 
 }  // namespace
 
+News::News(Encoding encoding, Notices& notices)
+    : encoding_(encoding), notices_(notices), pace_(kBetweenLooks) {}
+
 void News::Look(Connection& connection, std::time_t now) {
-    if (now < look_at_ && now + kBetweenLooks >= look_at_) {
+    pace_.Want();
+    if (!pace_.Take(now)) {
         return;
     }
-    look_at_ = now + kBetweenLooks;
     LookAtLines(connection, now);
     LookAtAlarms(connection, now, kUntilRecorded);
     LookAtWaitingPagers(connection, now);
     first_ = false;
+    if (WaitForTime()) {
+        pace_.Want();
+    }
+}
+
+// Whether something becomes news by time alone.
+bool News::WaitForTime() const {
+    const bool has_ended = std::any_of(ended_.begin(), ended_.end(),
+                                       [](const auto& alarm) { return !alarm.second.looked_at; });
+    return has_ended || waiting_.size() > told_waiting_.size();
 }
 
 void News::LookLast(Connection& connection, std::time_t now) {

@@ -17,6 +17,7 @@
 
 #include "host/alarms/alarms.h"
 #include "host/node/notices.h"
+#include "host/node/pace.h"
 #include "host/pages/history.h"
 #include "host/store/connection.h"
 #include "host/text/encoding.h"
@@ -25,10 +26,12 @@ namespace host {
 
 class News {
  public:
-    News(Encoding encoding, Notices& notices) : encoding_(encoding), notices_(notices) {}
+    News(Encoding encoding, Notices& notices);
 
-    // To be called about once a second; first before the node begins its work.
+    // When the tables have changed, or it is due; first before the node begins its work. Looks
+    // every five seconds at most.
     void Look(Connection& connection, std::time_t now);
+    bool IsDue(std::time_t now) const { return pace_.IsDue(now); }
     // At the end, when all sendings are recorded.
     void LookLast(Connection& connection, std::time_t now);
 
@@ -57,12 +60,13 @@ class News {
     void EndedIn(Connection& connection, const Alarm& alarm, Ended& ended, std::time_t now);
     void Acknowledged(const Alarm& alarm, std::time_t now);
     void LookAtWaitingPagers(Connection& connection, std::time_t now);
+    bool WaitForTime() const;
     Notice Made(NoticeKind kind, bool over, const std::string& text) const;
     void SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, std::time_t now);
 
     const Encoding encoding_;
     Notices& notices_;
-    std::time_t look_at_ = 0;
+    Pace pace_;
     bool first_ = true;
     std::set<std::string> sick_;                             // lines
     std::map<int64_t, Ended> ended_;                         // alarms

@@ -26,12 +26,6 @@ constexpr std::time_t kDay = 24 * 60 * 60;
 constexpr std::time_t kBetweenEnds = 3;
 constexpr std::time_t kBetweenMoves = 5;
 
-int64_t VersionSeen(Connection& connection) {
-    Statement statement(connection, "PRAGMA data_version");
-    statement.Step();
-    return statement.Number(0);
-}
-
 std::string Age(std::time_t seconds) {
     constexpr std::time_t kHour = 60 * 60;
     if (seconds >= 2 * kDay) {
@@ -61,7 +55,9 @@ Node::Node(NodeOptions options, OperatorLog& log)
       ends_(lease_.Database(), encoding_, log_),
       figures_(lease_.Database(), options_.metrics, encoding_, log_),
       room_(options_.database, log_),
-      alerts_(options_.database, encoding_, log_) {
+      alerts_(options_.database, encoding_, log_),
+      ends_pace_(kBetweenEnds),
+      moves_pace_(kBetweenMoves) {
     ends_.SetListener(
         [this](const PageStory& page) { alerts_.PageEnded(page, std::time(nullptr)); });
 }
@@ -171,7 +167,7 @@ std::string Node::StepOrReason() {
         }
         heartbeat_.Beat();
     } catch (const StoreError& failure) {
-        seen_ = -1;
+        changes_.Forget();
         log_.Error(std::string(failure.what()) + "; trying again");
         return failure.what();
     }
@@ -180,14 +176,27 @@ std::string Node::StepOrReason() {
 
 void Node::Step() {
     const std::time_t now = std::time(nullptr);
-    Connection& connection = lease_.Database();
     if (StopSignal::TakeHangUp()) {
         ReadAnew();
     }
-    if (HasChanged()) {
-        alerts_.ReadCommands(connection);
-        intake_.Run(connection);
+    if (HasWork(now)) {
+        Work(now);
     }
+    room_.Look(now);
+    ForgetOldHistory(now);
+}
+
+// What the node's own work has changed is work again.
+bool Node::HasWork(std::time_t now) {
+    const bool has_changed = changes_.AreThere(lease_.Database());
+    return has_changed || lines_.HaveNews(now) || ends_pace_.IsDue(now) || moves_pace_.IsDue(now) ||
+           alerts_.AreDue(now) || figures_.AreDue(now);
+}
+
+void Node::Work(std::time_t now) {
+    Connection& connection = lease_.Database();
+    alerts_.ReadCommands(connection);
+    intake_.Run(connection);
     LookAtSends(now);
     LookAtEnds(now);
     HoldLines();
@@ -198,20 +207,12 @@ void Node::Step() {
     alerts_.Look(connection, now);
     figures_.NoteBeat(alerts_.LastBeat());
     figures_.Show(ends_, now);
-    room_.Look(now);
-    ForgetOldHistory(now);
 }
 
 void Node::ReadAnew() {
-    seen_ = -1;
+    changes_.Forget();
     log_.Info(std::string("reading anew, as asked: the ports ") +
               (lines_.Read(lease_.Database()) ? "have changed" : "are the same"));
-}
-
-// Also the changes of this process's own lines.
-bool Node::HasChanged() {
-    const int64_t version = VersionSeen(lease_.Database());
-    return std::exchange(seen_, version) != version;
 }
 
 void Node::LookAtSends(std::time_t now) {
@@ -223,19 +224,22 @@ void Node::LookAtSends(std::time_t now) {
 }
 
 void Node::LookAtEnds(std::time_t now) {
-    if (now >= ends_at_) {
-        ends_at_ = now + kBetweenEnds;
+    ends_pace_.Want();
+    if (ends_pace_.Take(now)) {
         ends_.Look();
         ends_.Mark();
+    }
+    if (ends_.HaveMark()) {
+        ends_pace_.Want();
     }
 }
 
 // From lines that don't serve them, and from ports that the site knows no more.
 void Node::MovePages(std::time_t now) {
-    if (now < moves_at_) {
+    moves_pace_.Want();
+    if (!moves_pace_.Take(now)) {
         return;
     }
-    moves_at_ = now + kBetweenMoves;
     for (const auto& [name, count] : CountByLine(lease_.Database())) {
         const ServedLine* const line = lines_.Find(name);
         if (line == nullptr) {
@@ -276,9 +280,17 @@ void Node::CarryOutRequests(std::set<std::string>& held) {
         const std::string line = LineOf(connection, request.page);
         if (IsAtRest(line)) {
             CarryOut(connection, request);
+            Ring(request.to);
         } else {
             held.insert(line);
         }
+    }
+}
+
+// A line that has been given something, if there is one of this name.
+void Node::Ring(const std::string& name) const {
+    if (const ServedLine* const line = lines_.Find(name)) {
+        line->Ring();
     }
 }
 

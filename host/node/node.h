@@ -4,6 +4,9 @@
 // The way of an alarm: the alarm log -> routes -> deliveries (intake.h) -> a line (dispatch.h);
 // from then on the line has it (line/line.h). The database is all that the two have in common.
 //
+// Once a second it looks whether there is anything to do: whether the database has changed, whether
+// a line's process or device has, and whether something is due. Only then the tables are read.
+//
 // Threads    One.
 // Errors     InUse and StoreError at the start. Later a failure is told to the operator, and tried
 //            again.
@@ -23,12 +26,14 @@
 #include "host/node/figures.h"
 #include "host/node/intake.h"
 #include "host/node/new_sends.h"
+#include "host/node/pace.h"
 #include "host/node/page_ends.h"
 #include "host/node/room.h"
 #include "host/node/served_lines.h"
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
 #include "host/process/systemd.h"
+#include "host/store/changes.h"
 #include "host/store/pool.h"
 
 namespace host {
@@ -63,6 +68,8 @@ class Node {
     void StepOrReport();
     std::string StepOrReason();
     void Step();
+    bool HasWork(std::time_t now);
+    void Work(std::time_t now);
     void ReadAnew();
     void LookAtSends(std::time_t now);
     void LookAtEnds(std::time_t now);
@@ -71,11 +78,11 @@ class Node {
     void MovePagesOf(const std::string& line, const std::string& why);
     void HoldLines();
     void CarryOutRequests(std::set<std::string>& held);
+    void Ring(const std::string& name) const;
     void GiveUpOverspent(std::set<std::string>& held);
     bool IsAtRest(const std::string& name) const;
     void EndLines();
     void TellLastThings();
-    bool HasChanged();
     bool IsDone();
     void ForgetOldHistory(std::time_t now);
 
@@ -94,9 +101,9 @@ class Node {
     Room room_;
     Alerts alerts_;
     Heartbeat heartbeat_;
-    int64_t seen_ = -1;          // the version of the database at the last look
-    std::time_t ends_at_ = 0;    // when the ends of pages are told again
-    std::time_t moves_at_ = 0;   // when pages are moved again
+    Changes changes_;
+    Pace ends_pace_;
+    Pace moves_pace_;
     std::time_t forget_at_ = 0;  // when old history is looked for again
     bool gone_ = false;          // the database has no name
     bool replaced_ = false;      // its name leads to another file

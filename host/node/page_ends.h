@@ -32,6 +32,8 @@ class PageEnds {
     // two, lines record their sendings, which tell how far the pages came.
     void Mark();
     void Look();
+    // Whether something behind the last look has been remembered.
+    bool HaveMark() const { return marked_ > seen_; }
 
     // How many pages have ended since the beginning, by their state's word.
     const std::map<std::string, uint64_t>& Counts() const { return counts_; }

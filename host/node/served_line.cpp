@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/lines/line_exit.h"
@@ -19,6 +20,9 @@ constexpr std::time_t kLongestCall = 4 * 60;
 constexpr std::time_t kLongestWithoutDevice = 5;  // nothing on the line can be finished then
 constexpr int kNoLineResult = 5;                  // of the library
 
+// So long it isn't looked at where nothing happens and nothing is due.
+constexpr std::time_t kLongestUnseen = 60;
+
 }  // namespace
 
 ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& command,
@@ -28,7 +32,14 @@ ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& comm
       command_(command),
       log_(log) {}
 
+// In the hour of a clock that was set back a look isn't far away either.
+bool ServedLine::HasNews(std::time_t now) const {
+    return now >= look_at_ || (to_call_ && !process_) || now + kLongestUnseen < look_at_ ||
+           IsDeviceThere() != there_ || (process_ && process_->HasEnded());
+}
+
 void ServedLine::Look(std::time_t now) {
+    look_at_ = now;  // where the look fails
     LookAtDevice(now);
     if (process_) {
         if (const std::optional<int> status = process_->Ended()) {
@@ -37,9 +48,23 @@ void ServedLine::Look(std::time_t now) {
             Watch(now);
         }
     }
-    if (process_ || held_ || leaving_) {
-        return;
+    if (!process_ && !held_ && !leaving_) {
+        StartOrSay(now);
     }
+    look_at_ = NextLook(now);
+}
+
+std::time_t ServedLine::NextLook(std::time_t now) const {
+    std::time_t due = now + kLongestUnseen;
+    if (process_ && (task_ != Task::kServing || ending_)) {
+        due = LastMoment() + 1;
+    } else if (health_.IsSick() && there_ && MayBeServed()) {
+        due = health_.AskAt();
+    }
+    return std::min(due, now + kLongestUnseen);
+}
+
+void ServedLine::StartOrSay(std::time_t now) {
     try {
         StartOrAsk(now);
     } catch (const StoreError& error) {
@@ -65,10 +90,15 @@ void ServedLine::CannotStart(const std::string& why, std::time_t now) {
     TellHealth(was_sick);
 }
 
-// Its path is looked at; nothing is opened. What has come back is asked before it is served again.
+// Its path is looked at; nothing is opened.
+bool ServedLine::IsDeviceThere() const {
+    return access(line_.device.c_str(), F_OK) == 0;
+}
+
+// What has come back is asked before it is served again.
 void ServedLine::LookAtDevice(std::time_t now) {
     const bool was_sick = health_.IsSick();
-    const bool was_there = std::exchange(there_, access(line_.device.c_str(), F_OK) == 0);
+    const bool was_there = std::exchange(there_, IsDeviceThere());
     if (line_.device.empty()) {
         health_.FallSick("the site names no device for it", now);
     } else if (!there_) {
@@ -83,7 +113,7 @@ void ServedLine::Watch(std::time_t now) {
     if (MakesProgress()) {
         alive_ = now;
     }
-    if (IsOverdue(now)) {
+    if (now > LastMoment()) {
         log_.Error(name_ + (there_ ? " makes no progress" : ": its page can't be finished") +
                    "; its process is killed");
         stuck_ = true;
@@ -93,17 +123,17 @@ void ServedLine::Watch(std::time_t now) {
     }
 }
 
-bool ServedLine::IsOverdue(std::time_t now) const {
+// From then on the process is overdue.
+std::time_t ServedLine::LastMoment() const {
     switch (task_) {
         case Task::kAsking:
-            return now > since_ + kLongestQuestion;
+            return since_ + kLongestQuestion;
         case Task::kCalling:
-            return now > since_ + kLongestCall;
+            return since_ + kLongestCall;
         case Task::kServing:
             break;
     }
-    return ending_ ? now > since_ + (there_ ? kLongest : kLongestWithoutDevice)
-                   : now > alive_ + kLongest;
+    return ending_ ? since_ + (there_ ? kLongest : kLongestWithoutDevice) : alive_ + kLongest;
 }
 
 void ServedLine::End(std::time_t now) {
@@ -115,8 +145,7 @@ void ServedLine::End(std::time_t now) {
 // It rings with each turn of its loop; while a page of its own keeps it, it only traces.
 bool ServedLine::MakesProgress() {
     struct stat trace {};
-    const std::string path = LineFolder(command_.database, line_.name) + "/" + kTraceFile;
-    const long long traced = stat(path.c_str(), &trace) == 0 ? trace.st_size : 0;
+    const long long traced = stat(trace_.c_str(), &trace) == 0 ? trace.st_size : 0;
     const bool has_traced = std::exchange(traced_, traced) != traced;
     return process_->HasRung() || has_traced;
 }
@@ -193,8 +222,9 @@ void ServedLine::Launch(Task task, const std::vector<std::string>& options, std:
     std::vector<std::string> arguments = command_.program;
     arguments.insert(arguments.end(), {"serve-line", line_.name});
     arguments.insert(arguments.end(), options.begin(), options.end());
-    process_ = std::make_unique<LineProcess>(
-        std::move(arguments), MakeLineFolder(command_.database, line_.name), command_.lock);
+    const std::string folder = MakeLineFolder(command_.database, line_.name);
+    trace_ = folder + "/" + kTraceFile;
+    process_ = std::make_unique<LineProcess>(std::move(arguments), folder, command_.lock);
 }
 
 void ServedLine::Return(SiteLine line) {

@@ -46,7 +46,9 @@ class ServedLine {
     // Whether nobody works with its pages, and nobody will before the next look.
     bool IsAtRest() const { return !process_ || task_ != Task::kServing; }
 
-    // Once a second: starts, watches and ends its process.
+    // Whether its process has ended, its device has come or gone, or a look is due.
+    bool HasNews(std::time_t now) const;
+    // Starts, watches and ends its process.
     void Look(std::time_t now);
 
     // What a sending over it came to.
@@ -71,7 +73,11 @@ class ServedLine {
  private:
     enum class Task { kServing, kAsking, kCalling };  // the latter two are short
 
+    bool IsDeviceThere() const;
     void LookAtDevice(std::time_t now);
+    void StartOrSay(std::time_t now);
+    std::time_t NextLook(std::time_t now) const;
+    std::time_t LastMoment() const;
     void Watch(std::time_t now);
     void StartOrAsk(std::time_t now);
     void CannotStart(const std::string& why, std::time_t now);
@@ -79,7 +85,6 @@ class ServedLine {
     void StartAsking(std::time_t now);
     void StartCalling(std::time_t now);
     void Launch(Task task, const std::vector<std::string>& options, std::time_t now);
-    bool IsOverdue(std::time_t now) const;
     void Called(int status, std::time_t now);
     void Ended(int status, std::time_t now);
     void TellHealth(bool was_sick);
@@ -93,6 +98,7 @@ class ServedLine {
     OperatorLog& log_;
     LineHealth health_;
     std::unique_ptr<LineProcess> process_;
+    std::string trace_;           // its file
     Task task_ = Task::kServing;  // of the process
     bool ending_ = false;         // the process has been asked to end
     bool renewing_ = false;       // ... to be started anew
@@ -101,11 +107,12 @@ class ServedLine {
     bool to_call_ = false;
     std::string failed_call_;
     bool leaving_ = false;
-    bool stuck_ = false;     // the process was killed, since it made no progress
-    bool there_ = true;      // the device
-    std::time_t since_ = 0;  // when the process was started, or asked to end
-    std::time_t alive_ = 0;  // when it last made progress
-    long long traced_ = 0;   // bytes of its trace then
+    bool stuck_ = false;       // the process was killed, since it made no progress
+    bool there_ = true;        // the device
+    std::time_t look_at_ = 0;  // when a look is due
+    std::time_t since_ = 0;    // when the process was started, or asked to end
+    std::time_t alive_ = 0;    // when it last made progress
+    long long traced_ = 0;     // bytes of its trace then
 };
 
 }  // namespace host

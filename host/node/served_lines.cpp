@@ -44,6 +44,11 @@ void ServedLines::TakeIn(Connection& connection, SiteLine line) {
     }
 }
 
+bool ServedLines::HaveNews(std::time_t now) const {
+    return std::any_of(lines_.begin(), lines_.end(),
+                       [=](const std::unique_ptr<ServedLine>& line) { return line->HasNews(now); });
+}
+
 void ServedLines::Look(Connection& connection, std::time_t now) {
     std::map<std::string, LineState> states;
     for (LineState& state : ReadLines(connection)) {

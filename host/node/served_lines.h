@@ -29,7 +29,9 @@ class ServedLines {
     // whether anything has changed.
     bool Read(Connection& connection);
 
-    // Once a second.
+    // Whether one has something to look at that the tables don't tell.
+    bool HaveNews(std::time_t now) const;
+    // Then, and when the tables have changed.
     void Look(Connection& connection, std::time_t now);
 
     void Sent(const Send& send, std::time_t now);

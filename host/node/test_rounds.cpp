@@ -58,6 +58,8 @@ void GivePage(Connection& connection, const AskedTestPage& asked, const ServedLi
     const ServedLine* const line = lines.Find(asked.line);
     if (line == nullptr || !line->IsWanted()) {
         AnswerTestPage(connection, asked.asked, {kNoLine, ""});
+    } else {
+        line->Ring();  // who has asked can't
     }
 }
 

@@ -11,6 +11,8 @@
 
 #include <poll.h>
 
+#include <optional>
+
 namespace host {
 
 using SystemPoll = int (*)(pollfd* descriptors, nfds_t count, int timeout);
@@ -20,6 +22,9 @@ using SystemPoll = int (*)(pollfd* descriptors, nfds_t count, int timeout);
 // rings once. Without descriptors left nothing rings, and the pages wait for
 // their minute.
 void RingBell();
+
+// Seconds until the pause in progress ends by itself; none: there is no pause now. Any thread.
+std::optional<int> PauseLeft();
 
 // Answers a call of poll as `system` does, but for the pause: one descriptor's
 // input, for the length of a pause. That ends as after its time when the bell

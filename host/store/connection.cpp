@@ -230,6 +230,10 @@ int32_t Connection::Changes() const {
     return sqlite3_changes(database_.get());
 }
 
+int64_t Connection::TotalChanges() const {
+    return sqlite3_total_changes64(database_.get());
+}
+
 bool Connection::InTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }

@@ -76,6 +76,8 @@ class Connection {
 
     // How many rows the statement that ran last has changed.
     int32_t Changes() const;
+    // How many rows all of them have changed so far.
+    int64_t TotalChanges() const;
     bool InTransaction() const;
     const std::string& Path() const { return path_; }
 

@@ -251,6 +251,15 @@ TEST_F(RunLines, AreStartedAnewWhereTheTraceCantBeWritten) {
 
 // --- Storms.
 
+// Nobody writes a trace while there is nothing to do.
+TEST_F(RunLines, AreNotTakenForStuckByTheFirstPageInALongTime) {
+    At(1200, Pagerfwd("alarm raise --group BOUND/2 --server s x >/dev/null"));
+    At(1300, "kill -TERM $PPID");
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_THAT(run.err, HasSubstr("to \"bound\": sent (24 s, COM 1)"));
+    EXPECT_THAT(run.err, Not(HasSubstr("started anew")));
+}
+
 TEST_F(RunLines, SendAStormsFirstPagesAsFastAsTheLinesCanAndTheSevereFirst) {
     constexpr int kLines = 4;
     constexpr int kAlarms = 100;

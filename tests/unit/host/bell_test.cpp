@@ -63,6 +63,19 @@ TEST_F(BellTest, RungBeforeThePauseItEndsIt) {
     EXPECT_EQ(60s, VirtualClock::Now());
 }
 
+TEST_F(BellTest, TellsHowMuchOfAPauseIsLeft) {
+    EXPECT_EQ(std::nullopt, PauseLeft());
+    std::thread node([] {
+        sleep(7);
+        EXPECT_EQ(53, PauseLeft());
+        RingBell();
+        sleep(1);
+        EXPECT_EQ(std::nullopt, PauseLeft()) << "it has ended";
+    });
+    EXPECT_EQ(0, Pause());
+    node.join();
+}
+
 TEST_F(BellTest, TheLibrarysOwnEndOfAPauseStays) {
     Stop();
     EXPECT_EQ(1, Pause());
