@@ -54,7 +54,7 @@ class ClockPage {
 
  private:
     static constexpr std::size_t kSize = 4096;
-    static_assert(std::atomic<int64_t>::is_always_lock_free);
+    static_assert(ATOMIC_LLONG_LOCK_FREE != 0);  // where it is aligned, as it is at a page's begin
 
     std::atomic<int64_t>* micros_ = nullptr;
 };
