@@ -16,6 +16,13 @@ struct Sample {
     int descriptors = 0;
 };
 
+// A process's, by its number; without a heap, which only it itself knows. Zero: there is none.
+Sample TakeSampleOf(const std::string& process, int hour);
+
+// What a process that is up has more of on the last day than on the one that begins with this hour.
+std::vector<std::string> GrowthSince(int hour, const std::vector<Sample>& up,
+                                     const std::string& name = {});
+
 // Now. `kept_bytes` is what is kept by rule, such as the records of closed ports.
 Sample TakeSample(int hour, bool engine_up, long pages_sent, long kept_bytes);
 

@@ -39,14 +39,20 @@ std::vector<Pager> MakePagers() {
     return pagers;
 }
 
-std::string SiteText() {
+}  // namespace
+
+std::string SiteText(const std::vector<std::string>& ports, const std::vector<Pager>& pagers) {
     std::ostringstream text;
-    text << "encoding = \"latin1\"\n[[port]]\nname = \"COM 1\"\nbaud = 9600\nmodem = true\n"
-            "[port.pager]\ndial = \"ATDT\"\nprompt = \">\"\n"
-            "[port.sms1]\nprotocol = \"TAP\"\ndial = \"ATDT5550101\"\n"
-            "[port.sms2]\nprotocol = \"UCP\"\ndial = \"ATDT5550102\"\n"
-            "[[hours]]\nname = \"always\"\nall = true\n";
-    for (const Pager& pager : Pagers()) {
+    text << "encoding = \"latin1\"\n";
+    for (const std::string& port : ports) {
+        text << "[[port]]\n"
+             << port << "\nbaud = 9600\nmodem = true\n"
+             << "[port.pager]\ndial = \"ATDT\"\nprompt = \">\"\n"
+                "[port.sms1]\nprotocol = \"TAP\"\ndial = \"ATDT5550101\"\n"
+                "[port.sms2]\nprotocol = \"UCP\"\ndial = \"ATDT5550102\"\n";
+    }
+    text << "[[hours]]\nname = \"always\"\nall = true\n";
+    for (const Pager& pager : pagers) {
         text << "[[pager]]\ndescription = \"" << pager.name << "\"\ntype = \""
              << kTypes.at(static_cast<size_t>(pager.type)) << "\"\nnumber = \"" << pager.number
              << "\"\nretries = " << pager.retries << "\ndelay = " << pager.delay_minutes
@@ -54,8 +60,6 @@ std::string SiteText() {
     }
     return text.str();
 }
-
-}  // namespace
 
 const std::vector<Pager>& Pagers() {
     static const std::vector<Pager> pagers = MakePagers();
@@ -70,7 +74,7 @@ const Pager& PagerNamed(const std::string& name) {
 void MakeDatabase(const char* path) {
     host::Connection connection(path, host::Connection::Mode::kCreate);
     host::CreateTables(connection);
-    host::StoreSite(connection, host::ParseSite(SiteText()).site);
+    host::StoreSite(connection, host::ParseSite(SiteText({"name = \"COM 1\""}, Pagers())).site);
 }
 
 void Weather::AddCentres(pagersim::Exchange& exchange) {

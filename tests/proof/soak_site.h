@@ -23,7 +23,10 @@ struct Pager {
 const std::vector<Pager>& Pagers();
 const Pager& PagerNamed(const std::string& name);
 
-// Writes the tables, without an alarm.
+// A site of these pagers: the keys of its ports behind "[[port]]", of one each.
+std::string SiteText(const std::vector<std::string>& ports, const std::vector<Pager>& pagers);
+
+// Writes the tables of a site of one port, without an alarm.
 void MakeDatabase(const char* path);
 
 // What becomes of each call, as a seed decides it.
