@@ -23,7 +23,6 @@ void Alerts::Begin(Connection& connection, std::time_t now) {
 
 void Alerts::Look(Connection& connection, std::time_t now) {
     news_.Look(connection, now);
-    heartbeat_.Look(connection, now);
 }
 
 }  // namespace host

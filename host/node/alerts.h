@@ -29,7 +29,10 @@ class Alerts {
 
     // Looks at the tables, where these have changed or something is due. Throws StoreError.
     void Look(Connection& connection, std::time_t now);
-    bool AreDue(std::time_t now) const { return news_.IsDue(now) || heartbeat_.IsDue(now); }
+    bool AreDue(std::time_t now) const { return news_.IsDue(now); }
+
+    // The heartbeat, every minute. To be called about once a second; throws StoreError.
+    void Beat(Connection& connection, std::time_t now) { heartbeat_.Look(connection, now); }
 
     void PageEnded(const PageStory& page, std::time_t now) { news_.PageEnded(page, now); }
     void DiskIs(bool full, std::time_t now) { news_.DiskIs(full, database_, now); }

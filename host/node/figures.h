@@ -27,7 +27,6 @@ class Figures {
 
     // Every 15 seconds, however often it is called. Where nobody looks at them, never.
     void Show(const PageEnds& ends, std::time_t now);
-    bool AreDue(std::time_t now) const { return shown_ && pace_.IsDue(now); }
     void ShowNow(const PageEnds& ends);
 
  private:

@@ -31,9 +31,8 @@ class SiteHeartbeat {
     // Empty: nobody outside is told.
     void SetCommand(std::vector<std::string> command) { command_ = std::move(command); }
 
-    // When it is due, at the latest. Reckons once a minute, however often it is called.
+    // To be called about once a second. Reckons once a minute.
     void Look(Connection& connection, std::time_t now);
-    bool IsDue(std::time_t now) const { return running_ || pace_.IsDue(now); }
 
     // When all was as it should be, at last; 0: it hasn't been yet.
     std::time_t LastBeat() const { return last_beat_; }

@@ -179,18 +179,24 @@ void Node::Step() {
     if (StopSignal::TakeHangUp()) {
         ReadAnew();
     }
-    if (HasWork(now)) {
+    Connection& connection = lease_.Database();
+    const bool has_changed = changes_.AreThere(connection);
+    if (has_changed || HasWorkDue(now)) {
         Work(now);
     }
+    if (has_changed || alerts_.AreDue(now)) {
+        alerts_.Look(connection, now);
+    }
+    alerts_.Beat(connection, now);
+    figures_.NoteBeat(alerts_.LastBeat());
+    figures_.Show(ends_, now);
     room_.Look(now);
     ForgetOldHistory(now);
 }
 
-// What the node's own work has changed is work again.
-bool Node::HasWork(std::time_t now) {
-    const bool has_changed = changes_.AreThere(lease_.Database());
-    return has_changed || lines_.HaveNews(now) || ends_pace_.IsDue(now) || moves_pace_.IsDue(now) ||
-           alerts_.AreDue(now) || figures_.AreDue(now);
+// Where the database tells nothing new. What the node's own work has changed is new, too.
+bool Node::HasWorkDue(std::time_t now) const {
+    return lines_.HaveNews(now) || ends_pace_.IsDue(now) || moves_pace_.IsDue(now);
 }
 
 void Node::Work(std::time_t now) {
@@ -204,9 +210,6 @@ void Node::Work(std::time_t now) {
     MovePages(now);
     dispatch_.Run(connection);
     GiveTestPages(lease_, lines_, dispatch_);
-    alerts_.Look(connection, now);
-    figures_.NoteBeat(alerts_.LastBeat());
-    figures_.Show(ends_, now);
 }
 
 void Node::ReadAnew() {

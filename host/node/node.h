@@ -68,7 +68,7 @@ class Node {
     void StepOrReport();
     std::string StepOrReason();
     void Step();
-    bool HasWork(std::time_t now);
+    bool HasWorkDue(std::time_t now) const;
     void Work(std::time_t now);
     void ReadAnew();
     void LookAtSends(std::time_t now);
