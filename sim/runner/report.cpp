@@ -123,23 +123,33 @@ Comparison Compare(const std::vector<Expectation>& expected,
     return comparison;
 }
 
+namespace {
+
+std::string DescribePage(const DeliveredPage& page, const CallRecord& call) {
+    return "  " + PageLine(page.recipient, page.text) + ", in a call of " +
+           SecondsText(call.to - call.from) + " on " + call.line + "\n";
+}
+
+std::string DescribeCentre(const std::string& centre, const Report& report) {
+    std::string pages;
+    std::size_t count = 0;
+    for (const DeliveredPage& page : report.Pages()) {
+        if (page.centre == centre) {
+            ++count;
+            pages += DescribePage(page, report.Calls()[page.call]);
+        }
+    }
+    return centre + " received " + (count == 0 ? "nothing" : Counted(count, "page") + ":") + "\n" +
+           pages;
+}
+
+}  // namespace
+
 std::string DescribePages(const std::vector<std::string>& centres, const Report& report,
                           const std::string& time) {
     std::string text;
     for (const std::string& centre : centres) {
-        std::string lines;
-        std::size_t count = 0;
-        for (const DeliveredPage& page : report.Pages()) {
-            if (page.centre != centre) {
-                continue;
-            }
-            ++count;
-            const CallRecord& call = report.Calls()[page.call];
-            lines += "  " + PageLine(page.recipient, page.text) + ", in a call of " +
-                     SecondsText(call.to - call.from) + " on " + call.line + "\n";
-        }
-        text += centre + " received " + (count == 0 ? "nothing" : Counted(count, "page") + ":") +
-                "\n" + lines;
+        text += DescribeCentre(centre, report);
     }
     return text + time + ": " + SecondsText(report.End()) + "\n";
 }

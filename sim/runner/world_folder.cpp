@@ -36,7 +36,7 @@ bool IsOwnFolder(const std::string& path) {
 }
 
 std::string CheckedPath(const std::string& path) {
-    const std::string absolute = Absolute(path);
+    std::string absolute = Absolute(path);
     if (!FitsAddress(absolute + kSocket)) {
         throw UsageError(absolute + ": the name is too long for a world");
     }
