@@ -15,6 +15,7 @@
 #include "host/pages/lines.h"
 #include "host/platform/bell.h"
 #include "host/process/signals_held.h"
+#include "host/store/patience.h"
 #include "host/store/pending.h"
 #include "host/text_helpers.h"
 
@@ -26,6 +27,8 @@ constexpr std::chrono::seconds kWhileIdle{60};
 
 // The library's worker writes a line about each of its pages once a minute.
 constexpr std::time_t kLongestSilence = 10 * 60;
+
+constexpr int kMostRefused = 2;
 
 constexpr const char* kIdle = "idle";
 
@@ -65,14 +68,20 @@ Line::Line(const std::string& database, const SiteLine& line, const Library& lib
           [this](const Alarm& alarm, const Delivery& delivery) { return Forward(alarm, delivery); },
           log),
       trace_(lease_.Database(), line, encoding_, log,
-             [this](const TracedPage& page) { hand_over_.Saw(page); }) {
+             [this](const TracedPage& page) { hand_over_.Saw(page); }),
+      trouble_(log, database + ": works again") {
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
 LineExit Line::Run(StopSignal& stop, const BellSocket& node) {
+    WaitForTablesWith(node);
     Start();
     do {
         StepOrReport();
+        if (!CanGoOn()) {
+            log_.Error("no file can be opened, nor the device; the line is started anew");
+            return LineExit::kCannot;
+        }
         if (IsStuck()) {
             log_.Error("the library doesn't go on; the line is started anew");
             return LineExit::kStuck;
@@ -80,7 +89,20 @@ LineExit Line::Run(StopSignal& stop, const BellSocket& node) {
         node.Ring();
     } while (WaitForWork(stop, node, wait_));
     End();
-    return LineExit::kDone;
+    return AnyWaits() ? LineExit::kStuck : LineExit::kDone;
+}
+
+// Meanwhile the node hears that the line lives. Where there is no node any more, the pages are left
+// in the tables, for the lines of the next.
+void Line::WaitForTablesWith(const BellSocket& node) {
+    WaitForTables([this, &node, parent = getppid()](int seconds) {
+        waited_ = true;
+        node.Ring();
+        sleep(1);
+        if (seconds > kLongestSilence && getppid() != parent) {
+            _exit(static_cast<int>(LineExit::kStuck));
+        }
+    });
 }
 
 void Line::Start() {
@@ -131,8 +153,10 @@ void Line::TellWhatIsLost() {
 void Line::StepOrReport() {
     try {
         Step();
+        trouble_.Is("");
     } catch (const StoreError& failure) {
-        log_.Error(std::string(failure.what()) + "; trying again");
+        trouble_.Is(failure.what());
+        trace_.Excuse();
     }
 }
 
@@ -159,12 +183,10 @@ std::chrono::seconds Line::Quiet(std::optional<int> pause_left) {
 
 // A trace that nobody can write says nothing of the library.
 bool Line::IsStuck() {
-    const std::time_t now = std::time(nullptr);
-    if (!HasPagesOf(lease_.Database(), line_.name)) {
-        idle_ = now;
+    if (waited_.exchange(false)) {
+        trace_.Excuse();
     }
-    const bool is_silent = now > std::max(trace_.LastNews(), idle_) + kLongestSilence;
-    if (!trace_.IsStuck() && !is_silent) {
+    if (!trace_.IsStuck() && !IsSilent()) {
         return false;
     }
     if (CanWriteHere()) {
@@ -172,6 +194,26 @@ bool Line::IsStuck() {
     }
     trace_.Excuse();
     return false;
+}
+
+bool Line::IsSilent() {
+    const std::time_t now = std::time(nullptr);
+    try {
+        if (!HasPagesOf(lease_.Database(), line_.name)) {
+            idle_ = now;
+        }
+    } catch (const StoreError&) {
+        return false;
+    }
+    return now > std::max(trace_.LastNews(), idle_) + kLongestSilence;
+}
+
+// Without descriptors the library can't open its device, nor say so in its trace: its pages would
+// use up their tries.
+bool Line::CanGoOn() {
+    const Descriptor any(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    refused_ = any.IsOpen() ? 0 : refused_ + 1;
+    return refused_ < kMostRefused || trace_.UnderWay() != nullptr;
 }
 
 int32_t Line::Forward(const Alarm& alarm, const Delivery& delivery) {

@@ -11,6 +11,7 @@
 #ifndef PAGERFWD_HOST_LINE_LINE_H
 #define PAGERFWD_HOST_LINE_LINE_H
 
+#include <atomic>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@
 #include "host/process/bell_socket.h"
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
+#include "host/process/trouble.h"
 #include "host/store/pool.h"
 
 namespace host {
@@ -34,7 +36,7 @@ class Line {
          OperatorLog& log);
 
     // Until it is asked to end, or its node has died; a page on the line is finished first. kStuck:
-    // the library doesn't go on, and the process is to end without it.
+    // the library doesn't go on, and the process is to end without it; so it is with kCannot.
     LineExit Run(StopSignal& stop, const BellSocket& node);
 
  private:
@@ -44,7 +46,10 @@ class Line {
     void StepOrReport();
     void Step();
     std::chrono::seconds Quiet(std::optional<int> pause_left);
+    void WaitForTablesWith(const BellSocket& node);
     bool IsStuck();
+    bool IsSilent();
+    bool CanGoOn();
     bool AnswerTests();
     void SendTestPageFor(const AskedTestPage& asked);
     void CallFor(const AskedTestPage& asked);
@@ -62,9 +67,12 @@ class Line {
     const Encoding encoding_;
     HandOver hand_over_;
     LineTrace trace_;
+    Trouble trouble_;
     std::string doing_;
-    std::time_t idle_ = 0;          // when it had no page at last
-    std::chrono::seconds wait_{0};  // for the node's bell, until the next look
+    std::time_t idle_ = 0;             // when it had no page at last
+    std::chrono::seconds wait_{0};     // for the node's bell, until the next look
+    int refused_ = 0;                  // looks in a row at which no file could be opened
+    std::atomic<bool> waited_{false};  // the library has waited for the store since the last look
 };
 
 }  // namespace host

@@ -65,7 +65,7 @@ LineExit Serve(const ServeLineOptions& options, OperatorLog& log) {
     const Library library(options.library);
     const LineExit end =
         Line(options.database, line, library, log).Run(stop, BellSocket(Descriptor(options.bell)));
-    if (end == LineExit::kStuck) {
+    if (end != LineExit::kDone) {
         _exit(static_cast<int>(end));  // what is stuck can't be taken down
     }
     return end;

@@ -25,6 +25,7 @@ constexpr std::time_t kDay = 24 * 60 * 60;
 // A line records its sending a moment behind the end of the page.
 constexpr std::time_t kBetweenEnds = 3;
 constexpr std::time_t kBetweenMoves = 5;
+constexpr std::time_t kBetweenAlarms = 60;
 
 std::string Age(std::time_t seconds) {
     constexpr std::time_t kHour = 60 * 60;
@@ -44,6 +45,7 @@ LineCommand CommandOf(const NodeOptions& options, const LockFile& lock) {
 Node::Node(NodeOptions options, OperatorLog& log)
     : options_(std::move(options)),
       log_(log),
+      trouble_(log, options_.database + ": works again"),
       lease_(options_.database, Refusals::kKept),
       encoding_(EncodingOf(lease_.Database())),
       lock_(TakeNodeLock(options_.database, "run")),
@@ -148,6 +150,7 @@ void Node::LookAtPendingPages() {
 
 void Node::StepOrReport() {
     const std::string why_not = StepOrReason();
+    trouble_.Is(why_not);
     const std::time_t now = std::time(nullptr);
     alerts_.DatabaseWorked(gone_ ? options_.database + ": the file has gone" : why_not, now);
     alerts_.DiskIs(room_.IsFull(), now);
@@ -168,7 +171,6 @@ std::string Node::StepOrReason() {
         heartbeat_.Beat();
     } catch (const StoreError& failure) {
         changes_.Forget();
-        log_.Error(std::string(failure.what()) + "; trying again");
         return failure.what();
     }
     return {};
@@ -234,6 +236,10 @@ void Node::LookAtEnds(std::time_t now) {
     }
     if (ends_.HaveMark()) {
         ends_pace_.Want();
+    }
+    if (now >= alarms_at_) {
+        alarms_at_ = now + kBetweenAlarms;
+        EndFinishedAlarms(lease_.Database());
     }
 }
 

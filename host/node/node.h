@@ -33,6 +33,7 @@
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
 #include "host/process/systemd.h"
+#include "host/process/trouble.h"
 #include "host/store/changes.h"
 #include "host/store/pool.h"
 
@@ -88,6 +89,7 @@ class Node {
 
     const NodeOptions options_;
     OperatorLog& log_;
+    Trouble trouble_;
     Lease lease_;
     const Encoding encoding_;
     const LockFile lock_;
@@ -104,6 +106,7 @@ class Node {
     Changes changes_;
     Pace ends_pace_;
     Pace moves_pace_;
+    std::time_t alarms_at_ = 0;  // when ended alarms are looked for again
     std::time_t forget_at_ = 0;  // when old history is looked for again
     bool gone_ = false;          // the database has no name
     bool replaced_ = false;      // its name leads to another file

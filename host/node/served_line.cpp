@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "host/lines/line_exit.h"
@@ -30,7 +31,8 @@ ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& comm
     : line_(std::move(line)),
       name_("line \"" + std::move(shown) + "\""),
       command_(command),
-      log_(log) {}
+      log_(log),
+      refused_(log, name_ + ": its process could be made again") {}
 
 // In the hour of a clock that was set back a look isn't far away either.
 bool ServedLine::HasNews(std::time_t now) const {
@@ -67,8 +69,11 @@ std::time_t ServedLine::NextLook(std::time_t now) const {
 void ServedLine::StartOrSay(std::time_t now) {
     try {
         StartOrAsk(now);
+        refused_.Is("");
     } catch (const StoreError& error) {
         CannotStart(error.what(), now);
+    } catch (const std::system_error& error) {
+        refused_.Is(name_ + ": " + error.what());
     }
 }
 

@@ -6,7 +6,7 @@
 //   paused    it has no process
 //
 // Threads    One.
-// Errors     StoreError and std::system_error; the next look tries again.
+// Errors     What is refused is told; the next look tries again.
 #ifndef PAGERFWD_HOST_NODE_SERVED_LINE_H
 #define PAGERFWD_HOST_NODE_SERVED_LINE_H
 
@@ -20,6 +20,7 @@
 #include "host/node/line_health.h"
 #include "host/node/line_process.h"
 #include "host/process/operator_log.h"
+#include "host/process/trouble.h"
 
 namespace host {
 
@@ -96,6 +97,7 @@ class ServedLine {
     const std::string name_;  // "line "COM 1""
     const LineCommand& command_;
     OperatorLog& log_;
+    Trouble refused_;  // the system makes no process
     LineHealth health_;
     std::unique_ptr<LineProcess> process_;
     std::string trace_;           // its file

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "host/pages/lines.h"
@@ -64,11 +63,7 @@ void ServedLines::Look(Connection& connection, std::time_t now) {
 void ServedLines::LookAt(ServedLine& line, const LineState& state, Connection& connection,
                          std::time_t now) {
     line.SetPaused(state.paused);
-    try {
-        line.Look(now);
-    } catch (const std::system_error& refused) {
-        log_.Error(std::string(refused.what()) + "; trying again");
-    }
+    line.Look(now);
     const std::string& name = line.Line().name;
     const Health health = line.Health().IsSick() ? Health::kSick : Health::kWell;
     if (state.health != health || state.reason != line.Health().Reason()) {

@@ -152,6 +152,28 @@ int32_t MendAlarmStates(Connection& connection) {
     return mended;
 }
 
+int32_t EndFinishedAlarms(Connection& connection) {
+    constexpr const char* kFinished =
+        "SELECT row_id FROM AlarmLog AS alarm"
+        " WHERE pagerstate = '2' AND alarmack IN ('', '0')"
+        " AND NOT EXISTS (SELECT 1 FROM Host_Deliveries WHERE alarm = alarm.alarmlogID"
+        "  AND answer IS NULL)"
+        " AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = alarm.alarmlogID"
+        "  AND PagerState NOT IN ('3', '4'))"
+        " AND EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = alarm.alarmlogID"
+        "  AND PagerState = ?)";
+    WriteTransaction transaction(connection);
+    // One page that nobody got counts for all.
+    int32_t ended = 0;
+    for (const char* state : {kStateOffLimit, kStateDone}) {
+        ended += SetStates(connection,
+                           Numbers(Statement(connection, kFinished).Bind(std::string_view(state))),
+                           state);
+    }
+    transaction.Commit();
+    return ended;
+}
+
 void MendTexts(Connection& connection) {
     constexpr const char* kAnyControl = "*[\x01-\x1F\x7F]*";
     WriteTransaction transaction(connection);

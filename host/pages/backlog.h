@@ -23,6 +23,12 @@ Backlog LookAtBacklog(Connection& connection);
 // before the engine is started, and after a page was queued.
 int32_t MendAlarmStates(Connection& connection);
 
+// Alarms that count as being paged, though all their pages have ended, and none is owed: it happens
+// where the store refuses the last word of a page, or keeps it until another page has had its own.
+// Their state becomes what the library makes of such pages. Returns how many they were. At any
+// time.
+int32_t EndFinishedAlarms(Connection& connection);
+
 // Pending pages whose group or pager has control characters, as an older make or another program
 // wrote them: the library sees them without, and would not find their rows again. To be called
 // before the engine is started.

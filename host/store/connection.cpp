@@ -108,6 +108,25 @@ std::string AsUri(const std::string& path, const char* settings) {
     return uri + "?" + settings;
 }
 
+// What SQLite takes for damage may be a read that the system refused.
+bool MayPass(int code) {
+    switch (code) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+        case SQLITE_NOMEM:
+        case SQLITE_READONLY:
+        case SQLITE_IOERR:
+        case SQLITE_CORRUPT:
+        case SQLITE_FULL:
+        case SQLITE_CANTOPEN:
+        case SQLITE_PROTOCOL:
+        case SQLITE_NOTADB:
+            return true;
+        default:
+            return false;
+    }
+}
+
 bool HasBytes(const std::string& path) {
     std::error_code error;
     return std::filesystem::file_size(path, error) > 0 && !error;
@@ -154,6 +173,11 @@ Connection::AnyLength::~AnyLength() {
 void Connection::OpenToWrite() {
     MakeJournals(path_);
     Open(path_, SQLITE_OPEN_READWRITE);
+    // What can't be opened to be written SQLite opens to be read: for good, whatever the reason
+    // was.
+    if (sqlite3_db_readonly(database_.get(), "main") != 0) {
+        throw StoreAway(path_ + ": can't be opened to be written");
+    }
     Execute(kSettings);
 }
 
@@ -244,6 +268,9 @@ void Connection::Fail() const {
         path_ + ": " + (database_ ? sqlite3_errmsg(database_.get()) : "no memory");
     if (database_ && sqlite3_errcode(database_.get()) == SQLITE_TOOBIG) {
         throw RowTooLarge(text);
+    }
+    if (database_ == nullptr || MayPass(sqlite3_errcode(database_.get()))) {
+        throw StoreAway(text);
     }
     throw StoreError(text);
 }

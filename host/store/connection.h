@@ -27,6 +27,13 @@ class StoreError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The store can't be used now: another program has it, the system refuses a read or a descriptor.
+// It may work a moment later.
+class StoreAway : public StoreError {
+ public:
+    using StoreError::StoreError;
+};
+
 class WriteTransaction;
 
 // A row that a statement met has a text or blob of more than this, in bytes: it can't be read.

@@ -45,6 +45,9 @@ class OpenDatabase {
     int32_t UpdateUnwritten(const TableLayout& layout, const Condition& condition,
                             const ElementList& elements);
 
+    // Whether it has the right to write, or changes that are not written.
+    bool HoldsTransaction() const { return transaction_ != nullptr; }
+
     // Writes those changes and gives up the lock, if it is held. Returns how many rows they were.
     int32_t Write();
 

@@ -42,7 +42,7 @@ void OwnerLock::OpenToTake() {
     try {
         file_ = OpenOrMakeShared(path_, O_RDWR, OwnershipOf(database_));
     } catch (const FileError& error) {
-        throw StoreError(path_ + ": " + error.what());
+        throw StoreAway(path_ + ": " + error.what());
     }
 }
 
@@ -70,7 +70,7 @@ bool OwnerLock::IsTaken(int32_t owner) {
             file_ = OpenShared(path_, O_RDONLY);
         }
     } catch (const FileError& error) {
-        throw StoreError(path_ + ": " + error.what());
+        throw StoreAway(path_ + ": " + error.what());
     }
     if (!file_.IsOpen()) {
         return false;  // nobody has taken any

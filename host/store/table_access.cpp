@@ -14,6 +14,7 @@
 #include "host/store/conditions.h"
 #include "host/store/faults.h"
 #include "host/store/open_database.h"
+#include "host/store/patience.h"
 
 namespace host {
 namespace {
@@ -26,6 +27,30 @@ struct Deed {
     const char* name;
     const char* about;  // the database or the table; may be null
 };
+
+bool HoldsTransaction(DBAsciiHandle handle) {
+    return handle != nullptr && static_cast<OpenDatabase*>(handle)->HoldsTransaction();
+}
+
+// Again and again while the store is away, where the library is to wait for it. Not in a
+// transaction: that would keep all other processes from writing.
+template <typename Work>
+int32_t Patiently(DBAsciiHandle handle, Work work) {
+    std::optional<Wait> wait;
+    for (;;) {
+        try {
+            return work();
+        } catch (const StoreAway& away) {
+            if (!WaitsForTables() || HoldsTransaction(handle)) {
+                throw;
+            }
+            if (!wait) {
+                wait.emplace(away.what());
+            }
+        }
+        wait->Second();
+    }
+}
 
 template <typename Work>
 int32_t Try(const Deed& deed, Work work) noexcept {
@@ -40,6 +65,12 @@ int32_t Try(const Deed& deed, Work work) noexcept {
         }
         return kFailed;
     }
+}
+
+// For what has changed nothing where it fails.
+template <typename Work>
+int32_t TryPatiently(const Deed& deed, DBAsciiHandle handle, Work work) {
+    return Try(deed, [&] { return Patiently(handle, work); });
 }
 
 std::string_view Given(const char* text) {
@@ -100,14 +131,14 @@ int32_t Close(DBAsciiHandle handle) {
 using namespace host;
 
 int32_t DBAsciiAccessOpen(const char* database, char /*mode*/, DBAsciiHandle* handle) {
-    return Try({"opening", database}, [=] {
+    return TryPatiently({"opening", database}, nullptr, [=] {
         *handle = std::make_unique<OpenDatabase>(std::string(Given(database))).release();
         return kDone;
     });
 }
 
 int32_t DBAsciiAccessTableOpen(DBAsciiHandle handle, const char* table) {
-    return Try({"opening", table}, [=] {
+    return TryPatiently({"opening", table}, handle, [=] {
         At(handle).Layout(Given(table));
         return kDone;
     });
@@ -124,7 +155,8 @@ int32_t DBAsciiAccessCloseKeepStaticDllInfo(DBAsciiHandle handle) {
 
 int32_t DBAsciiAccessLock(DBAsciiHandle handle, const char* table, int32_t /*first*/,
                           int32_t /*second*/) {
-    return Try({"locking", table}, [=] { return At(handle).Lock() ? kDone : kFailed; });
+    return TryPatiently({"locking", table}, handle,
+                        [=] { return At(handle).Lock() ? kDone : kFailed; });
 }
 
 int32_t DBAsciiAccessUnlock(DBAsciiHandle handle, const char* table) {
@@ -139,7 +171,7 @@ int32_t DBAsciiAccessGetAllEntriesByCondition(DBAsciiHandle handle, const char* 
                                               int32_t /*reserved1*/, const char* value,
                                               char /*mode*/, const char* selection, char /*flag1*/,
                                               char /*flag2*/, int32_t /*reserved2*/) {
-    return Try({"reading", table}, [=] {
+    return TryPatiently({"reading", table}, handle, [=] {
         OpenDatabase& database = At(handle);
         const TableLayout& layout = database.Layout(Given(table));
         std::vector<Term> terms;
@@ -161,8 +193,8 @@ int32_t DBAsciiAccessGetAllEntriesByCondition(DBAsciiHandle handle, const char* 
 }
 
 int32_t DBAsciiAccessGetElementColumn(DBAsciiHandle handle, const char* table, const char* column) {
-    return Try({"reading", table},
-               [=] { return At(handle).Layout(Given(table)).IndexOf(Given(column)); });
+    return TryPatiently({"reading", table}, handle,
+                        [=] { return At(handle).Layout(Given(table)).IndexOf(Given(column)); });
 }
 
 int32_t DBAsciiAccessFree(DBAsciiRowSet rows) {
@@ -172,7 +204,7 @@ int32_t DBAsciiAccessFree(DBAsciiRowSet rows) {
 
 int32_t DBAsciiAccessAddElement(DBAsciiHandle handle, const char* table, const char* column,
                                 char type, const void* value, DBAsciiElementList* list) {
-    return Try({"writing", table}, [=] {
+    return TryPatiently({"writing", table}, handle, [=] {
         if (At(handle).Layout(Given(table)).IndexOf(Given(column)) < 0) {
             throw StoreError(std::string("there is no column ") + column);
         }
@@ -187,8 +219,8 @@ int32_t DBAsciiAccessAddElement(DBAsciiHandle handle, const char* table, const c
 
 int32_t DBAsciiAccessSet(DBAsciiHandle handle, const char* table, DBAsciiElementList list,
                          char /*flag1*/, char /*flag2*/, char /*flag3*/) {
-    return Try({"writing", table}, [=] {
-        const ElementList elements = Consume(list);
+    const ElementList elements = Consume(list);
+    return TryPatiently({"writing", table}, handle, [&] {
         OpenDatabase& database = At(handle);
         database.Insert(database.Layout(Given(table)), elements);
         return kDone;
@@ -198,8 +230,8 @@ int32_t DBAsciiAccessSet(DBAsciiHandle handle, const char* table, DBAsciiElement
 int32_t DBAsciiAccessSQLConditionSet(DBAsciiHandle handle, const char* table, const char* condition,
                                      DBAsciiElementList list, char /*flag*/, char writeNow) {
     const Deed deed{"changing", table};
-    return Try(deed, [=] {
-        const ElementList elements = Consume(list);
+    const ElementList elements = Consume(list);
+    return TryPatiently(deed, handle, [&] {
         OpenDatabase& database = At(handle);
         const TableLayout& layout = database.Layout(Given(table));
         const std::optional<Condition> which = Understood(deed, condition);
@@ -214,7 +246,7 @@ int32_t DBAsciiAccessSQLConditionSet(DBAsciiHandle handle, const char* table, co
 int32_t DBAsciiAccessSQLConditionDelete(DBAsciiHandle handle, const char* table,
                                         const char* condition, char /*flag*/) {
     const Deed deed{"deleting from", table};
-    return Try(deed, [=] {
+    return TryPatiently(deed, handle, [=] {
         OpenDatabase& database = At(handle);
         const TableLayout& layout = database.Layout(Given(table));
         const std::optional<Condition> which = Understood(deed, condition);

@@ -27,8 +27,12 @@ struct Verdict {
     std::vector<std::string> complaints;  // empty: all is as it should be
 };
 
+// What uses up a try of a page. kDeviceToo: a device that can't be opened, so that a page that is
+// sent several times may be sent less often.
+enum class Tries { kSendingsOnly, kDeviceToo };
+
 // ledger: as in kill_scenario.h. report: what the simulation says of calls and pages, as JSON.
-Verdict Judge(std::istream& ledger, std::istream& report);
+Verdict Judge(std::istream& ledger, std::istream& report, Tries tries = Tries::kSendingsOnly);
 
 }  // namespace proof::kills
 

@@ -26,7 +26,7 @@ class KillJudge : public ::testing::Test {
     }
     static std::string Ucp(int at) { return Page("ucp", "5550112", at, 0); }
 
-    Verdict Judged() {
+    Verdict Judged(Tries tries = Tries::kSendingsOnly) {
         std::string pages = Page("tap", "5550113", 70, 1);
         for (const std::string& page : received) {
             pages += "," + page;
@@ -34,7 +34,7 @@ class KillJudge : public ::testing::Test {
         std::istringstream ledger(before + "killed " + killed + " idle\n" + rows + after);
         std::istringstream report(R"({"calls":[{"line":"COM 2"},{"line":"COM 2"}],"pages":[)" +
                                   pages + "]}");
-        return Judge(ledger, report);
+        return Judge(ledger, report, tries);
     }
 
     std::string before = "raised 9 pump1 B\n";
@@ -115,6 +115,18 @@ TEST_F(KillJudge, NoticesAPageThatNobodyOwed) {
 TEST_F(KillJudge, NoticesASiteThatDoesNotEnd) {
     after.clear();
     EXPECT_THAT(Judged().complaints, ElementsAre("the site did not come to its end"));
+}
+
+TEST_F(KillJudge, AllowsFewerSendingsWhereADeviceCannotBeOpenedButNotNone) {
+    before = "raised 9 pump1 B\nraised 10 pump1 B\n";
+    after =
+        "page 9 ucp done 0\npage 9 bound done 0\npage 10 ucp done 0\npage 10 bound done 0\n"
+        "alarm 9 4\nalarm 10 4\nend\n";
+    EXPECT_THAT(Judged().complaints, SizeIs(2)) << "of each page one is missing";
+    EXPECT_THAT(Judged(Tries::kDeviceToo).complaints, IsEmpty());
+    received.clear();
+    EXPECT_THAT(Judged(Tries::kDeviceToo).complaints,
+                ElementsAre("pump1 ucp was received 0 times, not 2"));
 }
 
 }  // namespace

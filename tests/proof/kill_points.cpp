@@ -3,8 +3,6 @@
 #include "tests/proof/kill_points.h"
 
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
@@ -12,37 +10,20 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <string>
 
 #include "tests/proof/file_calls.h"
+#include "tests/proof/shared_plan.h"
 
 namespace proof {
 namespace {
 
-constexpr size_t kNoRole = kRoles;
-
 KillPoints* points = nullptr;
 size_t own_role = kNoRole;
 
-// By the command line: "... run ..." and "... serve-line COM 2 ...". What asks a modem is no line.
-size_t FindRole() {
-    std::ifstream file("/proc/self/cmdline", std::ios::binary);
-    const std::string words{std::istreambuf_iterator<char>(file), {}};
-    const auto has = [&](const std::string& word) {
-        return words.find('\0' + word + '\0') != std::string::npos;
-    };
-    if (has("run")) {
-        return kNodeRole;
-    }
-    for (size_t line = 1; line < kRoles; ++line) {
-        if (has("serve-line") && has("COM " + std::to_string(line)) && !has("--ask")) {
-            return line;
-        }
-    }
-    return kNoRole;
+// What asks a modem is no line.
+size_t OwnRole() {
+    const ProcessRole own = FindRole();
+    return own.asks ? kNoRole : own.role;
 }
 
 // Not by the function of the C library: the simulation looks on at that one.
@@ -85,21 +66,12 @@ Function Next(const char* name) {
 }
 
 __attribute__((constructor)) void Begin() {
-    const char* const path = std::getenv(kPointsVariable);
-    own_role = FindRole();
-    if (path == nullptr || own_role == kNoRole) {
-        return;
+    own_role = OwnRole();
+    points = own_role == kNoRole ? nullptr : FindPlan<KillPoints>(kPointsVariable);
+    if (points != nullptr) {
+        points->processes[own_role] = getpid();
+        SetFileHooks(PassFile, PassFile);
     }
-    const int file = open(path, O_RDWR | O_CLOEXEC);
-    void* const shared =
-        mmap(nullptr, sizeof(KillPoints), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    close(file);
-    if (shared == MAP_FAILED) {
-        return;
-    }
-    points = static_cast<KillPoints*>(shared);
-    points->processes[own_role] = getpid();
-    SetFileHooks(PassFile, PassFile);
 }
 
 // So that nobody is taken for it who gets its number.

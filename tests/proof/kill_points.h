@@ -8,10 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace proof {
+#include "tests/proof/process_role.h"
 
-constexpr size_t kNodeRole = 0;  // behind it the lines: COM 1 is 1
-constexpr size_t kRoles = 4;
+namespace proof {
 
 // What a process is about to do, or has just done. kWorld: it asks the simulation for something:
 // bytes on the line, the device, time that passes.

@@ -3,10 +3,6 @@
 // arms the points at which it, a line, both or all are killed.
 //   kill_site make SITE_FILE             writes the site as a file
 //   kill_site keep SEED KILLS PROGRAM LIBRARY POINTS_MODULE
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <new>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -23,10 +18,11 @@
 #include <vector>
 
 #include "host/alarms/alarms.h"
-#include "host/pages/history.h"
 #include "host/store/connection.h"
+#include "tests/proof/kept_site.h"
 #include "tests/proof/kill_points.h"
 #include "tests/proof/kill_scenario.h"
+#include "tests/proof/shared_plan.h"
 
 namespace proof::kills {
 namespace {
@@ -36,48 +32,17 @@ constexpr int kLongestAwaited = 35;  // seconds from the arming of a point to it
 constexpr int kDownTime = 3;         // from a node's end to the next
 constexpr int kLastAlarms = 120;     // seconds: until the lines have taken the last of them
 
-// --- The site.
-
-void WriteSite(const char* path) {
-    std::ofstream text(path);
-    text << "encoding = \"latin1\"\n";
-    for (int line = 1; line <= kLines; ++line) {
-        text << "[[port]]\nname = \"COM " << line << "\"\ninit = \"AT&F&D2S12=2\"\n"
-             << "[port.pager]\ndial = \"ATDT\"\nprompt = \">\"\n"
-             << "[port.sms1]\nprotocol = \"TAP\"\ndial = \"ATDT5550101\"\n"
-             << "[port.sms2]\nprotocol = \"UCP\"\ndial = \"ATDT5550102\"\n";
-    }
-    for (const PagerPlan& pager : kPagerPlans) {
-        text << "[[pager]]\ndescription = \"" << pager.name << "\"\n";
-        if (*pager.port != '\0') {
-            text << "port = \"" << pager.port << "\"\n";
-        }
-        text << "type = \"" << pager.type << "\"\nnumber = \"" << pager.number
-             << "\"\nretries = " << pager.retries << "\ndelay = 1\n";
-    }
-    for (const Route& route : Routes()) {
-        text << "[[route]]\ngroups = \"" << route.group << "/*\"\npagers = [";
-        for (const std::string& pager : route.pagers) {
-            text << "\"" << pager << "\", ";
-        }
-        text << "]\n";
-    }
-}
-
 // --- Points.
 
 class Armoury {
  public:
-    explicit Armoury(unsigned seed) : random_(seed) {
-        const int file = open(kPoints, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        if (file < 0 || ftruncate(file, sizeof(KillPoints)) != 0) {
+    explicit Armoury(unsigned seed)
+        : random_(seed),
+          points_(
+              MakePlan<KillPoints>(std::filesystem::absolute(kPoints).c_str(), kPointsVariable)) {
+        if (points_ == nullptr) {
             throw std::runtime_error("no file for the points");
         }
-        void* const shared =
-            mmap(nullptr, sizeof(KillPoints), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-        close(file);
-        points_ = new (shared) KillPoints;
-        setenv(kPointsVariable, std::filesystem::absolute(kPoints).c_str(), 1);
     }
 
     // In turn: a line, the node, a line and the node, all. By a point of theirs, of any kind.
@@ -105,61 +70,8 @@ class Armoury {
     unsigned Roll(unsigned sides) { return static_cast<unsigned>(random_() % sides); }
 
     std::minstd_rand random_;
-    KillPoints* points_ = nullptr;
+    KillPoints* const points_;
     int seen_ = 0;
-};
-
-// --- The node.
-
-class Node {
- public:
-    Node(std::string program, std::string library, std::string preloads)
-        : program_(std::move(program)), library_(std::move(library)) {
-        const char* const before = getenv("LD_PRELOAD");
-        preloads_ = kPreloads + std::string(before == nullptr ? "" : before) + ":" + preloads;
-    }
-
-    void Start(bool until_done) {
-        std::vector<std::string> words = {program_,    "--database", kDatabase,
-                                          "--library", library_,     "run"};
-        if (until_done) {
-            words.emplace_back("--until-done");
-        }
-        std::vector<char*> arguments;
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
-        arguments.push_back(nullptr);
-        std::vector<char*> variables;
-        for (char** each = environ; *each != nullptr; ++each) {
-            if (std::string_view(*each).substr(0, kPreloads.size()) != kPreloads) {
-                variables.push_back(*each);
-            }
-        }
-        variables.push_back(preloads_.data());
-        variables.push_back(nullptr);
-        if (posix_spawn(&process_, program_.c_str(), nullptr, nullptr, arguments.data(),
-                        variables.data()) != 0) {
-            throw std::runtime_error("can't be started: " + program_);
-        }
-    }
-    bool IsUp() const { return process_ > 0; }
-    void AskToEnd() const { kill(process_, SIGTERM); }
-    // Whether it has ended since.
-    bool HasEnded(int& status) {
-        if (process_ <= 0 || waitpid(process_, &status, WNOHANG) != process_) {
-            return false;
-        }
-        process_ = -1;
-        return true;
-    }
-
- private:
-    static inline const std::string kPreloads = "LD_PRELOAD=";
-
-    const std::string program_, library_;
-    std::string preloads_;
-    pid_t process_ = -1;
 };
 
 // --- The one who keeps it.
@@ -181,11 +93,10 @@ class Keeper {
         Wait(kLastAlarms);
         node_.AskToEnd();
         Finish();
-        WriteEnd();
+        WriteEnd(ledger_);
     }
 
  private:
-    static int Now() { return static_cast<int>(std::time(nullptr) - kStart); }
     unsigned Roll(unsigned sides) { return static_cast<unsigned>(random_() % sides); }
 
     void Second(bool until_done) {
@@ -216,10 +127,7 @@ class Keeper {
             sleep(1);
         }
         node_.Start(true);
-        while (!node_.HasEnded(status)) {
-            sleep(1);
-        }
-        ledger_ << "node " << std::time(nullptr) << " " << status << std::endl;
+        node_.WaitForEnd(ledger_);
     }
 
     void Kill() {
@@ -269,12 +177,8 @@ class Keeper {
             return;
         }
         next_alarm_ += kAlarmEvery / 2 + static_cast<int>(Roll(kAlarmEvery));
-        const std::string text = "pump" + std::to_string(++alarms_);
         const std::string group = Routes()[Roll(static_cast<unsigned>(Routes().size()))].group;
-        host::Connection connection(kDatabase);
-        const int32_t alarm =
-            host::RaiseAlarm(connection, {group + "/1", "2", "SRV", text}, std::time(nullptr));
-        ledger_ << "raised " << alarm << " " << text << " " << group << std::endl;
+        const int32_t alarm = RaiseNext(ledger_, ++alarms_, group);
         if (Roll(8) == 0) {
             acknowledgements_.emplace_back(Now() + 5 + static_cast<int>(Roll(90)), alarm);
         }
@@ -290,53 +194,6 @@ class Keeper {
         host::AcknowledgeAlarm(connection, due->second, std::time(nullptr));
         ledger_ << "acknowledged " << due->second << " " << std::time(nullptr) << std::endl;
         acknowledgements_.erase(due);
-    }
-
-    static const char* WordFor(host::PageEnd end) {
-        switch (end) {
-            case host::PageEnd::kPending:
-                return "pending";
-            case host::PageEnd::kDone:
-                return "done";
-            case host::PageEnd::kOffLimit:
-                return "given-up";
-            case host::PageEnd::kAcknowledged:
-                return "acknowledged";
-            case host::PageEnd::kDropped:
-            case host::PageEnd::kByHand:
-                return "dropped";
-        }
-        return "";
-    }
-
-    void WriteEnd() {
-        constexpr int64_t kAll = 100000;
-        host::Connection connection(kDatabase);
-        for (const auto& list :
-             {host::PendingPages(connection), host::EndedPages(connection, kAll)}) {
-            for (const host::PageStory& page : list) {
-                host::Statement moves(connection,
-                                      "SELECT count(*) FROM Host_History WHERE change = 'moved'"
-                                      " AND alarm = ? AND pager = ?");
-                moves.Bind(page.alarm).Bind(page.pager).Step();
-                ledger_ << "page " << page.alarm << " " << page.pager << " " << WordFor(page.end)
-                        << " " << moves.Number(0) << "\n";
-            }
-        }
-        host::Statement written(
-            connection,
-            "SELECT alarm, pager, line, at FROM (SELECT *, lag(tries, 1, '0') OVER"
-            " (PARTITION BY alarm, pager ORDER BY row_id) AS before FROM Host_History"
-            " WHERE change = 'written') WHERE tries <> before OR state <> '2'");
-        while (written.Step()) {
-            ledger_ << "written " << written.Text(0) << " " << written.Text(1) << " "
-                    << written.Text(2) << " " << written.Number(3) << "\n";
-        }
-        host::Statement alarms(connection, "SELECT alarmlogID, pagerstate FROM AlarmLog");
-        while (alarms.Step()) {
-            ledger_ << "alarm " << alarms.Text(0) << " " << alarms.Text(1) << "\n";
-        }
-        ledger_ << "end" << std::endl;
     }
 
     std::minstd_rand random_;
@@ -366,7 +223,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (word == "keep" && argc == 7) {
-        Node node(argv[4], argv[5], argv[6]);
+        Node node(argv[4], argv[5], argv[6], Node::Place::kBehind);
         Keeper(static_cast<unsigned>(std::atoi(argv[2])), std::atoi(argv[3]), node).Keep();
         return 0;
     }

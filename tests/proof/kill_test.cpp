@@ -3,26 +3,20 @@
 // its ledger and by what the centres received.
 //   kill_test BINARIES LIBRARIES KILLS [FOLDER]   FOLDER keeps what is left of worlds that fail
 // Prints how many kills there were of each kind. Fails when a world does, or there are too few.
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include "tests/proof/kill_judge.h"
 #include "tests/proof/kill_points.h"
 #include "tests/proof/kill_scenario.h"
-#include "tests/support/temp_dir.h"
+#include "tests/proof/worlds.h"
 
 namespace proof::kills {
 namespace {
@@ -34,78 +28,11 @@ constexpr int kPlannedInTen = 13;  // for ten kills: some points are not come to
 constexpr int kLeastShare = 50;    // one kill in so many, of each victim, kind and moment
 constexpr int kMostComplaints = 20;
 
-constexpr const char* kExchange = R"([[line]]
-port = "COM 1"
-[[line]]
-port = "COM 2"
-[[line]]
-port = "COM 3"
-[[centre]]
-name = "tap"
-protocol = "tap"
-numbers = ["5550101"]
-[[centre]]
-name = "ucp"
-protocol = "ucp"
-numbers = ["5550102"]
-[[centre]]
-name = "plain"
-protocol = "plain"
-numbers = ["5550100"]
-)";
-
-struct Programs {
-    std::string binaries, libraries;
-
-    std::string Binary(const char* name) const { return binaries + "/" + name; }
-    std::string Library(const char* name) const { return libraries + "/lib" + name + ".so"; }
-};
-
-// In a folder, where its output goes to "log". Whose end WaitFor awaits.
-pid_t Start(const std::vector<std::string>& words, const fs::path& folder) {
-    const pid_t child = fork();
-    if (child != 0) {
-        return child;
-    }
-    fs::current_path(folder);
-    setenv("PAGERFWD_LOCKS", folder.c_str(), 1);
-    setenv("TZ", "UTC", 1);
-    const int log = open("log", O_WRONLY | O_CREAT | O_APPEND, 0644);
-    dup2(log, STDOUT_FILENO);
-    dup2(log, STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& word : words) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
-    execv(arguments[0], arguments.data());
-    _exit(127);
-}
-
-void Run(const std::vector<std::string>& words, const fs::path& folder) {
-    int status = 0;
-    waitpid(Start(words, folder), &status, 0);
-    if (status != 0) {
-        throw std::runtime_error(words[0] + " ended with " + std::to_string(status));
-    }
-}
-
-void MakeTemplate(const Programs& programs, const fs::path& folder) {
-    const std::string pagerfwd = programs.Binary("pagerfwd");
-    Run({programs.Binary("kill_site"), "make", "site.toml"}, folder);
-    Run({pagerfwd, "--database", kDatabase, "init"}, folder);
-    Run({pagerfwd, "--database", kDatabase, "import", "site.toml"}, folder);
-}
-
-pid_t StartWorld(const Programs& programs, const fs::path& folder, int seed) {
-    fs::create_directory(folder);
-    fs::copy_file(fs::path(kDatabase), folder / kDatabase);
-    std::ofstream(folder / "exchange.toml") << kExchange;
-    return Start({programs.Binary("pagersim"), "--quiet", "--exchange", "exchange.toml", "--report",
-                  kReport, "--", programs.Binary("kill_site"), "keep", std::to_string(seed),
-                  std::to_string(kKillsAWorld), programs.Binary("pagerfwd"),
-                  programs.Library("PagerFwd"), programs.Library("kill_points")},
-                 folder);
+std::vector<std::string> CommandFor(const Programs& programs, int seed) {
+    return {programs.Binary("kill_site"),   "keep",
+            std::to_string(seed),           std::to_string(kKillsAWorld),
+            programs.Binary("pagerfwd"),    programs.Library("PagerFwd"),
+            programs.Library("kill_points")};
 }
 
 class Tally {
@@ -199,35 +126,12 @@ class Tally {
     int complaints_ = 0;
 };
 
-// As many worlds at once as there are processors.
-void RunWorlds(const Programs& programs, int worlds, Tally& tally) {
-    const fs::path here = fs::current_path();
-    std::map<pid_t, int> running;
-    const unsigned most = std::max(1U, std::thread::hardware_concurrency());
-    const auto folder_of = [&](int seed) { return here / ("world-" + std::to_string(seed)); };
-    for (int next = 1; next <= worlds || !running.empty();) {
-        while (next <= worlds && running.size() < most) {
-            running[StartWorld(programs, folder_of(next), next)] = next;
-            ++next;
-        }
-        int status = 0;
-        const auto ended = running.find(wait(&status));
-        if (ended != running.end()) {
-            tally.Count(ended->second, folder_of(ended->second), status);
-            fs::remove_all(folder_of(ended->second));
-            running.erase(ended);
-        }
-    }
-}
-
 bool RunTest(const Programs& programs, int kills, const fs::path& kept) {
-    if (fs::exists("/dev/shm")) {
-        setenv("TMPDIR", "/dev/shm", 0);
-    }
-    const test_support::TempDir folder;
-    MakeTemplate(programs, folder.Path());
     Tally tally(kills, kept);
-    RunWorlds(programs, (kills * kPlannedInTen / 10 + kKillsAWorld - 1) / kKillsAWorld, tally);
+    RunWorlds(
+        programs, (kills * kPlannedInTen / 10 + kKillsAWorld - 1) / kKillsAWorld,
+        [&](int seed) { return CommandFor(programs, seed); },
+        [&](int seed, const fs::path& folder, int status) { tally.Count(seed, folder, status); });
     return tally.Report();
 }
 

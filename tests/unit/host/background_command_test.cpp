@@ -1,9 +1,12 @@
 // Small real commands, as the node runs those of its site.
 #include "host/process/background_command.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -91,6 +94,17 @@ TEST_F(ABackgroundCommand, IsKilledWithItsGroupAtTheLimit) {
     EXPECT_EQ("took longer than 30 s, and was killed",
               command.Look(kStart + BackgroundCommand::kLimit));
     EXPECT_EQ(-1, command.Process());
+}
+
+TEST_F(ABackgroundCommand, IsLeftAloneBeforeTheLimit) {
+    ASSERT_EQ(0, mkfifo("word", 0600));
+    ASSERT_EQ("", command.Start({"/bin/sh", "-c", "read end <word"}, "", kStart));
+    EXPECT_EQ(std::nullopt, command.Look(kStart + BackgroundCommand::kLimit - 1));
+    const int word = open("word", O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(1, write(word, "\n", 1));
+    WaitForItsEnd();
+    close(word);
+    EXPECT_EQ("", command.Look(kStart + BackgroundCommand::kLimit));
 }
 
 TEST_F(ABackgroundCommand, DoesNotOutliveWhoStartedIt) {

@@ -54,6 +54,22 @@ TEST_F(ABacklog, IsMendedWhereAnAlarmStillOwesAPage) {
     EXPECT_EQ(0, MendAlarmStates(connection));
 }
 
+TEST_F(ABacklog, EndsAlarmsWhosePagesHaveAllEnded) {
+    Add(5, "2", 2);
+    Add(6, "2", 4);
+    Add(7, "2", 4);
+    WriteEvent(7, "night", 3);
+    Add(8, "2", 4);
+    Execute(
+        "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
+        " VALUES ('8', 0, 'ops', 'night', 0)");
+    AddAlarm("9", "2");
+    EXPECT_EQ(2, EndFinishedAlarms(connection));
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog ORDER BY row_id"),
+                ElementsAre("2", "4", "3", "2", "2"));
+    EXPECT_EQ(0, EndFinishedAlarms(connection));
+}
+
 TEST_F(ABacklog, IsNeverMendedAgainstAnAcknowledgement) {
     Add(7, "4", 2);
     Execute("DROP TRIGGER AlarmLog_StaysAcknowledged; UPDATE AlarmLog SET alarmack = '1'");

@@ -2,7 +2,9 @@
 #include "host/process/bell_socket.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -38,6 +40,13 @@ TEST(Bells, TellOfTheEndOfTheOther) {
     EXPECT_EQ(Heard::kEnd, one.Listen());
     one.Ring();
     EXPECT_EQ(Heard::kEnd, one.Listen());
+}
+
+TEST(Bells, AreOneByteEach) {
+    const auto [one, other] = BellSocket::Pair();
+    one.Ring();
+    std::array<char, 4> bytes{};
+    EXPECT_EQ(1, read(other.Number(), bytes.data(), bytes.size()));
 }
 
 }  // namespace

@@ -17,12 +17,13 @@ class CountingRunner : public CommandRunner {
     std::string Start(const std::vector<std::string>& command, const std::string& input,
                       std::time_t) override {
         started.push_back(command.front() + "|" + input);
-        return {};
+        return why_not;
     }
     std::optional<std::string> Look(std::time_t) override { return end; }
 
     std::vector<std::string> started;
     std::optional<std::string> end = "";
+    std::string why_not;
 };
 
 class ASiteHeartbeat : public ServiceTest {
@@ -96,6 +97,15 @@ TEST_F(ASiteHeartbeat, NamesAlarmAndPager) {
     EXPECT_THAT(told.started[0], HasSubstr(R"("alarm":"1","pager":"J\u00fcrgen")"));
     EXPECT_THAT(said.str(),
                 HasSubstr("page of alarm 1 to \"J\xC3\xBCrgen\": the page is still owed"));
+}
+
+TEST_F(ASiteHeartbeat, TellsOfACommandThatCannotBeStarted) {
+    beats.why_not = "can't be started: no memory";
+    Pass(120);
+    EXPECT_EQ(
+        "<3>error: the command of [heartbeat]: can't be started: no memory; it is tried every "
+        "minute\n",
+        said.str());
 }
 
 TEST_F(ASiteHeartbeat, TellsOnceOfACommandThatFails) {

@@ -61,6 +61,15 @@ TEST_F(HealthOfALine, IsLostByADeadTelephoneLineButNotByABusyCentre) {
     Fails(6, "dialling failed: the modem said NO DIALTONE");
     EXPECT_TRUE(health.IsSick());
     EXPECT_TRUE(health.LacksTone());
+    EXPECT_EQ("its modem hears no dial tone", health.Reason());
+}
+
+TEST_F(HealthOfALine, IsNotLostByOneFailureBehindAnAnswer) {
+    Fails(8);
+    Fails(8);
+    health.Answered(kNow);
+    Fails(8);
+    EXPECT_FALSE(health.IsSick());
 }
 
 TEST_F(HealthOfALine, IsNotToldByPagesThatTheirHoursBar) {

@@ -79,6 +79,18 @@ TEST_F(Sendings, AreNewOnce) {
     EXPECT_THAT(said.str(), HasSubstr("page of alarm 8 to \"duty\": not sent (0 s, north): "));
 }
 
+TEST_F(Sendings, AreToldWithWhatTheyCameTo) {
+    Send send;
+    send.alarm = "8";
+    send.pager = "duty";
+    send.port = "north";
+    send.seconds = 24;
+    send.outcome = TracedPage::Outcome::kDialled;
+    Tell(log, send, Encoding::kLatin1);
+    EXPECT_THAT(said.str(), HasSubstr("page of alarm 8 to \"duty\": dialled (24 s, north); the "
+                                      "call is the page, and nothing confirms it\n"));
+}
+
 class LinesOfTheSite : public ServiceTest {};
 
 TEST_F(LinesOfTheSite, KnowTheirDeviceAndWhomTheyCanDialFor) {

@@ -46,7 +46,8 @@ TEST(Metrics, CountEverySendingByItsOutcome) {
     EXPECT_EQ(0U, Metrics().Total(kResultSent));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_given_up_total 7\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_line_seconds_total 76\n"));
-    EXPECT_THAT(text, HasSubstr("\npagerfwd_pages_pending 3\n"));
+    EXPECT_THAT(text, HasSubstr("\n# TYPE pagerfwd_pages_pending gauge\n"
+                                "pagerfwd_pages_pending 3\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_start_time_seconds 978940000\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_heartbeat_timestamp_seconds 978941111\n"));
 }

@@ -126,6 +126,25 @@ TEST_F(SomeNews, AreAnAlarmThatNobodyGot) {
                                       "over: alarm-unheard: alarm 2 (ops) is being paged again"));
 }
 
+TEST_F(SomeNews, AreTheSameAlarmAgainWhereNobodyGotItAgain) {
+    AddAlarm("2", "3");
+    Pass(60);
+    SetAlarm("pagerstate = '2' WHERE alarmlogID = '2'");
+    Pass(60);
+    SetAlarm("pagerstate = '3' WHERE alarmlogID = '2'");
+    EXPECT_THAT(Pass(4000),
+                ElementsAre("alarm-unheard: alarm 2 (ops) reached nobody: it led to no pager"));
+}
+
+TEST_F(SomeNews, AreLookedForEveryFewSeconds) {
+    Pass(20);
+    news.Look(connection, now);
+    SetLine("health = 'sick', reason = 'its modem doesn''t answer'");
+    news.Look(connection, now + 1);
+    notices.Look(now + 1);
+    EXPECT_THAT(runner.told, IsEmpty());
+}
+
 TEST_F(SomeNews, AreNotAnAlarmThatSomebodyGot) {
     AddAlarm("1", "2");
     WriteEvent(1, "duty", 2);

@@ -242,6 +242,21 @@ TEST_F(SomeNotices, TakeNoMoreRoomThanSoManyObjectsNeed) {
     EXPECT_EQ(Notices::kMostWaiting, runner.inputs.size());
 }
 
+TEST_F(SomeNotices, LeaveTheirRoomToOthersWhenTheyAreTold) {
+    for (size_t i = 0; i < Notices::kMostWaiting; ++i) {
+        notices.Say(Sick(std::to_string(i)), now);
+        Pass(2);
+    }
+    notices.SetCommand({});
+    notices.SetCommand({"tell", "operator"});
+    for (size_t i = 0; i < Notices::kMostWaiting; ++i) {
+        notices.Say(Back(std::to_string(i)), now);
+    }
+    Pass(2);
+    EXPECT_EQ("line 1 is back", Told().back());
+    EXPECT_EQ(Notices::kMostWaiting + 2, runner.inputs.size());
+}
+
 TEST_F(SomeNotices, AreNotHeldBackByAClockThatIsSetBack) {
     notices.Say(Sick("north"), now);
     Pass(1);

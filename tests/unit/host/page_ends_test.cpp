@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/pages/page_owner.h"
 #include "host/pages/sends.h"
 #include "tests/unit/host/service_test.h"
 
@@ -120,6 +121,11 @@ TEST_F(Ends, CountOnlySendingsOfThisPage) {
     WriteEvent(7, "duty", 2);
     RewriteEvent(7, "duty", 3, 6);
     EXPECT_EQ("<3>error: page of alarm 7 to \"duty\": given up: its tries are used up\n", Look());
+}
+
+TEST_F(Ends, TellTheWordOfWhoGaveAPageUp) {
+    GiveUpPage(connection, {"7", "ops", "duty"}, kCancelled, "a drill");
+    EXPECT_THAT(Look(), ::testing::HasSubstr(": a drill\n"));
 }
 
 }  // namespace

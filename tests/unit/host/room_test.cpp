@@ -46,6 +46,18 @@ TEST_F(RoomTest, IsToldWhenItRunsOutAndWhenItIsBackOnceEach) {
         said.str());
 }
 
+TEST_F(RoomTest, IsLookedAtOnceAMinute) {
+    int looks = 0;
+    host::Room counted{database, log, [&](const std::string&) {
+                           ++looks;
+                           return uint64_t{0};
+                       }};
+    for (int second = 0; second < 120; ++second) {
+        counted.Look(now++);
+    }
+    EXPECT_EQ(2, looks);
+}
+
 TEST_F(RoomTest, IsReservedWhileThereIsSome) {
     Minute(0);
     EXPECT_EQ(0, FreePages());
