@@ -2,7 +2,6 @@
 // one. Tested by tests/unit/sim/line_test.cpp.
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <string_view>
 
 #include "sim/preload/interpose.h"
+#include "sim/world/number.h"
 
 namespace pagersim {
 namespace {
@@ -20,12 +20,8 @@ constexpr std::string_view kDevices = "/dev/ttyS";
 
 // 1 for "/dev/ttyS0". 0: no port of ours.
 int ComOfPath(std::string_view path) {
-    path.remove_prefix(kDevices.size());
-    int number = 0;
-    const auto [end, error] = std::from_chars(path.begin(), path.end(), number);
-    const bool is_plain = error == std::errc() && end == path.end() && path.front() != '-' &&
-                          (path.size() == 1 || path.front() != '0');
-    return is_plain && number < kLines ? number + 1 : 0;
+    const std::optional<int> number = NumberIn(path.substr(kDevices.size()));
+    return number && *number < kLines ? *number + 1 : 0;
 }
 
 // The port that a name stands for, 0 when it is nobody's; none: it is no serial device's.

@@ -11,9 +11,8 @@ namespace pagersim {
 Terminal WorldServer::Find(uint32_t terminal) {
     for (int com = 1; com <= kLines; ++com) {
         Line* const line = LineOn(com);
-        uint32_t number = 0;
         if (line != nullptr && line->Connection() != 0 &&
-            IsTerminalName(line->Terminal()->c_str(), number) && number == terminal) {
+            TerminalNumber(*line->Terminal()) == terminal) {
             return {com, line->Connection()};
         }
     }

@@ -9,11 +9,11 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include "sim/preload/real_calls.h"
+#include "sim/world/number.h"
 #include "sim/world/socket_address.h"
 
 namespace pagersim {
@@ -224,7 +224,7 @@ int Link::FindInherited() const {
         if (entry == nullptr) {
             break;
         }
-        const int fd = std::atoi(entry->d_name);
+        const int fd = NumberIn(entry->d_name).value_or(-1);
         sockaddr_un peer{};
         socklen_t size = sizeof peer;
         if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 &&

@@ -6,12 +6,11 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
 #include "sim/world/descriptors.h"
+#include "sim/world/number.h"
 
 namespace pagersim {
 namespace {
@@ -26,8 +25,10 @@ std::string TargetOf(const std::string& link) {
 
 }  // namespace
 
-bool IsTerminalName(const char* path, uint32_t& number) {
-    return std::sscanf(path, "/dev/pts/%u", &number) == 1;
+std::optional<uint32_t> TerminalNumber(std::string_view path) {
+    constexpr std::string_view kFolder = "/dev/pts/";
+    const bool is_there = path.substr(0, kFolder.size()) == kFolder;
+    return is_there ? NumberIn(path.substr(kFolder.size())) : std::nullopt;
 }
 
 std::vector<OpenTerminal> OpenTerminals() {
@@ -39,11 +40,10 @@ std::vector<OpenTerminal> OpenTerminals() {
         if (entry == nullptr) {
             break;
         }
-        uint32_t number = 0;
-        const int fd = std::atoi(entry->d_name);
-        if (fd < kDescriptorLimit &&
-            IsTerminalName(TargetOf(folder + "/" + entry->d_name).c_str(), number)) {
-            found.push_back({fd, number});
+        const std::optional<int> fd = NumberIn(entry->d_name);
+        const auto number = TerminalNumber(TargetOf(folder + "/" + entry->d_name));
+        if (fd && *fd < kDescriptorLimit && number) {
+            found.push_back({*fd, *number});
         }
     }
     return found;

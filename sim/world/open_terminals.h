@@ -3,6 +3,8 @@
 #define PAGERFWD_SIM_WORLD_OPEN_TERMINALS_H
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace pagersim {
@@ -15,8 +17,8 @@ struct OpenTerminal {
 // At most a hundred.
 std::vector<OpenTerminal> OpenTerminals();
 
-// 7 from "/dev/pts/7". False: another name.
-bool IsTerminalName(const char* path, uint32_t& number);
+// 7 from "/dev/pts/7". None: another name.
+std::optional<uint32_t> TerminalNumber(std::string_view path);
 
 }  // namespace pagersim
 

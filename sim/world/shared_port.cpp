@@ -47,7 +47,7 @@ size_t SharedPort::Take(char* buffer, size_t size) {
         std::string bytes;
         const auto wanted = static_cast<uint32_t>(std::min<size_t>(size - taken, kMostPayload));
         TheWorld().Ask(About(Question::kTake, 0, wanted), {}, &bytes);
-        std::memcpy(buffer + taken, bytes.data(), bytes.size());
+        bytes.copy(buffer + taken, bytes.size());
         taken += bytes.size();
     }
     return taken;
