@@ -16,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 class TheTraceOfALine : public ServiceTest {
@@ -178,6 +179,29 @@ TEST_F(TheTraceOfALine, ShowsThePageThatIsUnderWay) {
     trace.Look();
     EXPECT_THAT(seen, ElementsAre("duty", "duty"));
     EXPECT_THAT(Rows("outcome FROM Host_Sends"), IsEmpty());
+}
+
+TEST_F(TheTraceOfALine, SaysWhenTheLibraryWroteLast) {
+    Start();
+    sleep(5);
+    Add("10: 0: 5\tnews\n");
+    trace.Look();
+    const std::time_t news = std::time(nullptr);
+    sleep(5);
+    trace.Look();
+    EXPECT_EQ(news, trace.LastNews());
+}
+
+TEST_F(TheTraceOfALine, NamesADeviceThatCanNotBeOpened) {
+    Start();
+    std::string page = Page();
+    const size_t opening = page.find("10: 0: 0\tCOM port information:");
+    page.replace(opening, page.find("10: 0: 0\t*** END") - opening,
+                 "10: 0: 0\tCOM port cannot be opened!\n");
+    Add(page);
+    trace.Look();
+    EXPECT_THAT(Rows("outcome || ' ' || result FROM Host_Sends"), ElementsAre("not sent 5"));
+    EXPECT_THAT(said.str(), HasSubstr("/dev/none could not be opened; does it exist"));
 }
 
 TEST_F(TheTraceOfALine, IsStuckWithAPageThatLastsTenMinutesUnlessExcused) {

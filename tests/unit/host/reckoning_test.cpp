@@ -179,6 +179,9 @@ TEST_F(Reckoning, LetsAPageWaitForItsNextTry) {
     Execute("UPDATE AlarmFwd_PagerSetting SET retrydelay = '0'");
     EXPECT_THAT(Amisses((1 + 5 + 15) * 60), IsEmpty()) << "the first failure's pause";
     EXPECT_EQ(1U, Amisses((1 + 5 + 16) * 60).size());
+    Execute("DELETE FROM AlarmFwd_PagerSetting WHERE description = 'duty'");
+    EXPECT_THAT(Amisses((1 + 45 + 15) * 60), IsEmpty()) << "the library has its own pause";
+    EXPECT_EQ(1U, Amisses((1 + 45 + 15) * 60 + 1).size());
 }
 
 TEST_F(Reckoning, FindsAPageThatStaysWithALineThatCanNotHaveIt) {
@@ -202,7 +205,7 @@ TEST_F(Reckoning, LetsBoundAndMovedPagesStay) {
     Execute("UPDATE AlarmFwd_PagerEvents SET PagerDescr = 'duty'");
     EXPECT_EQ(1U, Amisses().size());
     Owe("duty");
-    Execute("UPDATE Host_Deliveries SET answer = 1, tries = 2");
+    Execute("UPDATE Host_Deliveries SET answer = 1, tries = 1");
     EXPECT_THAT(Amisses(), IsEmpty());
 }
 
