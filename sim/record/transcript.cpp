@@ -76,7 +76,7 @@ std::string Transcript::Add(const Event& event) {
 }
 
 std::string Transcript::Finish() {
-    const std::string line = open_ ? Line(*open_) : "";
+    std::string line = open_ ? Line(*open_) : "";
     open_.reset();
     return line;
 }

@@ -12,8 +12,6 @@
 #include "engine/pager_fwd.h"
 #include "linux/win_system.h"
 
-using test_support::MemoryStore;
-
 namespace {
 
 // How the engine's own trace entries begin.
@@ -160,6 +158,7 @@ int EngineTest::Forward(int alarm, std::vector<std::string> pagers, const std::s
     std::string server = "SRV1";
     std::string groupText = group;
     std::vector<char*> names;
+    names.reserve(pagers.size());
     for (std::string& pager : pagers) {
         names.push_back(pager.data());
     }
