@@ -214,7 +214,8 @@ PAGERSIM_INTERPOSED int close(int fd) {
 }
 
 PAGERSIM_INTERPOSED int close_range(unsigned first, unsigned last, int flags) noexcept {
-    if ((flags & CLOSE_RANGE_CLOEXEC) != 0) {
+    constexpr int kCloseOnExec = CLOSE_RANGE_CLOEXEC;
+    if ((flags & kCloseOnExec) != 0) {
         const int result = Real().close_range(first, last, flags);
         if (TheWorld().IsShared()) {
             TheWorld().Shared().StayInherited();
