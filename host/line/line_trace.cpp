@@ -58,7 +58,11 @@ void LineTrace::RecordLeft() {
     });
     TraceReader reader(unrecorded);
     GrowingFile left(kTraceFile);
-    for (std::string bytes = left.Read(); !bytes.empty(); bytes = left.Read()) {
+    for (int piece = 0; piece < kMostPieces; ++piece) {
+        const std::string bytes = left.Read();
+        if (bytes.empty()) {
+            break;
+        }
         reader.Feed(bytes);
     }
     reader.Finish();
