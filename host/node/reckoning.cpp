@@ -145,11 +145,11 @@ class Reckoner {
         const std::time_t late = now_ - page.due;
         const std::time_t quiet = now_ - page.line->last_sending;
         if (late > kNoProgress && quiet > kNoProgress) {
-            return "the page has been due for " + Minutes(late) + ", and " + Named(*page.line) +
-                   " has sent nothing meanwhile";
+            return Named(*page.line) + " has sent nothing, though the page has been due for " +
+                   Minutes(late);
         }
         if (late > kNoProgress + page.line->pending * kLongestPage) {
-            return "the page has been due for " + Minutes(late) + ", and others went before it";
+            return "others went before it, though the page has been due for " + Minutes(late);
         }
         return {};
     }

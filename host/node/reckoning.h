@@ -29,7 +29,7 @@ namespace host {
 struct Amiss {
     std::string alarm;  // its number
     std::string pager;  // empty: the alarm itself
-    std::string what;   // "no line has taken the page, though \"north\" has nothing to do"
+    std::string what;   // "others went before it, though ..."; what grows is behind the comma
 };
 
 std::vector<Amiss> Reckon(Connection& connection, Encoding encoding, std::time_t now);

@@ -99,6 +99,24 @@ TEST_F(ASiteHeartbeat, NamesAlarmAndPager) {
                 HasSubstr("page of alarm 1 to \"J\xC3\xBCrgen\": the page is still owed"));
 }
 
+TEST_F(ASiteHeartbeat, TellsOnceOfALatePageHoweverLateItGets) {
+    Execute("INSERT INTO AlarmFwd_COMProperties (Description, \"Select\") VALUES ('north', '1')");
+    Execute(
+        "INSERT INTO Host_Lines (line, health, pid, doing) VALUES ('north', 'healthy', 7, 'page')");
+    AddPager("duty");
+    AddAlarm("1", "2");
+    Execute(
+        "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState, line)"
+        " VALUES ('1', 'ops', 'duty', '2', 'north')");
+    Execute(
+        "INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state, tries)"
+        " SELECT timestamp, 'written', '1', 'ops', 'duty', '2', '0' FROM AlarmLog");
+    Pass(3 * 3600);
+    ASSERT_EQ(1U, told.started.size());
+    EXPECT_THAT(told.started[0], HasSubstr("has sent nothing, though the page has been due"));
+    EXPECT_GT(kNow + 20 * 60, heartbeat.LastBeat());
+}
+
 TEST_F(ASiteHeartbeat, TellsOfACommandThatCannotBeStarted) {
     beats.why_not = "can't be started: no memory";
     Pass(120);
