@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "host/store/schema.h"
+
 namespace host {
 namespace {
 
