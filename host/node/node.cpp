@@ -14,6 +14,7 @@
 #include "host/store/large_cells.h"
 #include "host/store/pending.h"
 #include "host/store/schema.h"
+#include "host/text/age.h"
 
 namespace host {
 namespace {
@@ -26,15 +27,6 @@ constexpr std::time_t kDay = 24 * 60 * 60;
 constexpr std::time_t kBetweenEnds = 3;
 constexpr std::time_t kBetweenMoves = 5;
 constexpr std::time_t kBetweenAlarms = 60;
-
-std::string Age(std::time_t seconds) {
-    constexpr std::time_t kHour = 60 * 60;
-    if (seconds >= 2 * kDay) {
-        return std::to_string(seconds / kDay) + " days";
-    }
-    return seconds >= 2 * kHour ? std::to_string(seconds / kHour) + " hours"
-                                : std::to_string(seconds / 60) + " minutes";
-}
 
 LineCommand CommandOf(const NodeOptions& options, const LockFile& lock) {
     return {options.line_program, options.database, lock.Number()};
@@ -143,7 +135,7 @@ void Node::LookAtPendingPages() {
     if (backlog.pages > 0) {
         log_.Warning(std::to_string(backlog.pages) +
                      " page(s) are pending from before, the oldest of an alarm " +
-                     Age(std::time(nullptr) - backlog.oldest) +
+                     AgeInWords(std::chrono::seconds(std::time(nullptr) - backlog.oldest)) +
                      " old; all are due now. To give up old ones: run --discard-older-than");
     }
 }

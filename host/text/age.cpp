@@ -10,8 +10,9 @@ struct Unit {
     char letter;
     std::chrono::seconds length;
 };
+constexpr std::chrono::hours kDay(24);
 constexpr Unit kUnits[] = {
-    {'m', std::chrono::minutes(1)}, {'h', std::chrono::hours(1)}, {'d', std::chrono::hours(24)}};
+    {'m', std::chrono::minutes(1)}, {'h', std::chrono::hours(1)}, {'d', kDay}};
 constexpr uint32_t kMost = 99'999;
 
 }  // namespace
@@ -29,6 +30,15 @@ std::optional<std::chrono::seconds> ParseAge(std::string_view text) {
         }
     }
     return std::nullopt;
+}
+
+std::string AgeInWords(std::chrono::seconds age) {
+    if (age >= 2 * kDay) {
+        return std::to_string(age / kDay) + " days";
+    }
+    constexpr std::chrono::hours kHour(1);
+    return age >= 2 * kHour ? std::to_string(age / kHour) + " hours"
+                            : std::to_string(age / std::chrono::minutes(1)) + " minutes";
 }
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// Ages as the command line says them.
+// Ages as the command line and the log say them.
 #include "host/text/age.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +21,17 @@ TEST(Age, IsNothingElse) {
          {"", "12", "h", "12x", "-1h", "+1h", " 1h", "12hh", "1.5h", "100000h", "99999999999h"}) {
         EXPECT_EQ(std::nullopt, ParseAge(text)) << text;
     }
+}
+
+TEST(Age, IsToldInTheLargestUnitOfWhichThereAreTwo) {
+    constexpr int64_t kHour = 60 * 60;
+    EXPECT_EQ("0 minutes", AgeInWords(seconds(59)));
+    EXPECT_EQ("1 minutes", AgeInWords(seconds(60)));
+    EXPECT_EQ("119 minutes", AgeInWords(seconds(2 * kHour - 1)));
+    EXPECT_EQ("2 hours", AgeInWords(seconds(2 * kHour)));
+    EXPECT_EQ("47 hours", AgeInWords(seconds(48 * kHour - 1)));
+    EXPECT_EQ("2 days", AgeInWords(seconds(48 * kHour)));
+    EXPECT_EQ("9 days", AgeInWords(seconds(9 * 24 * kHour + 5)));
 }
 
 }  // namespace
