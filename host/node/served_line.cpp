@@ -168,7 +168,6 @@ void ServedLine::Ended(int status, std::time_t now) {
     }
     stuck_ = false;
     ending_ = false;
-    renewing_ = false;
     TellHealth(was_sick);
 }
 

@@ -113,6 +113,15 @@ TEST_F(LinesOfTheSite, KnowTheirDeviceAndWhomTheyCanDialFor) {
     EXPECT_FALSE(FindSiteLine(connection, "south"));
 }
 
+TEST_F(LinesOfTheSite, HaveOtherSettingsWhereALineFeedMovesToTheNextCell) {
+    Execute(
+        "INSERT INTO AlarmFwd_COMProperties (Description, Init, Reset)"
+        " VALUES ('north', 'ATZ' || char(10), 'ATH')");
+    const std::string before = FindSiteLine(connection, "north")->settings;
+    Execute("UPDATE AlarmFwd_COMProperties SET Init = 'ATZ', Reset = char(10) || 'ATH'");
+    EXPECT_NE(before, FindSiteLine(connection, "north")->settings);
+}
+
 TEST_F(LinesOfTheSite, HaveAFolderEachThatNoNameLeadsOutOf) {
     const std::string all = (folder.Path() / "site.db-lines/").string();
     EXPECT_EQ(all + "COM%201", LineFolder(database, "COM 1"));
