@@ -1,11 +1,13 @@
 // Commands to a modem and its answers, on simulated lines under the virtual clock.
 #include "host/devices/at_dialogue.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "host/files/descriptor.h"
 #include "sim/testing.h"
 
 namespace host {
@@ -59,6 +61,14 @@ TEST_F(TalkWithAModem, HearsAResultToItsEnd) {
     EXPECT_EQ("CONNECT 1200", Ask("ATDT1").result);
 }
 
+TEST_F(TalkWithAModem, HearsAnAnswerThatComesByteByByte) {
+    line.Hears("AT\r");
+    for (const char* byte : {"\r", "\n", "O", "K", "\r", "\n"}) {
+        line.Says(byte, Milliseconds(50));
+    }
+    EXPECT_TRUE(Ask("AT").IsOk());
+}
+
 TEST_F(TalkWithAModem, TakesALineThatOnlyBeginsLikeAResultForNone) {
     line.Hears("ATI\r").Says("OKI modem\r\nBUSY\r\n");
     const AtAnswer answer = Ask("ATI");
@@ -96,6 +106,43 @@ TEST_F(TalkWithAModem, HasItsSpeedBackBehindTheDropOfDtr) {
     const termios after = line.Settings();
     EXPECT_EQ(static_cast<speed_t>(B1200), cfgetospeed(&after));
     EXPECT_EQ(kSecond, pagersim::VirtualClock::Now());
+}
+
+struct SpeedCase {
+    int bits;
+    speed_t code;
+};
+
+class EachSpeed : public TalkWithAModem, public ::testing::WithParamInterface<SpeedCase> {};
+
+TEST_P(EachSpeed, IsThatOfTheDevice) {
+    const AtDialogue modem("/dev/ttyS0", GetParam().bits);
+    const termios set = line.Settings();
+    EXPECT_EQ(GetParam().code, cfgetospeed(&set));
+    EXPECT_EQ(GetParam().code, cfgetispeed(&set));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAPort, EachSpeed,
+                         ::testing::Values(SpeedCase{300, B300}, SpeedCase{1200, B1200},
+                                           SpeedCase{2400, B2400}, SpeedCase{4800, B4800},
+                                           SpeedCase{9600, B9600}, SpeedCase{19200, B19200},
+                                           SpeedCase{38400, B38400}, SpeedCase{57600, B57600},
+                                           SpeedCase{115200, B115200}, SpeedCase{230400, B230400},
+                                           SpeedCase{460800, B460800}, SpeedCase{0, B9600},
+                                           SpeedCase{2640, B9600}));
+
+TEST_F(TalkWithAModem, NeedsNoSecondStopBitNorHandshakeAndPutsThemBack) {
+    const Descriptor before(open("/dev/ttyS0", O_RDWR | O_NOCTTY | O_CLOEXEC));
+    termios two{};
+    ASSERT_EQ(0, tcgetattr(before.Number(), &two));
+    two.c_cflag |= CSTOPB | CRTSCTS;
+    ASSERT_EQ(0, tcsetattr(before.Number(), TCSANOW, &two));
+    {
+        const AtDialogue modem("/dev/ttyS0", 9600);
+        EXPECT_EQ(0U, line.Settings().c_cflag & (CSTOPB | CRTSCTS));
+    }
+    EXPECT_EQ(static_cast<tcflag_t>(CSTOPB | CRTSCTS),
+              line.Settings().c_cflag & (CSTOPB | CRTSCTS));
 }
 
 TEST_F(TalkWithAModem, EndsWhereTheDeviceGoes) {
