@@ -1,11 +1,9 @@
 // Tests of taking the engine down while its worker sleeps, sends, or is stuck.
-#include <filesystem>
-#include <iterator>
-
 #include "engine/longest_page.h"
 #include "engine/pager_fwd.h"
 #include "linux/win_system.h"
 #include "tests/engine/engine_test.h"
+#include "tests/support/process_counts.h"
 
 namespace {
 
@@ -23,11 +21,6 @@ class Teardown : public EngineTest {
         AddAlarm(7);
         AddAlarm(8);
         Start();
-    }
-
-    static int OpenDescriptors() {
-        const std::filesystem::directory_iterator open("/proc/self/fd");
-        return static_cast<int>(std::distance(begin(open), end(open)));
     }
 };
 
@@ -168,15 +161,15 @@ TEST_F(Teardown, WaitsForAPageThatComesToTheLineMeanwhile) {
 }
 
 TEST_F(Teardown, GivesBackTheDescriptorsOfTheWorker) {
-    const int up = OpenDescriptors();
+    const int up = test_support::CountDescriptors();
     Stop();
-    const int down = OpenDescriptors();
+    const int down = test_support::CountDescriptors();
     EXPECT_LT(down, up);
     Start();
     Forward(7, {"sms"});
     UntilWorkerEnds();
     Stop();
-    EXPECT_EQ(down, OpenDescriptors());
+    EXPECT_EQ(down, test_support::CountDescriptors());
 }
 
 TEST_F(Teardown, OfNothingDoesNothing) {

@@ -1,7 +1,6 @@
 // Tests of engine/dial_worker.cpp: when a worker starts, what a pass does, and when it ends.
-#include <dirent.h>
-
 #include "tests/engine/engine_test.h"
+#include "tests/support/process_counts.h"
 #include "tests/support/without_descriptors.h"
 
 namespace {
@@ -17,17 +16,6 @@ class Worker : public EngineTest {
         AddPager({"sms", kSms1});
         AddAlarm(7);
         AddAlarm(8);
-    }
-
-    // How many entries a folder of /proc/self has.
-    static int CountOf(const char* folder) {
-        DIR* listing = opendir(folder);
-        int count = 0;
-        while (readdir(listing) != nullptr) {
-            ++count;
-        }
-        closedir(listing);
-        return count;
     }
 };
 
@@ -283,19 +271,20 @@ TEST_F(Worker, PageAcceptedWithoutDescriptorsHasItsWorker) {
 // Neither threads nor their stacks, nor descriptors, add up.
 TEST_F(Worker, TwoThousandOneAfterTheOther) {
     unsetenv(test_support::kTraceSwitch);
+    const int threads = test_support::CountThreads();
     Start();
     SetAlarmState(7, 1);  // so that a pass drops the page, and the worker ends
     Forward(7, {"sms"});
     UntilWorkerEnds();
-    const int threads = CountOf("/proc/self/task");
-    const int descriptors = CountOf("/proc/self/fd");
+    ASSERT_TRUE(test_support::ComesDownToThreads(threads));
+    const int descriptors = test_support::CountDescriptors();
     for (int i = 0; i < 2000; ++i) {
         ASSERT_EQ(1, Forward(7, {"sms"}));
         ASSERT_TRUE(WorkerRuns());
         UntilWorkerEnds();
+        ASSERT_TRUE(test_support::ComesDownToThreads(threads)) << "after " << i;
     }
-    EXPECT_LE(CountOf("/proc/self/task"), threads + 1) << "the last one may be about to end";
-    EXPECT_EQ(descriptors, CountOf("/proc/self/fd"));
+    EXPECT_EQ(descriptors, test_support::CountDescriptors());
     EXPECT_THAT(modem->Calls(), IsEmpty());
 }
 

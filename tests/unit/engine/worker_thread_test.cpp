@@ -8,6 +8,7 @@
 
 #include "linux/win_system.h"
 #include "sim/testing.h"
+#include "tests/support/process_counts.h"
 #include "tests/support/without_descriptors.h"
 
 namespace {
@@ -118,12 +119,10 @@ TEST_F(Worker, StopGivesUpAfterItsLimitAndMayBeCalledAgain) {
 
 TEST_F(Worker, OneAfterTheOtherForAsLongAsOneLikes) {
     constexpr int kRounds = 500;
-    constexpr int kAtOnce = 50;  // in 32 bits there is room for some hundred stacks
+    const int most = test_support::CountThreads() + 50;  // there is room for some hundred stacks
     for (int i = 0; i < kRounds; ++i) {
         ASSERT_TRUE(thread.Start(EndAtOnce)) << "after " << i;
-        if (i % kAtOnce == 0) {
-            Sleep(1);  // until they have ended
-        }
+        ASSERT_TRUE(test_support::ComesDownToThreads(most)) << "after " << i;
     }
     Sleep(1000);  // until all have ended
     EXPECT_TRUE(thread.Stop(1000));
