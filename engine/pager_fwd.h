@@ -32,10 +32,9 @@ enum ForwardResult : int32_t {
 
 // Order      Made before the handler: construction forgets a handler that was there. Destruction
 //            takes the handler down, which can take as long as a page.
-// Threads    Construction and destruction require engineChange; the two methods take it if they
-// must. Errors     std::bad_alloc from the construction of it and of a handler, and where the
-// database's
-//            name can't be copied. Otherwise a page that memory runs out for is not queued, or
+// Threads    Construction and destruction require engineChange; the two methods take it if need be.
+// Errors     std::bad_alloc from the construction of it and of a handler, and where the name of the
+//            database can't be copied. Otherwise a page that memory runs out for is not queued, or
 //            fails.
 class CPagerFwd {
  public:

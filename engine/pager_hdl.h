@@ -52,9 +52,8 @@ extern CSM_ForwardQ* m_pOffLimitQ;
 //            overlap with anything but the worker; everything else may be called by any thread,
 //            but for IsInPagingQueue. A sequence of operations is not atomic.
 // Locks      lockSend, for a whole page; lock, for an entry's state and its table row. Each is
-// taken
-//            before the locks of modem/, of a queue and of the table access. lockDial, for the
-//            decision to start or end the worker, is taken before a queue's only: no line is
+//            taken before the locks of modem/, of a queue and of the table access. lockDial, for
+//            the decision to start or end the worker, is taken before a queue's only: no line is
 //            traced, no table read and no thread waited for under it. No lock is held from one
 //            operation to the next.
 // Errors     Flags and null records. Words go to the trace. Memory that runs out is std::bad_alloc
