@@ -245,16 +245,26 @@ TEST_F(SomeNotices, TakeNoMoreRoomThanSoManyObjectsNeed) {
 TEST_F(SomeNotices, LeaveTheirRoomToOthersWhenTheyAreTold) {
     for (size_t i = 0; i < Notices::kMostWaiting; ++i) {
         notices.Say(Sick(std::to_string(i)), now);
-        Pass(2);
+        Pass(1);
     }
+    notices.Say(Sick("south"), now);
+    Pass(1);
+    EXPECT_EQ("line south is sick", Told().back());
+}
+
+TEST_F(SomeNotices, LeaveTheirRoomToOthersWhenTheCommandGoes) {
+    const auto fill = [this] {
+        for (size_t i = 0; i < Notices::kMostWaiting; ++i) {
+            notices.Say(Sick(std::to_string(i)), now);
+        }
+    };
+    fill();
     notices.SetCommand({});
     notices.SetCommand({"tell", "operator"});
-    for (size_t i = 0; i < Notices::kMostWaiting; ++i) {
-        notices.Say(Back(std::to_string(i)), now);
-    }
-    Pass(2);
-    EXPECT_EQ("line 1 is back", Told().back());
-    EXPECT_EQ(Notices::kMostWaiting + 2, runner.inputs.size());
+    fill();
+    Pass(static_cast<std::time_t>(Notices::kMostWaiting));
+    EXPECT_EQ(Notices::kMostWaiting, runner.inputs.size());
+    EXPECT_EQ("line 0 is sick", Told().front()) << "none was refused";
 }
 
 TEST_F(SomeNotices, AreNotHeldBackByAClockThatIsSetBack) {
