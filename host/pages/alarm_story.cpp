@@ -17,6 +17,15 @@ void AddQueued(const std::vector<PageStory>& pages, std::vector<StoryLine>& stor
     }
 }
 
+void AddMoves(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
+    for (const PageStory& page : pages) {
+        for (const PageMove& move : page.moves) {
+            const std::string from = move.from.empty() ? "" : "from " + move.from + ": ";
+            story.push_back({move.at, page.pager, "moved", from + move.why});
+        }
+    }
+}
+
 void AddEnds(const std::vector<PageStory>& pages, std::vector<StoryLine>& story) {
     for (const PageStory& page : pages) {
         if (page.end != PageEnd::kPending) {
@@ -35,9 +44,18 @@ void AddSends(Connection& connection, const Alarm& alarm, std::vector<StoryLine>
     }
 }
 
-// What the library was never asked for, or refused. The tables don't say when: at the raising.
-void AddRefusals(Connection& connection, const Alarm& alarm, std::vector<StoryLine>& story) {
+bool IsAmong(const std::vector<PageStory>& pages, const std::string& pager) {
+    return std::any_of(pages.begin(), pages.end(),
+                       [&pager](const PageStory& page) { return page.pager == pager; });
+}
+
+// What no library was ever asked for, or refused. The tables don't say when: at the raising.
+void AddRefusals(Connection& connection, const Alarm& alarm, const std::vector<PageStory>& pages,
+                 std::vector<StoryLine>& story) {
     for (const Delivery& delivery : DeliveriesOf(connection, alarm.number)) {
+        if (!delivery.answer && IsAmong(pages, delivery.pager)) {
+            continue;  // it was queued, and moved
+        }
         if (!delivery.answer) {
             story.push_back({alarm.raised, delivery.pager, "waits to be queued", ""});
         } else if (*delivery.answer == kPagerUnknown) {
@@ -53,14 +71,15 @@ void AddRefusals(Connection& connection, const Alarm& alarm, std::vector<StoryLi
 
 std::vector<StoryLine> TellAlarm(Connection& connection, const Alarm& alarm) {
     std::vector<StoryLine> story = {{alarm.raised, "", "raised", ""}};
-    AddRefusals(connection, alarm, story);
+    const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
+    AddRefusals(connection, alarm, pages, story);
     if (WentToNobody(connection, alarm)) {
         story.push_back({alarm.raised, "", "off limit", "no route leads to a pager"});
     }
-    const std::vector<PageStory> pages = PagesOf(connection, alarm.number);
-    // In one second, a page is queued, sent and ended in this order.
+    // In one second, a page is queued, sent, moved and ended in this order.
     AddQueued(pages, story);
     AddSends(connection, alarm, story);
+    AddMoves(pages, story);
     AddEnds(pages, story);
     if (alarm.acknowledged) {
         story.push_back({alarm.acknowledged_at, "", "acknowledged",

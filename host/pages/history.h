@@ -37,6 +37,13 @@ enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped, kByHan
 // The most that a page's sendings have come to. Unknown: none was recorded.
 enum class Reached { kUnknown, kNothing, kOutsideHours, kDialled, kSent };
 
+// A page was taken from a line, to go by another.
+struct PageMove {
+    std::time_t at = 0;
+    std::string from;
+    std::string why;
+};
+
 // Texts as the tables have them.
 struct PageStory {
     std::string alarm;
@@ -53,6 +60,7 @@ struct PageStory {
     std::string line;    // the last that had it; empty: none, or the site has no lines
     bool waits = false;  // no library has it yet, or any more: it is to go to a line
     std::string note;    // why it was moved or given up, where somebody said so
+    std::vector<PageMove> moves;
 };
 
 // Whether it was given up, and as far as is known nobody got it.

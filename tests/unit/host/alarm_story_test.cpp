@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/pages/deliveries.h"
+#include "host/pages/page_owner.h"
 #include "host/pages/page_words.h"
 #include "host/pages/sends.h"
 #include "tests/unit/host/service_test.h"
@@ -56,6 +57,17 @@ TEST_F(AlarmStory, TellsEverySendingAndTheEnd) {
     EXPECT_THAT(Tell(),
                 ElementsAre("raised", "duty: queued", "duty: not sent (24 s: busy)",
                             "duty: outside hours (24 s)", "duty: sent (24 s)", "duty: done"));
+}
+
+TEST_F(AlarmStory, TellsFromWhichLineAPageWasTakenAndWhy) {
+    AddDelivery("7", 0, "duty");
+    WriteEvent(7, "duty", 2);
+    AddSend(TracedPage::Outcome::kNotSent, "no modem", "north");
+    Execute("UPDATE AlarmFwd_PagerEvents SET line = 'north'");
+    TakePage(connection, {"7", "ops", "duty"}, "its modem doesn't answer");
+    EXPECT_THAT(Tell(),
+                ElementsAre("raised", "duty: queued", "duty: not sent (24 s, north: no modem)",
+                            "duty: moved (from north: its modem doesn't answer)"));
 }
 
 TEST_F(AlarmStory, TellsWhoWasNeverPaged) {
