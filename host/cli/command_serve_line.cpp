@@ -12,7 +12,7 @@ void AddServeLine(CLI::App& app, Program& program) {
     CLI::App* const command = app.add_subcommand("serve-line", "Serve one line, for pagerfwd run");
     command->group("");  // in no list
     const auto options = std::make_shared<ServeLineOptions>();
-    command->add_option("LINE", options->line)->required();
+    command->add_option("--line", options->line)->required();
     command->add_option("--bell", options->bell);
     command->add_flag("--ask", options->ask);
     command->add_flag("--dial-tone", options->dial_tone);

@@ -224,7 +224,8 @@ void ServedLine::Launch(Task task, const std::vector<std::string>& options, std:
     alive_ = now;
     renewing_ = false;
     std::vector<std::string> arguments = command_.program;
-    arguments.insert(arguments.end(), {"serve-line", line_.name});
+    // In one word: a name may begin with a dash.
+    arguments.insert(arguments.end(), {"serve-line", "--line=" + line_.name});
     arguments.insert(arguments.end(), options.begin(), options.end());
     const std::string folder = MakeLineFolder(command_.database, line_.name);
     trace_ = folder + "/" + kTraceFile;

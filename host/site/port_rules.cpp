@@ -30,8 +30,18 @@ std::string ListOfSpeeds() {
     return list;
 }
 
+// In UTF-8. Its folder's name has three letters for a byte, and a folder's 255 at most.
+constexpr size_t kLongestName = 80;
+
 void CheckName(const Port& port, Findings& findings) {
-    if (port.name.value.empty()) {
+    if (port.name.value.size() > kLongestName) {
+        findings.Error(
+            port.name.line,
+            "the name of a port has more than " + std::to_string(kLongestName) + " bytes",
+            "The folder that its line works in is called after it, and would have too "
+            "long a name.",
+            "Choose a shorter one.");
+    } else if (port.name.value.empty()) {
         findings.Error(port.name.line, "a port has no name", "No pager could name it.",
                        "Add a line such as: name = \"north\"");
     } else if (DeviceOfPort(port).empty()) {

@@ -52,7 +52,7 @@ class RunLines : public RunTest {
     // stands between them.
     static std::string ProcessOf(const std::string& port) {
         return "$(read all </proc/$PPID/task/$PPID/children; for one in $all; do"
-               " read -r words </proc/$one/cmdline; case $words in (*'serve-line" +
+               " read -r words </proc/$one/cmdline; case $words in (*'serve-line--line=" +
                port + "--'*) echo $one;; esac; done)";
     }
 
@@ -118,6 +118,30 @@ TEST_F(RunLines, MayHaveAnyNameAndADeviceAnywhere) {
     EXPECT_THAT(Sends(), ElementsAre("sent 0 north"));
     EXPECT_EQ("COM 5", Calls().at(0).line);
     EXPECT_THAT(TextOf("pagerfwd.db-lines/north/pageprot.txt"), HasSubstr("COM Name: COM 1"));
+}
+
+TEST_F(RunLines, MayHaveNamesThatAreNoneOfFoldersAndThatLookLikeOptions) {
+    const std::vector<std::string> names = {"--ask", "-n", "..", "../../tmp", "COM 1", "com 1"};
+    std::string site;
+    exchange = "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
+    for (size_t line = 0; line < names.size(); ++line) {
+        const std::string pager = "of " + names[line];
+        site += "[[port]]\nname = \"" + names[line] + "\"\ndevice = \"/dev/ttyS" +
+                std::to_string(line) + "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\n" +
+                "[[pager]]\ndescription = \"" + pager + "\"\ntype = \"sms1\"\nport = \"" +
+                names[line] + "\"\nnumber = \"5550111\"\nretries = 0\ndelay = 1\n" +
+                "[[route]]\ngroups = \"ALL/*\"\npagers = [\"" + pager + "\"]\n";
+        exchange += "[[line]]\nport = \"COM " + std::to_string(line + 1) + "\"\n";
+    }
+    MakeSite("odd.db", site);
+    RunProgram({PAGERFWD_PROGRAM, "--database", "odd.db", "alarm", "raise", "--group", "ALL/1",
+                "--server", "s", "x"});
+    const ProgramRun run = Simulated({"--database", "odd.db", "run", "--until-done"});
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    for (const std::string& name : names) {
+        EXPECT_THAT(run.err, HasSubstr("to \"of " + name + "\": sent (24 s, " + name + ")\n"));
+    }
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", names.size())));
 }
 
 // --- A line that is dead.

@@ -1,4 +1,4 @@
-// By the command line: "... run ..." and "... serve-line COM 2 ...".
+// By the command line: "... run ..." and "... serve-line --line=COM 2 ...".
 #include "tests/proof/process_role.h"
 
 #include <fstream>
@@ -17,7 +17,7 @@ ProcessRole FindRole() {
         return {kNodeRole};
     }
     for (size_t line = 1; line < kRoles; ++line) {
-        if (has("serve-line") && has("COM " + std::to_string(line))) {
+        if (has("serve-line") && has("--line=COM " + std::to_string(line))) {
             return {line, has("--ask")};
         }
     }

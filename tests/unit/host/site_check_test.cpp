@@ -271,6 +271,12 @@ TEST(PortNames, AreNeverEmpty) {
     EXPECT_THAT(Mistakes(PortWith("", "/dev/ttyUSB0")), ElementsAre("2: a port has no name"));
 }
 
+TEST(PortNames, HaveEightyBytesAtMost) {
+    EXPECT_THAT(Mistakes(PortWith(std::string(80, 'x'), "/dev/ttyUSB0")), IsEmpty());
+    EXPECT_THAT(Mistakes(PortWith(std::string(81, 'x'), "/dev/ttyUSB0")),
+                ElementsAre("2: the name of a port has more than 80 bytes"));
+}
+
 TEST(PortNames, MayBeMoreThanNine) {
     std::string text;
     for (int number = 1; number <= 40; ++number) {
