@@ -5,6 +5,7 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -129,13 +130,26 @@ PageKey FindPage(Connection& connection, const Deed& deed, Encoding encoding) {
                   "no " + NameOf(deed) + " is pending; pagerfwd page list shows those that are");
 }
 
+// One that isn't would lose the page again at once, to any line that can have it.
+void RequireInService(const LineState& line, const Deed& deed, Encoding encoding) {
+    const std::string name = "line \"" + deed.line + "\"";
+    if (line.paused) {
+        throw Failure(kNo, name + " is paused; put it back with: pagerfwd line resume");
+    }
+    if (line.health == Health::kSick) {
+        throw Failure(kNo, name + " is sick: " + Shown(line.reason, encoding));
+    }
+}
+
 // A line that can dial for the pager's type.
 std::string FindLineFor(Connection& connection, const Deed& deed, Encoding encoding) {
     std::string line = InTables(deed.line, encoding);
-    if (!FindLine(connection, line)) {
+    const std::optional<LineState> state = FindLine(connection, line);
+    if (!state) {
         throw Failure(kUsage, "there is no line \"" + deed.line + "\"; " +
                                   ListNames("lines", LineNames(connection), encoding));
     }
+    RequireInService(*state, deed, encoding);
     const Site site = ReadSiteBack(connection).site;
     for (const Pager& pager : site.pagers) {
         for (const Port& port : site.ports) {

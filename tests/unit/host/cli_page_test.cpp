@@ -125,6 +125,19 @@ TEST_F(CliPage, IsMovedOnlyWhereItCanBeSent) {
     EXPECT_EQ("north", List()[0]["line"]);
 }
 
+TEST_F(CliPage, IsMovedOnlyToALineThatIsInService) {
+    Execute("INSERT INTO Host_Lines (line, health, reason) VALUES ('south', 'sick', 'no modem')");
+    const ProgramRun sick = Run({"page", "move", "7", "duty", "--line", "south"});
+    EXPECT_EQ(1, sick.exit_code);
+    EXPECT_EQ("pagerfwd: line \"south\" is sick: no modem\n", sick.err);
+    Execute("UPDATE Host_Lines SET health = 'well', paused = 1");
+    const ProgramRun paused = Run({"page", "move", "7", "duty", "--line", "south"});
+    EXPECT_EQ(1, paused.exit_code);
+    EXPECT_EQ("pagerfwd: line \"south\" is paused; put it back with: pagerfwd line resume\n",
+              paused.err);
+    EXPECT_EQ("north", List()[0]["line"]);
+}
+
 TEST_F(CliPage, ThatIsNotPendingIsRefused) {
     const ProgramRun run = Run({"page", "cancel", "8", "duty", "--why", "x"});
     EXPECT_EQ(1, run.exit_code);
