@@ -19,6 +19,7 @@ constexpr std::chrono::milliseconds kBetweenCommands{100};  // V.250, chapter 5.
 constexpr std::chrono::milliseconds kGuard{1200};  // S12 is a second, and modems' clocks are coarse
 constexpr std::chrono::milliseconds kEscapeAnswer{3000};  // the guard time behind it, too
 constexpr std::chrono::milliseconds kDtrDropped{1000};
+constexpr std::chrono::milliseconds kForSlowAnswers{10000};
 constexpr size_t kMostBytes = 4096;
 
 struct Speed {
@@ -147,10 +148,13 @@ AtAnswer AtDialogue::Say(const std::string& bytes, const std::string& echo, Mill
 }
 
 std::string AtDialogue::Hear(Milliseconds longest, int until) const {
+    using Clock = std::chrono::system_clock;
+    const auto latest = Clock::now() + longest + kForSlowAnswers;
     std::string heard;
     Milliseconds left = longest;
     std::array<pollfd, 2> awaited{{{line_.Number(), POLLIN, 0}, {until, POLLIN, 0}}};
-    while (left.count() > 0 && heard.size() < kMostBytes && AnswerIn(heard, "").result.empty()) {
+    while (left.count() > 0 && Clock::now() < latest && heard.size() < kMostBytes &&
+           AnswerIn(heard, "").result.empty()) {
         if (poll(awaited.data(), awaited.size(), static_cast<int>(kStep.count())) <= 0) {
             left -= kStep;
         } else if (awaited[1].revents != 0 || !Read(line_.Number(), heard)) {

@@ -41,8 +41,8 @@ class AtDialogue {
     const std::string& WhyNot() const { return why_not_; }
 
     // Says the command, and hears what comes until a result code of V.250 or of common modems ends
-    // it, nothing has come for so long, or a descriptor can be read, if one is given. Nothing that
-    // came before is part of the answer.
+    // it, it was silent for so long altogether, ten seconds more are over, or a descriptor can be
+    // read, if one is given. Nothing that came before is part of the answer.
     AtAnswer Ask(const std::string& command, Milliseconds longest, int until = -1);
 
     // Out of a call into the command state: "+++" with a second of silence on either side, as

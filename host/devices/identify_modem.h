@@ -12,8 +12,9 @@ struct ModemAnswer {
 };
 
 // With eight bits, no parity, at this speed (that of the port; 0: 9600), and no flow control. The
-// settings of the line are put back. Takes three seconds at most, and never waits for a carrier.
-// Only for a device that nobody has: an answer would be lost to who waits for one, or dial.
+// settings of the line are put back. Takes three seconds, and half a minute where the device goes
+// on sending; never waits for a carrier. Only for a device that nobody has: an answer would be lost
+// to who waits for one, or dial.
 ModemAnswer IdentifyModem(const std::string& device, int speed);
 
 }  // namespace host

@@ -1,5 +1,7 @@
 // A trouble that may last, for the operator: told when it comes, told again only where its reason
-// is a new one, and told when it has passed.
+// is a new one, and told when it has passed. One whose reason is ever another is told a few times.
+//
+// Tested by tests/unit/host/trouble_test.cpp.
 //
 // Threads    One.
 #ifndef PAGERFWD_HOST_PROCESS_TROUBLE_H
@@ -21,7 +23,7 @@ class Trouble {
     // How it stands now. why: "" without trouble.
     void Is(const std::string& why) {
         if (!why.empty()) {
-            if (told_.insert(why).second) {
+            if (told_.size() < kMostReasons && told_.insert(why).second) {
                 log_.Error(why + "; trying again");
             }
         } else if (!told_.empty()) {
@@ -29,6 +31,8 @@ class Trouble {
             log_.Info(over_);
         }
     }
+
+    static constexpr size_t kMostReasons = 16;
 
  private:
     OperatorLog& log_;

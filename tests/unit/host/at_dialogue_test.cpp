@@ -157,6 +157,24 @@ TEST_F(TalkWithAModem, EndsWhereTheAnswerNeverDoes) {
     EXPECT_GT(10 * kSecond, pagersim::VirtualClock::Now());
 }
 
+TEST_F(TalkWithAModem, EndsWhereAByteComesNowAndThenAndNoResult) {
+    line.Hears("AT\r").Says("x");
+    for (int byte = 0; byte < 200; ++byte) {
+        line.Says("x", Milliseconds(90));
+    }
+    EXPECT_EQ("", Ask("AT").result);
+    EXPECT_LE(11 * kSecond, pagersim::VirtualClock::Now());
+    EXPECT_GE(12 * kSecond, pagersim::VirtualClock::Now());
+}
+
+TEST_F(TalkWithAModem, HearsASlowAnswerToItsEnd) {
+    line.Hears("ATI\r");
+    for (const char byte : std::string("Maker\r\nOK\r\n")) {
+        line.Says(std::string(1, byte), Milliseconds(90));
+    }
+    EXPECT_THAT(Ask("ATI").said, ElementsAre("Maker"));
+}
+
 TEST_F(TalkWithAModem, SaysWhyItCant) {
     line.PlugOut();
     EXPECT_EQ("can't be opened: No such file or directory", AtDialogue("/dev/ttyS0", 0).WhyNot());
