@@ -15,6 +15,7 @@
 #include "host/pages/lines.h"
 #include "host/platform/bell.h"
 #include "host/process/signals_held.h"
+#include "host/site/site_tables.h"
 #include "host/store/patience.h"
 #include "host/store/pending.h"
 #include "host/text_helpers.h"

@@ -318,12 +318,13 @@ TEST(SiteFile, IsRefusedWhereItIsNestedDeeperThanAnyReal) {
     for (int i = 0; i < 200000; ++i) {
         dots += ".a";
     }
-    EXPECT_THAT(Mistakes("encoding = \"latin1\"\n" + dots + " = 1\n"),
+    EXPECT_THAT(FileMistakes("encoding = \"latin1\"\n" + dots + " = 1\n"),
                 Contains(HasSubstr("2: a key of too many parts")));
-    EXPECT_THAT(Mistakes("[" + dots + "]\n"), Contains(HasSubstr("1: a key of too many parts")));
+    EXPECT_THAT(FileMistakes("[" + dots + "]\n"),
+                Contains(HasSubstr("1: a key of too many parts")));
     const std::string brackets(200000, '[');
-    EXPECT_FALSE(Mistakes("x = " + brackets).empty());
-    EXPECT_FALSE(Mistakes("x = [\n" + std::string(100, '{') + "\n").empty());
+    EXPECT_FALSE(FileMistakes("x = " + brackets).empty());
+    EXPECT_FALSE(FileMistakes("x = [\n" + std::string(100, '{') + "\n").empty());
 }
 
 TEST(SiteFile, MayHaveManyDotsInItsTexts) {
