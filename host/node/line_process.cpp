@@ -1,4 +1,5 @@
-// Processes of lines. Tested by tests/e2e/run_lines_test.cpp.
+// Processes of lines. Tested by tests/unit/host/line_process_test.cpp and
+// tests/e2e/run_lines_test.cpp.
 #include "host/node/line_process.h"
 
 #include <spawn.h>

@@ -1,6 +1,8 @@
 // A system that refuses, for a program that this is preloaded into:
 //   PAGERFWD_FULL_DISK="FROM TO"     no file grows from one moment to the other, in seconds since
-//   1970 PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
+//                                    1970
+//   PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
+//   PAGERFWD_NO_ROOM="FROM TO"       no disk has room, but what is written there is taken
 //   PAGERFWD_STALLED_LINE="FROM TO"  no terminal takes a byte
 //   PAGERFWD_TAKEN_LINE="FROM TO"    no serial device can be opened, as if another had it
 //   PAGERFWD_REFUSED_THREADS=N       the first N threads of the library can't be started
@@ -9,6 +11,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -88,6 +91,15 @@ int open(const char* path, int flags, ...) {
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return next(path, flags, mode);
+}
+
+int statvfs64(const char* path, struct statvfs64* status) {
+    static const auto next = Next<int (*)(const char*, struct statvfs64*)>("statvfs64");
+    const int result = next(path, status);
+    if (IsNow("PAGERFWD_NO_ROOM")) {
+        status->f_bavail = 0;
+    }
+    return result;
 }
 
 int pthread_create(pthread_t* handle, const pthread_attr_t* attributes, void* (*start)(void*),

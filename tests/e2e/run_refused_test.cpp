@@ -14,8 +14,11 @@ class RunRefused : public RunTest {
     // Under a system that refuses, as the variable says: before the simulation's own calls, which
     // are made in the library's name.
     ProgramRun RunUntilDoneWith(const std::string& refusal) {
+        return RunWith(refusal, "--until-done");
+    }
+    ProgramRun RunWith(const std::string& refusal, const std::string& options) {
         WriteFile("pagerfwd.sh", "LD_PRELOAD=\"" REFUSALS ":$LD_PRELOAD\" " + refusal +
-                                     " exec " PAGERFWD_PROGRAM " run --until-done\n");
+                                     " exec " PAGERFWD_PROGRAM " run " + options + "\n");
         WriteFile("exchange.toml", exchange);
         const ProgramRun run =
             RunProgram({PAGERSIM_PROGRAM, "--quiet", "--clock", "clock", "--report", "report.json",
@@ -82,6 +85,20 @@ TEST_F(RunRefused, AsksALineWhosePortIsTakenForLong) {
     EXPECT_GT(600, std::stol(Rows("max(at) FROM Host_Sends").at(0)) - kNow) << run.err;
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+TEST_F(RunRefused, TellsOfADiskThatIsFullAndThatItHasRoomAgain) {
+    MakeSite("pagerfwd.db",
+             "[notify]\ncommand = [\"/bin/sh\", \"-c\", \"cat >>told\"]\n" + std::string(kSite));
+    At(600, "kill -TERM $PPID");
+    const ProgramRun run = RunWith(During("PAGERFWD_NO_ROOM", 100, 300), "");
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("error: the disk of ./pagerfwd.db is full: 0 KiB are left"));
+    EXPECT_THAT(run.err, HasSubstr("the disk of ./pagerfwd.db has room again"));
+    const std::string told = TextOf("told");
+    EXPECT_EQ(2U, Count(told, R"("kind":"disk-full")")) << told;
+    EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db is full"));
+    EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db has room again"));
 }
 
 struct Refusal {
