@@ -71,6 +71,16 @@ TEST_F(RunPages, GoByTheOtherLineWhileOneIsPaused) {
     EXPECT_THAT(Sends(), ElementsAre("sent by COM 2"));
 }
 
+TEST_F(RunPages, GoToTheOtherLineWhenTheirsIsPausedBetweenTwoTries) {
+    exchange.insert(exchange.find("numbers = [\"5550101\"]"), "busy_calls = 1\n");
+    Raise("DUTY/1");
+    At(60, Pagerfwd("line pause 'COM 1' >/dev/null"));
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(Sends(), ElementsAre("not sent by COM 1", "sent by COM 2"));
+    EXPECT_THAT(Rows("note FROM Host_History WHERE note <> ''"), ElementsAre("it is paused"));
+}
+
 // Killed while it dialled; of the porter's pages, one had been tried once already.
 TEST_F(RunPages, AreThoseThatAnOlderMakeHasLeft) {
     RunProgram({"/bin/rm", "-f", "pagerfwd.db"});
