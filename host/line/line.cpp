@@ -14,6 +14,7 @@
 #include "host/pages/history.h"
 #include "host/pages/lines.h"
 #include "host/platform/bell.h"
+#include "host/process/last_writes.h"
 #include "host/process/signals_held.h"
 #include "host/site/site_tables.h"
 #include "host/store/patience.h"
@@ -138,17 +139,7 @@ void Line::End() {
     } catch (const StoreError& failure) {
         log_.Error(failure.what());
     }
-    TellWhatIsLost();
-}
-
-// What is kept in memory ends with the process.
-void Line::TellWhatIsLost() {
-    const size_t kept = lease_.CountHeld();
-    if (kept > 0) {
-        log_.Error(std::to_string(kept) +
-                   " change(s) could not be written to the end; pages that were sent meanwhile may "
-                   "be sent again");
-    }
+    WriteLast(lease_, database_, log_);
 }
 
 void Line::StepOrReport() {

@@ -54,7 +54,6 @@ class Line {
     void SendTestPageFor(const AskedTestPage& asked);
     void CallFor(const AskedTestPage& asked);
     int32_t SendTestPageTo(const std::string& pager);
-    void TellWhatIsLost();
     void NoteDoing(const std::string& doing);
     std::string Doing() const;
     int32_t Forward(const Alarm& alarm, const Delivery& delivery);

@@ -10,6 +10,7 @@
 #include "host/pages/page_owner.h"
 #include "host/pages/page_requests.h"
 #include "host/process/database_locks.h"
+#include "host/process/last_writes.h"
 #include "host/site/site_tables.h"
 #include "host/store/large_cells.h"
 #include "host/store/pending.h"
@@ -357,12 +358,7 @@ void Node::TellLastThings() {
         log_.Error(failure.what());
     }
     alerts_.Finish();
-    // What is kept in memory ends with the process.
-    if (const size_t kept = lease_.CountHeld()) {
-        log_.Error(std::to_string(kept) +
-                   " change(s) could not be written to the end; pages that were sent meanwhile may "
-                   "be sent again");
-    }
+    WriteLast(lease_, options_.database, log_);
 }
 
 // What is kept, since the disk refuses it, is still to be written.

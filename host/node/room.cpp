@@ -4,9 +4,10 @@
 #include <sys/statvfs.h>
 
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
-#include "host/store/connection.h"
+#include "host/files/last_room.h"
 #include "host/store/reserve.h"
 
 namespace host {
@@ -55,7 +56,8 @@ void Room::Reserve(std::time_t now) {
     reserve_at_ = now + kBetweenReserves;
     try {
         ReserveRoom(database_);
-    } catch (const StoreError& failure) {
+        KeepLastRoom(database_);
+    } catch (const std::runtime_error& failure) {
         log_.Warning(std::string("no room could be reserved for a full disk: ") + failure.what());
     }
 }

@@ -1,5 +1,6 @@
 // Watches the room on the database's file system: tells the operator when it runs out and when it
-// is back, and keeps the database's reserve (store/reserve.h) while there is room for it.
+// is back, and keeps the database's reserve (store/reserve.h) and that of the last writes
+// (files/last_room.h) while there is room for them.
 //
 // Threads    One.
 #ifndef PAGERFWD_HOST_NODE_ROOM_H

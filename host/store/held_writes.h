@@ -4,7 +4,8 @@
 // forgotten. A transaction that is refused is kept as the statements that it was made of. Every
 // later transaction of this process runs them again before its own, and commits all of it or
 // nothing: what has been kept is read as if it were written, and is written by the first commit
-// that goes through. When the process ends before that, it is lost.
+// that goes through. For a process that ends before that there is process/last_writes.h; with one
+// that is killed, it is lost.
 //
 // Threads    Any, each with a connection of its own.
 // Errors     StoreError. A kept statement that fails by itself is told, and given up.

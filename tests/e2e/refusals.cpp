@@ -1,11 +1,11 @@
-// A system that refuses, for a program that this is preloaded into:
-//   PAGERFWD_FULL_DISK="FROM TO"     no file grows from one moment to the other, in seconds since
-//                                    1970
-//   PAGERFWD_REFUSED_WRITES="FROM TO"    ... and none of the store's is written to at all
-//   PAGERFWD_NO_ROOM="FROM TO"       no disk has room, but what is written there is taken
-//   PAGERFWD_STALLED_LINE="FROM TO"  no terminal takes a byte
-//   PAGERFWD_TAKEN_LINE="FROM TO"    no serial device can be opened, as if another had it
-//   PAGERFWD_REFUSED_THREADS=N       the first N threads of the library can't be started
+// A system that refuses, for a program that this is preloaded into; moments are seconds since 1970:
+//   PAGERFWD_FULL_DISK="FROM TO"       no file grows from one moment to the other
+//   PAGERFWD_REFUSED_WRITES="FROM TO"  ... and none of the store's is written to at all
+//   PAGERFWD_NO_OTHER_ROOM="FROM TO"   ... unless the room of the last writes has been given
+//   PAGERFWD_NO_ROOM="FROM TO"         no disk has room, but what is written there is taken
+//   PAGERFWD_STALLED_LINE="FROM TO"    no terminal takes a byte
+//   PAGERFWD_TAKEN_LINE="FROM TO"      no serial device can be opened, as if another had it
+//   PAGERFWD_REFUSED_THREADS=N         the first N threads of the library can't be started
 #undef _FILE_OFFSET_BITS  // or open would be open64, which the library doesn't call
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -34,8 +34,17 @@ bool IsNow(const char* variable) {
            std::time(nullptr) >= from && std::time(nullptr) < to;
 }
 
+// From the folder of the node, and from that of a line.
+constexpr const char* kLastRoom = "pagerfwd.db-room";
+constexpr const char* kFromALine = "../../pagerfwd.db-room";
+
+bool KeepsLastRoom() {
+    return access(kLastRoom, F_OK) == 0 || access(kFromALine, F_OK) == 0;
+}
+
 bool IsRefused(proof::FileDeed deed, int file, int64_t end) {
     return IsNow("PAGERFWD_REFUSED_WRITES") ||
+           (IsNow("PAGERFWD_NO_OTHER_ROOM") && KeepsLastRoom()) ||
            (IsNow("PAGERFWD_FULL_DISK") && proof::WouldGrow(deed, file, end));
 }
 

@@ -128,6 +128,25 @@ TEST_P(RunOnAFullDisk, EndsAllPagesAndSendsNoneAgain) {
     EXPECT_THAT(pages, IsEmpty());
 }
 
+// What it has kept is written into the room that was kept for it.
+TEST_F(RunRefused, SendsNothingAgainThatWasEndedOnAFullDisk) {
+    constexpr int kAlarms = 2;  // as many as a line has before it could be seen to have sent any
+    for (int alarm = 1; alarm <= kAlarms; ++alarm) {
+        Raise("DUTY/" + std::to_string(alarm));
+    }
+    At(300, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith(During("PAGERFWD_NO_OTHER_ROOM", 10, 3600));
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("what can't be written is kept in memory until it can\n"));
+    EXPECT_THAT(run.err, HasSubstr(" that had been kept are written\n"));
+    EXPECT_THAT(run.err, Not(HasSubstr("could not be written to the end")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", kAlarms)));
+    EXPECT_EQ(std::vector<std::string>(kAlarms, "duty done 1"), Stories());
+    pages.clear();
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(pages, IsEmpty());
+}
+
 INSTANTIATE_TEST_SUITE_P(Where, RunOnAFullDisk,
                          ::testing::Values(Refusal{"PAGERFWD_FULL_DISK", 0},
                                            Refusal{"PAGERFWD_REFUSED_WRITES", 1}));

@@ -10,6 +10,8 @@
 #include <string>
 #include <thread>
 
+#include "host/files/last_room.h"
+#include "host/process/last_writes.h"
 #include "host/store/pool.h"
 #include "tests/proof/file_calls.h"
 #include "tests/unit/host/service_test.h"
@@ -44,6 +46,7 @@ class HeldWrites : public ServiceTest {
     // By another process.
     std::string Written(const std::string& name) { return host::ReadSetting(connection, name); }
 
+    static constexpr const char* kRoom = "site.db-room";
     std::optional<host::Lease> service;
 };
 
@@ -153,6 +156,37 @@ TEST_F(HeldWrites, AreGivenUpWhereTheyFailByThemselves) {
     EXPECT_EQ("1", Written("a"));
     EXPECT_THAT(faults, ElementsAre(HasSubstr("kept in memory"), HasSubstr("is given up")));
     EXPECT_THAT(Rows("pager FROM Host_RoutePagers"), ElementsAre("theirs"));
+}
+
+// On a disk that has no room but what was kept for the end.
+TEST_F(HeldWrites, AreWrittenAtTheEndIntoTheLastRoom) {
+    host::KeepLastRoom(database);
+    constexpr proof::FileRefusal kWhileItIsKept = [](proof::FileDeed, int, int64_t) {
+        return access(kRoom, F_OK) == 0;
+    };
+    proof::SetFileRefusal(kWhileItIsKept);
+    Write("a", "1");
+    EXPECT_EQ("", Written("a"));
+    host::WriteLast(*service, database, log);
+    EXPECT_EQ("1", Written("a"));
+    EXPECT_EQ("", said.str());
+}
+
+TEST_F(HeldWrites, AreToldWhereTheyAreLostAtTheEnd) {
+    Fill(true);
+    Write("a", "1");
+    host::WriteLast(*service, database, log);
+    EXPECT_EQ(
+        "<3>error: 1 change(s) could not be written to the end; pages that were sent meanwhile "
+        "may be sent again\n",
+        said.str());
+}
+
+// Room that others could take is not given for nothing.
+TEST_F(HeldWrites, LeaveTheLastRoomAloneWhereThereAreNone) {
+    host::KeepLastRoom(database);
+    host::WriteLast(*service, database, log);
+    EXPECT_EQ(0, access(kRoom, F_OK));
 }
 
 // Only what the process's own engine writes is kept: a command is told that it has failed.

@@ -96,7 +96,7 @@ as_service "$pagerfwd" import "$folder/site.toml" >/dev/null
 owned site/site.db 640
 
 # Looking makes no file, by whomever, before the service has ever run.
-for look in "status" "alarm list" "export" "check" "hours show"; do
+for look in "status" "alarm list" "page list" "line list" "export" "check" "hours show"; do
     # shellcheck disable=SC2086
     "$pagerfwd" $look >/dev/null
     # shellcheck disable=SC2086
@@ -104,19 +104,22 @@ for look in "status" "alarm list" "export" "check" "hours show"; do
 done
 [ "$(ls site)" = site.db ] || fail "looking has made files:" site/*
 
-# The same while the service runs, for who may only read.
+# The same while the service runs, for who may only read: an alarm by its number and text.
 see_all() {
-    for look in "status" "alarm list" "export" "check" "trace $folder/site/site.db-lines/COM%201/pageprot.txt"; do
+    for look in "status" "alarm list" "page list" "line list" "log $1" "export" "check" "trace"; do
         # shellcheck disable=SC2086
         as_reader "$pagerfwd" $look >seen || fail "a reader can't, while the service runs: $look"
     done
     as_reader "$pagerfwd" status | grep -q "engine: run, process" || fail "the engine isn't seen"
-    as_reader "$pagerfwd" alarm list | grep -q "$1" || fail "the last alarm isn't seen"
+    as_reader timeout --signal INT 2 "$pagerfwd" watch >seen || true
+    grep -q "engine: run, process" seen || fail "a reader can't watch"
+    as_reader "$pagerfwd" alarm list | grep -q "$2" || fail "the last alarm isn't seen"
+    as_reader "$pagerfwd" log "$1" | grep -q "$2" || fail "what became of it isn't seen"
 }
 run_service
-as_service "$pagerfwd" alarm raise "zero" >/dev/null
+number=$(as_service "$pagerfwd" alarm raise "zero")
 for journal in site/site.db-wal site/site.db-shm; do owned $journal 640; done
-see_all zero
+see_all "$number" zero
 if is_root; then
     refused "" as_reader "$pagerfwd" alarm raise "three"
     refused "ermission denied" as_stranger "$pagerfwd" status
@@ -140,12 +143,13 @@ for lock in locks/*; do owned "$lock" 660; done
 
 # The service starts all the same.
 run_service
-as_operator "$pagerfwd" alarm raise "two" >/dev/null
+number=$(as_operator "$pagerfwd" alarm raise "two")
 for journal in site/site.db-wal site/site.db-shm; do owned $journal 660; done
 for _ in $(seq 100); do [ -e site/figures.prom ] && break; sleep 0.1; done
 owned site/figures.prom 644
+owned site/site.db-room 640
 owned site/site.db-lines/COM%201/pageprot.txt 640
-see_all two
+see_all "$number" two
 end_service
 as_reader "$pagerfwd" status | grep -q "engine: not running" || fail "the engine still runs"
 

@@ -65,6 +65,13 @@ TEST_F(RoomTest, IsReservedWhileThereIsSome) {
     EXPECT_GE(FreePages() * 4096, host::kReserve);
 }
 
+TEST_F(RoomTest, IsKeptForTheLastWritesToo) {
+    Minute(0);
+    EXPECT_FALSE(std::filesystem::exists(database + "-room"));
+    Minute(kPlenty);
+    EXPECT_TRUE(std::filesystem::exists(database + "-room"));
+}
+
 TEST_F(RoomTest, IsReservedAnewWhereItIsUsedUp) {
     Minute(kPlenty);
     Execute("CREATE TABLE user (room BLOB)");

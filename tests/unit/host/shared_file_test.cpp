@@ -1,4 +1,4 @@
-// Files that several users share, and files that are written whole.
+// Files that several users share, files that are written whole, and room that is kept.
 #include "host/files/shared_file.h"
 
 #include <fcntl.h>
@@ -7,10 +7,12 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 
+#include "host/files/last_room.h"
 #include "host/files/whole_file.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/files.h"
@@ -148,6 +150,34 @@ TEST_F(WholeFile, IsNotWrittenThroughALinkBesideIt) {
     WriteWhole("f", "x", 0644);
     EXPECT_EQ(4U, fs::file_size("dear"));
     EXPECT_FALSE(fs::is_symlink("f"));
+}
+
+using LastRoom = SharedFile;
+
+TEST_F(LastRoom, IsKeptBesideTheDatabaseUntilItIsGiven) {
+    KeepLastRoom("site.db");
+    EXPECT_EQ(uintmax_t{kLastRoom}, fs::file_size("site.db-room"));
+    EXPECT_EQ(0640U, ModeOf("site.db-room"));
+    GiveLastRoom("site.db");
+    EXPECT_EQ(0U, Files());
+    GiveLastRoom("site.db");
+}
+
+TEST_F(LastRoom, IsMadeOnlyWhereItIsMissing) {
+    KeepLastRoom("site.db");
+    const auto yesterday = fs::last_write_time("site.db-room") - std::chrono::hours(24);
+    fs::last_write_time("site.db-room", yesterday);
+    KeepLastRoom("site.db");
+    EXPECT_EQ(yesterday, fs::last_write_time("site.db-room"));
+    fs::resize_file("site.db-room", 5);
+    KeepLastRoom("site.db");
+    EXPECT_EQ(uintmax_t{kLastRoom}, fs::file_size("site.db-room"));
+}
+
+TEST_F(LastRoom, IsNotTakenFromADiskThatHasNone) {
+    const RoomFor half(kLastRoom / 2);
+    EXPECT_THROW(KeepLastRoom("site.db"), FileError);
+    EXPECT_EQ(0U, Files());
 }
 
 }  // namespace
