@@ -1,5 +1,5 @@
-// scripts/mutate plants a mistake in a program, and lets its tests run that one in the place of the
-// one that was built.
+// Programs in the place of those that were built: scripts/mutate plants a mistake in one, and lets
+// its tests run that; scripts/package lets them run what the packages hold.
 #ifndef PAGERFWD_TESTS_SUPPORT_PLANTED_H
 #define PAGERFWD_TESTS_SUPPORT_PLANTED_H
 
