@@ -44,15 +44,7 @@ Alarm MendAlarm(Connection& connection, const Alarm& alarm, Encoding encoding) {
     Alarm mended = Mended(alarm, encoding);
     if (!IsSame(mended, alarm)) {
         WriteTransaction transaction(connection);
-        Statement(connection,
-                  "UPDATE AlarmLog SET severity = ?, alarm_group = ?, server = ?, details = ?"
-                  " WHERE row_id = ?")
-            .Bind(mended.severity)
-            .Bind(mended.group)
-            .Bind(mended.server)
-            .Bind(mended.details)
-            .Bind(mended.row)
-            .Run();
+        RewriteAlarm(connection, mended);
         transaction.Commit();
     }
     return mended;

@@ -3,7 +3,7 @@
 #ifndef PAGERFWD_HOST_ALARMS_MENDING_H
 #define PAGERFWD_HOST_ALARMS_MENDING_H
 
-#include "host/alarms/alarms.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/text/encoding.h"
 
 namespace host {

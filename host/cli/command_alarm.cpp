@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/alarms/mending.h"
 #include "host/cli/names.h"
 #include "host/cli/numbers.h"
@@ -24,6 +23,7 @@
 #include "host/site/words.h"
 #include "host/store/look.h"
 #include "host/store/pool.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/text/json.h"
 #include "host/text/nearest.h"
 #include "host/text/text_table.h"

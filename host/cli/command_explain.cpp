@@ -19,6 +19,7 @@
 #include "host/site/site_tables.h"
 #include "host/store/line_view.h"
 #include "host/store/pool.h"
+#include "host/store/tables/pagers.h"
 #include "host/text/json.h"
 #include "host/text/nearest.h"
 #include "host/text/printable.h"

@@ -9,6 +9,7 @@
 #include "host/library/library.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
+#include "host/store/tables/time_models.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
 

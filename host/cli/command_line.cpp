@@ -9,10 +9,10 @@
 #include "host/cli/lines_view.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
-#include "host/pages/lines.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/store/pool.h"
+#include "host/store/tables/lines.h"
 #include "host/text/printable.h"
 
 namespace host {

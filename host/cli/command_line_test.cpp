@@ -11,11 +11,11 @@
 #include "host/cli/running_engine.h"
 #include "host/line/own_line.h"
 #include "host/line/test_call.h"
-#include "host/pages/lines.h"
-#include "host/pages/test_pages.h"
 #include "host/process/database_locks.h"
 #include "host/process/stop_signal.h"
 #include "host/site/site_tables.h"
+#include "host/store/tables/lines.h"
+#include "host/store/tables/test_pages.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
 

@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
-#include "host/pages/lines.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/look.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/lines.h"
+#include "host/store/tables/pagers.h"
+#include "host/store/tables/time_models.h"
 
 namespace host {
 namespace {

@@ -1,5 +1,6 @@
 // The view of the lines. Tested by tests/unit/host/cli_line_test.cpp.
 #include "host/cli/lines_view.h"
+#include "host/store/tables/events.h"
 
 #include <map>
 #include <utility>
@@ -7,8 +8,8 @@
 #include "host/cli/names.h"
 #include "host/cli/times.h"
 #include "host/pages/page_owner.h"
-#include "host/pages/sends.h"
 #include "host/site/port_device.h"
+#include "host/store/tables/sends.h"
 #include "host/text/text_table.h"
 
 namespace host {

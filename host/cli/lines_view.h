@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "host/pages/lines.h"
 #include "host/store/connection.h"
+#include "host/store/tables/lines.h"
 #include "host/text/encoding.h"
 #include "host/text/json.h"
 

@@ -1,5 +1,6 @@
 // The pager that a command names. Tested by tests/unit/host/cli_test.cpp.
 #include "host/cli/one_pager.h"
+#include "host/store/tables/pagers.h"
 
 #include <utility>
 #include <vector>

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/site/site_tables.h"
+#include "host/store/tables/pagers.h"
 
 namespace host {
 

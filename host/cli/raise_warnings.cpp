@@ -1,5 +1,6 @@
 // Warnings about a new alarm. Tested by tests/unit/host/cli_alarm_test.cpp.
 #include "host/cli/raise_warnings.h"
+#include "host/store/tables/pagers.h"
 
 #include <cstdlib>
 
@@ -7,7 +8,6 @@
 #include "host/explain/paged_alarm.h"
 #include "host/pages/routes.h"
 #include "host/process/database_locks.h"
-#include "host/site/site_tables.h"
 #include "host/site/words.h"
 
 namespace host {

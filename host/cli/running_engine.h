@@ -6,8 +6,8 @@
 #include <functional>
 #include <string>
 
-#include "host/pages/test_pages.h"
 #include "host/store/pool.h"
+#include "host/store/tables/test_pages.h"
 
 namespace host {
 

@@ -4,9 +4,9 @@
 #include <ctime>
 
 #include "host/line/test_call.h"
-#include "host/pages/lines.h"
 #include "host/process/stop_signal.h"
 #include "host/site/site_tables.h"
+#include "host/store/tables/lines.h"
 
 namespace host {
 namespace {

@@ -8,9 +8,9 @@
 
 #include "host/lines/line_exit.h"
 #include "host/lines/site_lines.h"
-#include "host/pages/test_pages.h"
 #include "host/process/operator_log.h"
 #include "host/store/pool.h"
+#include "host/store/tables/test_pages.h"
 
 namespace host {
 

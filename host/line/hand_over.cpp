@@ -1,11 +1,11 @@
 // Handing over. Tested by tests/unit/host/intake_test.cpp.
 #include "host/line/hand_over.h"
+#include "host/store/tables/pagers.h"
 
-#include "host/alarms/states.h"
 #include "host/pages/backlog.h"
 #include "host/pages/delivery_words.h"
-#include "host/site/site_tables.h"
-#include "host/store/pending.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {
@@ -50,7 +50,7 @@ bool HandOver::Run(Connection& connection) {
 
 bool HandOver::Waits(Connection& connection) const {
     return handed_ && std::time(nullptr) < handed_at_ + kLongestWait &&
-           IsPending(connection, handed_->alarm, handed_->group, handed_->pager);
+           FindEvent(connection, {handed_->alarm, handed_->group, handed_->pager}).has_value();
 }
 
 void HandOver::Saw(const TracedPage& page) {

@@ -18,8 +18,8 @@
 #include <set>
 #include <string>
 
-#include "host/pages/deliveries.h"
 #include "host/process/operator_log.h"
+#include "host/store/tables/deliveries.h"
 #include "host/text/encoding.h"
 #include "host/trace/traced_page.h"
 

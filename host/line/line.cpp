@@ -1,5 +1,6 @@
 // A line's loop. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/line/line.h"
+#include "host/store/tables/history.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,13 +13,13 @@
 #include <utility>
 
 #include "host/pages/history.h"
-#include "host/pages/lines.h"
 #include "host/platform/bell.h"
 #include "host/process/last_writes.h"
 #include "host/process/signals_held.h"
 #include "host/site/site_tables.h"
 #include "host/store/patience.h"
-#include "host/store/pending.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/lines.h"
 #include "host/text_helpers.h"
 
 namespace host {

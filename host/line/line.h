@@ -20,12 +20,12 @@
 #include "host/line/hand_over.h"
 #include "host/line/line_trace.h"
 #include "host/lines/line_exit.h"
-#include "host/pages/test_pages.h"
 #include "host/process/bell_socket.h"
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
 #include "host/process/trouble.h"
 #include "host/store/pool.h"
+#include "host/store/tables/test_pages.h"
 
 namespace host {
 

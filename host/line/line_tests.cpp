@@ -10,8 +10,8 @@
 #include "host/platform/device_turn.h"
 #include "host/platform/own_device.h"
 #include "host/process/signals_held.h"
-#include "host/site/site_tables.h"
 #include "host/store/line_view.h"
+#include "host/store/tables/pagers.h"
 
 namespace host {
 namespace {

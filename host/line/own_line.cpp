@@ -1,5 +1,6 @@
 // A line for a test page. Tested by tests/e2e/test_page_test.cpp and run_engines_test.cpp.
 #include "host/line/own_line.h"
+#include "host/store/tables/pagers.h"
 
 #include <utility>
 

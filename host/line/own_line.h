@@ -13,7 +13,7 @@
 #include "host/files/lock_file.h"
 #include "host/library/library.h"
 #include "host/lines/site_lines.h"
-#include "host/site/site_tables.h"
+#include "host/store/tables/pagers.h"
 
 namespace host {
 

@@ -1,5 +1,6 @@
 // A test page. Tested by tests/e2e/test_page_test.cpp.
 #include "host/line/send_test_page.h"
+#include "host/store/tables/pagers.h"
 
 #include "host/text/controls.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/library/library.h"
-#include "host/site/site_tables.h"
+#include "host/store/tables/pagers.h"
 
 namespace host {
 

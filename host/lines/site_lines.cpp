@@ -1,42 +1,30 @@
 // The lines in the tables. Tested by tests/unit/host/line_loads_test.cpp.
 #include "host/lines/site_lines.h"
 
+#include <utility>
+
 #include "host/site/port_device.h"
+#include "host/store/tables/ports.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kSelect =
-    "SELECT Description, device, \"Select\", PagerDial, SMS1Dial, SMS2Dial, Baud, Init, Reset, * "
-    "FROM "
-    "AlarmFwd_COMProperties ";
 // Types of pagers that have a dial command of their own.
 constexpr const char* kTap = "4";
 constexpr const char* kUcp = "5";
 
-constexpr int kFirstOfAll = 9;  // the columns of the star
-
-// A row that was written again as it was has another number, and is the same line.
-std::string AllCells(const Statement& statement) {
-    std::string cells;
-    for (int column = kFirstOfAll + 1; column < statement.Columns(); ++column) {
-        cells.append(statement.Text(column)).push_back('\0');
-    }
-    return cells;
-}
-
-SiteLine LineIn(const Statement& statement) {
-    const std::string name(statement.Text(0));
-    return {name,
-            DeviceOfPort(name, std::string(statement.Text(1))),
-            statement.Text(2).substr(0, 1) == "1",
-            std::string(statement.Text(3)),
-            std::string(statement.Text(4)),
-            std::string(statement.Text(5)),
-            static_cast<int>(statement.Number(6)),
-            std::string(statement.Text(7)),
-            std::string(statement.Text(8)),
-            AllCells(statement)};
+SiteLine LineIn(PortRow port) {
+    const std::string device = DeviceOfPort(port.name, port.device);
+    return {std::move(port.name),
+            device,
+            port.select.substr(0, 1) == "1",
+            std::move(port.pager_dial),
+            std::move(port.sms1_dial),
+            std::move(port.sms2_dial),
+            port.baud,
+            std::move(port.init),
+            std::move(port.reset),
+            std::move(port.cells)};
 }
 
 }  // namespace
@@ -48,17 +36,15 @@ bool SiteLine::CanDialFor(const std::string& type) const {
 
 std::vector<SiteLine> SiteLines(Connection& connection) {
     std::vector<SiteLine> lines;
-    Statement statement(connection, std::string(kSelect) + "ORDER BY row_id");
-    while (statement.Step()) {
-        lines.push_back(LineIn(statement));
+    for (PortRow& port : ReadPorts(connection)) {
+        lines.push_back(LineIn(std::move(port)));
     }
     return lines;
 }
 
 std::optional<SiteLine> FindSiteLine(Connection& connection, const std::string& name) {
-    Statement statement(connection,
-                        std::string(kSelect) + "WHERE Description = ? ORDER BY row_id LIMIT 1");
-    return statement.Bind(name).Step() ? std::optional<SiteLine>(LineIn(statement)) : std::nullopt;
+    std::optional<PortRow> port = FindPort(connection, name);
+    return port ? std::optional<SiteLine>(LineIn(std::move(*port))) : std::nullopt;
 }
 
 }  // namespace host

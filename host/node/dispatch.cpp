@@ -1,11 +1,11 @@
 // Dispatch. Tested by tests/e2e/run_lines_test.cpp.
 #include "host/node/dispatch.h"
+#include "host/store/tables/pagers.h"
 
 #include <algorithm>
 
 #include "host/pages/delivery_words.h"
 #include "host/pages/page_owner.h"
-#include "host/site/site_tables.h"
 
 namespace host {
 namespace {

@@ -17,9 +17,9 @@
 #include "host/node/line_loads.h"
 #include "host/node/served_lines.h"
 #include "host/node/set_aside.h"
-#include "host/pages/deliveries.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
+#include "host/store/tables/deliveries.h"
 #include "host/text/encoding.h"
 
 namespace host {

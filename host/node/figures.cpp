@@ -5,7 +5,7 @@
 
 #include "host/files/whole_file.h"
 #include "host/process/systemd.h"
-#include "host/store/pending.h"
+#include "host/store/tables/events.h"
 
 namespace host {
 namespace {

@@ -4,9 +4,9 @@
 #include <algorithm>
 
 #include "host/alarms/mending.h"
-#include "host/alarms/states.h"
-#include "host/pages/deliveries.h"
 #include "host/pages/routes.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {

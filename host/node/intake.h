@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/node/set_aside.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/text/encoding.h"
 
 namespace host {

@@ -10,7 +10,7 @@
 #include <deque>
 #include <string>
 
-#include "host/pages/sends.h"
+#include "host/store/tables/sends.h"
 
 namespace host {
 

@@ -3,6 +3,8 @@
 
 #include <tuple>
 
+#include "host/store/tables/events.h"
+
 namespace host {
 
 void LineLoads::Read(Connection& connection) {
@@ -10,18 +12,10 @@ void LineLoads::Read(Connection& connection) {
         load.ahead = 0;
         load.pending = 0;
     }
-    // Two kinds of pages: still to be handed over, and in the library.
-    Statement statement(connection,
-                        "SELECT line, count(*), count(*) FROM Host_Deliveries"
-                        " WHERE answer IS NULL AND line <> '' GROUP BY line"
-                        " UNION ALL SELECT line, sum(NOT EXISTS (SELECT 1 FROM Host_Sends AS send"
-                        "   WHERE send.alarm = event.AlmLogID AND send.pager = event.PagerDescr"
-                        "   AND send.port = event.line)), count(*)"
-                        " FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2' GROUP BY line");
-    while (statement.Step()) {
-        LineLoad& load = loads_[std::string(statement.Text(0))];
-        load.ahead += static_cast<int>(statement.Number(1));
-        load.pending += static_cast<int>(statement.Number(2));
+    for (const auto& [line, pages] : PagesByLine(connection)) {
+        LineLoad& load = loads_[line];
+        load.ahead = static_cast<int>(pages.untried);
+        load.pending = static_cast<int>(pages.all);
     }
 }
 

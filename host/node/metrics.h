@@ -9,7 +9,7 @@
 #include <map>
 #include <string>
 
-#include "host/pages/sends.h"
+#include "host/store/tables/sends.h"
 #include "host/text/encoding.h"
 
 namespace host {

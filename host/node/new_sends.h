@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/pages/sends.h"
 #include "host/process/operator_log.h"
+#include "host/store/tables/sends.h"
 #include "host/text/encoding.h"
 
 namespace host {

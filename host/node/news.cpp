@@ -5,8 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "host/alarms/states.h"
 #include "host/node/reckoned_site.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/lines.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {
@@ -25,21 +27,6 @@ bool HasReachedSomebody(const PageStory& page) {
     return page.reached == Reached::kSent || page.reached == Reached::kDialled ||
            page.end == PageEnd::kByHand ||
            (page.end == PageEnd::kDone && page.reached != Reached::kOutsideHours);
-}
-
-// Pagers for which pages are owed or pending.
-std::vector<std::string> PagersWithPages(Connection& connection) {
-    std::vector<std::string> pagers;
-    Statement statement(
-        connection,
-        "SELECT pager FROM Host_Deliveries JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
-        " WHERE answer IS NULL AND alarmack IN ('', '0')"
-        " UNION SELECT PagerDescr FROM AlarmFwd_PagerEvents JOIN AlarmLog ON alarmlogID = AlmLogID"
-        " WHERE AlarmFwd_PagerEvents.PagerState = '2' AND alarmack IN ('', '0')");
-    while (statement.Step()) {
-        pagers.emplace_back(statement.Text(0));
-    }
-    return pagers;
 }
 
 }  // namespace
@@ -83,14 +70,16 @@ Notice News::Made(NoticeKind kind, bool over, const std::string& text) const {
 
 void News::LookAtLines(Connection& connection, std::time_t now) {
     std::set<std::string> sick;
-    Statement statement(connection, "SELECT line, reason FROM Host_Lines WHERE health = 'sick'");
-    while (statement.Step()) {
-        const std::string line = Decode(statement.Text(0), encoding_);
+    for (const LineState& state : ReadLines(connection)) {
+        if (state.health != Health::kSick) {
+            continue;
+        }
+        const std::string line = Decode(state.line, encoding_);
         sick.insert(line);
         if (sick_.count(line) == 0 && !first_) {
             Notice notice =
                 Made(NoticeKind::kLineSick, false,
-                     "line \"" + line + "\" is sick: " + Decode(statement.Text(1), encoding_));
+                     "line \"" + line + "\" is sick: " + Decode(state.reason, encoding_));
             notice.line = line;
             notices_.Say(notice, now);
         }

@@ -15,11 +15,11 @@
 #include <set>
 #include <string>
 
-#include "host/alarms/alarms.h"
 #include "host/node/notices.h"
 #include "host/node/pace.h"
 #include "host/pages/history.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/text/encoding.h"
 
 namespace host {

@@ -1,5 +1,7 @@
 // The node's loop. Tested by tests/e2e/run_test.cpp and run_lines_test.cpp.
 #include "host/node/node.h"
+#include "host/store/tables/history.h"
+#include "host/store/tables/pagers.h"
 
 #include <thread>
 #include <utility>
@@ -13,8 +15,8 @@
 #include "host/process/last_writes.h"
 #include "host/site/site_tables.h"
 #include "host/store/large_cells.h"
-#include "host/store/pending.h"
 #include "host/store/schema.h"
+#include "host/store/tables/events.h"
 #include "host/text/age.h"
 
 namespace host {

@@ -4,23 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/pages/page_words.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/history.h"
 
 namespace host {
 namespace {
-
-int64_t LastChange(Connection& connection) {
-    Statement statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_History");
-    statement.Step();
-    return statement.Number(0);
-}
-
-int64_t VersionOf(Connection& connection) {
-    Statement statement(connection, "PRAGMA data_version");
-    statement.Step();
-    return statement.Number(0);
-}
 
 std::vector<Alarm> AcknowledgedAlarms(Connection& connection) {
     std::vector<Alarm> acknowledged;
@@ -52,7 +41,7 @@ void PageEnds::Look() {
 
 // Others acknowledge: the database's version tells whether there is anything to look for.
 void PageEnds::LookAtAcknowledgements() {
-    const int64_t version = VersionOf(connection_);
+    const int64_t version = connection_.Version();
     if (std::exchange(version_, version) == version) {
         return;
     }

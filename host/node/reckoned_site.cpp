@@ -2,71 +2,53 @@
 #include "host/node/reckoned_site.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "host/store/tables/events.h"
+#include "host/store/tables/lines.h"
+#include "host/store/tables/pagers.h"
+#include "host/store/tables/ports.h"
+#include "host/store/tables/sends.h"
 
 namespace host {
 namespace {
 
-// The column with the dial command for each type of pager.
-constexpr const char* kPorts =
-    "SELECT Description, \"Select\", PagerDial, SMS1Dial, SMS2Dial, coalesce(health, ''),"
-    " coalesce(paused, 0), coalesce(pid, 0), coalesce(doing, '')"
-    " FROM AlarmFwd_COMProperties LEFT JOIN Host_Lines ON line = Description"
-    " ORDER BY AlarmFwd_COMProperties.row_id";
-
-ReckonedLine LineIn(const Statement& row) {
+ReckonedLine LineAt(const PortRow& port) {
     ReckonedLine line;
-    line.name = row.Text(0);
-    line.has_modem = row.Text(1).substr(0, 1) == "1";
+    line.name = port.name;
+    line.has_modem = port.select.substr(0, 1) == "1";
     for (const char* plain : {"0", "1", "2", "3"}) {
-        line.dial[plain] = row.Text(2);
+        line.dial[plain] = port.pager_dial;
     }
-    line.dial["4"] = row.Text(3);
-    line.dial["5"] = row.Text(4);
-    line.is_sick = row.Text(5) == "sick";
-    line.is_well = !line.is_sick && row.Number(6) == 0 && row.Number(7) != 0;
-    line.is_idle = row.Text(8) == "idle";
+    line.dial["4"] = port.sms1_dial;
+    line.dial["5"] = port.sms2_dial;
     return line;
 }
 
-// A number for each line: "SELECT line, count ...".
-template <typename Take>
-void EachNumber(Connection& connection, const char* sql, std::vector<ReckonedLine>& lines,
-                Take take) {
-    Statement statement(connection, sql);
-    while (statement.Step()) {
-        for (ReckonedLine& line : lines) {
-            if (line.name == statement.Text(0)) {
-                take(line, statement.Number(1));
-            }
+void SetState(ReckonedLine& line, const LineState& state) {
+    line.is_sick = state.health == Health::kSick;
+    line.is_well = !line.is_sick && !state.paused && state.process != 0;
+    line.is_idle = state.doing == "idle";
+}
+
+// What is known by the names of lines.
+template <typename Known, typename Take>
+void Each(std::vector<ReckonedLine>& lines, const Known& known, Take take) {
+    for (ReckonedLine& line : lines) {
+        const auto found = known.find(line.name);
+        if (found != known.end()) {
+            take(line, found->second);
         }
     }
 }
 
 void ReadLoads(Connection& connection, std::vector<ReckonedLine>& lines) {
-    // A line that isn't among so many has sent nothing for long.
-    EachNumber(connection,
-               "SELECT port, max(at) FROM Host_Sends WHERE row_id >"
-               " (SELECT max(row_id) FROM Host_Sends) - 5000 GROUP BY port",
-               lines, [](ReckonedLine& line, int64_t at) {
-                   line.last_sending = static_cast<std::time_t>(at);
-               });
-    EachNumber(connection,
-               "SELECT line, count(*) FROM Host_Deliveries WHERE answer IS NULL GROUP BY line",
-               lines, [](ReckonedLine& line, int64_t count) {
-                   line.untried += count;
-                   line.pending += count;
-               });
-    EachNumber(connection,
-               "SELECT line, count(*) FROM AlarmFwd_PagerEvents WHERE PagerState = '2'"
-               " GROUP BY line",
-               lines, [](ReckonedLine& line, int64_t count) { line.pending += count; });
-    EachNumber(connection,
-               "SELECT line, count(*) FROM AlarmFwd_PagerEvents AS event WHERE PagerState = '2'"
-               " AND NOT EXISTS (SELECT 1 FROM Host_Sends AS sent"
-               "  WHERE sent.alarm = event.AlmLogID AND sent.pager = event.PagerDescr"
-               "  AND sent.port = event.line)"
-               " GROUP BY line",
-               lines, [](ReckonedLine& line, int64_t count) { line.untried += count; });
+    Each(lines, LastSendings(connection),
+         [](ReckonedLine& line, std::time_t at) { line.last_sending = at; });
+    Each(lines, PagesByLine(connection), [](ReckonedLine& line, const LinePages& pages) {
+        line.untried = pages.untried;
+        line.pending = pages.all;
+    });
 }
 
 }  // namespace
@@ -106,20 +88,21 @@ std::vector<const ReckonedLine*> ReckonedSite::LinesFor(const std::string& pager
 
 ReckonedSite ReadReckonedSite(Connection& connection) {
     ReckonedSite site;
-    Statement ports(connection, kPorts);
-    while (ports.Step()) {
-        site.lines.push_back(LineIn(ports));
+    for (const PortRow& port : ReadPorts(connection)) {
+        site.lines.push_back(LineAt(port));
     }
+    std::map<std::string, LineState> states;
+    for (LineState& state : ReadLines(connection)) {
+        states.emplace(state.line, std::move(state));
+    }
+    Each(site.lines, states, SetState);
     ReadLoads(connection, site.lines);
-    Statement pagers(connection,
-                     "SELECT description, comport, pgtype, CAST(retrydelay AS INTEGER)"
-                     " FROM AlarmFwd_PagerSetting");
-    while (pagers.Step()) {
-        ReckonedPager& pager = site.pagers[std::string(pagers.Text(0))];
+    for (const PagerRow& row : ReadPagers(connection)) {
+        ReckonedPager& pager = site.pagers[row.description];
         ++pager.rows;
-        pager.port = pagers.Text(1);
-        pager.type = pagers.Text(2);
-        pager.delay = static_cast<std::time_t>(pagers.Number(3)) * 60;
+        pager.port = row.port;
+        pager.type = row.type;
+        pager.delay = static_cast<std::time_t>(row.delay) * 60;
     }
     return site;
 }

@@ -4,6 +4,9 @@
 #include <algorithm>
 
 #include "host/node/reckoned_site.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/events.h"
 
 namespace host {
 namespace {
@@ -41,41 +44,25 @@ class Reckoner {
         return "\"" + Decode(line.name, encoding_) + "\"";
     }
 
-    void EachAlarm(const char* condition, const char* what) {
-        Statement alarms(connection_, std::string("SELECT alarmlogID FROM AlarmLog AS alarm"
-                                                  " WHERE alarmack IN ('', '0') AND ") +
-                                          condition + " ORDER BY row_id");
-        while (alarms.Step()) {
-            Find(alarms.Text(0), "", what);
+    void FindAlarms(const std::vector<std::string>& alarms, const char* what) {
+        for (const std::string& alarm : alarms) {
+            Find(alarm, "", what);
         }
     }
 
     void LookAtAlarms() {
-        EachAlarm("pagerstate IN ('', '0')", "it hasn't been taken up");
-        EachAlarm(
-            "pagerstate = '2'"
-            " AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = alarmlogID"
-            "  AND PagerState = '2')"
-            " AND NOT EXISTS (SELECT 1 FROM Host_Deliveries WHERE alarm.alarmlogID ="
-            "  Host_Deliveries.alarm AND answer IS NULL)",
-            "it counts as being paged, and no page of it is pending");
-        // By the pages: there are many alarms that are over.
-        EachAlarm(
-            "+pagerstate IN ('3', '4') AND alarmlogID IN"
-            " (SELECT AlmLogID FROM AlarmFwd_PagerEvents WHERE PagerState = '2')",
-            "it counts as over, and a page of it is pending, which would be dropped");
+        FindAlarms(AlarmsNotTakenUp(connection_), "it hasn't been taken up");
+        FindAlarms(AlarmsPagedWithoutPages(connection_),
+                   "it counts as being paged, and no page of it is pending");
+        FindAlarms(AlarmsOverWithPages(connection_),
+                   "it counts as over, and a page of it is pending, which would be dropped");
     }
 
     void LookAtPagesOwed() {
-        Statement owed(connection_,
-                       "SELECT Host_Deliveries.alarm, pager, line FROM Host_Deliveries"
-                       " JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
-                       " WHERE answer IS NULL AND alarmack IN ('', '0') AND pagerstate <> '1'");
-        while (owed.Step()) {
-            const std::string why =
-                WhyIsItOwed(std::string(owed.Text(1)), std::string(owed.Text(2)));
+        for (const Delivery& owed : OwedDeliveries(connection_)) {
+            const std::string why = WhyIsItOwed(owed.pager, owed.line);
             if (!why.empty()) {
-                Find(owed.Text(0), owed.Text(1), why);
+                Find(owed.alarm, owed.pager, why);
             }
         }
     }
@@ -96,26 +83,13 @@ class Reckoner {
     }
 
     void LookAtPagesGiven() {
-        Statement given(
-            connection_,
-            "SELECT AlmLogID, PagerDescr, event.line,"
-            " coalesce((SELECT max(at) FROM Host_History AS history WHERE history.alarm = AlmLogID"
-            "  AND history.pager = PagerDescr AND change IN ('written', 'changed')), 0),"
-            " EXISTS (SELECT 1 FROM Host_Sends AS sent WHERE sent.alarm = AlmLogID"
-            "  AND sent.pager = PagerDescr AND sent.port = event.line),"
-            " coalesce((SELECT max(tries) FROM Host_Deliveries AS owed WHERE owed.alarm = AlmLogID"
-            "  AND owed.pager = PagerDescr), 0)"
-            " FROM AlarmFwd_PagerEvents AS event JOIN AlarmLog AS alarm ON alarmlogID = AlmLogID"
-            " WHERE event.PagerState = '2' AND alarm.pagerstate = '2'"
-            " AND alarmack IN ('', '0')");
-        while (given.Step()) {
-            Page page{std::string(given.Text(1)), site_.Find(std::string(given.Text(2))), 0,
-                      given.Number(5) > 0};
-            page.due = static_cast<std::time_t>(given.Number(3)) +
-                       (given.Number(4) != 0 ? PauseOf(page.pager) : 0);
+        for (const EventOnItsWay& given : EventsOnTheirWay(connection_)) {
+            const Page page{given.pager, site_.Find(given.line),
+                            given.changed + (given.was_sent ? PauseOf(given.pager) : 0),
+                            given.was_moved};
             const std::string why = WhyIsItPending(page);
             if (!why.empty()) {
-                Find(given.Text(0), given.Text(1), why);
+                Find(given.alarm, given.pager, why);
             }
         }
     }

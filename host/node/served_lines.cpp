@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "host/pages/lines.h"
+#include "host/store/tables/lines.h"
 
 namespace host {
 

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "host/node/served_line.h"
-#include "host/pages/lines.h"
 #include "host/store/connection.h"
+#include "host/store/tables/lines.h"
 #include "host/text/encoding.h"
 
 namespace host {

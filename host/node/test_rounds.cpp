@@ -1,9 +1,9 @@
 // Test pages and calls. Tested by tests/e2e/run_engines_test.cpp and run_line_call_test.cpp.
 #include "host/node/test_rounds.h"
+#include "host/store/tables/pagers.h"
 
-#include "host/pages/deliveries.h"
-#include "host/pages/test_pages.h"
-#include "host/site/site_tables.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/test_pages.h"
 
 namespace host {
 namespace {

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 
-#include "host/pages/deliveries.h"
 #include "host/pages/history.h"
 #include "host/pages/page_words.h"
-#include "host/pages/sends.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/sends.h"
 
 namespace host {
 namespace {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 
 namespace host {
 

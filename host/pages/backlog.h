@@ -11,12 +11,6 @@
 
 namespace host {
 
-struct Backlog {
-    int64_t pages = 0;
-    std::time_t oldest = 0;  // when its alarm was raised; 0 where there is none
-};
-Backlog LookAtBacklog(Connection& connection);
-
 // Alarms that are owed a page, though their state says that all pages have ended: the engine would
 // drop those pages. It happens where a process dies between the end of an alarm's one page and the
 // queueing of the next, or where the two happen at once. Returns how many they were. To be called

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "host/pages/deliveries.h"
 #include "host/process/operator_log.h"
+#include "host/store/tables/deliveries.h"
 #include "host/text/encoding.h"
 
 namespace host {

@@ -1,8 +1,8 @@
 // What has become of every page.
 //
 // The library's tables tell only what is pending now. Each change of an event is written into
-// Host_History (host/store/event_history.h), and from these changes a page's story is put together:
-// its due time and its end are computed, by the rules of the library's worker.
+// Host_History (host/store/tables/history.h), and from these changes a page's story is put
+// together: its due time and its end are computed, by the rules of the library's worker.
 //
 //   a page is due when it is queued, and again when an engine starts
 //   rewritten with one try more     it was tried, and is due the pager's delay later
@@ -19,18 +19,9 @@
 #include <vector>
 
 #include "host/store/connection.h"
+#include "host/store/tables/history.h"
 
 namespace host {
-
-struct PageChange {
-    std::time_t at = 0;
-    std::string change;  // as in host/store/schema.h
-    std::string state;
-    int64_t tries = 0;
-    int64_t row = 0;  // of the history
-    std::string line = {};
-    std::string note = {};
-};
 
 enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped, kByHand };
 
@@ -80,14 +71,6 @@ std::vector<PageStory> EndedPages(Connection& connection, int64_t count);
 std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, int64_t last);
 // Every page of one alarm.
 std::vector<PageStory> PagesOf(Connection& connection, const std::string& alarm);
-
-// Notes that an engine starts: what it writes then makes its pages due. line: whose it is; empty:
-// of all pages.
-void NoteEngineStart(Connection& connection, const std::string& line = {});
-
-// Forgets pages that have ended and have not changed since then, and the answers for older alarms
-// that came to no page. Returns how many changes that were.
-int32_t ForgetHistory(Connection& connection, std::time_t before);
 
 }  // namespace host
 

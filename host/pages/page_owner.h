@@ -12,19 +12,14 @@
 #define PAGERFWD_HOST_PAGES_PAGE_OWNER_H
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
-#include "host/pages/deliveries.h"
-#include "host/pages/page_key.h"
 #include "host/store/connection.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/page_key.h"
 
 namespace host {
-
-// Gives an open delivery without a line to this one. False: it has one by now, or is no longer
-// open.
-bool GiveToLine(Connection& connection, const Delivery& delivery, const std::string& line);
 
 enum class Taken {
     kFree,     // it waits for another line
@@ -65,9 +60,6 @@ bool GiveUpPage(Connection& connection, const PageKey& page, const char* change,
 
 // The line that has this page, or is to have it; empty: none.
 std::string LineOf(Connection& connection, const PageKey& page);
-
-// How many pages each line has, those included that it has still to hand over.
-std::map<std::string, int64_t> CountByLine(Connection& connection);
 
 }  // namespace host
 

@@ -15,26 +15,9 @@
 #ifndef PAGERFWD_HOST_PAGES_PAGE_REQUESTS_H
 #define PAGERFWD_HOST_PAGES_PAGE_REQUESTS_H
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include "host/pages/page_key.h"
-#include "host/store/connection.h"
+#include "host/store/tables/page_requests.h"
 
 namespace host {
-
-struct PageRequest {
-    int64_t row = 0;
-    PageKey page;
-    std::string to;    // the line that is to have it; empty: it is to be given up
-    std::string note;  // why, and who
-};
-
-// A request for the same page takes the place of the one before.
-void AskForPage(Connection& connection, const PageRequest& request);
-
-std::vector<PageRequest> OpenRequests(Connection& connection);
 
 // Requires: no process has the page. A page that is moved by hand begins its tries anew, however
 // many there were. The request is gone then, also where the page has ended meanwhile.

@@ -1,9 +1,9 @@
 // The story of one page. Tested by tests/unit/host/history_test.cpp.
 #include <algorithm>
 
-#include "host/alarms/states.h"
 #include "host/pages/history.h"
 #include "host/store/schema.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {

@@ -1,16 +1,49 @@
 // Pages taken from lines. Tested by tests/unit/host/page_owner_test.cpp.
 #include <optional>
 
-#include "host/alarms/alarms.h"
-#include "host/alarms/states.h"
 #include "host/pages/page_owner.h"
-#include "host/pages/pager_limits.h"
-#include "host/pages/pending_page.h"
-#include "host/store/event_history.h"
 #include "host/store/schema.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/history.h"
+#include "host/store/tables/pagers.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {
+
+// The library's rule: the first page decides, but that off limit replaces done.
+std::string Fold(Connection& connection, const std::string& alarm) {
+    std::string folded;
+    for (const std::string& state : EventStates(connection, alarm)) {
+        if (folded.empty() || (folded == kStateDone && state == kStateOffLimit)) {
+            folded = state;
+        }
+    }
+    return folded.empty() ? kStateOffLimit : folded;
+}
+
+// Gives a page up. False: there is none.
+bool EndPage(Connection& connection, const PageKey& page, const char* change,
+             const std::string& why) {
+    const std::optional<PendingEvent> event = FindEvent(connection, page);
+    const std::optional<Delivery> delivery = FindDelivery(connection, page);
+    if (!event && !IsOpen(delivery)) {
+        return false;
+    }
+    if (event) {
+        EndEvent(connection, event->row, change, why);
+    } else {
+        WriteHistory(connection, {change, page.alarm, page.group, page.pager, kStateOffLimit, "0",
+                                  delivery->line, why});
+    }
+    if (IsOpen(delivery)) {
+        CloseDelivery(connection, page.alarm, delivery->place, kGivenUp);
+    }
+    // What the others make of the alarm.
+    SetFoldedState(connection, page.alarm, Fold(connection, page.alarm));
+    return true;
+}
 
 bool NeedsPaging(Connection& connection, const PageKey& page) {
     const std::optional<Alarm> alarm = FindAlarm(connection, page.alarm);
@@ -19,29 +52,15 @@ bool NeedsPaging(Connection& connection, const PageKey& page) {
 
 // Opens the delivery of a page that is taken from a line, or makes one: a page of another program
 // has none.
-void OpenAgain(Connection& connection, const PageKey& page, int64_t tries) {
+void OpenPageAgain(Connection& connection, const PageKey& page, int64_t tries) {
     if (!FindDelivery(connection, page)) {
-        Statement(connection,
-                  "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
-                  " SELECT ?1, coalesce(max(place) + 1, 0), ?2, ?3, 0 FROM Host_Deliveries"
-                  " WHERE alarm = ?1")
-            .Bind(page.alarm)
-            .Bind(page.group)
-            .Bind(page.pager)
-            .Run();
+        AddDelivery(connection, page);
     }
     const std::optional<Delivery> delivery = FindDelivery(connection, page);
     if (!delivery) {
         throw StoreError("the page of alarm " + page.alarm + " can't be opened again");
     }
-    Statement(connection,
-              "UPDATE Host_Deliveries SET answer = NULL, line = '', tries = tries + ?,"
-              " since = (SELECT coalesce(max(row_id), 0) FROM Host_History)"
-              " WHERE alarm = ? AND place = ?")
-        .Bind(tries)
-        .Bind(page.alarm)
-        .Bind(delivery->place)
-        .Run();
+    OpenAgain(connection, *delivery, tries);
 }
 
 // Over all lines together, at most twice as often as on one. One that is on its first has come to
@@ -58,27 +77,13 @@ constexpr const char* kOverspent = "tried twice as often as its pager allows, by
 
 Taken TakeEvent(Connection& connection, const PageKey& page, const PendingEvent& event,
                 const std::string& why) {
-    const std::string row = std::to_string(event.row);
-    const std::vector<Term> terms = {{"row_id", "=", row}};
     const bool goes_on = NeedsPaging(connection, page);
-    WriteHistory(connection, {goes_on ? kMoved : kRemoved, nullptr, nullptr, why},
-                 " WHERE row_id = ?", terms);
-    Statement(connection, "DELETE FROM AlarmFwd_PagerEvents WHERE row_id = ?")
-        .Bind(event.row)
-        .Run();
+    RemoveEvent(connection, event.row, goes_on ? kMoved : kRemoved, why);
     if (!goes_on) {
         return Taken::kEnded;
     }
-    OpenAgain(connection, page, event.tries);
+    OpenPageAgain(connection, page, event.tries);
     return Taken::kFree;
-}
-
-// It was given to a line that never handed it over.
-void GiveBack(Connection& connection, const Delivery& delivery) {
-    Statement(connection, "UPDATE Host_Deliveries SET line = '' WHERE alarm = ? AND place = ?")
-        .Bind(delivery.alarm)
-        .Bind(delivery.place)
-        .Run();
 }
 
 Taken Take(Connection& connection, const PageKey& page, const std::string& why) {
@@ -89,7 +94,8 @@ Taken Take(Connection& connection, const PageKey& page, const std::string& why) 
     if (!IsOpen(delivery) || delivery->line.empty()) {
         return Taken::kNone;
     }
-    GiveBack(connection, *delivery);
+    // It was given to a line that never handed it over.
+    SetDeliveryLine(connection, *delivery, "");
     return Taken::kFree;
 }
 
@@ -104,15 +110,7 @@ Taken TakeOrGiveUp(Connection& connection, const PageKey& page, const std::strin
 
 // Those that the line has in its library, and those that it has still to hand over.
 std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line) {
-    Statement events(connection,
-                     "SELECT AlmLogID, AlmGroup, PagerDescr FROM AlarmFwd_PagerEvents"
-                     " WHERE PagerState = '2' AND line = ? ORDER BY row_id");
-    std::vector<PageKey> pages;
-    events.Bind(line);
-    while (events.Step()) {
-        pages.push_back({std::string(events.Text(0)), std::string(events.Text(1)),
-                         std::string(events.Text(2))});
-    }
+    std::vector<PageKey> pages = PendingEvents(connection, line);
     for (const Delivery& delivery : OpenDeliveries(connection)) {
         const PageKey page = {delivery.alarm, delivery.group, delivery.pager};
         if (delivery.line == line && !FindEvent(connection, page)) {
@@ -120,13 +118,6 @@ std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line
         }
     }
     return pages;
-}
-
-bool IsBound(Connection& connection, const std::string& pager, const std::string& line) {
-    Statement statement(connection,
-                        "SELECT 1 FROM AlarmFwd_PagerSetting WHERE description = ?"
-                        " AND comport = ?");
-    return statement.Bind(pager).Bind(line).Step();
 }
 
 }  // namespace
@@ -143,7 +134,7 @@ TakenPages TakeUnboundPages(Connection& connection, const std::string& line,
     TakenPages taken;
     WriteTransaction transaction(connection);
     for (const PageKey& page : PagesOfLine(connection, line)) {
-        if (IsBound(connection, page.pager, line)) {
+        if (IsBoundTo(connection, page.pager, line)) {
             ++taken.bound;
             continue;
         }
@@ -164,34 +155,29 @@ bool MovePage(Connection& connection, const PageKey& page, const std::string& to
         transaction.Commit();
         return false;
     }
-    Statement(connection,
-              "UPDATE Host_Deliveries SET line = ?, tries = 0 WHERE alarm = ? AND place = ?")
-        .Bind(to)
-        .Bind(page.alarm)
-        .Bind(delivery->place)
-        .Run();
+    SetDeliveryLine(connection, *delivery, to);
+    ForgetTries(connection, *delivery);
     transaction.Commit();
     return true;
 }
 
-// Asked every second: only pages that were taken from a line before are looked at.
+// Only pages that were taken from a line before are looked at.
 std::vector<PageKey> OverspentPages(Connection& connection, const std::string& line) {
     std::vector<PageKey> overspent;
-    Statement statement(connection,
-                        "SELECT moved.alarm, moved.alarm_group, moved.pager"
-                        " FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents AS event"
-                        " ON event.AlmLogID = moved.alarm AND event.AlmGroup = moved.alarm_group"
-                        " AND event.PagerDescr = moved.pager"
-                        " WHERE moved.tries > 0 AND event.line = ? AND +event.PagerState = '2'");
-    statement.Bind(line);
-    while (statement.Step()) {
-        const PageKey page = {std::string(statement.Text(0)), std::string(statement.Text(1)),
-                              std::string(statement.Text(2))};
+    for (const PageKey& page : PendingMovedEvents(connection, line)) {
         if (IsOverspent(connection, page)) {
             overspent.push_back(page);
         }
     }
     return overspent;
+}
+
+bool GiveUpPage(Connection& connection, const PageKey& page, const char* change,
+                const std::string& why) {
+    WriteTransaction transaction(connection);
+    const bool given_up = EndPage(connection, page, change, why);
+    transaction.Commit();
+    return given_up;
 }
 
 }  // namespace host

@@ -1,8 +1,8 @@
 // The words. Tested by tests/unit/host/page_words_test.cpp and alarm_story_test.cpp.
 #include "host/pages/page_words.h"
 
-#include "host/alarms/states.h"
-#include "host/pages/deliveries.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/states.h"
 
 namespace host {
 namespace {

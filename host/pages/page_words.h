@@ -4,9 +4,9 @@
 
 #include <string>
 
-#include "host/alarms/alarms.h"
 #include "host/pages/history.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 
 namespace host {
 

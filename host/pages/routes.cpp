@@ -4,7 +4,9 @@
 #include <fnmatch.h>
 
 #include <algorithm>
+#include <utility>
 
+#include "host/store/tables/routes.h"
 #include "host/text/utf8_locale.h"
 
 namespace host {
@@ -18,17 +20,6 @@ std::vector<std::string> Split(std::string_view list) {
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     return parts;
-}
-
-std::vector<std::string> PagersOf(Connection& connection, int64_t route) {
-    std::vector<std::string> pagers;
-    Statement statement(connection,
-                        "SELECT pager FROM Host_RoutePagers WHERE route = ? ORDER BY place");
-    statement.Bind(route);
-    while (statement.Step()) {
-        pagers.emplace_back(statement.Text(0));
-    }
-    return pagers;
 }
 
 template <typename Values, typename Value>
@@ -45,11 +36,9 @@ bool Fits(const StoredRoute& route, const std::string& group, std::string_view s
 
 std::vector<StoredRoute> ReadRoutes(Connection& connection, Encoding encoding) {
     std::vector<StoredRoute> routes;
-    Statement statement(connection,
-                        "SELECT route, alarm_groups, severities FROM Host_Routes ORDER BY route");
-    while (statement.Step()) {
-        routes.push_back({Decode(statement.Text(1), encoding), Split(statement.Text(2)),
-                          PagersOf(connection, statement.Number(0))});
+    for (RouteRow& row : ReadRouteRows(connection)) {
+        routes.push_back(
+            {Decode(row.groups, encoding), Split(row.severities), std::move(row.pagers)});
     }
     return routes;
 }

@@ -2,20 +2,14 @@
 #ifndef PAGERFWD_HOST_SITE_HOURS_H
 #define PAGERFWD_HOST_SITE_HOURS_H
 
-#include <bitset>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host/store/week.h"
+
 namespace host {
-
-constexpr size_t kDaysInWeek = 7;
-constexpr size_t kHoursInDay = 24;
-
-// Hour 0 of Monday first. Set: a page may leave.
-using Week = std::bitset<kDaysInWeek * kHoursInDay>;
-using Day = std::bitset<kHoursInDay>;
 
 // Why a text says no hours or no days, for the author of the file.
 class NoHours : public std::runtime_error {

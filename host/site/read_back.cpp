@@ -15,6 +15,7 @@
 #include "host/site/time_models.h"
 #include "host/site/words.h"
 #include "host/store/schema.h"
+#include "host/store/tables/ports.h"
 #include "host/text/encoding.h"
 
 namespace host {
@@ -117,11 +118,9 @@ Port PortOf(const RowReader& row) {
 
 // Of each port, in order: a column of the host's own.
 void ReadDevices(Connection& connection, Encoding encoding, std::vector<Port>& ports) {
-    Statement statement(connection, "SELECT device FROM AlarmFwd_COMProperties ORDER BY row_id");
-    for (Port& port : ports) {
-        if (statement.Step()) {
-            port.device = {Decode(statement.Text(0), encoding), port.line};
-        }
+    const std::vector<std::string> devices = ReadDevices(connection);
+    for (size_t at = 0; at < std::min(ports.size(), devices.size()); ++at) {
+        ports[at].device = {Decode(devices[at], encoding), ports[at].line};
     }
 }
 

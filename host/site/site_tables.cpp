@@ -8,6 +8,8 @@
 #include "host/site/words.h"
 #include "host/store/rows.h"
 #include "host/store/schema.h"
+#include "host/store/tables/ports.h"
+#include "host/store/tables/routes.h"
 
 namespace host {
 namespace {
@@ -114,53 +116,28 @@ std::string SeveritiesCell(const Route& route) {
     return cell;
 }
 
-void StoreRoute(Connection& connection, int64_t number, const Route& route, Encoding encoding) {
-    const std::string groups = Encode(route.groups.value, encoding);
-    const std::string severities = SeveritiesCell(route);
-    Statement(connection, "INSERT INTO Host_Routes VALUES (?, ?, ?)")
-        .Bind(number)
-        .Bind(groups)
-        .Bind(severities)
-        .Run();
-    int64_t place = 0;
-    for (const SaidText& name : route.pagers) {
-        const std::string pager = Encode(name.value, encoding);
-        Statement(connection, "INSERT INTO Host_RoutePagers VALUES (?, ?, ?)")
-            .Bind(number)
-            .Bind(place++)
-            .Bind(pager)
-            .Run();
+RouteRow RowOf(const Route& route, Encoding encoding) {
+    RouteRow row{Encode(route.groups.value, encoding), SeveritiesCell(route), {}};
+    for (const SaidText& pager : route.pagers) {
+        row.pagers.push_back(Encode(pager.value, encoding));
     }
+    return row;
 }
 
 void StoreRoutes(Connection& connection, const Site& site) {
-    connection.Execute("DELETE FROM Host_RoutePagers; DELETE FROM Host_Routes");
-    int64_t number = 0;
+    std::vector<RouteRow> rows;
     for (const Route& route : site.routes) {
-        StoreRoute(connection, ++number, route, EncodingOf(site));
+        rows.push_back(RowOf(route, EncodingOf(site)));
     }
+    StoreRouteRows(connection, rows);
 }
 
 // A column of the host's own, behind those of the library.
 void StoreDevices(Connection& connection, const Site& site) {
     for (const Port& port : site.ports) {
-        const std::string device = Encode(port.device.value, EncodingOf(site));
-        const std::string name = Encode(port.name.value, EncodingOf(site));
-        Statement(connection, "UPDATE AlarmFwd_COMProperties SET device = ? WHERE Description = ?")
-            .Bind(device)
-            .Bind(name)
-            .Run();
+        SetDevice(connection, Encode(port.name.value, EncodingOf(site)),
+                  Encode(port.device.value, EncodingOf(site)));
     }
-}
-
-std::vector<std::string> ReadColumn(Connection& connection, const char* table) {
-    std::vector<std::string> names;
-    Statement statement(connection,
-                        "SELECT description FROM " + Quoted(table) + " ORDER BY row_id");
-    while (statement.Step()) {
-        names.emplace_back(statement.Text(0));
-    }
-    return names;
 }
 
 }  // namespace
@@ -187,7 +164,7 @@ void StoreSite(Connection& connection, const Site& site) {
     const std::vector<TableRow> rows = RowsOf(site);
     WriteTransaction transaction(connection);
     for (const char* table : {kPorts, kPagers, kTimeModels}) {
-        connection.Execute(("DELETE FROM " + Quoted(table)).c_str());
+        DeleteAllRows(connection, table);
     }
     for (const TableRow& row : rows) {
         InsertRow(connection, ReadLayout(connection, row.table), row.cells);
@@ -202,28 +179,6 @@ void StoreSite(Connection& connection, const Site& site) {
 
 Encoding EncodingOf(Connection& connection) {
     return EncodingNamed(ReadSetting(connection, kEncodingSetting)).value_or(Encoding::kLatin1);
-}
-
-std::vector<PagerRow> FindPagers(Connection& connection, std::string_view description) {
-    std::vector<PagerRow> pagers;
-    Statement statement(connection,
-                        "SELECT description, comport, pgtype, pgnumber, timemodel"
-                        " FROM AlarmFwd_PagerSetting WHERE description = ? ORDER BY row_id");
-    statement.Bind(description);
-    while (statement.Step()) {
-        pagers.push_back({std::string(statement.Text(0)), std::string(statement.Text(1)),
-                          std::string(statement.Text(2)), std::string(statement.Text(3)),
-                          std::string(statement.Text(4))});
-    }
-    return pagers;
-}
-
-std::vector<std::string> PagerNames(Connection& connection) {
-    return ReadColumn(connection, kPagers);
-}
-
-std::vector<std::string> TimeModelNames(Connection& connection) {
-    return ReadColumn(connection, kTimeModels);
 }
 
 }  // namespace host

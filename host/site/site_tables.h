@@ -28,22 +28,6 @@ void StoreSite(Connection& connection, const Site& site);
 // The encoding that the texts in the tables have.
 Encoding EncodingOf(Connection& connection);
 
-// A pager's row, in the encoding of the tables.
-struct PagerRow {
-    std::string description;
-    std::string port;
-    std::string type;
-    std::string number;
-    std::string timeModel;
-};
-
-// Every row of this description; the library reaches a pager only where there is exactly one.
-std::vector<PagerRow> FindPagers(Connection& connection, std::string_view description);
-
-// The names in a table, in order.
-std::vector<std::string> PagerNames(Connection& connection);
-std::vector<std::string> TimeModelNames(Connection& connection);
-
 }  // namespace host
 
 #endif

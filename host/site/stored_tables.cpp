@@ -2,6 +2,7 @@
 #include "host/site/stored_tables.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/store/rows.h"
 #include "host/store/schema.h"
@@ -42,14 +43,6 @@ std::string ConsequenceOf(const char* table, const std::string& column) {
     return "The library takes it for empty in every row.";
 }
 
-std::string SelectAll(const TableLayout& layout) {
-    std::string sql = "SELECT ";
-    for (const std::string& column : layout.columns) {
-        sql += (&column == &layout.columns.front() ? "" : ", ") + Quoted(column);
-    }
-    return sql + " FROM " + Quoted(layout.table->name) + " ORDER BY row_id";
-}
-
 }  // namespace
 
 std::string StoredTable::Cell(const StoredRow& row, std::string_view column) const {
@@ -83,15 +76,10 @@ StoredTable StoredTables::Read(const char* table, Findings& findings) {
                                kMoveOver);
             }
         }
-        Statement statement(connection_, SelectAll(layout));
-        while (statement.Step()) {
+        ForEachRow(connection_, layout, [&](std::vector<std::string> cells) {
             places_->push_back("row " + std::to_string(stored.rows.size() + 1) + " of " + table);
-            StoredRow row{static_cast<int>(places_->size()), {}};
-            for (size_t column = 0; column < layout.columns.size(); ++column) {
-                row.cells.emplace_back(statement.Text(static_cast<int>(column)));
-            }
-            stored.rows.push_back(std::move(row));
-        }
+            stored.rows.push_back({static_cast<int>(places_->size()), std::move(cells)});
+        });
     } catch (const StoreError& reason) {
         findings.Error(line, reason.what(), "The library finds nothing in it: every page fails.",
                        kMoveOver);

@@ -4,9 +4,7 @@
 namespace host {
 
 bool Changes::AreThere(Connection& connection) {
-    Statement statement(connection, "PRAGMA data_version");
-    statement.Step();
-    const Version now{statement.Number(0), connection.TotalChanges()};
+    const Version now{connection.Version(), connection.TotalChanges()};
     return std::exchange(seen_, now) != now;
 }
 

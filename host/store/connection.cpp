@@ -258,6 +258,18 @@ int64_t Connection::TotalChanges() const {
     return sqlite3_total_changes64(database_.get());
 }
 
+int64_t Connection::Version() {
+    return Statement(*this, "PRAGMA data_version").FirstNumber();
+}
+
+int64_t Connection::SchemaVersion() {
+    return Statement(*this, "PRAGMA schema_version").FirstNumber();
+}
+
+std::vector<std::string> Connection::ColumnsOf(std::string_view table) {
+    return Statement(*this, "SELECT name FROM pragma_table_info(?)").Bind(table).Texts();
+}
+
 bool Connection::InTransaction() const {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }
@@ -370,6 +382,26 @@ int Statement::Columns() const {
 
 int64_t Statement::Number(int column) const {
     return sqlite3_column_int64(statement_, column);
+}
+
+std::vector<std::string> Statement::Texts() {
+    std::vector<std::string> texts;
+    while (Step()) {
+        texts.emplace_back(Text(0));
+    }
+    return texts;
+}
+
+std::vector<int64_t> Statement::Numbers() {
+    std::vector<int64_t> numbers;
+    while (Step()) {
+        numbers.push_back(Number(0));
+    }
+    return numbers;
+}
+
+int64_t Statement::FirstNumber() {
+    return Step() ? Number(0) : 0;
 }
 
 WriteTransaction::WriteTransaction(Connection& connection) : connection_(connection) {

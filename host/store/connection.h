@@ -85,6 +85,12 @@ class Connection {
     int32_t Changes() const;
     // How many rows all of them have changed so far.
     int64_t TotalChanges() const;
+    // Another whenever anybody else has written.
+    int64_t Version();
+    // Another whenever tables were made or changed.
+    int64_t SchemaVersion();
+    // Of a table; none where there is no such table.
+    std::vector<std::string> ColumnsOf(std::string_view table);
     bool InTransaction() const;
     const std::string& Path() const { return path_; }
 
@@ -161,6 +167,11 @@ class Statement {
     std::string_view Text(int column) const;
     int64_t Number(int column) const;
     int Columns() const;
+
+    // The first cells of all rows that are left; of the next, 0 where there is none.
+    std::vector<std::string> Texts();
+    std::vector<int64_t> Numbers();
+    int64_t FirstNumber();
 
  private:
     Connection& connection_;

@@ -4,17 +4,16 @@
 #include <algorithm>
 #include <string>
 
-#include "host/store/event_history.h"
 #include "host/store/schema.h"
+#include "host/store/tables/history.h"
 #include "host/store/where.h"
 
 namespace host {
 namespace {
 
 const std::string kHide = "UPDATE AlarmFwd_PagerEvents SET hidden_by = ";
-// The plus keeps SQLite from finding the event by its state, which nearly all events share.
 constexpr const char* kOwed =
-    " AND +PagerState = '2' AND NOT EXISTS (SELECT 1 FROM AlarmLog"
+    " AND PagerState || '' = '2' AND NOT EXISTS (SELECT 1 FROM AlarmLog"
     " WHERE alarmlogID = AlarmFwd_PagerEvents.AlmLogID AND pagerstate = '1')";
 const std::string kDelete = "DELETE FROM AlarmFwd_PagerEvents";
 

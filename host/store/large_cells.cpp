@@ -1,8 +1,8 @@
 // Cells that are too large. Tested by tests/unit/host/large_cells_test.cpp.
 #include "host/store/large_cells.h"
 
-#include "host/store/event_history.h"
 #include "host/store/schema.h"
+#include "host/store/tables/history.h"
 
 namespace host {
 namespace {
@@ -40,12 +40,8 @@ std::string Emptied(const std::vector<std::string>& columns, const char* state,
 
 std::vector<std::string> RowsWhere(Connection& connection, const char* table,
                                    const std::string& condition) {
-    std::vector<std::string> rows;
-    Statement statement(connection, "SELECT row_id FROM " + Quoted(table) + " WHERE " + condition);
-    while (statement.Step()) {
-        rows.push_back(std::to_string(statement.Number(0)));
-    }
-    return rows;
+    return Statement(connection, "SELECT row_id FROM " + Quoted(table) + " WHERE " + condition)
+        .Texts();
 }
 
 // Returns which rows that were.
@@ -81,19 +77,10 @@ void EmptyEvents(Connection& connection, std::vector<std::string>& names) {
     }
 }
 
-std::vector<std::string> Names(Statement& statement) {
-    std::vector<std::string> names;
-    while (statement.Step()) {
-        names.emplace_back(statement.Text(0));
-    }
-    return names;
-}
-
 // A temporary view goes before the table whose name it has.
 void Cover(Connection& connection, const std::string& table) {
     std::string cells;
-    for (const std::string& column :
-         Names(Statement(connection, "SELECT name FROM pragma_table_info(?)").Bind(table))) {
+    for (const std::string& column : connection.ColumnsOf(table)) {
         cells += (cells.empty() ? "CASE WHEN " : ", CASE WHEN ") + IsLarge(column) +
                  " THEN '' ELSE " + Quoted(column) + " END AS " + Quoted(column);
     }
@@ -109,7 +96,7 @@ void HideLargeCells(Connection& connection) {
     Statement tables(connection,
                      "SELECT name FROM main.sqlite_schema WHERE type = 'table'"
                      " AND name NOT LIKE 'sqlite^_%' ESCAPE '^'");
-    for (const std::string& table : Names(tables)) {
+    for (const std::string& table : tables.Texts()) {
         Cover(connection, table);
     }
 }

@@ -61,7 +61,7 @@ std::string_view CellOf(const ElementList& row, const char* column) {
 bool IsOwedToAnother(Connection& connection, const LineView& view, const ElementList& event) {
     Statement statement(connection,
                         "SELECT 1 FROM AlarmFwd_PagerEvents WHERE AlmLogID = ? AND AlmGroup = ?"
-                        " AND PagerDescr = ? AND +PagerState = '2' AND line <> ?");
+                        " AND PagerDescr = ? AND PagerState || '' = '2' AND line <> ?");
     return statement.Bind(CellOf(event, "AlmLogID"))
         .Bind(CellOf(event, "AlmGroup"))
         .Bind(CellOf(event, "PagerDescr"))

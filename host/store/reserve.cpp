@@ -13,15 +13,9 @@ namespace {
 // A row; one of the longest cell would be too long itself.
 constexpr int64_t kAtOnce = kLongestCell / 2;
 
-int64_t Number(Connection& connection, const char* sql) {
-    Statement statement(connection, sql);
-    statement.Step();
-    return statement.Number(0);
-}
-
 bool IsThere(Connection& connection) {
-    const int64_t free =
-        Number(connection, "PRAGMA freelist_count") * Number(connection, "PRAGMA page_size");
+    const int64_t free = Statement(connection, "PRAGMA freelist_count").FirstNumber() *
+                         Statement(connection, "PRAGMA page_size").FirstNumber();
     std::error_code none;
     const auto log = std::filesystem::file_size(connection.Path() + "-wal", none);
     return free >= kReserve && !none && log >= static_cast<uintmax_t>(kReserve);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "host/store/faults.h"
 #include "host/store/line_view.h"
@@ -13,16 +14,6 @@
 
 namespace host {
 namespace {
-
-std::vector<std::string> ExistingColumns(Connection& connection, std::string_view table) {
-    std::vector<std::string> columns;
-    Statement statement(connection, "SELECT name FROM pragma_table_info(?)");
-    statement.Bind(table);
-    while (statement.Step()) {
-        columns.emplace_back(statement.Text(0));
-    }
-    return columns;
-}
 
 bool Contains(const std::vector<std::string>& columns, std::string_view wanted) {
     return std::any_of(columns.begin(), columns.end(),
@@ -37,13 +28,6 @@ std::string SelectStatement(const TableLayout& layout, const std::vector<Term>& 
     // Without the order, an index that SQLite chooses would decide it.
     return "SELECT " + columns + " FROM " + Quoted(layout.table->name) +
            WhereInSight(*layout.table, terms) + " ORDER BY row_id";
-}
-
-// Grows when the tables of the database change, by whichever program.
-int64_t SchemaOf(Connection& connection) {
-    Statement statement(connection, "PRAGMA schema_version");
-    statement.Step();
-    return statement.Number(0);
 }
 
 // Copies the cells into one piece of memory: the rows, the cells of all rows, then their texts.
@@ -82,7 +66,7 @@ TableLayout ReadLayout(Connection& connection, std::string_view name) {
     if (table == nullptr) {
         throw StoreError("the library has no table of this name");
     }
-    const std::vector<std::string> existing = ExistingColumns(connection, name);
+    const std::vector<std::string> existing = connection.ColumnsOf(name);
     if (existing.empty()) {
         throw StoreError("the database has no such table");
     }
@@ -102,7 +86,7 @@ TableLayout ReadLayout(Connection& connection, std::string_view name) {
 
 std::shared_ptr<const TableLayout> KnownLayouts::Find(Connection& connection,
                                                       std::string_view table) {
-    const int64_t schema = SchemaOf(connection);
+    const int64_t schema = connection.SchemaVersion();
     if (schema != schema_) {
         layouts_.clear();
         schema_ = schema;
@@ -153,14 +137,10 @@ Cells ReadAtOnce(Connection& connection, const TableLayout& layout,
 
 std::vector<int64_t> RowIds(Connection& connection, const TableLayout& layout,
                             const std::vector<Term>& terms) {
-    std::vector<int64_t> rows;
     Statement statement(connection, "SELECT row_id FROM " + Quoted(layout.table->name) +
                                         WhereInSight(*layout.table, terms) + " ORDER BY row_id");
     BindTerms(statement, terms);
-    while (statement.Step()) {
-        rows.push_back(statement.Number(0));
-    }
-    return rows;
+    return statement.Numbers();
 }
 
 // One that can't be read doesn't hide the others.
@@ -190,6 +170,18 @@ Cells ReadCells(Connection& connection, const TableLayout& layout, const std::ve
 }
 
 }  // namespace
+
+void ForEachRow(Connection& connection, const TableLayout& layout,
+                const std::function<void(std::vector<std::string> cells)>& take) {
+    Statement statement(connection, SelectStatement(layout, {}));
+    while (statement.Step()) {
+        std::vector<std::string> cells;
+        for (size_t column = 0; column < layout.columns.size(); ++column) {
+            cells.emplace_back(statement.Text(static_cast<int>(column)));
+        }
+        take(std::move(cells));
+    }
+}
 
 Rows ReadRows(Connection& connection, const TableLayout& layout, const std::vector<Term>& terms) {
     const Cells cells = ReadCells(connection, layout, terms);

@@ -6,6 +6,7 @@
 #include <pagerfwd/table_access.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -50,6 +51,10 @@ struct Rows {
     int32_t count = 0;
     OwnedRowSet cells;  // null when count is 0; one piece of memory
 };
+
+// All rows, in order of insertion, their cells as they are.
+void ForEachRow(Connection& connection, const TableLayout& layout,
+                const std::function<void(std::vector<std::string> cells)>& take);
 
 // The rows for which the terms hold, in order of insertion; their texts without control characters.
 // A row that is too large to be read is left out, and told as a fault.

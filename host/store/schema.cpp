@@ -37,11 +37,11 @@ constexpr const char* kFirstHostParts =
 // What a service needs besides, and an index for each question that is asked for every page, so
 // that none reads a table of many pages from end to end.
 //   alarm_group       of an alarm; routes go by it
-//   Host_Routes       see host/pages/routes.h
-//   Host_Deliveries   see host/pages/deliveries.h
-//   Host_History      see host/pages/history.h
-//   Host_Sends        see host/pages/sends.h
-//   Host_TestPages    see host/pages/test_pages.h
+//   Host_Routes       see host/store/tables/routes.h
+//   Host_Deliveries   see host/store/tables/deliveries.h
+//   Host_History      see host/store/tables/history.h
+//   Host_Sends        see host/store/tables/sends.h
+//   Host_TestPages    see host/store/tables/test_pages.h
 constexpr const char* kServiceParts =
     "ALTER TABLE AlarmLog ADD COLUMN alarm_group TEXT NOT NULL DEFAULT '';"
     "CREATE INDEX AlarmLog_ByState ON AlarmLog (pagerstate);"
@@ -76,8 +76,8 @@ constexpr const char* kServiceParts =
 // What a site of many lines needs besides.
 //   line, device        of an event, a delivery, a port: see host/store/line_view.h
 //   tries               of a page, by the lines that it was taken from
-//   Host_Lines          see host/pages/lines.h
-//   Host_PageRequests   see host/pages/page_requests.h
+//   Host_Lines          see host/store/tables/lines.h
+//   Host_PageRequests   see host/store/tables/page_requests.h
 // The history was written by triggers before.
 constexpr const char* kLineParts =
     "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN line TEXT NOT NULL DEFAULT '';"
@@ -112,14 +112,8 @@ std::string CreateStatement(const Table& table) {
     return sql + ")";
 }
 
-int64_t ReadNumber(Connection& connection, const std::string& sql) {
-    Statement statement(connection, sql);
-    statement.Step();
-    return statement.Number(0);
-}
-
 int64_t VersionOf(Connection& connection) {
-    return ReadNumber(connection, "PRAGMA user_version");
+    return Statement(connection, "PRAGMA user_version").FirstNumber();
 }
 
 void RefuseNewer(Connection& connection, int64_t version) {
@@ -197,7 +191,7 @@ Made CreateTables(Connection& connection) {
     if (version == kVersion) {
         return Made::kNothing;
     }
-    if (version == 0 && ReadNumber(connection, "SELECT count(*) FROM sqlite_schema") != 0) {
+    if (version == 0 && Statement(connection, "SELECT 1 FROM sqlite_schema").Step()) {
         throw StoreError(connection.Path() + ": holds tables of another program");
     }
     if (version < 1) {
@@ -235,7 +229,9 @@ std::string ReadSetting(Connection& connection, std::string_view name) {
 }
 
 void WriteSetting(Connection& connection, std::string_view name, std::string_view value) {
-    Statement(connection, "INSERT OR REPLACE INTO Host_Settings VALUES (?, ?)")
+    Statement(connection,
+              "INSERT INTO Host_Settings VALUES (?, ?)"
+              " ON CONFLICT (name) DO UPDATE SET value = excluded.value")
         .Bind(name)
         .Bind(value)
         .Run();

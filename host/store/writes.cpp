@@ -3,10 +3,10 @@
 
 #include <utility>
 
-#include "host/store/event_history.h"
 #include "host/store/hidden_rows.h"
-#include "host/store/pending.h"
 #include "host/store/schema.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/history.h"
 #include "host/store/where.h"
 
 namespace host {
@@ -126,6 +126,10 @@ void InsertRow(Connection& connection, const TableLayout& layout, const ElementL
     if (is_event) {
         WriteHistory(connection, WrittenEvent(elements));
     }
+}
+
+void DeleteAllRows(Connection& connection, std::string_view table) {
+    Statement(connection, "DELETE FROM " + Quoted(table)).Run();
 }
 
 int32_t UpdateRows(Connection& connection, const TableLayout& layout, const Condition& condition,

@@ -38,6 +38,8 @@ class ElementList {
 // that was hidden under its key.
 void InsertRow(Connection& connection, const TableLayout& layout, const ElementList& elements);
 
+void DeleteAllRows(Connection& connection, std::string_view table);
+
 // Return how many rows the condition selects: none in a table that it is not for.
 int32_t UpdateRows(Connection& connection, const TableLayout& layout, const Condition& condition,
                    const ElementList& elements);

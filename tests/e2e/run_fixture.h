@@ -19,8 +19,8 @@
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/zone.h"
 #include "tests/unit/host/child_process.h"

@@ -53,4 +53,17 @@ while IFS=: read -r file include; do
     failed=1
 done < <(grep -rHoE '^ *# *include +"[^"]+"' --include='*.h' --include='*.cpp' host |
     sed -E 's/: *# *include +"([^"]+)"/:\1/')
+# The store knows of the host only what is below it: texts, files, and what a trace tells.
+while IFS=: read -r file include; do
+    case "$include" in host/store/* | host/text/* | host/files/* | host/trace/traced_page.h) continue ;; esac
+    echo "$file includes $include: the store may use only texts and files"
+    failed=1
+done < <(grep -rHoE '^ *# *include +"[^"]+"' --include='*.h' --include='*.cpp' host/store |
+    sed -E 's/: *# *include +"([^"]+)"/:\1/')
+# All questions to a database are asked there, and nobody else knows which one it is.
+sql='"[^"]*\<(SELECT|INSERT INTO|UPDATE|DELETE FROM|CREATE|ALTER TABLE|PRAGMA|WHERE|ORDER BY) |<sqlite3\.h>|<libpq-fe\.h>'
+if grep -rnE "$sql" --include='*.h' --include='*.cpp' host | grep -v '^host/store/'; then
+    echo "SQL belongs into host/store"
+    failed=1
+fi
 exit $failed

@@ -26,7 +26,6 @@
 #include <vector>
 
 #include "engine/pager_hdl.h"
-#include "host/alarms/alarms.h"
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
 #include "host/store/connection.h"
@@ -34,6 +33,7 @@
 #include "host/store/pool.h"
 #include "host/store/reserve.h"
 #include "host/store/schema.h"
+#include "host/store/tables/alarm_log.h"
 #include "linux/win_system.h"
 #include "sim/centres/ntt_exchange.h"
 #include "sim/centres/plain_service.h"

@@ -14,9 +14,9 @@
 #include <string_view>
 #include <utility>
 
-#include "host/alarms/alarms.h"
 #include "host/pages/history.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "tests/proof/kill_scenario.h"
 
 namespace proof::kills {

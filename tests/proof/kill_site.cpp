@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "tests/proof/kept_site.h"
 #include "tests/proof/kill_points.h"
 #include "tests/proof/kill_scenario.h"

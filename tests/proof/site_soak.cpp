@@ -19,11 +19,11 @@
 
 #include "host/pages/history.h"
 #include "host/pages/page_words.h"
-#include "host/pages/sends.h"
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
 #include "host/store/connection.h"
 #include "host/store/schema.h"
+#include "host/store/tables/sends.h"
 #include "tests/proof/site_soak_judge.h"
 #include "tests/proof/site_soak_keeper.h"
 #include "tests/proof/site_soak_scenario.h"

@@ -14,10 +14,10 @@
 #include <random>
 #include <stdexcept>
 
-#include "host/alarms/alarms.h"
-#include "host/pages/lines.h"
 #include "host/store/connection.h"
-#include "host/store/pending.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/lines.h"
 #include "tests/proof/site_soak_scenario.h"
 #include "tests/proof/soak_memory.h"
 

@@ -20,8 +20,8 @@
 #include <vector>
 
 #include "engine/pager_hdl.h"
-#include "host/alarms/alarms.h"
 #include "host/store/pool.h"
+#include "host/store/tables/alarm_log.h"
 #include "linux/win_system.h"
 #include "sim/phone/modem.h"
 #include "sim/testing.h"

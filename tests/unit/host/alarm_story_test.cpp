@@ -4,10 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/pages/deliveries.h"
 #include "host/pages/page_owner.h"
 #include "host/pages/page_words.h"
-#include "host/pages/sends.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/sends.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {

@@ -1,5 +1,5 @@
 // Alarms in the alarm log.
-#include "host/alarms/alarms.h"
+#include "host/store/tables/alarm_log.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "host/alarms/mending.h"
-#include "host/alarms/states.h"
+#include "host/store/tables/states.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {

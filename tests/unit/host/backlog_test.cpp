@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/pages/history.h"
-#include "host/store/pending.h"
+#include "host/store/tables/events.h"
 #include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 

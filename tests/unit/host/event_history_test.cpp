@@ -1,5 +1,6 @@
 // Every change of an event is noted, whoever makes it.
-#include "host/store/event_history.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 // What has become of every page.
 #include "host/pages/history.h"
+#include "host/store/tables/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

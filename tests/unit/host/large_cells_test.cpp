@@ -1,13 +1,14 @@
 // Cells that are too large to be read.
 #include "host/store/large_cells.h"
+#include "host/store/tables/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/alarms/alarms.h"
 #include "host/pages/backlog.h"
 #include "host/pages/history.h"
-#include "host/store/pending.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/events.h"
 #include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 

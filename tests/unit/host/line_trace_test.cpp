@@ -1,5 +1,6 @@
 // The trace of a line: what is kept of it, and what is taken from it.
 #include "host/line/line_trace.h"
+#include "host/store/tables/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

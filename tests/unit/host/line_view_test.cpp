@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/store/pending.h"
+#include "host/store/tables/events.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/service_test.h"
 

@@ -1,5 +1,5 @@
 // The lines of a site.
-#include "host/pages/lines.h"
+#include "host/store/tables/lines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/pages/page_owner.h"
-#include "host/pages/sends.h"
+#include "host/store/tables/sends.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {

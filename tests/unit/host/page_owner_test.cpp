@@ -1,5 +1,7 @@
 // Whose a page is, and how it changes hands.
 #include "host/pages/page_owner.h"
+#include "host/store/tables/events.h"
+#include "host/store/tables/history.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

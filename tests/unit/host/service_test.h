@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "sim/testing.h"
 #include "tests/unit/host/host_test.h"
 #include "tests/unit/host/table_client.h"

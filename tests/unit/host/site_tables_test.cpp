@@ -1,5 +1,7 @@
 // A site in the tables, as the library reads it there.
 #include "host/site/site_tables.h"
+#include "host/store/tables/pagers.h"
+#include "host/store/tables/time_models.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Test pages that another process asks for.
-#include "host/pages/test_pages.h"
+#include "host/store/tables/test_pages.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 
 #include <random>
 
-#include "host/site/stored_hours.h"
+#include "host/store/tables/time_models.h"
 #include "tests/unit/host/host_test.h"
 
 namespace host {

@@ -1,15 +1,15 @@
 // Deliveries. Tested by tests/unit/host/intake_test.cpp.
-#include "host/pages/deliveries.h"
+#include "host/store/tables/deliveries.h"
 
-#include "host/alarms/states.h"
-#include "host/store/event_history.h"
 #include "host/store/schema.h"
+#include "host/store/tables/history.h"
+#include "host/store/tables/states.h"
 #include "host/text/controls.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kSelect =
+constexpr const char* kSelectDelivery =
     "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer, line,"
     " tries FROM "
     "Host_Deliveries ";
@@ -19,7 +19,7 @@ constexpr const char* kInTheirOrder =
     " ORDER BY coalesce((SELECT min(nullif(CAST(severity AS INTEGER), 0)) FROM AlarmLog"
     "  WHERE alarmlogID = Host_Deliveries.alarm), 9), CAST(alarm AS INTEGER), place";
 
-std::vector<Delivery> ReadAll(Statement& statement) {
+std::vector<Delivery> ReadDeliveries(Statement& statement) {
     std::vector<Delivery> deliveries;
     while (statement.Step()) {
         const bool answered = statement.Number(5) != 0;
@@ -31,10 +31,6 @@ std::vector<Delivery> ReadAll(Statement& statement) {
                               std::string(statement.Text(7)), statement.Number(8)});
     }
     return deliveries;
-}
-
-Statement& BindKey(Statement& statement, const Delivery& delivery) {
-    return statement.Bind(delivery.alarm).Bind(delivery.group).Bind(delivery.pager);
 }
 
 void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
@@ -51,21 +47,16 @@ void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
 
 // A page that was taken from a line, and that no other gets, ends so.
 void EndMovedPage(Connection& connection, const std::string& alarm, int64_t place) {
-    std::string group;
-    std::string pager;
-    {
-        Statement statement(connection,
-                            "SELECT alarm_group, pager FROM Host_Deliveries AS open"
-                            " WHERE alarm = ? AND place = ? AND (SELECT change FROM Host_History"
-                            "  WHERE alarm = open.alarm AND alarm_group = open.alarm_group"
-                            "  AND pager = open.pager ORDER BY row_id DESC LIMIT 1) = ?");
-        if (!statement.Bind(alarm).Bind(place).Bind(std::string_view(kMoved)).Step()) {
-            return;
-        }
-        group = statement.Text(0);
-        pager = statement.Text(1);
+    Statement statement(connection,
+                        "SELECT alarm, alarm_group, pager FROM Host_Deliveries AS owed"
+                        " WHERE alarm = ? AND place = ? AND (SELECT change FROM Host_History"
+                        "  WHERE alarm = owed.alarm AND alarm_group = owed.alarm_group"
+                        "  AND pager = owed.pager ORDER BY row_id DESC LIMIT 1) = ?");
+    statement.Bind(alarm).Bind(place).Bind(std::string_view(kMoved));
+    for (const PageKey& page : KeysIn(statement)) {
+        WriteHistory(connection,
+                     {kRemoved, page.alarm, page.group, page.pager, kStateBeingPaged, "0"});
     }
-    WriteHistory(connection, {kRemoved, alarm, group, pager, kStateBeingPaged, "0"});
 }
 
 bool WentToSomebody(Connection& connection, const std::string& alarm) {
@@ -87,7 +78,7 @@ const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm
 constexpr const char* kOpenOnes = "WHERE answer IS NULL AND (?1 = '' OR line = ?1)";
 
 // One that can't be read doesn't hide the others.
-std::vector<Delivery> ReadOpenOneByOne(Connection& connection, const std::string& line,
+std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string& line,
                                        size_t* unreadable) {
     Statement count(connection, std::string("SELECT count(*) FROM Host_Deliveries ") + kOpenOnes);
     count.Bind(line).Step();
@@ -95,9 +86,9 @@ std::vector<Delivery> ReadOpenOneByOne(Connection& connection, const std::string
     for (int64_t before = 0; before < count.Number(0); ++before) {
         try {
             Statement statement(connection,
-                                std::string(kSelect) + kOpenOnes + " LIMIT 1 OFFSET ?2");
+                                std::string(kSelectDelivery) + kOpenOnes + " LIMIT 1 OFFSET ?2");
             statement.Bind(line).Bind(before);
-            for (Delivery& delivery : ReadAll(statement)) {
+            for (Delivery& delivery : ReadDeliveries(statement)) {
                 deliveries.push_back(std::move(delivery));
             }
         } catch (const RowTooLarge&) {
@@ -109,14 +100,14 @@ std::vector<Delivery> ReadOpenOneByOne(Connection& connection, const std::string
     return deliveries;
 }
 
-std::vector<Delivery> ReadOpen(Connection& connection, const std::string& line,
+std::vector<Delivery> OpenOnes(Connection& connection, const std::string& line,
                                size_t* unreadable) {
     try {
-        Statement statement(connection, std::string(kSelect) + kOpenOnes + kInTheirOrder);
+        Statement statement(connection, std::string(kSelectDelivery) + kOpenOnes + kInTheirOrder);
         statement.Bind(line);
-        return ReadAll(statement);
+        return ReadDeliveries(statement);
     } catch (const RowTooLarge&) {
-        return ReadOpenOneByOne(connection, line, unreadable);
+        return OpenOnesOneByOne(connection, line, unreadable);
     }
 }
 
@@ -135,17 +126,98 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
 }
 
 std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm) {
-    Statement statement(connection, std::string(kSelect) + "WHERE alarm = ? ORDER BY place");
+    Statement statement(connection,
+                        std::string(kSelectDelivery) + "WHERE alarm = ? ORDER BY place");
     statement.Bind(alarm);
-    return ReadAll(statement);
+    return ReadDeliveries(statement);
 }
 
 std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable) {
-    return ReadOpen(connection, "", unreadable);
+    return OpenOnes(connection, "", unreadable);
 }
 
 std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line) {
-    return ReadOpen(connection, line, nullptr);
+    return OpenOnes(connection, line, nullptr);
+}
+
+std::vector<Delivery> OwedDeliveries(Connection& connection) {
+    Statement statement(connection, std::string(kSelectDelivery) +
+                                        "WHERE answer IS NULL AND EXISTS (SELECT 1 FROM AlarmLog"
+                                        " WHERE alarmlogID = Host_Deliveries.alarm"
+                                        " AND alarmack IN ('', '0') AND pagerstate <> '1')");
+    return ReadDeliveries(statement);
+}
+
+std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm) {
+    return Statement(connection,
+                     "SELECT place FROM Host_Deliveries WHERE alarm = ? AND answer IS NULL"
+                     " ORDER BY place")
+        .Bind(alarm)
+        .Numbers();
+}
+
+std::optional<Delivery> FindDelivery(Connection& connection, const PageKey& page) {
+    for (const Delivery& delivery : DeliveriesOf(connection, page.alarm)) {
+        if (delivery.group == page.group && delivery.pager == page.pager) {
+            return delivery;
+        }
+    }
+    return std::nullopt;
+}
+
+bool IsOpen(const std::optional<Delivery>& delivery) {
+    return delivery && !delivery->answer;
+}
+
+bool GiveToLine(Connection& connection, const Delivery& delivery, const std::string& line) {
+    WriteTransaction transaction(connection);
+    Statement(connection,
+              "UPDATE Host_Deliveries SET line = ? WHERE alarm = ? AND place = ?"
+              " AND answer IS NULL AND line = ''")
+        .Bind(line)
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
+    const bool given = connection.Changes() > 0;
+    transaction.Commit();
+    return given;
+}
+
+void SetDeliveryLine(Connection& connection, const Delivery& delivery, const std::string& line) {
+    Statement(connection, "UPDATE Host_Deliveries SET line = ? WHERE alarm = ? AND place = ?")
+        .Bind(line)
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
+}
+
+void ForgetTries(Connection& connection, const Delivery& delivery) {
+    Statement(connection, "UPDATE Host_Deliveries SET tries = 0 WHERE alarm = ? AND place = ?")
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
+}
+
+void AddDelivery(Connection& connection, const PageKey& page) {
+    Statement(connection,
+              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
+              " SELECT ?1, coalesce(max(place) + 1, 0), ?2, ?3, 0 FROM Host_Deliveries"
+              " WHERE alarm = ?1")
+        .Bind(page.alarm)
+        .Bind(page.group)
+        .Bind(page.pager)
+        .Run();
+}
+
+void OpenAgain(Connection& connection, const Delivery& delivery, int64_t tries) {
+    Statement(connection,
+              "UPDATE Host_Deliveries SET answer = NULL, line = '', tries = tries + ?,"
+              " since = (SELECT coalesce(max(row_id), 0) FROM Host_History)"
+              " WHERE alarm = ? AND place = ?")
+        .Bind(tries)
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
 }
 
 void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place,
@@ -170,7 +242,11 @@ bool WasEverQueued(Connection& connection, const Delivery& delivery) {
     Statement statement(connection,
                         "SELECT 1 FROM Host_History"
                         " WHERE alarm = ? AND alarm_group = ? AND pager = ? AND row_id > ?");
-    return BindKey(statement, delivery).Bind(delivery.since).Step();
+    return statement.Bind(delivery.alarm)
+        .Bind(delivery.group)
+        .Bind(delivery.pager)
+        .Bind(delivery.since)
+        .Step();
 }
 
 void CloseAlarm(Connection& connection, const Alarm& alarm) {

@@ -1,12 +1,12 @@
-// Alarms in the alarm log, as the host's commands and its service see them.
+// AlarmLog: alarms as the host's commands and its service see them.
 //
 // An alarm is new while its pagerstate is empty or 0; then it has a ForwardState. Its own columns
 // alarmack and acktime say that somebody has acknowledged it, and the database keeps its pagerstate
 // at 1 from then on.
 //
 // Errors     StoreError.
-#ifndef PAGERFWD_HOST_ALARMS_ALARMS_H
-#define PAGERFWD_HOST_ALARMS_ALARMS_H
+#ifndef PAGERFWD_HOST_STORE_TABLES_ALARM_LOG_H
+#define PAGERFWD_HOST_STORE_TABLES_ALARM_LOG_H
 
 #include <cstdint>
 #include <ctime>
@@ -67,7 +67,30 @@ std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unrea
 // None: there isn't exactly one of this number.
 std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number);
 
+// --- Changes of one. Each requires a write transaction.
+
 void SetPagerState(Connection& connection, int64_t row, const char* state);
+// What its pages make of it, unless it is still owed one, or acknowledged.
+void SetFoldedState(Connection& connection, const std::string& number, const std::string& state);
+// Its severity and its texts.
+void RewriteAlarm(Connection& connection, const Alarm& alarm);
+
+// --- Alarms by what has become of them: their rows, or their numbers, in order.
+
+std::string NumberOf(Connection& connection, int64_t row);
+
+// Those that are not acknowledged and still being paged, or new; off_limit: those that were given
+// up, too.
+std::vector<int64_t> OldAlarms(Connection& connection, std::time_t raised_before, bool off_limit);
+// Owed a page, though they count as over.
+std::vector<int64_t> AlarmsEndedTooEarly(Connection& connection);
+// All pages have ended, at least one in this state, though they count as being paged.
+std::vector<int64_t> FinishedAlarms(Connection& connection, const char* state);
+
+// Of those that nobody has acknowledged.
+std::vector<std::string> AlarmsNotTakenUp(Connection& connection);
+std::vector<std::string> AlarmsPagedWithoutPages(Connection& connection);
+std::vector<std::string> AlarmsOverWithPages(Connection& connection);
 
 }  // namespace host
 

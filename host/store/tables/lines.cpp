@@ -1,5 +1,5 @@
 // Host_Lines. Tested by tests/unit/host/lines_test.cpp.
-#include "host/pages/lines.h"
+#include "host/store/tables/lines.h"
 
 #include <set>
 #include <utility>
@@ -55,7 +55,7 @@ class LineChange {
  public:
     LineChange(Connection& connection, const std::string& line, const std::string& columns)
         : transaction_(connection) {
-        Statement(connection, "INSERT OR IGNORE INTO Host_Lines (line) VALUES (?)")
+        Statement(connection, "INSERT INTO Host_Lines (line) VALUES (?) ON CONFLICT DO NOTHING")
             .Bind(line)
             .Run();
         statement_.emplace(connection, "UPDATE Host_Lines SET " + columns + " WHERE line = ?1");

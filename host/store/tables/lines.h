@@ -2,8 +2,8 @@
 // the operator whether it is paused.
 //
 // Errors     StoreError.
-#ifndef PAGERFWD_HOST_PAGES_LINES_H
-#define PAGERFWD_HOST_PAGES_LINES_H
+#ifndef PAGERFWD_HOST_STORE_TABLES_LINES_H
+#define PAGERFWD_HOST_STORE_TABLES_LINES_H
 
 #include <cstdint>
 #include <ctime>

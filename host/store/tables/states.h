@@ -1,6 +1,6 @@
 // The cells of pagerstate, and of an event's PagerState, with the words that operators read.
-#ifndef PAGERFWD_HOST_ALARMS_STATES_H
-#define PAGERFWD_HOST_ALARMS_STATES_H
+#ifndef PAGERFWD_HOST_STORE_TABLES_STATES_H
+#define PAGERFWD_HOST_STORE_TABLES_STATES_H
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,5 @@
 // Test pages asked for. Tested by tests/unit/host/test_pages_test.cpp.
-#include "host/pages/test_pages.h"
+#include "host/store/tables/test_pages.h"
 
 #include <array>
 #include <vector>
@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-struct Row {
+struct TestPageRow {
     int64_t asked;
     int32_t asked_by;
     std::string pager;
@@ -15,8 +15,8 @@ struct Row {
     std::string number;
 };
 
-std::vector<Row> ReadRows(Connection& connection, const std::string& condition) {
-    std::vector<Row> rows;
+std::vector<TestPageRow> ReadTestPages(Connection& connection, const std::string& condition) {
+    std::vector<TestPageRow> rows;
     Statement statement(
         connection,
         "SELECT row_id, asked_by, pager, line, number FROM Host_TestPages " + condition);
@@ -30,16 +30,11 @@ std::vector<Row> ReadRows(Connection& connection, const std::string& condition) 
 
 // Whoever asked for a pager of such a name gets the answer that there is none.
 void ShortenNames(Connection& connection) {
-    std::vector<int64_t> asked;
-    {
-        Statement statement(connection, "SELECT row_id FROM Host_TestPages WHERE answer IS NULL");
-        while (statement.Step()) {
-            asked.push_back(statement.Number(0));
-        }
-    }
-    for (const int64_t row : asked) {
+    for (const int64_t row :
+         Statement(connection, "SELECT row_id FROM Host_TestPages WHERE answer IS NULL")
+             .Numbers()) {
         try {
-            ReadRows(connection, "WHERE row_id = " + std::to_string(row));
+            ReadTestPages(connection, "WHERE row_id = " + std::to_string(row));
         } catch (const RowTooLarge&) {
             WriteTransaction transaction(connection);
             Statement(connection,
@@ -51,13 +46,13 @@ void ShortenNames(Connection& connection) {
     }
 }
 
-std::vector<Row> OpenRows(Connection& connection) {
+std::vector<TestPageRow> OpenTestPages(Connection& connection) {
     const char* const open = "WHERE answer IS NULL ORDER BY row_id";
     try {
-        return ReadRows(connection, open);
+        return ReadTestPages(connection, open);
     } catch (const RowTooLarge&) {
         ShortenNames(connection);
-        return ReadRows(connection, open);
+        return ReadTestPages(connection, open);
     }
 }
 
@@ -66,15 +61,13 @@ int64_t Ask(Connection& connection, OwnerLock& owners, const std::array<std::str
     WriteTransaction transaction(connection);
     Statement insert(connection,
                      "INSERT INTO Host_TestPages (asked_by, pager, line, number)"
-                     " VALUES (?, ?, ?, ?)");
+                     " VALUES (?, ?, ?, ?) RETURNING row_id");
     insert.Bind(me);
     for (const std::string& cell : cells) {
         insert.Bind(cell);
     }
+    const int64_t asked = insert.FirstNumber();
     insert.Run();
-    Statement number(connection, "SELECT last_insert_rowid()");
-    number.Step();
-    const int64_t asked = number.Number(0);
     transaction.Commit();
     return asked;
 }
@@ -110,7 +103,7 @@ void ForgetTestPage(Connection& connection, int64_t asked) {
 
 std::vector<AskedTestPage> AskedTestPages(Connection& connection, OwnerLock& owners) {
     std::vector<AskedTestPage> asked;
-    for (const Row& row : OpenRows(connection)) {
+    for (const TestPageRow& row : OpenTestPages(connection)) {
         if (owners.Lives(row.asked_by)) {
             asked.push_back({row.asked, row.pager, row.line, row.number});
         } else {

@@ -5,8 +5,8 @@
 // answers. A row whose process has ended is nobody's: nothing leaves for it.
 //
 // Errors     StoreError.
-#ifndef PAGERFWD_HOST_PAGES_TEST_PAGES_H
-#define PAGERFWD_HOST_PAGES_TEST_PAGES_H
+#ifndef PAGERFWD_HOST_STORE_TABLES_TEST_PAGES_H
+#define PAGERFWD_HOST_STORE_TABLES_TEST_PAGES_H
 
 #include <cstdint>
 #include <optional>

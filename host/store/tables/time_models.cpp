@@ -1,5 +1,5 @@
 // Hours in the tables. Tested by tests/unit/host/week_grid_test.cpp.
-#include "host/site/stored_hours.h"
+#include "host/store/tables/time_models.h"
 
 #include "host/store/rows.h"
 #include "host/store/schema.h"
@@ -8,14 +8,14 @@
 namespace host {
 namespace {
 
-const std::vector<std::string>& Columns() {
+const std::vector<std::string>& TimeModelColumns() {
     return FindTable(kTimeModels)->columns;
 }
 
 std::string HourColumns(const char* behindEach) {
     std::string columns;
     for (size_t hour = 0; hour < Week().size(); ++hour) {
-        columns += (hour == 0 ? "" : ", ") + Quoted(Columns().at(hour)) + behindEach;
+        columns += (hour == 0 ? "" : ", ") + Quoted(TimeModelColumns().at(hour)) + behindEach;
     }
     return columns;
 }
@@ -24,10 +24,10 @@ const char* CellOf(const Week& week, size_t hour) {
     return week.test(hour) ? "1" : "0";
 }
 
-void Insert(Connection& connection, const std::string& name, const Week& week) {
+void InsertWeek(Connection& connection, const std::string& name, const Week& week) {
     ElementList cells;
     for (size_t hour = 0; hour < week.size(); ++hour) {
-        cells.Set(Columns().at(hour), CellOf(week, hour));
+        cells.Set(TimeModelColumns().at(hour), CellOf(week, hour));
     }
     cells.Set("description", name);
     InsertRow(connection, ReadLayout(connection, kTimeModels), cells);
@@ -58,6 +58,11 @@ std::optional<Week> FindWeek(Connection& connection, std::string_view name) {
     return std::nullopt;
 }
 
+std::vector<std::string> TimeModelNames(Connection& connection) {
+    return Statement(connection, "SELECT description FROM AlarmFwd_TMSetting ORDER BY row_id")
+        .Texts();
+}
+
 void StoreWeek(Connection& connection, const std::string& name, const Week& week) {
     WriteTransaction transaction(connection);
     Statement update(connection, "UPDATE " + Quoted(kTimeModels) + " SET " + HourColumns(" = ?") +
@@ -68,7 +73,7 @@ void StoreWeek(Connection& connection, const std::string& name, const Week& week
     }
     update.Bind(std::string_view(name)).Run();
     if (connection.Changes() == 0) {
-        Insert(connection, name, week);
+        InsertWeek(connection, name, week);
     }
     transaction.Commit();
 }

@@ -4,16 +4,17 @@
 // called: a process that dies in between finds what is still open.
 //
 // Errors     StoreError.
-#ifndef PAGERFWD_HOST_PAGES_DELIVERIES_H
-#define PAGERFWD_HOST_PAGES_DELIVERIES_H
+#ifndef PAGERFWD_HOST_STORE_TABLES_DELIVERIES_H
+#define PAGERFWD_HOST_STORE_TABLES_DELIVERIES_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "host/alarms/alarms.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/store/tables/page_key.h"
 
 namespace host {
 
@@ -50,6 +51,27 @@ std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& al
 std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
 // Those that a line is to have, in the same order; what is too large to be read is left out.
 std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line);
+
+// Those whose alarm still needs paging.
+std::vector<Delivery> OwedDeliveries(Connection& connection);
+// The places of an alarm's open ones.
+std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm);
+
+std::optional<Delivery> FindDelivery(Connection& connection, const PageKey& page);
+bool IsOpen(const std::optional<Delivery>& delivery);
+
+// Gives an open delivery without a line to this one, in a transaction of its own. False: it has one
+// by now, or is no longer open.
+bool GiveToLine(Connection& connection, const Delivery& delivery, const std::string& line);
+
+// --- For those who change whose a page is (host/pages/page_owner.h), in their transactions.
+
+void SetDeliveryLine(Connection& connection, const Delivery& delivery, const std::string& line);
+void ForgetTries(Connection& connection, const Delivery& delivery);
+// Of a page that has none, behind all others of its alarm.
+void AddDelivery(Connection& connection, const PageKey& page);
+// Without a line. tries: of the line that had it.
+void OpenAgain(Connection& connection, const Delivery& delivery, int64_t tries);
 
 // Notes the answer within a write transaction of the caller.
 void CloseDelivery(Connection& connection, const std::string& alarm, int64_t place, int32_t answer);
