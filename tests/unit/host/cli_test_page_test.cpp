@@ -54,6 +54,12 @@ TEST_F(CliTestPage, SaysWhatBecameOfATestPage) {
     }
 }
 
+TEST_F(CliTestPage, LocksItsDeviceInTheFolderThatIsNamed) {
+    MakeSite();
+    EXPECT_THAT(Run({"--locks", "none-such", "test", "duty"}).err,
+                HasSubstr("none-such: no locks can be made there"));
+}
+
 TEST_F(CliTestPage, SaysThatTheLibraryDoesNotKnowThePager) {
     MakeSiteWithResult(-1);
     const ProgramRun run = Run({"test", "duty"});
