@@ -203,6 +203,16 @@ TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
     EXPECT_THAT(said, ContainsRegex("10:02:0[0-5] line .COM 2. is back"));
 }
 
+TEST_F(RunLines, ShowTheLatestReasonWhyTheyAreSick) {
+    Modem("COM 2", "there_from = \"2001-01-08 10:02:00\"\npowered = false");
+    At(100, Pagerfwd("line list >before"));
+    At(300, Pagerfwd("line list >after"));
+    At(301, "kill -TERM $PPID");
+    Simulated({"run"});
+    EXPECT_THAT(TextOf("before"), HasSubstr("its device is missing"));
+    EXPECT_THAT(TextOf("after"), HasSubstr("its modem doesn't answer"));
+}
+
 TEST_F(RunLines, LoseTheirPagesWithinAMinuteWhenTheirDeviceIsPulledInACall) {
     Modem("COM 1", "there_until = \"2001-01-08 10:00:12\"");
     Raise("DUTY/1");

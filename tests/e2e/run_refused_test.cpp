@@ -3,6 +3,7 @@
 
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -85,6 +86,16 @@ TEST_F(RunRefused, AsksALineWhosePortIsTakenForLong) {
     EXPECT_GT(600, std::stol(Rows("max(at) FROM Host_Sends").at(0)) - kNow) << run.err;
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
+TEST_F(RunRefused, TellsOfWhatItCouldNotWriteToTheEnd) {
+    Raise("DUTY/1");
+    At(120, "kill -TERM $PPID");
+    const ProgramRun run = RunWith(During("PAGERFWD_REFUSED_WRITES", 10, 100000), "");
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(run.err,
+                ContainsRegex("error: line .COM 1.: [1-9] change.s. could not be written to "
+                              "the end; pages that were sent meanwhile may be sent again"));
 }
 
 TEST_F(RunRefused, TellsOfADiskThatIsFullAndThatItHasRoomAgain) {
