@@ -12,6 +12,12 @@
 
 namespace pagersim {
 
+// What a byte or digits show as that stand for no character: U+FFFD.
+constexpr std::string_view kNoCharacter = "\xef\xbf\xbd";
+
+// How long after its last word a centre hangs up.
+constexpr Milliseconds kHangUpAfter{300};
+
 // One page as a centre understood it.
 struct ReceivedPage {
     std::string recipient;  // the pager's number, as sent

@@ -4,30 +4,31 @@
 #include <array>
 #include <utility>
 
+#include "sim/centre.h"
+
 namespace pagersim {
 namespace {
 
 constexpr char kEscape = '\x1b';
-constexpr std::string_view kUnknown = "\xef\xbf\xbd";  // U+FFFD
 
 // Eight characters a row.
-constexpr std::array<std::string_view, 128> kTable = {
-    "@", "£", "$",  "¥",      "è", "é",  "ù", "ì",  //
-    "ò", "Ç", "\n", "Ø",      "ø", "\r", "Å", "å",  //
-    "Δ", "_", "Φ",  "Γ",      "Λ", "Ω",  "Π", "Ψ",  //
-    "Σ", "Θ", "Ξ",  kUnknown, "Æ", "æ",  "ß", "É",  //
-    " ", "!", "\"", "#",      "¤", "%",  "&", "'",  //
-    "(", ")", "*",  "+",      ",", "-",  ".", "/",  //
-    "0", "1", "2",  "3",      "4", "5",  "6", "7",  //
-    "8", "9", ":",  ";",      "<", "=",  ">", "?",  //
-    "¡", "A", "B",  "C",      "D", "E",  "F", "G",  //
-    "H", "I", "J",  "K",      "L", "M",  "N", "O",  //
-    "P", "Q", "R",  "S",      "T", "U",  "V", "W",  //
-    "X", "Y", "Z",  "Ä",      "Ö", "Ñ",  "Ü", "§",  //
-    "¿", "a", "b",  "c",      "d", "e",  "f", "g",  //
-    "h", "i", "j",  "k",      "l", "m",  "n", "o",  //
-    "p", "q", "r",  "s",      "t", "u",  "v", "w",  //
-    "x", "y", "z",  "ä",      "ö", "ñ",  "ü", "à"};
+constexpr std::array<std::string_view, 128> kSeptets = {
+    "@", "£", "$",  "¥",          "è", "é",  "ù", "ì",  //
+    "ò", "Ç", "\n", "Ø",          "ø", "\r", "Å", "å",  //
+    "Δ", "_", "Φ",  "Γ",          "Λ", "Ω",  "Π", "Ψ",  //
+    "Σ", "Θ", "Ξ",  kNoCharacter, "Æ", "æ",  "ß", "É",  //
+    " ", "!", "\"", "#",          "¤", "%",  "&", "'",  //
+    "(", ")", "*",  "+",          ",", "-",  ".", "/",  //
+    "0", "1", "2",  "3",          "4", "5",  "6", "7",  //
+    "8", "9", ":",  ";",          "<", "=",  ">", "?",  //
+    "¡", "A", "B",  "C",          "D", "E",  "F", "G",  //
+    "H", "I", "J",  "K",          "L", "M",  "N", "O",  //
+    "P", "Q", "R",  "S",          "T", "U",  "V", "W",  //
+    "X", "Y", "Z",  "Ä",          "Ö", "Ñ",  "Ü", "§",  //
+    "¿", "a", "b",  "c",          "d", "e",  "f", "g",  //
+    "h", "i", "j",  "k",          "l", "m",  "n", "o",  //
+    "p", "q", "r",  "s",          "t", "u",  "v", "w",  //
+    "x", "y", "z",  "ä",          "ö", "ñ",  "ü", "à"};
 
 // Behind 0x1b.
 constexpr std::array<std::pair<char, std::string_view>, 10> kExtension = {{{0x0a, "\f"},
@@ -43,7 +44,7 @@ constexpr std::array<std::pair<char, std::string_view>, 10> kExtension = {{{0x0a
 
 std::string_view Character(char septet) {
     const auto index = static_cast<unsigned char>(septet);
-    return index < kTable.size() ? kTable[index] : kUnknown;
+    return index < kSeptets.size() ? kSeptets[index] : kNoCharacter;
 }
 
 std::string_view Extended(char septet) {
@@ -52,7 +53,7 @@ std::string_view Extended(char septet) {
             return character;
         }
     }
-    return kUnknown;
+    return kNoCharacter;
 }
 
 }  // namespace

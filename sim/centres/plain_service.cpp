@@ -6,8 +6,6 @@
 namespace pagersim {
 namespace {
 
-constexpr Milliseconds kHangUpAfter{300};
-
 // German and English, as one letter or both.
 bool IsYes(const std::string& line) {
     constexpr std::array<std::string_view, 7> kYes = {"j", "J", "y", "Y", "jy", "JY", "yes"};

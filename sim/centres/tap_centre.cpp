@@ -20,7 +20,6 @@ constexpr std::string_view kLogOn = "\x1bPG1";
 
 constexpr unsigned kTries = 3;
 constexpr std::size_t kLongestInput = 4096;  // more without an end is no block
-constexpr Milliseconds kHangUpAfter{300};
 
 bool AllDigits(const std::string& text) {
     return text.find_first_not_of("0123456789") == std::string::npos;

@@ -4,16 +4,17 @@
 
 #include <array>
 
+#include "sim/centre.h"
+
 namespace pagersim {
 namespace {
 
-constexpr std::string_view kUnknown = "\xef\xbf\xbd";  // U+FFFD
 constexpr std::string_view kLongMark = "ｰ";
 constexpr std::string_view kHyphen = "-";
 
 // Rows and columns in the order of the keys: 1 to 9, then 0. An empty place means nothing.
 using Row = std::array<std::string_view, 10>;
-constexpr std::array<Row, 10> kTable = {{
+constexpr std::array<Row, 10> kKeys = {{
     {"ｱ", "ｲ", "ｳ", "ｴ", "ｵ", "A", "B", "C", "D", "E"},
     {"ｶ", "ｷ", "ｸ", "ｹ", "ｺ", "F", "G", "H", "I", "J"},
     {"ｻ", "ｼ", "ｽ", "ｾ", "ｿ", "K", "L", "M", "N", "O"},
@@ -36,16 +37,16 @@ bool IsDigit(char c) {
 
 std::string_view Character(char row, char column) {
     if (!IsDigit(row) || !IsDigit(column)) {
-        return kUnknown;
+        return kNoCharacter;
     }
-    const std::string_view found = kTable[KeyIndex(row)][KeyIndex(column)];
-    return found.empty() ? kUnknown : found;
+    const std::string_view found = kKeys[KeyIndex(row)][KeyIndex(column)];
+    return found.empty() ? kNoCharacter : found;
 }
 
 // Half-width katakana, U+FF61 to U+FF9F, are three bytes that begin with 0xef and bd or be.
 bool IsKatakana(std::string_view character) {
     return character.size() == 3 && character[0] == '\xef' &&
-           (character[1] == '\xbd' || character[1] == '\xbe') && character != kUnknown;
+           (character[1] == '\xbd' || character[1] == '\xbe') && character != kNoCharacter;
 }
 
 }  // namespace
@@ -55,7 +56,7 @@ std::string DecodeTwoTouch(std::string_view digits) {
     bool after_katakana = false;
     for (std::size_t i = 0; i < digits.size(); i += 2) {
         std::string_view shown =
-            i + 1 < digits.size() ? Character(digits[i], digits[i + 1]) : kUnknown;
+            i + 1 < digits.size() ? Character(digits[i], digits[i + 1]) : kNoCharacter;
         if (shown == kLongMark && !after_katakana) {
             shown = kHyphen;
         }

@@ -54,8 +54,8 @@ bool AdvanceClock(const std::string& path, std::time_t instant) {
 }
 
 std::time_t NextSecond(std::time_t start, Milliseconds elapsed) {
-    constexpr Milliseconds::rep kSecond = 1000;
-    return start + static_cast<std::time_t>((elapsed.count() + kSecond - 1) / kSecond);
+    return start +
+           static_cast<std::time_t>(std::chrono::ceil<std::chrono::seconds>(elapsed).count());
 }
 
 }  // namespace pagersim

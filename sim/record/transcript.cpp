@@ -12,10 +12,9 @@ namespace {
 constexpr Milliseconds kLongestPause{250};
 
 std::string Prefix(const Event& event) {
-    constexpr double kSecond = 1000.0;
     std::array<char, 96> text{};
     std::snprintf(text.data(), text.size(), "%9.3f  %-6.16s %-8.32s ",
-                  static_cast<double>(event.at.count()) / kSecond, event.line.c_str(),
+                  std::chrono::duration<double>(event.at).count(), event.line.c_str(),
                   event.who.c_str());
     return text.data();
 }

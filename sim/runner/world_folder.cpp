@@ -24,7 +24,7 @@ constexpr const char* kSocket = "/socket";
 constexpr const char* kLinks = "/preload";
 constexpr const char* kPreloadList = "/preloads";
 
-std::string Absolute(const std::string& path) {
+std::string Normalized(const std::string& path) {
     return std::filesystem::absolute(path).lexically_normal().string();
 }
 
@@ -36,7 +36,7 @@ bool IsOwnFolder(const std::string& path) {
 }
 
 std::string CheckedPath(const std::string& path) {
-    std::string absolute = Absolute(path);
+    std::string absolute = Normalized(path);
     if (!FitsAddress(absolute + kSocket)) {
         throw UsageError(absolute + ": the name is too long for a world");
     }

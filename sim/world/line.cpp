@@ -10,12 +10,10 @@
 #include <cstring>
 
 #include "sim/preload/real_calls.h"
+#include "sim/world/own_descriptors.h"
 
 namespace pagersim {
 namespace {
-
-// Our descriptors stand above those a program usually has, so that its own keep their numbers.
-constexpr int kFirstOfOurs = 700;
 
 termios FreshSettings() {
     termios settings{};

@@ -8,6 +8,7 @@
 
 #include "sim/world/clock_page.h"
 #include "sim/world/messages.h"
+#include "sim/world/own_descriptors.h"
 #include "sim/world/watched_descriptors.h"
 
 namespace pagersim {
@@ -76,9 +77,6 @@ class Link {
     bool wanted_ = false;
     WatchedDescriptors watched_;
 };
-
-// Above the descriptors that a program usually has, as lines are.
-constexpr int kFirstOfOurs = 700;
 
 // The same descriptor above those that a program usually has, as far as there is room.
 int MovedUp(int fd, int least = kFirstOfOurs);
