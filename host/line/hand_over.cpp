@@ -4,6 +4,7 @@
 
 #include "host/pages/backlog.h"
 #include "host/pages/delivery_words.h"
+#include "host/process/clock_jumps.h"
 #include "host/store/tables/events.h"
 #include "host/store/tables/states.h"
 
@@ -38,7 +39,8 @@ bool HandOver::Run(Connection& connection) {
     const std::vector<Delivery> open = OpenDeliveriesOf(connection, line_);
     for (const Delivery& delivery : open) {
         const auto again = again_.find(Name(delivery));
-        if (again == again_.end() || std::time(nullptr) >= again->second) {
+        if (again == again_.end() ||
+            HasCome(again->second, std::time(nullptr), kSecondsBeforeAgain)) {
             HandOneOrSay(connection, delivery);
         }
         if (handed_) {

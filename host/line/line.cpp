@@ -28,10 +28,8 @@ namespace {
 constexpr std::chrono::seconds kWhileAtWork{1};
 constexpr std::chrono::seconds kWhileIdle{60};
 
-// The library's worker writes a line about each of its pages once a minute.
-constexpr std::time_t kLongestSilence = 10 * 60;
-
-constexpr int kMostRefused = 2;
+// Of a database that can't be used, where there is no node any more.
+constexpr std::time_t kLongestWait = 10 * 60;
 
 constexpr const char* kIdle = "idle";
 
@@ -102,7 +100,7 @@ void Line::WaitForTablesWith(const BellSocket& node) {
         waited_ = true;
         node.Ring();
         sleep(1);
-        if (seconds > kLongestSilence && getppid() != parent) {
+        if (seconds > kLongestWait && getppid() != parent) {
             _exit(static_cast<int>(LineExit::kStuck));
         }
     });
@@ -190,23 +188,20 @@ bool Line::IsStuck() {
 }
 
 bool Line::IsSilent() {
-    const std::time_t now = std::time(nullptr);
     try {
         if (!HasPagesOf(lease_.Database(), line_.name)) {
-            idle_ = now;
+            trace_.HasNoPages();
         }
     } catch (const StoreError&) {
         return false;
     }
-    return now > std::max(trace_.LastNews(), idle_) + kLongestSilence;
+    return trace_.IsSilent();
 }
 
 // Without descriptors the library can't open its device, nor say so in its trace: its pages would
 // use up their tries.
 bool Line::CanGoOn() {
-    const Descriptor any(open("/dev/null", O_RDONLY | O_CLOEXEC));
-    refused_ = any.IsOpen() ? 0 : refused_ + 1;
-    return refused_ < kMostRefused || trace_.UnderWay() != nullptr;
+    return !files_.AreRefused() || trace_.UnderWay() != nullptr;
 }
 
 int32_t Line::Forward(const Alarm& alarm, const Delivery& delivery) {

@@ -21,6 +21,7 @@
 #include "host/line/line_trace.h"
 #include "host/lines/line_exit.h"
 #include "host/process/bell_socket.h"
+#include "host/process/open_files.h"
 #include "host/process/operator_log.h"
 #include "host/process/stop_signal.h"
 #include "host/process/trouble.h"
@@ -68,9 +69,8 @@ class Line {
     LineTrace trace_;
     Trouble trouble_;
     std::string doing_;
-    std::time_t idle_ = 0;             // when it had no page at last
-    std::chrono::seconds wait_{0};     // for the node's bell, until the next look
-    int refused_ = 0;                  // looks in a row at which no file could be opened
+    std::chrono::seconds wait_{0};  // for the node's bell, until the next look
+    OpenFiles files_;
     std::atomic<bool> waited_{false};  // the library has waited for the store since the last look
 };
 

@@ -14,6 +14,9 @@ constexpr std::time_t kOldestTrace = 7 * 24 * 60 * 60;
 constexpr int kMostPieces = 64;   // of 1 MiB, in one look
 constexpr int kNoLineResult = 5;  // of the library
 
+// The library's worker writes a line about each of its pages once a minute.
+constexpr std::time_t kLongestSilence = 10 * 60;
+
 // What became of a page is read within these seconds of its end, and is nothing later than now.
 constexpr std::time_t kRecordedWithin = 2;
 
@@ -77,6 +80,9 @@ void LineTrace::Begin() {
 
 void LineTrace::Look() {
     const std::time_t now = std::time(nullptr);
+    if (jumps_.Look(now) != 0) {
+        Excuse();
+    }
     for (int piece = 0; piece < kMostPieces; ++piece) {
         const std::string bytes = file_.Read();
         follower_.Read(bytes, now);
@@ -98,6 +104,14 @@ void LineTrace::Excuse() {
     news_ = std::time(nullptr);
     stuck_ = false;
     follower_.Excuse(news_);
+}
+
+void LineTrace::HasNoPages() {
+    news_ = std::time(nullptr);
+}
+
+bool LineTrace::IsSilent() const {
+    return std::time(nullptr) > news_ + kLongestSilence;
 }
 
 // The library calls the line by another name.

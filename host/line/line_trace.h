@@ -17,6 +17,7 @@
 #include "host/line/trace_follower.h"
 #include "host/lines/site_lines.h"
 #include "host/pages/sends.h"
+#include "host/process/clock_jumps.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
 #include "host/text/encoding.h"
@@ -51,8 +52,11 @@ class LineTrace {
     // What is missing in the trace wasn't the library's fault: it gets its time again.
     void Excuse();
 
-    // When the library wrote last.
-    std::time_t LastNews() const { return news_; }
+    // The library has no page now, and so nothing to write.
+    void HasNoPages();
+
+    // It has had pages for over ten minutes, and has written nothing.
+    bool IsSilent() const;
 
  private:
     void PageEnded(const TracedPage& page);
@@ -67,7 +71,8 @@ class LineTrace {
     GrowingFile file_;
     TraceFollower follower_;
     std::time_t begun_ = 0;  // the file
-    std::time_t news_ = 0;
+    std::time_t news_ = 0;   // when the library wrote last, or had nothing to write
+    ClockJumps jumps_;
     bool stuck_ = false;
 };
 

@@ -10,6 +10,7 @@
 #include <deque>
 #include <string>
 
+#include "host/process/clock_jumps.h"
 #include "host/store/tables/sends.h"
 
 namespace host {
@@ -38,7 +39,9 @@ class LineHealth {
     void AskNow(std::time_t now) { ask_at_ = now; }
 
     // Whether its modem is to be asked now.
-    bool IsToBeAsked(std::time_t now) const { return sick_ && now >= ask_at_; }
+    bool IsToBeAsked(std::time_t now) const {
+        return sick_ && HasCome(ask_at_, now, kLongestPause);
+    }
     std::time_t AskAt() const { return ask_at_; }
     // Whether it is to be asked for a dial tone, too.
     bool LacksTone() const { return lacks_tone_; }

@@ -54,7 +54,9 @@ Node::Node(NodeOptions options, OperatorLog& log)
       room_(options_.database, log_),
       alerts_(options_.database, encoding_, log_),
       ends_pace_(kBetweenEnds),
-      moves_pace_(kBetweenMoves) {
+      moves_pace_(kBetweenMoves),
+      alarms_pace_(kBetweenAlarms),
+      history_pace_(kDay) {
     ends_.SetListener(
         [this](const PageStory& page) { alerts_.PageEnded(page, std::time(nullptr)); });
 }
@@ -232,8 +234,8 @@ void Node::LookAtEnds(std::time_t now) {
     if (ends_.HaveMark()) {
         ends_pace_.Want();
     }
-    if (now >= alarms_at_) {
-        alarms_at_ = now + kBetweenAlarms;
+    if (alarms_pace_.Take(now)) {
+        alarms_pace_.Want();
         EndFinishedAlarms(lease_.Database());
     }
 }
@@ -378,10 +380,10 @@ bool Node::IsDone() {
 }
 
 void Node::ForgetOldHistory(std::time_t now) {
-    if (now < forget_at_) {
+    if (!history_pace_.Take(now)) {
         return;
     }
-    forget_at_ = now + kDay;
+    history_pace_.Want();
     const std::chrono::seconds kept = options_.history;
     ForgetHistory(lease_.Database(), now - static_cast<std::time_t>(kept.count()));
 }

@@ -106,10 +106,10 @@ class Node {
     Changes changes_;
     Pace ends_pace_;
     Pace moves_pace_;
-    std::time_t alarms_at_ = 0;  // when ended alarms are looked for again
-    std::time_t forget_at_ = 0;  // when old history is looked for again
-    bool gone_ = false;          // the database has no name
-    bool replaced_ = false;      // its name leads to another file
+    Pace alarms_pace_;
+    Pace history_pace_;
+    bool gone_ = false;      // the database has no name
+    bool replaced_ = false;  // its name leads to another file
 };
 
 }  // namespace host

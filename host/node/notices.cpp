@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 
+#include "host/process/clock_jumps.h"
+
 namespace host {
 namespace {
 
@@ -66,7 +68,7 @@ void Notices::Look(std::time_t now) {
         }
         Ended(*end, now);
     }
-    if (now == started_ || now < not_before_) {
+    if (now == started_ || !HasCome(not_before_, now, kAfterFailure)) {
         return;
     }
     const auto next = Next(now);
@@ -155,7 +157,7 @@ bool Notices::IsBusy(std::time_t now) const {
     }
     for (const auto& [key, subject] : subjects_) {
         if (MayBeTold(subject, now)) {
-            return now >= not_before_;
+            return HasCome(not_before_, now, kAfterFailure);
         }
     }
     return false;

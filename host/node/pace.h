@@ -5,6 +5,8 @@
 
 #include <ctime>
 
+#include "host/process/clock_jumps.h"
+
 namespace host {
 
 class Pace {
@@ -13,9 +15,8 @@ class Pace {
 
     void Want() { wanted_ = true; }
 
-    // A clock that was set back makes nobody wait for the time that it had shown.
     bool IsDue(std::time_t now) const {
-        return wanted_ && (now >= last_ + between_ || now < last_);
+        return wanted_ && HasCome(last_ + between_, now, between_);
     }
 
     // Whether it is to be done now. It is wanted no more then.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "host/files/last_room.h"
+#include "host/process/clock_jumps.h"
 #include "host/store/reserve.h"
 
 namespace host {
@@ -28,12 +29,12 @@ uint64_t Room::AvailableBytes(const std::string& path) {
 }
 
 void Room::Look(std::time_t now) {
-    if (now < look_at_) {
+    if (!HasCome(look_at_, now, kBetweenLooks)) {
         return;
     }
     look_at_ = now + kBetweenLooks;
     Tell(available_(database_));
-    if (!full_ && now >= reserve_at_) {
+    if (!full_ && HasCome(reserve_at_, now, kBetweenReserves)) {
         Reserve(now);
     }
 }

@@ -34,14 +34,14 @@ ServedLine::ServedLine(SiteLine line, std::string shown, const LineCommand& comm
       log_(log),
       refused_(log, name_ + ": its process could be made again") {}
 
-// In the hour of a clock that was set back a look isn't far away either.
 bool ServedLine::HasNews(std::time_t now) const {
-    return now >= look_at_ || (to_call_ && !process_) || now + kLongestUnseen < look_at_ ||
+    return HasCome(look_at_, now, kLongestUnseen) || (to_call_ && !process_) ||
            IsDeviceThere() != there_ || (process_ && process_->HasEnded());
 }
 
 void ServedLine::Look(std::time_t now) {
     look_at_ = now;  // where the look fails
+    LookAtClock(now);
     LookAtDevice(now);
     if (process_) {
         if (const std::optional<int> status = process_->Ended()) {
@@ -54,6 +54,17 @@ void ServedLine::Look(std::time_t now) {
         StartOrSay(now);
     }
     look_at_ = NextLook(now);
+}
+
+// The process is as old as before. What its library is to send later was to be due by the clock as
+// it was: one that starts takes all of it for due.
+void ServedLine::LookAtClock(std::time_t now) {
+    const std::time_t jump = jumps_.Look(now);
+    since_ += jump;
+    alive_ += jump;
+    if (jump < -kLongestUnseen && IsServed()) {
+        renewing_ = true;
+    }
 }
 
 std::time_t ServedLine::NextLook(std::time_t now) const {

@@ -19,6 +19,7 @@
 #include "host/lines/site_lines.h"
 #include "host/node/line_health.h"
 #include "host/node/line_process.h"
+#include "host/process/clock_jumps.h"
 #include "host/process/operator_log.h"
 #include "host/process/trouble.h"
 
@@ -75,6 +76,7 @@ class ServedLine {
     enum class Task { kServing, kAsking, kCalling };  // the latter two are short
 
     bool IsDeviceThere() const;
+    void LookAtClock(std::time_t now);
     void LookAtDevice(std::time_t now);
     void StartOrSay(std::time_t now);
     std::time_t NextLook(std::time_t now) const;
@@ -109,8 +111,9 @@ class ServedLine {
     bool to_call_ = false;
     std::string failed_call_;
     bool leaving_ = false;
-    bool stuck_ = false;       // the process was killed, since it made no progress
-    bool there_ = true;        // the device
+    bool stuck_ = false;  // the process was killed, since it made no progress
+    bool there_ = true;   // the device
+    ClockJumps jumps_;
     std::time_t look_at_ = 0;  // when a look is due
     std::time_t since_ = 0;    // when the process was started, or asked to end
     std::time_t alive_ = 0;    // when it last made progress

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -114,6 +115,7 @@ std::optional<std::string> BackgroundCommand::Look(std::time_t now) {
     if (ended != 0) {
         return EndOf(status);
     }
+    started_ = std::min(started_, now);  // the clock was set back
     if (!killed_ && now >= started_ + kLimit) {
         killed_ = true;
         kill(-process_, SIGKILL);

@@ -6,12 +6,14 @@
 //   PAGERFWD_STALLED_LINE="FROM TO"    no terminal takes a byte
 //   PAGERFWD_TAKEN_LINE="FROM TO"      no serial device can be opened, as if another had it
 //   PAGERFWD_REFUSED_THREADS=N         the first N threads of the library can't be started
+//   PAGERFWD_SET_CLOCK="AT BY"         the clock is set at a moment, by so many seconds
 #undef _FILE_OFFSET_BITS  // or open would be open64, which the library doesn't call
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -26,12 +28,31 @@
 
 namespace {
 
+template <typename Function>
+Function Next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+std::time_t TimeBefore() {
+    static const auto next = Next<std::time_t (*)(std::time_t*)>("time");
+    return next(nullptr);
+}
+
+// By how much the clock is set now.
+std::time_t SetBy() {
+    const char* const set = std::getenv("PAGERFWD_SET_CLOCK");
+    long at = 0;
+    long by = 0;
+    return set != nullptr && std::sscanf(set, "%ld %ld", &at, &by) == 2 && TimeBefore() >= at ? by
+                                                                                              : 0;
+}
+
 bool IsNow(const char* variable) {
     const char* const moments = std::getenv(variable);
     long from = 0;
     long to = 0;
     return moments != nullptr && std::sscanf(moments, "%ld %ld", &from, &to) == 2 &&
-           std::time(nullptr) >= from && std::time(nullptr) < to;
+           TimeBefore() >= from && TimeBefore() < to;
 }
 
 // From the folder of the node, and from that of a line.
@@ -68,14 +89,31 @@ __attribute__((constructor)) void Begin() {
     threads_to_refuse = threads == nullptr ? 0 : std::atoi(threads);
 }
 
-template <typename Function>
-Function Next(const char* name) {
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
 extern "C" {
+std::time_t time(std::time_t* out) noexcept {
+    const std::time_t now = TimeBefore() + SetBy();
+    if (out != nullptr) {
+        *out = now;
+    }
+    return now;
+}
+
+int gettimeofday(timeval* now, void* zone) noexcept {
+    static const auto next = Next<int (*)(timeval*, void*)>("gettimeofday");
+    const int result = next(now, zone);
+    now->tv_sec += SetBy();
+    return result;
+}
+
+int clock_gettime(clockid_t clock, timespec* now) noexcept {
+    static const auto next = Next<int (*)(clockid_t, timespec*)>("clock_gettime");
+    const int result = next(clock, now);
+    now->tv_sec += clock == CLOCK_REALTIME ? SetBy() : 0;
+    return result;
+}
+
 ssize_t write(int file, const void* bytes, size_t size) {
     static const auto next = Next<ssize_t (*)(int, const void*, size_t)>("write");
     if (IsGrowing(file) && (IsNow("PAGERFWD_FULL_DISK") || IsNow("PAGERFWD_REFUSED_WRITES"))) {

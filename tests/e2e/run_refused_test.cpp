@@ -27,7 +27,7 @@ class RunRefused : public RunTest {
         CountPages();
         return run;
     }
-    // From one second to another, for RunUntilDoneWith.
+    // From one second to another, for these.
     static std::string During(const std::string& refusal, int from, int to) {
         return refusal + "=\"" + std::to_string(kNow + from) + " " + std::to_string(kNow + to) +
                "\"";
@@ -111,6 +111,42 @@ TEST_F(RunRefused, TellsOfADiskThatIsFullAndThatItHasRoomAgain) {
     EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db is full"));
     EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db has room again"));
 }
+
+// --- A clock that is set, in the middle of the first of two pages. By hours: a time server was not
+// there at the start. By minutes: a host was set aside.
+
+class RunWhileTheClockIsSet : public RunRefused, public ::testing::WithParamInterface<int> {
+ protected:
+    static std::string SetAt(int second, int by) {
+        return "PAGERFWD_SET_CLOCK=\"" + std::to_string(kNow + second) + " " + std::to_string(by) +
+               "\"";
+    }
+};
+
+TEST_P(RunWhileTheClockIsSet, SendsEachPageOnceAndTakesNoLineForStuck) {
+    Raise("DUTY/1");
+    Raise("DUTY/2");
+    At(600, "kill -TERM $PPID");
+    const ProgramRun run = RunUntilDoneWith(SetAt(12, GetParam()));
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, Not(HasSubstr("started anew")));
+    EXPECT_THAT(run.err, Not(HasSubstr("killed")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 2))) << run.err;
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "duty done 1"));
+}
+
+// A line that waits for nothing but its node's bell.
+TEST_P(RunWhileTheClockIsSet, LeavesALineInPeaceThatHasNothingToDo) {
+    At(200, Pagerfwd("alarm raise --group DUTY/1 --server s x >/dev/null"));
+    At(300, "kill -TERM $PPID");
+    const ProgramRun run = RunWith(SetAt(100, GetParam()), "");
+    EXPECT_THAT(run.err, Not(HasSubstr("started anew")));
+    EXPECT_THAT(run.err, Not(HasSubstr("killed")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1))) << run.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(By, RunWhileTheClockIsSet,
+                         ::testing::Values(-25 * 3600, -700, 500, 700, 25 * 3600));
 
 struct Refusal {
     const char* name;

@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "host/pages/history.h"
+#include "tests/support/zone.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -22,6 +23,8 @@ using ::testing::IsEmpty;
 
 class TheTraceOfALine : public ServiceTest {
  protected:
+    TheTraceOfALine() { test_support::UseTestZone(); }
+
     static constexpr const char* kFile = "pageprot.txt";
     static constexpr size_t kLongest = size_t{16} << 20;
 
@@ -34,6 +37,14 @@ class TheTraceOfALine : public ServiceTest {
     void Start() {
         trace.Begin();
         std::ofstream{kFile};
+    }
+
+    // As its process does, for so many seconds.
+    void LookFor(int seconds) {
+        for (int second = 0; second < seconds; ++second) {
+            sleep(1);
+            trace.Look();
+        }
     }
 
     // A call that is the page, over a port that the pager doesn't name.
@@ -182,15 +193,41 @@ TEST_F(TheTraceOfALine, ShowsThePageThatIsUnderWay) {
     EXPECT_THAT(Rows("outcome FROM Host_Sends"), IsEmpty());
 }
 
-TEST_F(TheTraceOfALine, SaysWhenTheLibraryWroteLast) {
+TEST_F(TheTraceOfALine, IsSilentBehindTenMinutesWithPagesAndWithoutNews) {
     Start();
-    sleep(5);
+    LookFor(5);
     Add("10: 0: 5\tnews\n");
     trace.Look();
-    const std::time_t news = std::time(nullptr);
-    sleep(5);
+    LookFor(600);
+    EXPECT_FALSE(trace.IsSilent());
+    LookFor(1);
+    EXPECT_TRUE(trace.IsSilent());
+    Add("10:10: 6\tnews\n");
     trace.Look();
-    EXPECT_EQ(news, trace.LastNews());
+    EXPECT_FALSE(trace.IsSilent());
+}
+
+TEST_F(TheTraceOfALine, IsNotSilentWhereNoPageIsToBeSent) {
+    Start();
+    LookFor(300);
+    trace.HasNoPages();
+    LookFor(600);
+    EXPECT_FALSE(trace.IsSilent());
+    LookFor(1);
+    EXPECT_TRUE(trace.IsSilent());
+}
+
+TEST_F(TheTraceOfALine, IsNeitherSilentNorStuckWhereTheClockIsSet) {
+    Start();
+    Add(Page().substr(0, Page().find("After Dial") - 9));
+    trace.Look();
+    sleep(25 * 60 * 60);  // nobody looks: it comes to the same
+    trace.Look();
+    EXPECT_FALSE(trace.IsSilent());
+    EXPECT_FALSE(trace.IsStuck());
+    LookFor(601);
+    EXPECT_TRUE(trace.IsSilent());
+    EXPECT_TRUE(trace.IsStuck());
 }
 
 TEST_F(TheTraceOfALine, NamesADeviceThatCanNotBeOpened) {
@@ -210,15 +247,12 @@ TEST_F(TheTraceOfALine, IsStuckWithAPageThatLastsTenMinutesUnlessExcused) {
     Add("10: 0: 0\t*** START PAGING ***\n10: 0: 0\tTry to page for duty at 01/08/01\t10:00:00\t: "
         "\n");
     trace.Look();
-    sleep(601);
-    trace.Look();
+    LookFor(601);
     EXPECT_TRUE(trace.IsStuck());
     trace.Excuse();
-    sleep(600);
-    trace.Look();
+    LookFor(600);
     EXPECT_FALSE(trace.IsStuck());
-    sleep(1);
-    trace.Look();
+    LookFor(1);
     EXPECT_TRUE(trace.IsStuck());
 }
 
