@@ -1,4 +1,4 @@
-// Dates. Tested by tests/unit/host/trace_test.cpp.
+// Dates. Tested by tests/unit/host/trace_entries_test.cpp.
 #include "host/trace/calendar.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-// Control characters by name. Tested by tests/unit/host/trace_test.cpp.
+// Control characters by name. Tested by tests/unit/host/trace_entries_test.cpp.
 #include <cctype>
 #include <charconv>
 

@@ -1,4 +1,4 @@
-// From bytes to entries. Tested by tests/unit/host/trace_test.cpp.
+// From bytes to entries. Tested by tests/unit/host/trace_entries_test.cpp.
 #include <algorithm>
 #include <cctype>
 #include <utility>

@@ -1,4 +1,4 @@
-// From entries to a page. Tested by tests/unit/host/trace_test.cpp.
+// From entries to a page. Tested by tests/unit/host/traced_pages_test.cpp.
 #include "host/trace/page_builder.h"
 
 #include <charconv>

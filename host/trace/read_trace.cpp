@@ -1,4 +1,4 @@
-// Pages out of a trace. Tested by tests/unit/host/trace_test.cpp.
+// Pages out of a trace. Tested by tests/unit/host/traced_pages_test.cpp.
 #include "host/trace/read_trace.h"
 
 #include <array>

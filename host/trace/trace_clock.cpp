@@ -1,4 +1,4 @@
-// Time of day, and days. Tested by tests/unit/host/trace_test.cpp.
+// Time of day, and days. Tested by tests/unit/host/trace_entries_test.cpp.
 #include "host/trace/trace_clock.h"
 
 #include "host/trace/calendar.h"
