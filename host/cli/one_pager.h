@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/store/tables/pagers.h"
+#include "host/text/encoding.h"
 
 namespace host {
 
