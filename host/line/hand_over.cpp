@@ -1,4 +1,4 @@
-// Handing over. Tested by tests/unit/host/intake_test.cpp.
+// Handing over. Tested by tests/unit/host/hand_over_test.cpp.
 #include "host/line/hand_over.h"
 #include "host/store/tables/pagers.h"
 

@@ -1,4 +1,4 @@
-// Words for deliveries. Tested by tests/unit/host/intake_test.cpp.
+// Words for deliveries. Tested by tests/unit/host/hand_over_test.cpp.
 #include "host/pages/delivery_words.h"
 
 namespace host {

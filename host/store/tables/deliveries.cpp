@@ -1,4 +1,4 @@
-// Deliveries. Tested by tests/unit/host/intake_test.cpp.
+// Deliveries. Tested by tests/unit/host/intake_test.cpp and hand_over_test.cpp.
 #include "host/store/tables/deliveries.h"
 
 #include "host/store/schema.h"
