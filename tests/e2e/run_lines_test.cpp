@@ -28,8 +28,8 @@ class RunLines : public RunTest {
         std::string site;
         exchange = "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
         for (int line = 1; line <= lines; ++line) {
-            site += "[[port]]\nname = \"COM " + std::to_string(line) +
-                    "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\n";
+            site += "[[port]]\nname = \"COM " + std::to_string(line) + "\"\ndevice = \"/dev/ttyS" +
+                    std::to_string(line - 1) + "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\n";
             exchange += "[[line]]\nport = \"COM " + std::to_string(line) + "\"\n";
         }
         for (const char* pager : {"duty", "bound"}) {
@@ -142,6 +142,19 @@ TEST_F(RunLines, MayHaveNamesThatAreNoneOfFoldersAndThatLookLikeOptions) {
         EXPECT_THAT(run.err, HasSubstr("to \"of " + name + "\": sent (24 s, " + name + ")\n"));
     }
     EXPECT_THAT(pages, ElementsAre(Pair("tap", names.size())));
+}
+
+TEST_F(RunLines, MayBeForty) {
+    constexpr int kLines = 40;
+    Serve(kLines);
+    for (int alarm = 1; alarm <= kLines; ++alarm) {
+        Raise("DUTY/" + std::to_string(alarm));
+    }
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(Rows("count(DISTINCT port) FROM Host_Sends WHERE outcome = 'sent'"),
+                ElementsAre(std::to_string(kLines)));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", kLines)));
+    EXPECT_GT(40, std::stol(Rows("max(at) FROM Host_Sends").front()) - kNow) << "a page takes 24 s";
 }
 
 // --- A line that is dead.
@@ -292,6 +305,22 @@ TEST_F(RunLines, AreNotTakenForStuckByTheFirstPageInALongTime) {
     const ProgramRun run = Simulated({"run"});
     EXPECT_THAT(run.err, HasSubstr("to \"bound\": sent (24 s, COM 1)"));
     EXPECT_THAT(run.err, Not(HasSubstr("started anew")));
+}
+
+// A library's round over its pages isn't interrupted: the guide says how long a first page waits
+// for one. Two of three pages are due again when it begins, and the third is when the next does.
+TEST_F(RunLines, LetAFirstPageWaitForTheRepeatsOfOneRoundAndNoMore) {
+    constexpr int kRepeated = 3;
+    MakeSite("pagerfwd.db", kSite);  // "tech" is paged twice, a minute apart
+    exchange += "[[centre]]\nname = \"plain\"\nprotocol = \"plain\"\nnumbers = [\"5550100\"]\n";
+    for (int alarm = 0; alarm < kRepeated; ++alarm) {
+        Raise("TECH/" + std::to_string(alarm));
+    }
+    // The first of the two is on the line.
+    At(78, Pagerfwd("alarm raise --group DUTY/1 --severity critical --server s x >/dev/null"));
+    EXPECT_EQ(0, RunUntilDone().exit_code);
+    EXPECT_THAT(Rows("pager FROM Host_Sends ORDER BY row_id"),
+                ElementsAre("tech", "tech", "tech", "tech", "tech", "duty", "tech"));
 }
 
 TEST_F(RunLines, SendAStormsFirstPagesAsFastAsTheLinesCanAndTheSevereFirst) {
