@@ -1,8 +1,11 @@
 // Connections, and the settings that make a commit last.
 #include "host/store/connection.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include "tests/unit/host/files.h"
@@ -10,6 +13,32 @@
 
 namespace host {
 namespace {
+
+// A system that opens no file to be written, as long as it lives.
+class NothingToBeWritten {
+ public:
+    NothingToBeWritten() : vfs_(sqlite3_vfs_find(nullptr)) {
+        before_ = vfs_->xGetSystemCall(vfs_, kOpen);
+        vfs_->xSetSystemCall(vfs_, kOpen, reinterpret_cast<sqlite3_syscall_ptr>(OpenToRead));
+    }
+    ~NothingToBeWritten() { vfs_->xSetSystemCall(vfs_, kOpen, before_); }
+    NothingToBeWritten(const NothingToBeWritten&) = delete;
+    NothingToBeWritten& operator=(const NothingToBeWritten&) = delete;
+
+ private:
+    static constexpr const char* kOpen = "open";
+
+    static int OpenToRead(const char* path, int flags, int mode) {
+        if ((flags & O_ACCMODE) != O_RDONLY) {
+            errno = EMFILE;
+            return -1;
+        }
+        return open(path, flags, mode);
+    }
+
+    sqlite3_vfs* const vfs_;
+    sqlite3_syscall_ptr before_ = nullptr;
+};
 
 class StoreConnection : public HostTest {
  protected:
@@ -62,6 +91,15 @@ TEST_F(StoreConnection, NamesAFileThatIsNoDatabase) {
 
 TEST_F(StoreConnection, NamesAFolder) {
     EXPECT_EQ("/tmp: unable to open database file", WhyNotOpened("/tmp"));
+}
+
+// It would refuse every write for as long as it lives, whatever the reason was.
+TEST_F(StoreConnection, IsNoneThatCouldOnlyRead) {
+    {
+        const NothingToBeWritten now;
+        EXPECT_EQ("site.db: can't be opened to be written", WhyNotOpened(database));
+    }
+    EXPECT_EQ("opened", WhyNotOpened(database));
 }
 
 TEST_F(StoreConnection, NamesTheReasonOfAFailedStatement) {

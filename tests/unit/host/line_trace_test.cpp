@@ -174,6 +174,16 @@ TEST_F(TheTraceThatWasLeft, IsRecordedOnce) {
     EXPECT_THAT(Sends(), ElementsAre("dialled 0", "dialled 20"));
 }
 
+// What is longer than any trace that is kept grows as fast as it is read.
+TEST_F(TheTraceThatWasLeft, IsReadToSixtyFourMebibytesAndNoFurther) {
+    fs::resize_file(kFile, (off_t{64} << 20) - PageAt(20).size());
+    Add(PageAt(20));
+    Add(PageAt(40));
+    sleep(60);
+    StartAnother();
+    EXPECT_THAT(Sends(), ElementsAre("dialled 0", "dialled 20"));
+}
+
 TEST_F(TheTraceThatWasLeft, IsNotThatOfAnotherDatabase) {
     Execute("DELETE FROM Host_History");
     Add(PageAt(20));
