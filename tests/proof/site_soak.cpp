@@ -78,6 +78,8 @@ void MakeExchange() {
     centre("plain", "plain", "5550100");
     centre("engaged", "plain", "5550109");
     text << "calls = \"busy\"\n";
+    centre("hangs up", "plain", "5550110");
+    text << "drop_after_hearing = 5\n";
 }
 
 void Run(const std::vector<std::string>& words) {
@@ -243,6 +245,25 @@ void JudgeTraces(std::vector<std::string>& complaints) {
     }
 }
 
+int64_t LengthOfHistory(host::Connection& connection) {
+    host::Statement statement(connection, "SELECT count(*) FROM Host_History");
+    statement.Step();
+    return statement.Number(0);
+}
+
+// It grows by what happens, and by nothing else: a row where a page is queued or moved, two where
+// one is tried or ended.
+void JudgeHistory(host::Connection& connection, const Totals& totals,
+                  std::vector<std::string>& complaints) {
+    const int64_t most = 3 * totals.pages + 2 * (totals.sent + totals.failed) +
+                         Count(connection, "moved") + Count(connection, "engine starts");
+    const int64_t length = LengthOfHistory(connection);
+    if (length > most) {
+        complaints.push_back("too long: a history of " + std::to_string(length) +
+                             " changes; at most " + std::to_string(most) + " have happened");
+    }
+}
+
 bool Report(int days, double seconds) {
     Books books;
     const Ledger ledger = ReadLedger(books);
@@ -252,10 +273,19 @@ bool Report(int days, double seconds) {
     Totals totals = Judge(books);
     JudgeProcesses(ledger.samples, days, totals.complaints);
     JudgeTraces(totals.complaints);
+    JudgeHistory(connection, totals, totals.complaints);
     if (!ledger.node_ended_well) {
         totals.complaints.emplace_back("the node did not end well");
     }
     const int64_t moves = Count(connection, "moved");
+    const auto was_hung_up_on = [](const Sending& sending) {
+        return sending.reason.find("NO CARRIER") != std::string::npos;
+    };
+    const auto hung_up_on =
+        std::count_if(books.sendings.begin(), books.sendings.end(), was_hung_up_on);
+    if (days >= kMonth && hung_up_on < 10) {
+        totals.complaints.emplace_back("no centre has hung up in the midst of a page");
+    }
     if (days >= kMonth && (books.groups.size() < 300 || totals.failed < 50 || moves < 5)) {
         totals.complaints.emplace_back("the month was too quiet");
     }
@@ -274,11 +304,12 @@ bool Report(int days, double seconds) {
     std::cout << days << " days of a site of " << kLines.size() << " lines: " << books.groups.size()
               << " alarms, " << totals.pages << " pages (" << totals.done << " done, "
               << totals.given_up << " repeated or tried to the end, " << totals.acknowledged
-              << " acknowledged), " << totals.sent << " sent, " << totals.failed << " failed, "
-              << ledger.troubles << " troubles, " << moves << " moves, "
-              << Count(connection, "engine starts") << " starts of lines, largest process "
-              << largest * sysconf(_SC_PAGESIZE) / 1024 << " KiB, " << seconds
-              << " s of processor time: "
+              << " acknowledged), " << totals.sent << " sent, " << totals.failed << " failed ("
+              << hung_up_on << " hung up on), " << ledger.troubles << " troubles, " << moves
+              << " moves, " << Count(connection, "engine starts")
+              << " starts of lines, a history of " << LengthOfHistory(connection)
+              << " changes, largest process " << largest * sysconf(_SC_PAGESIZE) / 1024 << " KiB, "
+              << seconds << " s of processor time: "
               << (totals.complaints.empty()
                       ? "every page is accounted for, and nothing grows"
                       : std::to_string(totals.complaints.size()) + " complaints")

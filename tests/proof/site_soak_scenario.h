@@ -30,11 +30,14 @@ inline int PortOf(size_t line, Modem modem) {
     return 1 + static_cast<int>(line) * kModems + static_cast<int>(modem);
 }
 
-// Twenty, of all types; one of them is always engaged.
+// Twenty, of all types; the centre of one is always engaged, and that of another hangs up in the
+// midst of each page.
 inline std::vector<soak::Pager> SitePagers() {
     constexpr size_t kEngaged = 7;
+    constexpr size_t kHungUpOn = 6;
     std::vector<soak::Pager> pagers = soak::Pagers();
     pagers.at(kEngaged).number = "5550109@5550207";
+    pagers.at(kHungUpOn).number = "5550110@5550206";
     return pagers;
 }
 
