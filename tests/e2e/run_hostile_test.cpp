@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/e2e/run_fixture.h"
 #include "tests/unit/host/another_program.h"
 
@@ -93,6 +95,19 @@ TEST_F(RunAmongStrangers, ServesTheOthersBesideRowsThatAreTooLarge) {
         EXPECT_NE(std::string::npos, first) << run.err;
         EXPECT_EQ(std::string::npos, run.err.find(row, first + 1)) << "said once";
     }
+}
+
+// Such a page is owed as long as nobody mends the row, and holds up no end.
+TEST_F(RunAmongStrangers, WaitsForNoPageOfAPagerWhoseRowIsTooLarge) {
+    Raise("ALL/1");
+    WriteAsAnother("pagerfwd.db",
+                   "UPDATE AlarmFwd_PagerSetting SET pgnumber = hex(zeroblob(600000))"
+                   " WHERE description = 'osaka'");
+    At(3600, "kill -TERM $PPID; echo >late");
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1", "osaka pending 0", "tech off limit 2"));
+    EXPECT_FALSE(std::filesystem::exists("late")) << run.err;
 }
 
 }  // namespace

@@ -216,6 +216,17 @@ TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
     EXPECT_THAT(said, ContainsRegex("10:02:0[0-5] line .COM 2. is back"));
 }
 
+TEST_F(RunLines, TellSinceWhenTheyHaveNothingToDo) {
+    Raise("DUTY/1");
+    At(300, Pagerfwd("line list --json >lines"));
+    At(301, "kill -TERM $PPID");
+    Simulated({"run"});
+    for (const auto& line : nlohmann::json::parse(TextOf("lines"))) {
+        EXPECT_EQ("idle", line["doing"]);
+        EXPECT_GT("2001-01-08 10:01:00", line["doing_since"].get<std::string>());
+    }
+}
+
 TEST_F(RunLines, ShowTheLatestReasonWhyTheyAreSick) {
     Modem("COM 2", "there_from = \"2001-01-08 10:02:00\"\npowered = false");
     At(100, Pagerfwd("line list >before"));
