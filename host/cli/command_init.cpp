@@ -4,6 +4,7 @@
 
 #include "host/cli/program.h"
 #include "host/process/database_locks.h"
+#include "host/process/room_to_open.h"
 #include "host/store/schema.h"
 #include "host/text/printable.h"
 
@@ -32,6 +33,7 @@ void RefuseWhileServed(Connection& connection, const std::string& database) {
 }
 
 ExitCode Init(const Program& program) {
+    MakeRoomToOpen(program.database);
     Connection connection(program.database, Connection::Mode::kCreate);
     RefuseWhileServed(connection, program.database);
     std::cout << Printable(program.database) << ": " << Describe(CreateTables(connection)) << "\n";

@@ -14,6 +14,7 @@
 #include "host/node/node.h"
 #include "host/process/database_locks.h"
 #include "host/process/fault_log.h"
+#include "host/process/room_to_open.h"
 #include "host/text/age.h"
 
 namespace host {
@@ -61,6 +62,7 @@ ExitCode RunNode(const Program& program, const RunOptions& options) {
     OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
     const FaultLog faults(log);
     StopSignal stop;
+    MakeRoomToOpen(program.database);
     try {
         const NodeOptions node_options = OptionsFor(program, options);
         while (Node(node_options, log).Run(stop) == Node::End::kDatabaseReplaced) {

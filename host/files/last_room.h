@@ -1,7 +1,8 @@
-// Room on a disk that is kept for the last writes of a process.
+// Room on a disk that is kept for the last writes of an engine.
 //
-// A file beside the database that holds nothing of worth. On a disk that has become full, who is to
-// end with something still to write takes it away, and writes into the room that it has had.
+// A file beside the database that holds nothing of worth. On a disk that has become full, it is
+// taken away by who is to end with something still to write (process/last_writes.h), or can't even
+// begin (process/room_to_open.h): what they write has the room that it has had.
 //
 // Errors     FileError, naming the file, where there is none to keep.
 #ifndef PAGERFWD_HOST_FILES_LAST_ROOM_H

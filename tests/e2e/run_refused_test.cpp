@@ -1,4 +1,5 @@
 // `pagerfwd run` where the system refuses what it needs: room on the disk, or a thread.
+#include "host/files/last_room.h"
 #include "tests/e2e/run_fixture.h"
 
 namespace {
@@ -173,6 +174,16 @@ TEST_P(RunOnAFullDisk, EndsAllPagesAndSendsNoneAgain) {
     pages.clear();
     EXPECT_EQ(0, RunUntilDone().exit_code);
     EXPECT_THAT(pages, IsEmpty());
+}
+
+// Not even what lies beside the database could be made.
+TEST_F(RunRefused, BeginsOnAFullDiskInTheRoomThatWasKept) {
+    host::KeepLastRoom("pagerfwd.db");
+    Raise("DUTY/1");
+    const ProgramRun run = RunUntilDoneWith(During("PAGERFWD_NO_OTHER_ROOM", 0, 20));
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1))) << run.err;
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
 }
 
 // What it has kept is written into the room that was kept for it.
