@@ -9,6 +9,8 @@
 #include "host/cli/times.h"
 #include "host/pages/page_owner.h"
 #include "host/site/port_device.h"
+#include "host/store/tables/deliveries.h"
+#include "host/store/tables/pagers.h"
 #include "host/store/tables/sends.h"
 #include "host/text/text_table.h"
 
@@ -35,10 +37,24 @@ std::string HealthOf(const LineState& line, Encoding encoding) {
     return health;
 }
 
+// Of pagers that are bound to a line which is out of service: it has not been given them.
+void AddThoseThatWait(Connection& connection, std::map<std::string, int64_t>& pages) {
+    for (const Delivery& delivery : OpenDeliveries(connection)) {
+        if (!delivery.line.empty()) {
+            continue;
+        }
+        const std::vector<PagerRow> pagers = FindPagers(connection, delivery.pager);
+        if (pagers.size() == 1 && !pagers.front().port.empty()) {
+            ++pages[pagers.front().port];
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<LineStatus> ReadLineStatus(Connection& connection) {
-    const std::map<std::string, int64_t> pages = CountByLine(connection);
+    std::map<std::string, int64_t> pages = CountByLine(connection);
+    AddThoseThatWait(connection, pages);
     const std::map<std::string, std::time_t> successes = LastSuccesses(connection);
     std::vector<LineStatus> lines;
     for (LineState& line : ReadLines(connection)) {

@@ -16,7 +16,7 @@ namespace host {
 
 struct LineStatus {
     LineState state;
-    int64_t pages = 0;             // that it has, or is to have
+    int64_t pages = 0;             // that it has, or is to have; those included that wait for it
     std::time_t last_success = 0;  // 0: none that is known of
 };
 

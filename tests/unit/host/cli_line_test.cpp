@@ -61,6 +61,18 @@ TEST_F(CliLine, IsShownWithWhatItDoes) {
     EXPECT_EQ(Lines(), nlohmann::json::parse(Run({"status", "--json"}).out)["lines"]);
 }
 
+TEST_F(CliLine, HasThePagesThatWaitForItAlone) {
+    LetThemWork();
+    Execute(
+        "INSERT INTO AlarmFwd_PagerSetting (description, comport) VALUES ('bound', 'COM 2'),"
+        " ('any', '');"
+        "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, line) VALUES"
+        " ('9', 0, 'ops', 'bound', 0, ''), ('9', 1, 'ops', 'any', 0, ''),"
+        " ('9', 2, 'ops', 'gone', 0, ''), ('10', 0, 'ops', 'bound', 0, 'COM 2')");
+    EXPECT_EQ(2, Lines()[0]["pages"]);
+    EXPECT_EQ(2, Lines()[1]["pages"]);
+}
+
 TEST_F(CliLine, IsPausedAndPutBack) {
     EXPECT_EQ("line \"COM 2\": paused\n", Run({"line", "pause", "COM 2"}).out);
     EXPECT_EQ("line \"COM 2\": was paused before\n", Run({"line", "pause", "COM 2"}).out);
