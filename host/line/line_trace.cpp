@@ -133,7 +133,7 @@ void LineTrace::PageEnded(const TracedPage& page) {
 void LineTrace::TellWhoHolds() {
     const std::string holders = HoldersOf(line_.device);
     log_.Error(line_.device + " could not be opened" +
-               (holders.empty() ? "; does it exist, and may this user open it?"
+               (holders.empty() ? "; does it exist, is it a serial line, and may this user open it?"
                                 : "; it is held by " + holders));
 }
 

@@ -8,8 +8,8 @@ namespace host {
 LockFile TakeDevice(const LockFolder& folder, const SiteLine& line, const std::string& holder) {
     LockFile lock = LockOfDevice(folder, line.device);
     if (!lock.TryTake(holder)) {
-        throw InUse("port \"" + line.name + "\", " + line.device + ": used already by " +
-                    lock.Holder() + " (for another database)");
+        throw InUse(line.device + ": used already by " + lock.Holder() +
+                    " (for another line, or another database)");
     }
     return lock;
 }
