@@ -50,7 +50,7 @@ struct PageStory {
     Reached reached = Reached::kUnknown;
     std::string line;    // the last that had it; empty: none, or the site has no lines
     bool waits = false;  // no library has it yet, or any more: it is to go to a line
-    std::string note;    // why it was moved or given up, where somebody said so
+    std::string note;    // why it was given up, where somebody said so
     std::vector<PageMove> moves;
 };
 

@@ -78,7 +78,6 @@ class Teller {
     void Moved(const PageChange& change) {
         story_.tries = 0;
         story_.due = change.at;
-        story_.note = change.note;
         story_.moves.push_back({change.at, change.line, change.note});
         starts_ = true;
     }

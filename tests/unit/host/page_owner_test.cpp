@@ -215,6 +215,19 @@ TEST_F(AnOwner, KeepsOnlyBoundPagesWhenItIsSick) {
     EXPECT_THAT(CountByLine(connection), ElementsAre(Pair("north", 1)));
 }
 
+TEST_F(AnOwner, ThatIsSickTellsFreePagesFromThoseThatAreGivenUp) {
+    for (const char* line : {"north", "south"}) {
+        Give(line, 0, 2);
+        TakePage(connection, kDuty, "sick");
+    }
+    Give("west", 0, 2);
+    Give("west", 1);
+    const TakenPages taken = TakeUnboundPages(connection, "west", "no dial tone");
+    EXPECT_EQ(1, taken.free) << "the other";
+    EXPECT_EQ(1, taken.given_up);
+    EXPECT_EQ(0, taken.bound);
+}
+
 TEST_F(AnOwner, LosesNoPageOfAnotherLine) {
     Give("north", 0);
     Give("south", 1);
