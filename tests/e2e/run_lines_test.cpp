@@ -216,6 +216,21 @@ TEST_F(RunLines, AreMissedWithinSecondsAndBackWithinSeconds) {
     EXPECT_THAT(said, ContainsRegex("10:02:0[0-5] line .COM 2. is back"));
 }
 
+// Killed once with a page that could not be finished, and twice by somebody.
+TEST_F(RunLines, AreNotStuckWhereTheyAreKilledOnceTheirDeviceIsBack) {
+    Modem("COM 1", "there_until = \"2001-01-08 10:00:12\"\nthere_from = \"2001-01-08 10:02:00\"");
+    Raise("DUTY/1");
+    Raise("DUTY/2");
+    for (const int second : {300, 400}) {
+        At(second, "read lines </proc/$PPID/task/$PPID/children; kill -KILL $lines");
+    }
+    At(500, "kill -TERM $PPID");
+    const std::string said = Simulated({"run"}).err;
+    EXPECT_THAT(said, HasSubstr("line \"COM 1\": its page can't be finished"));
+    EXPECT_THAT(said, HasSubstr("line \"COM 1\": its process was killed; it is started anew"));
+    EXPECT_THAT(said, Not(HasSubstr("it gets stuck")));
+}
+
 TEST_F(RunLines, TellSinceWhenTheyHaveNothingToDo) {
     Raise("DUTY/1");
     At(300, Pagerfwd("line list --json >lines"));
