@@ -249,8 +249,8 @@ void ServedLine::Return(SiteLine line) {
     leaving_ = false;
 }
 
-void ServedLine::WasSick(const std::string& why, std::time_t now) {
-    health_.FallSick(why, now);
+void ServedLine::WasSick(const std::string& why, std::time_t since) {
+    health_.FallSick(why, since);  // to be asked since then
     log_.Warning(name_ + " has been sick: " + why + "; it is asked now");
 }
 

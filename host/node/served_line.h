@@ -64,7 +64,7 @@ class ServedLine {
     // Why that process failed, if it did since the last look; else empty.
     std::string TakeFailedCall() { return std::exchange(failed_call_, {}); }
     // As the node before left it.
-    void WasSick(const std::string& why, std::time_t now);
+    void WasSick(const std::string& why, std::time_t since);
     // The site knows it no more, knows it otherwise, or the node ends.
     void Leave() { leaving_ = true; }
     bool HasLeft() const { return leaving_ && !process_; }

@@ -9,6 +9,14 @@
 #include "host/store/tables/lines.h"
 
 namespace host {
+namespace {
+
+// A line that has been well from the beginning is so since it is known.
+std::time_t SinceOf(const LineHealth& health, std::time_t now) {
+    return health.Since() == 0 ? now : health.Since();
+}
+
+}  // namespace
 
 bool ServedLines::Read(Connection& connection) {
     std::vector<SiteLine> now = SiteLines(connection);
@@ -39,7 +47,7 @@ void ServedLines::TakeIn(Connection& connection, SiteLine line) {
     lines_.push_back(
         std::make_unique<ServedLine>(std::move(line), std::move(shown), command_, log_));
     if (state && state->health == Health::kSick) {
-        lines_.back()->WasSick(state->reason, std::time(nullptr));
+        lines_.back()->WasSick(state->reason, state->since);
     }
 }
 
@@ -67,7 +75,7 @@ void ServedLines::LookAt(ServedLine& line, const LineState& state, Connection& c
     const std::string& name = line.Line().name;
     const Health health = line.Health().IsSick() ? Health::kSick : Health::kWell;
     if (state.health != health || state.reason != line.Health().Reason()) {
-        SetHealth(connection, name, health, line.Health().Reason(), now);
+        SetHealth(connection, name, health, line.Health().Reason(), SinceOf(line.Health(), now));
     }
     if (state.process != line.Process()) {
         SetProcess(connection, name, line.Process());

@@ -173,6 +173,10 @@ TEST_P(RunDeadLine, HoldsUpNoOtherAndItsPagesGoByIt) {
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 6)));
     EXPECT_EQ(std::vector<std::string>(6, "duty done 1"), Stories());
     EXPECT_THAT(Rows("line FROM Host_History WHERE change = 'moved'"), Contains("COM 1"));
+    EXPECT_THAT(Rows("max(at) - (SELECT since FROM Host_Lines WHERE line = 'COM 1') <= 60"
+                     " FROM Host_History WHERE change = 'moved'"),
+                ElementsAre("1"))
+        << run.err;
     for (const Call& call : Calls()) {
         EXPECT_EQ("COM 2", call.line);
     }
@@ -278,6 +282,18 @@ TEST_F(RunLines, AreToldOnceWhenTheyAreSick) {
     EXPECT_THAT(Sends(), AllOf(SizeIs(Le(3)), Each("not sent 8 COM 1")));
     EXPECT_THAT(Rows("health || ': ' || reason FROM Host_Lines WHERE line = 'COM 1'"),
                 ElementsAre("sick: its modem doesn't answer"));
+}
+
+TEST_F(RunLines, AreSickSinceTheyFellSickWhateverIsFoundOutLater) {
+    Modem("COM 1", "powered = false");
+    for (const int second : {5, 8, 11}) {
+        At(second, "kill -KILL " + ProcessOf("COM 1"));
+    }
+    At(200, "kill -TERM $PPID");
+    Simulated({"run"});
+    EXPECT_THAT(Rows("reason || ', ' || (since - 978948000 < 20) FROM Host_Lines"
+                     " WHERE line = 'COM 1'"),
+                ElementsAre("its modem doesn't answer, 1"));
 }
 
 // --- Processes that are killed.
