@@ -251,12 +251,12 @@ int64_t LengthOfHistory(host::Connection& connection) {
     return statement.Number(0);
 }
 
-// It grows by what happens, and by nothing else: a row where a page is queued or moved, two where
-// one is tried or ended.
+// It grows by what happens, and by nothing else: a row where a page is queued, two where it moves
+// and is queued anew, is tried, or ends.
 void JudgeHistory(host::Connection& connection, const Totals& totals,
                   std::vector<std::string>& complaints) {
     const int64_t most = 3 * totals.pages + 2 * (totals.sent + totals.failed) +
-                         Count(connection, "moved") + Count(connection, "engine starts");
+                         2 * Count(connection, "moved") + Count(connection, "engine starts");
     const int64_t length = LengthOfHistory(connection);
     if (length > most) {
         complaints.push_back("too long: a history of " + std::to_string(length) +
