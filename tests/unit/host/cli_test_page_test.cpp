@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "host/devices/device_lock.h"
 #include "tests/unit/host/cli_fixture.h"
 #include "tests/unit/host/table_client.h"
 
@@ -58,6 +59,30 @@ TEST_F(CliTestPage, LocksItsDeviceInTheFolderThatIsNamed) {
     MakeSite();
     EXPECT_THAT(Run({"--locks", "none-such", "test", "duty"}).err,
                 HasSubstr("none-such: no locks can be made there"));
+}
+
+TEST_F(CliTestPage, GoesByTheLineThatIsNamed) {
+    MakeSite(R"(
+[[port]]
+name = "north"
+device = "/dev/ttyNone0"
+[port.sms1]
+dial = "ATDT1"
+[[port]]
+name = "south"
+device = "/dev/ttyNone1"
+[port.sms1]
+dial = "ATDT1"
+[[pager]]
+description = "duty"
+type = "sms1"
+number = "0"
+)");
+    host::LockFile taken = host::LockOfDevice({"site.db", folder.Path().string()}, "/dev/ttyNone0");
+    ASSERT_TRUE(taken.TryTake("another"));
+    EXPECT_NE(0, Run({"test", "duty", "--line", "north"}).exit_code);
+    EXPECT_EQ(0, Run({"test", "duty", "--line", "south"}).exit_code);
+    EXPECT_THAT(Run({"test", "duty", "--line", "west"}).err, HasSubstr("\"west\""));
 }
 
 TEST_F(CliTestPage, SaysThatTheLibraryDoesNotKnowThePager) {
