@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 
+#include "tests/support/planted.h"
 #include "tests/unit/host/cli_fixture.h"
 
 namespace {
@@ -48,11 +49,12 @@ class Watch : public CliFixture {
     // The rows of the first picture on a terminal of this size.
     static std::vector<std::string> Picture(unsigned short rows, unsigned short columns,
                                             const char* ended = nullptr) {
+        const std::string program = test_support::WithPlanted(PAGERFWD_PROGRAM);
         winsize size{rows, columns, 0, 0};
         int master = -1;
         const pid_t child = forkpty(&master, nullptr, nullptr, &size);
         if (child == 0) {
-            execl(PAGERFWD_PROGRAM, "pagerfwd", "--database", "site.db", "watch", "--every", "3600",
+            execl(program.c_str(), "pagerfwd", "--database", "site.db", "watch", "--every", "3600",
                   ended == nullptr ? nullptr : "--ended", ended, nullptr);
             _exit(127);
         }
