@@ -19,11 +19,16 @@ add_custom_target(library_tests)
 # once there, and what is expected is what they do when neither has to wait for a processor.
 # SUMMER: its tests run a second time, in a zone that has summer time (tests/support/zone.h); not
 # under a sanitizer, which finds nothing else there.
+# REAL: neither simulated lines nor virtual clock, for tests with a server that knows none.
 function(pagerfwd_test name)
-    cmake_parse_arguments(ARG "ALONE;SUMMER" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE;SUMMER;REAL" "" "SOURCES;LINKS" ${ARGN})
+    set(simulation -Wl,--no-as-needed pagersim_preload -Wl,--as-needed)
+    if(ARG_REAL)
+        set(simulation)
+    endif()
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE pagerfwd_compile pagerfwd_large_files
-                                          -Wl,--no-as-needed pagersim_preload -Wl,--as-needed
+                                          ${simulation}
                                           ${ARG_LINKS} gmock_main)
     target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ${PAGERFWD_UNITY})

@@ -12,6 +12,7 @@
 #include "host/site/database_check.h"
 #include "host/site/ports_of_pager.h"
 #include "host/site/sending_rules.h"
+#include "host/store/database_name.h"
 #include "host/store/look.h"
 #include "host/text/printable.h"
 
@@ -78,7 +79,7 @@ ExitCode CheckFile(const std::string& path, bool json) {
 
 ExitCode CheckTables(const std::string& database, bool json) {
     const ReadBack read = Look(database, CheckDatabase);
-    const ExitCode code = Report(database, read.site, read.findings, json);
+    const ExitCode code = Report(ShownName(database), read.site, read.findings, json);
     if (!json && code == kNo) {
         std::cout
             << "To mend them: pagerfwd export site.toml, edit it, pagerfwd import site.toml\n";

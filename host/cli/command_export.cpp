@@ -11,6 +11,7 @@
 #include "host/site/read_back.h"
 #include "host/site/site_check.h"
 #include "host/site/site_writer.h"
+#include "host/store/database_name.h"
 #include "host/store/look.h"
 #include "host/text/printable.h"
 
@@ -31,7 +32,7 @@ ExitCode Export(const Program& program, const std::string& path, bool force) {
     }
     CheckSite(read.site, read.findings);
     if (read.findings.HasErrors()) {
-        PrintFindings(std::cerr, program.database, read.findings);
+        PrintFindings(std::cerr, ShownName(program.database), read.findings);
         std::cerr << "the file can't be imported before these are mended in it\n";
         return kNo;
     }

@@ -7,6 +7,7 @@
 #include "host/cli/program.h"
 #include "host/cli/site_input.h"
 #include "host/site/site_tables.h"
+#include "host/store/database_name.h"
 #include "host/store/pool.h"
 #include "host/text/printable.h"
 
@@ -26,7 +27,7 @@ ExitCode Import(const Program& program, const std::string& path) {
     }
     Lease lease(program.database);
     StoreSite(lease.Database(), read.site);
-    std::cout << Printable(program.database) << ": now has "
+    std::cout << Printable(ShownName(program.database)) << ": now has "
               << Counted(read.site.ports.size(), "port") << " and "
               << Counted(read.site.pagers.size(), "pager") << "\n";
     return kDone;

@@ -5,6 +5,7 @@
 #include "host/cli/program.h"
 #include "host/process/database_locks.h"
 #include "host/process/room_to_open.h"
+#include "host/store/database_name.h"
 #include "host/store/schema.h"
 #include "host/text/printable.h"
 
@@ -27,8 +28,8 @@ const char* Describe(Made made) {
 void RefuseWhileServed(Connection& connection, const std::string& database) {
     const LockFile lock = EngineLock(database);
     if (IsOutdated(connection) && lock.IsTaken()) {
-        throw Failure(kCannot, database + ": an older pagerfwd serves it (" + lock.Holder() +
-                                   "); end that, and bring it up to date then");
+        throw Failure(kCannot, ShownName(database) + ": an older pagerfwd serves it (" +
+                                   lock.Holder() + "); end that, and bring it up to date then");
     }
 }
 
@@ -36,7 +37,8 @@ ExitCode Init(const Program& program) {
     MakeRoomToOpen(program.database);
     Connection connection(program.database, Connection::Mode::kCreate);
     RefuseWhileServed(connection, program.database);
-    std::cout << Printable(program.database) << ": " << Describe(CreateTables(connection)) << "\n";
+    std::cout << Printable(ShownName(program.database)) << ": "
+              << Describe(CreateTables(connection)) << "\n";
     return kDone;
 }
 

@@ -14,6 +14,7 @@
 #include "host/devices/serial_devices.h"
 #include "host/site/port_device.h"
 #include "host/site/read_back.h"
+#include "host/store/database_name.h"
 #include "host/store/look.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
@@ -42,7 +43,7 @@ struct ShownDevice {
 // Without a database there is no site yet.
 std::vector<Port> PortsIn(const std::string& database) {
     std::error_code none;
-    if (!std::filesystem::exists(database, none)) {
+    if (!IsOnServer(database) && !std::filesystem::exists(database, none)) {
         return {};
     }
     return Look(database,

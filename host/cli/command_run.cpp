@@ -15,6 +15,7 @@
 #include "host/process/database_locks.h"
 #include "host/process/fault_log.h"
 #include "host/process/room_to_open.h"
+#include "host/store/database_name.h"
 #include "host/text/age.h"
 
 namespace host {
@@ -31,7 +32,13 @@ std::vector<std::string> LineProgram(const Program& program) {
     const auto absolute = [](const std::string& path) {
         return path.empty() ? path : std::filesystem::absolute(path).string();
     };
-    std::vector<std::string> words = {"pagerfwd", "--database", absolute(program.database)};
+    std::vector<std::string> words = {"pagerfwd"};
+    if (IsOnServer(program.database)) {
+        // Its password is nobody's to see in the list of processes.
+        setenv("PAGERFWD_DATABASE", program.database.c_str(), 1);
+    } else {
+        words.insert(words.end(), {"--database", absolute(program.database)});
+    }
     for (const auto& [option, path] :
          {std::pair{"--library", program.library}, std::pair{"--locks", program.locks}}) {
         if (!path.empty()) {

@@ -20,6 +20,7 @@
 #include "host/lines/line_folder.h"
 #include "host/lines/site_lines.h"
 #include "host/site/site_tables.h"
+#include "host/store/database_name.h"
 #include "host/store/look.h"
 #include "host/text/colours.h"
 #include "host/text/encoding.h"
@@ -78,7 +79,8 @@ TraceFiles FilesOfSite(Connection& connection, const Program& program, const std
 
 // The traces of the site's lines; that of this folder where none of them has one.
 TraceFiles FilesOfLines(const Program& program, const std::string& line) {
-    if (line.empty() && !std::filesystem::exists(program.database)) {
+    if (line.empty() && !IsOnServer(program.database) &&
+        !std::filesystem::exists(program.database)) {
         return OneFile(kTraceFile);
     }
     TraceFiles found = Look(program.database, [&](Connection& connection) {

@@ -1,13 +1,16 @@
 // pagerfwd: an embedded host of libPagerFwd.so. Tested by tests/unit/host/cli_test.cpp.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <sstream>
 
 #include "host/cli/program.h"
 #include "host/cli/usage_error.h"
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 #include "host/store/pool.h"
 #include "host/text/printable.h"
 
@@ -26,7 +29,9 @@ constexpr const char* kExamples =
     "  pagerfwd COMMAND --help          more on a command\n\n";
 
 void AddOptions(CLI::App& app, Program& program) {
-    app.add_option("--database", program.database, "The database file")
+    app.add_option("--database", program.database,
+                   "The database: a file, or postgresql://HOST/NAME for one "
+                   "on a server")
         ->envname("PAGERFWD_DATABASE")
         ->default_val("./pagerfwd.db")
         ->type_name("FILE");
@@ -39,6 +44,11 @@ void AddOptions(CLI::App& app, Program& program) {
                    "The folder where engines lock the serial devices that they use (without it: "
                    "/run/pagerfwd, or the user's own run-time folder)")
         ->envname("PAGERFWD_LOCKS")
+        ->type_name("FOLDER");
+    app.add_option("--state", program.state,
+                   "The folder where a database on a server has its locks and the folders of its "
+                   "lines (without it: /var/lib/pagerfwd)")
+        ->envname("PAGERFWD_STATE")
         ->type_name("FOLDER");
     app.add_flag("--trace", program.trace,
                  "Let the library write every step of a page to pageprot.txt, in this folder");
@@ -107,11 +117,18 @@ int Run(const Program& program) {
     }
 }
 
+// From the environment it may have one: that is only this user's to read.
+bool ShowsPassword(const std::string& database) {
+    const char* const given = std::getenv("PAGERFWD_DATABASE");
+    return ShownName(database) != database && (given == nullptr || database != given);
+}
+
 int Main(int argc, char** argv) {
     KeepFilesPrivate();
     Program program;
     CLI::App app("Forwards alarms to pagers over modems: the host of libPagerFwd.so.", "pagerfwd");
-    app.set_version_flag("--version", "pagerfwd " PAGERFWD_VERSION);
+    app.set_version_flag("--version", std::string("pagerfwd " PAGERFWD_VERSION " (SQLite") +
+                                          (HasPostgres() ? ", PostgreSQL)" : ")"));
     app.footer(kExamples + ExitCodeHelp());
     app.require_subcommand(1);
     app.fallthrough();
@@ -121,6 +138,14 @@ int Main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return EndParsing(app, error);
+    }
+    if (ShowsPassword(program.database)) {
+        std::cerr << "pagerfwd: everybody may see a password that is an argument; put it into "
+                     "PAGERFWD_DATABASE, or a file for PGPASSFILE\n";
+        return kUsage;
+    }
+    if (!program.state.empty()) {
+        setenv("PAGERFWD_STATE", std::filesystem::absolute(program.state).c_str(), 1);
     }
     const int code = Run(program);
     CloseDatabases();

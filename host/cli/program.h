@@ -42,6 +42,8 @@ struct Program {
     std::string database;
     std::string library;  // empty: searched for
     std::string locks;    // the folder of the locks of serial devices; empty: the usual one
+    std::string
+        state;  // the folder of what belongs to a database on a server; empty: the usual one
     bool trace = false;
 
     std::function<ExitCode()> command;  // what the command line asks for

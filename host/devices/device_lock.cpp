@@ -12,6 +12,7 @@
 
 #include "host/devices/serial_devices.h"
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 
 namespace host {
 namespace {
@@ -21,8 +22,9 @@ std::string UsualFolder(const std::string& database) {
     constexpr const char* kFolder = "/run/pagerfwd";
     constexpr mode_t kOwnerAndGroup = 0770;
     std::error_code none;
-    if (std::filesystem::exists(database, none) && mkdir(kFolder, kOwnerAndGroup) == 0) {
-        const Ownership ownership = OwnershipOf(database);
+    if (std::filesystem::exists(BesideOwner(database), none) &&
+        mkdir(kFolder, kOwnerAndGroup) == 0) {
+        const Ownership ownership = OwnershipOf(BesideOwner(database));
         static_cast<void>(!chown(kFolder, ownership.owner, ownership.group));
         return kFolder;
     }

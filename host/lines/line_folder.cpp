@@ -5,6 +5,7 @@
 
 #include "host/files/shared_file.h"
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 
 namespace host {
 namespace {
@@ -30,7 +31,7 @@ std::string Encoded(const std::string& name) {
 }
 
 std::string FolderOfAll(const std::string& database) {
-    return std::filesystem::weakly_canonical(database).string() + "-lines";
+    return std::filesystem::weakly_canonical(BesideName(database)).string() + "-lines";
 }
 
 void MakeFolder(const std::string& folder, const Ownership& ownership) {
@@ -49,13 +50,13 @@ std::string LineFolder(const std::string& database, const std::string& line) {
 
 std::string MakeLineFolder(const std::string& database, const std::string& line) {
     try {
-        const Ownership ownership = OwnershipOf(database);
+        const Ownership ownership = OwnershipOf(BesideOwner(database));
         MakeFolder(FolderOfAll(database), ownership);
         std::string folder = LineFolder(database, line);
         MakeFolder(folder, ownership);
         return folder;
     } catch (const FileError& error) {
-        throw StoreError(database + ": " + error.what());
+        throw StoreError(BesideOwner(database) + ": " + error.what());
     }
 }
 

@@ -14,6 +14,7 @@
 #include "host/process/database_locks.h"
 #include "host/process/last_writes.h"
 #include "host/site/site_tables.h"
+#include "host/store/database_name.h"
 #include "host/store/large_cells.h"
 #include "host/store/schema.h"
 #include "host/store/tables/events.h"
@@ -40,7 +41,7 @@ LineCommand CommandOf(const NodeOptions& options, const LockFile& lock) {
 Node::Node(NodeOptions options, OperatorLog& log)
     : options_(std::move(options)),
       log_(log),
-      trouble_(log, options_.database + ": works again"),
+      trouble_(log, ShownName(options_.database) + ": works again"),
       lease_(options_.database, Refusals::kKept),
       encoding_(EncodingOf(lease_.Database())),
       lock_(TakeNodeLock(options_.database, "run")),
@@ -91,7 +92,7 @@ void Node::Serve(StopSignal& stop) {
     lines_.Read(lease_.Database());
     AdoptPages();
     alerts_.Begin(lease_.Database(), std::time(nullptr));
-    log_.Info("serving " + options_.database);
+    log_.Info("serving " + ShownName(options_.database));
     do {
         LookAtFile();
         StepOrReport();

@@ -1,6 +1,8 @@
 // Notices as JSON. Tested by tests/unit/host/notices_test.cpp.
 #include "host/node/notice.h"
 
+#include "host/store/database_name.h"
+
 #include <limits.h>
 #include <unistd.h>
 
@@ -45,7 +47,9 @@ const char* WordOf(NoticeKind kind) {
 NoticeOrigin OriginOf(const std::string& database) {
     std::array<char, HOST_NAME_MAX + 1> name{};
     gethostname(name.data(), name.size() - 1);
-    return {name.data(), std::filesystem::weakly_canonical(database).string()};
+    return {name.data(), IsOnServer(database)
+                             ? ShownName(database)
+                             : std::filesystem::weakly_canonical(database).string()};
 }
 
 std::string AsJson(const Notice& notice, const NoticeOrigin& origin, std::time_t at,

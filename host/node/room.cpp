@@ -9,6 +9,7 @@
 
 #include "host/files/last_room.h"
 #include "host/process/clock_jumps.h"
+#include "host/store/database_name.h"
 #include "host/store/reserve.h"
 
 namespace host {
@@ -29,7 +30,8 @@ uint64_t Room::AvailableBytes(const std::string& path) {
 }
 
 void Room::Look(std::time_t now) {
-    if (!HasCome(look_at_, now, kBetweenLooks)) {
+    // A server has a disk of its own, and somebody who looks after it.
+    if (IsOnServer(database_) || !HasCome(look_at_, now, kBetweenLooks)) {
         return;
     }
     look_at_ = now + kBetweenLooks;

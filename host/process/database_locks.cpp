@@ -4,16 +4,17 @@
 #include <filesystem>
 
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 
 namespace host {
 namespace {
 
 LockFile LockBeside(const std::string& database, const char* what) {
     try {
-        return LockFile(std::filesystem::weakly_canonical(database).string() + what,
-                        OwnershipOf(database));
+        return LockFile(std::filesystem::weakly_canonical(BesideName(database)).string() + what,
+                        OwnershipOf(BesideOwner(database)));
     } catch (const FileError& error) {
-        throw StoreError(database + ": " + error.what());
+        throw StoreError(BesideOwner(database) + ": " + error.what());
     }
 }
 
@@ -30,7 +31,7 @@ LockFile EngineLock(const std::string& database) {
 LockFile TakeNodeLock(const std::string& database, const std::string& holder) {
     LockFile lock = NodeLock(database);
     if (!lock.TryTake(holder)) {
-        throw InUse(database + ": served already by " + lock.Holder());
+        throw InUse(ShownName(database) + ": served already by " + lock.Holder());
     }
     return lock;
 }

@@ -1,4 +1,5 @@
-// A connection to an SQLite database, and the statements run over it.
+// A connection to a database, and the statements run over it. What kind of database it is, nobody
+// needs to know who asks; what it can do tells Features.
 //
 // Order      A Connection outlives its Statements and its WriteTransaction.
 // Threads    One thread at a time uses a connection; another may take it over.
@@ -17,9 +18,6 @@
 
 #include "host/store/held_writes.h"
 
-struct sqlite3;
-struct sqlite3_stmt;
-
 namespace host {
 
 class StoreError : public std::runtime_error {
@@ -34,6 +32,8 @@ class StoreAway : public StoreError {
     using StoreError::StoreError;
 };
 
+class Driver;
+class DriverStatement;
 class WriteTransaction;
 
 // A row that a statement met has a text or blob of more than this, in bytes: it can't be read.
@@ -43,6 +43,16 @@ class RowTooLarge : public StoreError {
 };
 inline constexpr int kLongestCell = 1 << 20;
 
+// Whether a name may be one of PostgreSQL; each may be a file's.
+bool HasPostgres();
+
+// What databases can do, and others can't.
+struct Features {
+    bool is_file;        // its name is a path: it can be away, replaced, copied, and on a full disk
+    bool keeps_refused;  // what the file system refuses may be kept, see held_writes.h
+    bool hides_large;    // while AnyLength lives, cells that are too large are seen as empty
+};
+
 class Connection {
  public:
     //   kExisting  to read and write; only to read, where this user may do no more
@@ -50,19 +60,24 @@ class Connection {
     //   kLook      to read; makes no file beside it
     enum class Mode { kExisting, kCreate, kLook };
 
-    // Opens the file. What is committed from now on survives a power cut; readers and one writer,
-    // in any process, don't stop each other; two writers wait for each other, up to ten seconds.
+    // Opens it. What is committed from now on survives a power cut; readers and one writer, in any
+    // process, don't stop each other; two writers wait for each other, up to ten seconds.
     explicit Connection(const std::string& path, Mode mode = Mode::kExisting);
     ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    const Features& Can() const;
 
     // Whether it was opened to be looked at while nobody had it open: what is read is sound only
     // while that stays so.
-    bool IsAtRest() const { return at_rest_; }
+    bool IsAtRest() const;
 
-    void Execute(const char* sql);
+    // Statements without parameters, one behind the other.
+    void Execute(const std::string& sql);
 
     // From now on a transaction that the file system refuses is kept, see held_writes.h, and what
-    // is kept is seen. held outlives the connection.
+    // is kept is seen: where the database can do so. held outlives the connection.
     void KeepRefused(HeldWrites& held);
 
     // The end of the connection leaves the files beside the database as they are: they may be those
@@ -91,25 +106,25 @@ class Connection {
     int64_t SchemaVersion();
     // Of a table; none where there is no such table.
     std::vector<std::string> ColumnsOf(std::string_view table);
+
+    // Which version of this program has made the tables, as SetMadeBy says; 0: none, yet.
+    int64_t MadeBy();
+    void SetMadeBy(int64_t version);
+    // Whether there are any, be it another program's.
+    bool HasTables();
+    // The statement for a trigger on AlarmLog: an alarm that was acknowledged stays so.
+    const char* StaysAcknowledged() const;
+
     bool InTransaction() const;
     const std::string& Path() const { return path_; }
-
-    // "site.db: no such table: AlarmLog": throws what has just failed on this connection.
-    [[noreturn]] void Fail() const;
+    // The same, as it may be shown.
+    std::string Name() const;
 
  private:
     friend class Statement;
     friend class WriteTransaction;
     friend class HeldWrites;
-    struct Closer {
-        void operator()(sqlite3* database) const;
-    };
-
-    struct Finalizer {
-        void operator()(sqlite3_stmt* statement) const;
-    };
-    using KeptStatements =
-        std::unordered_map<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>>;
+    using KeptStatements = std::unordered_map<std::string, std::unique_ptr<DriverStatement>>;
 
     // A prepared statement with its text: kept from an earlier use, or made.
     KeptStatements::node_type Take(const std::string& sql);
@@ -128,18 +143,9 @@ class Connection {
         Connection& connection_;
     };
 
-    void Run(const char* sql);
-    // Whether what has just failed is the file system's refusal.
-    bool WasRefused() const;
-
-    void Open(const std::string& name, int flags);
-    void OpenToWrite();
-    void OpenToLook();
-
-    std::string path_;
-    bool at_rest_ = false;
-    std::unique_ptr<sqlite3, Closer> database_;
-    KeptStatements kept_;  // those not in use; ended before the database closes
+    const std::string path_;
+    const std::unique_ptr<Driver> driver_;
+    KeptStatements kept_;  // those not in use; ended before the driver
     HeldWrites* held_ = nullptr;
     std::vector<HeldWrite>* record_ = nullptr;  // of the transaction that stands
     int in_sight_ = 0;                          // statements in use
@@ -177,7 +183,7 @@ class Statement {
     Connection& connection_;
     const Connection::Sight sight_;
     Connection::KeptStatements::node_type kept_;
-    sqlite3_stmt* const statement_;  // the one within
+    DriverStatement& statement_;  // the one within
     int bound_ = 0;
     std::optional<HeldWrite> noted_;  // until it runs: what a transaction takes note of
 };

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "host/store/connection.h"
+#include "host/store/driver.h"
 #include "host/store/faults.h"
 
 namespace host {
@@ -59,9 +59,9 @@ void HeldWrites::Replay(Connection& connection) {
 void HeldWrites::Commit(Connection& connection, std::vector<HeldWrite> writes) {
     const std::lock_guard guard(mutex_);
     try {
-        connection.Run("COMMIT");
+        connection.driver_->Commit();
     } catch (const StoreError& refusal) {
-        if (!connection.WasRefused()) {
+        if (!connection.driver_->WasRefused()) {
             throw;
         }
         return Keep(std::move(writes), refusal.what());
@@ -89,7 +89,7 @@ void HeldWrites::Forget(Connection& connection) {
     const size_t count = transactions_.size();
     transactions_.clear();
     any_ = false;
-    ReportMended(connection.Path() + ": can be written again; " + std::to_string(count) +
+    ReportMended(connection.Name() + ": can be written again; " + std::to_string(count) +
                  " change(s) that had been kept are written");
 }
 

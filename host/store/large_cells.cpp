@@ -92,6 +92,9 @@ void Cover(Connection& connection, const std::string& table) {
 }  // namespace
 
 void HideLargeCells(Connection& connection) {
+    if (connection.Can().hides_large) {
+        return;
+    }
     connection.Execute("PRAGMA temp_store = MEMORY");
     Statement tables(connection,
                      "SELECT name FROM main.sqlite_schema WHERE type = 'table'"

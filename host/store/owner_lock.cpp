@@ -10,6 +10,7 @@
 
 #include "host/files/shared_file.h"
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 
 namespace host {
 namespace {
@@ -36,7 +37,7 @@ int32_t DrawNumber() {
 }  // namespace
 
 OwnerLock::OwnerLock(const std::string& database)
-    : database_(database), path_(database + "-owners") {}
+    : database_(BesideOwner(database)), path_(BesideName(database) + "-owners") {}
 
 void OwnerLock::OpenToTake() {
     try {

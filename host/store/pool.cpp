@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/store/database_name.h"
 #include "host/store/schema.h"
 
 namespace host {
@@ -25,8 +26,12 @@ bool operator==(const FileIdentity& left, const FileIdentity& right) {
     return left.device == right.device && left.number == right.number;
 }
 
+// A database on a server is what its name says, always.
 FileIdentity IdentityOf(const std::string& path) {
     struct stat status {};
+    if (IsOnServer(path)) {
+        return {};
+    }
     // A file that has just gone is found missing when it is opened.
     return stat(path.c_str(), &status) == 0 ? FileIdentity{status.st_dev, status.st_ino}
                                             : FileIdentity{};
@@ -43,10 +48,10 @@ class DatabaseFile {
     bool IsStillNamed() const { return Is(IdentityOf(path_)); }
     FileNamed Named() const {
         const FileIdentity now = IdentityOf(path_);
-        if (now == FileIdentity{}) {
-            return FileNamed::kGone;
+        if (Is(now)) {
+            return FileNamed::kStill;
         }
-        return Is(now) ? FileNamed::kStill : FileNamed::kReplaced;
+        return now == FileIdentity{} ? FileNamed::kGone : FileNamed::kReplaced;
     }
     OwnerLock& Owners() { return owners_; }
     HeldWrites& Held() { return held_; }
@@ -133,7 +138,8 @@ std::shared_ptr<DatabaseFile> FindFile(const std::string& path) {
         return last;
     }
     // One name for a file, from wherever it is reached: the locks beside it go by the name.
-    const std::string name = std::filesystem::weakly_canonical(path).string();
+    const std::string name =
+        IsOnServer(path) ? path : std::filesystem::weakly_canonical(path).string();
     std::shared_ptr<DatabaseFile>& file = pool.files[name];
     if (file == nullptr || !file->IsStillNamed()) {
         file = std::make_shared<DatabaseFile>(name);

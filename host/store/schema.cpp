@@ -66,19 +66,13 @@ constexpr const char* kServiceParts =
     " outcome TEXT NOT NULL, result INTEGER NOT NULL, reason TEXT NOT NULL);"
     "CREATE INDEX Host_SendsOfAlarm ON Host_Sends (alarm);"
     "CREATE TABLE Host_TestPages (row_id INTEGER PRIMARY KEY, asked_by INTEGER NOT NULL,"
-    " pager TEXT NOT NULL, answer INTEGER);"
-    // An alarm that was acknowledged stays so: the fold of its pages, written when a page on the
-    // line ends, would otherwise say again that it is being paged, and the next page would leave.
-    "CREATE TRIGGER AlarmLog_StaysAcknowledged AFTER UPDATE OF pagerstate, alarmack ON AlarmLog"
-    " WHEN NEW.alarmack NOT IN ('', '0') AND NEW.pagerstate <> '1' BEGIN"
-    " UPDATE AlarmLog SET pagerstate = '1' WHERE row_id = NEW.row_id; END;";
+    " pager TEXT NOT NULL, answer INTEGER);";
 
 // What a site of many lines needs besides.
 //   line, device        of an event, a delivery, a port: see host/store/line_view.h
 //   tries               of a page, by the lines that it was taken from
 //   Host_Lines          see host/store/tables/lines.h
 //   Host_PageRequests   see host/store/tables/page_requests.h
-// The history was written by triggers before.
 constexpr const char* kLineParts =
     "ALTER TABLE AlarmFwd_PagerEvents ADD COLUMN line TEXT NOT NULL DEFAULT '';"
     "ALTER TABLE AlarmFwd_COMProperties ADD COLUMN device TEXT NOT NULL DEFAULT '';"
@@ -96,7 +90,10 @@ constexpr const char* kLineParts =
     " doing_since INTEGER NOT NULL DEFAULT 0, pid INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;"
     "CREATE TABLE Host_PageRequests (row_id INTEGER PRIMARY KEY, alarm TEXT NOT NULL,"
     " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, line TEXT NOT NULL,"
-    " note TEXT NOT NULL);"
+    " note TEXT NOT NULL);";
+
+// They wrote the history.
+constexpr const char* kFormerTriggers =
     "DROP TRIGGER IF EXISTS Events_Written;"
     "DROP TRIGGER IF EXISTS Events_Changed;"
     "DROP TRIGGER IF EXISTS Events_TakenOut;"
@@ -112,13 +109,9 @@ std::string CreateStatement(const Table& table) {
     return sql + ")";
 }
 
-int64_t VersionOf(Connection& connection) {
-    return Statement(connection, "PRAGMA user_version").FirstNumber();
-}
-
 void RefuseNewer(Connection& connection, int64_t version) {
     if (version > kVersion) {
-        throw StoreError(connection.Path() +
+        throw StoreError(connection.Name() +
                          ": made by a newer pagerfwd, which this one doesn't understand");
     }
 }
@@ -129,7 +122,7 @@ char Lower(char c) {
 
 void MakeFirstTables(Connection& connection) {
     for (const Table& table : Tables()) {
-        connection.Execute(CreateStatement(table).c_str());
+        connection.Execute(CreateStatement(table));
     }
     connection.Execute(kFirstHostParts);
 }
@@ -186,39 +179,44 @@ std::string Quoted(std::string_view name) {
 
 Made CreateTables(Connection& connection) {
     WriteTransaction transaction(connection);
-    const int64_t version = VersionOf(connection);
+    const int64_t version = connection.MadeBy();
     RefuseNewer(connection, version);
     if (version == kVersion) {
         return Made::kNothing;
     }
-    if (version == 0 && Statement(connection, "SELECT 1 FROM sqlite_schema").Step()) {
-        throw StoreError(connection.Path() + ": holds tables of another program");
+    if (version == 0 && connection.HasTables()) {
+        throw StoreError(connection.Name() + ": holds tables of another program");
     }
     if (version < 1) {
         MakeFirstTables(connection);
     }
     if (version < 2) {
         connection.Execute(kServiceParts);
+        // The fold of an alarm's pages, written when a page on the line ends, would otherwise say
+        // again that it is being paged, and the next page would leave.
+        connection.Execute(connection.StaysAcknowledged());
+    } else {
+        connection.Execute(kFormerTriggers);
     }
     connection.Execute(kLineParts);
-    connection.Execute(("PRAGMA user_version = " + std::to_string(kVersion)).c_str());
+    connection.SetMadeBy(kVersion);
     transaction.Commit();
     return version == 0 ? Made::kTables : Made::kNewerParts;
 }
 
 bool IsOutdated(Connection& connection) {
-    const int64_t version = VersionOf(connection);
+    const int64_t version = connection.MadeBy();
     return version > 0 && version < kVersion;
 }
 
 void RequireTables(Connection& connection) {
-    const int64_t version = VersionOf(connection);
+    const int64_t version = connection.MadeBy();
     RefuseNewer(connection, version);
     if (version == 0) {
-        throw StoreError(connection.Path() + ": has no tables yet; make them with: pagerfwd init");
+        throw StoreError(connection.Name() + ": has no tables yet; make them with: pagerfwd init");
     }
     if (IsOutdated(connection)) {
-        throw StoreError(connection.Path() +
+        throw StoreError(connection.Name() +
                          ": made by an older pagerfwd; bring it up to date with: pagerfwd init");
     }
 }

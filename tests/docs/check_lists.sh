@@ -151,7 +151,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 # What is installed to be compiled or linked in.
 packages_in_setup() {
-    grep -oE '\b(lib[a-z0-9+]+-dev|[a-z0-9-]+-json3-dev|googletest)\b' scripts/setup | sort -u
+    grep -oE '\b(lib[a-z0-9+]+-dev|[a-z0-9-]+-json3-dev|googletest|postgresql-15)\b' scripts/setup | sort -u
 }
 
 case $2 in

@@ -107,7 +107,7 @@ int32_t FreeNumber(Connection& connection, std::time_t now) {
     while (IsUsed(connection, number)) {
         number = number == kLast ? 1 : number + 1;
         if (number == first) {
-            throw StoreError(connection.Path() + ": the alarm log has no number left");
+            throw StoreError(connection.Name() + ": the alarm log has no number left");
         }
     }
     return static_cast<int32_t>(number);

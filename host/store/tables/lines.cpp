@@ -132,7 +132,7 @@ void SetDoing(Connection& connection, const std::string& line, const std::string
 }
 
 void SetProcess(Connection& connection, const std::string& line, int64_t process) {
-    LineChange(connection, line, "pid = ?2, doing = CASE ?2 WHEN 0 THEN '' ELSE doing END")
+    LineChange(connection, line, process == 0 ? "pid = ?2, doing = ''" : "pid = ?2")
         .With(process)
         .Commit();
 }

@@ -72,7 +72,9 @@ TEST_F(ABacklog, EndsAlarmsWhosePagesHaveAllEnded) {
 
 TEST_F(ABacklog, IsNeverMendedAgainstAnAcknowledgement) {
     Add(7, "4", 2);
-    Execute("DROP TRIGGER AlarmLog_StaysAcknowledged; UPDATE AlarmLog SET alarmack = '1'");
+    Execute(std::string("DROP TRIGGER AlarmLog_StaysAcknowledged") +
+            (connection.Can().is_file ? "" : " ON AlarmLog") +
+            "; UPDATE AlarmLog SET alarmack = '1'");
     EXPECT_EQ(0, MendAlarmStates(connection));
     EXPECT_EQ("4", StateOf("7"));
 }
@@ -99,8 +101,9 @@ TEST_F(ABacklog, IsGivenUpWhereItsPagesWereNotYetQueued) {
     AddDelivery("7", 1, "night", "1");
     AddDelivery("8", 0, "duty");
     EXPECT_EQ(1, DiscardPages(connection, kNow - 60));
-    EXPECT_THAT(Rows("coalesce(answer, '-') FROM Host_Deliveries ORDER BY alarm, place"),
-                ElementsAre("4", "1", "-"));
+    EXPECT_THAT(
+        Rows("coalesce(CAST(answer AS TEXT), '-') FROM Host_Deliveries ORDER BY alarm, place"),
+        ElementsAre("4", "1", "-"));
 }
 
 TEST_F(ABacklog, IsGivenUpWhereItsAlarmWasNeverTakenUp) {
@@ -118,6 +121,7 @@ TEST_F(ABacklog, KeepsAcknowledgedAlarmsAcknowledgedWhenItIsGivenUp) {
     EXPECT_EQ("1", StateOf("7"));
 }
 
+#ifndef PAGERFWD_TEST_ON_POSTGRES  // a server changes such rows as any other
 // The pages of such an alarm are given up like others: only its own row stays as it is.
 TEST_F(ABacklog, IsGivenUpBesideRowsThatAreTooLarge) {
     Add(7, "2", 2, kNow - 61);
@@ -135,7 +139,7 @@ TEST_F(ABacklog, IsGivenUpBesideRowsThatAreTooLarge) {
     EXPECT_EQ("2", StateOf("7"));
     EXPECT_EQ("3", StateOf("8"));
     EXPECT_THAT(PageStates(), ElementsAre("3", "3", "2"));
-    EXPECT_THAT(Rows("coalesce(answer, '-') FROM Host_Deliveries ORDER BY place"),
+    EXPECT_THAT(Rows("coalesce(CAST(answer AS TEXT), '-') FROM Host_Deliveries ORDER BY place"),
                 ElementsAre("-", "4"));
     EXPECT_EQ(3U, faults.size());
 }
@@ -149,6 +153,7 @@ TEST_F(ABacklog, MendsStatesBesideOneThatIsTooLarge) {
     EXPECT_EQ("2", StateOf("8"));
     EXPECT_EQ(1U, faults.size());
 }
+#endif
 
 // As another program, or an older make, has written it.
 TEST_F(ABacklog, MendsTheTextsByWhichTheLibraryFindsItsRows) {

@@ -33,6 +33,24 @@ TEST_F(Cli, SaysItsVersion) {
     const ProgramRun run = Run({"--version"});
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.out, StartsWith("pagerfwd "));
+    EXPECT_THAT(run.out, HasSubstr(host::HasPostgres() ? "(SQLite, PostgreSQL)" : "(SQLite)"));
+}
+
+TEST_F(Cli, RefusesAPasswordThatEverybodyMaySee) {
+    const ProgramRun run =
+        RunProgram({PAGERFWD_PROGRAM, "--database", "postgresql://anna:secret@/site", "status"});
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("everybody may see"));
+    EXPECT_THAT(run.err, Not(HasSubstr("secret")));
+}
+
+TEST_F(Cli, TellsNoPasswordOfAServerThatCantBeReached) {
+    setenv("PAGERFWD_DATABASE", "postgresql://anna:secret@/site?host=/nowhere", 1);
+    const ProgramRun run = RunProgram({PAGERFWD_PROGRAM, "check"});
+    unsetenv("PAGERFWD_DATABASE");
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("postgresql://anna@/site"));
+    EXPECT_THAT(run.err, Not(HasSubstr("secret")));
 }
 
 TEST_F(Cli, RefusesACommandLineThatItDoesNotUnderstand) {

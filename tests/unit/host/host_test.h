@@ -14,6 +14,20 @@
 #include "host/store/schema.h"
 #include "tests/support/temp_dir.h"
 
+// A program of tests is compiled for either kind of database.
+#ifdef PAGERFWD_TEST_ON_POSTGRES
+#include "tests/support/own_postgres.h"
+
+inline std::string NewDatabase() {
+    setenv("PAGERFWD_STATE", std::filesystem::current_path().c_str(), 1);
+    return test_support::TheServer().MakeDatabase();
+}
+#else
+inline std::string NewDatabase() {
+    return "site.db";
+}
+#endif
+
 class HostTest : public ::testing::Test {
  protected:
     HostTest() {
@@ -29,7 +43,7 @@ class HostTest : public ::testing::Test {
     }
 
     const test_support::TempDir folder;
-    const std::string database = "site.db";
+    const std::string database = NewDatabase();
     std::vector<std::string> faults;
     std::vector<std::string> mended;  // told of faults that have passed
 };

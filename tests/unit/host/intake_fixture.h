@@ -95,8 +95,10 @@ class IntakeTest : public ServiceTest {
 
     // "b 1": the pagers of alarm 7 and the answers noted, "b -" where there is none yet.
     std::vector<std::string> Noted(const std::string& alarm = "7") {
-        return Rows("pager || ' ' || coalesce(answer, '-') FROM Host_Deliveries WHERE alarm = '" +
-                    alarm + "' ORDER BY place");
+        return Rows(
+            "pager || ' ' || coalesce(CAST(answer AS TEXT), '-') FROM Host_Deliveries WHERE alarm "
+            "= '" +
+            alarm + "' ORDER BY place");
     }
 
     std::optional<Intake> intake;

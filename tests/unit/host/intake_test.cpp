@@ -41,7 +41,7 @@ TEST_F(AnIntake, MendsWhatAnotherProgramHasWritten) {
     Route(3, {"c"});
     Execute(
         "INSERT INTO AlarmLog (alarmlogID, alarm_group, severity, server, details) VALUES"
-        " ('7', 'J\xC3\xBC/1', 'Major', 'a' || char(13) || 'b', '2 \xE2\x80\x93 3')");
+        " ('7', 'J\xC3\xBC/1', 'Major', 'a\rb', '2 \xE2\x80\x93 3')");
     Run();
     EXPECT_THAT(calls, ElementsAre("7 to c"));
     EXPECT_THAT(Rows("severity || '|' || alarm_group || '|' || server || '|' || details"

@@ -7,6 +7,7 @@
 #include "host/lines/site_lines.h"
 #include "host/node/line_loads.h"
 #include "host/node/new_sends.h"
+#include "host/store/database_name.h"
 #include "tests/unit/host/files.h"
 #include "tests/unit/host/service_test.h"
 
@@ -91,7 +92,13 @@ TEST_F(Sendings, AreToldWithWhatTheyCameTo) {
                                       "call is the page, and nothing confirms it\n"));
 }
 
-class LinesOfTheSite : public ServiceTest {};
+class LinesOfTheSite : public ServiceTest {
+ protected:
+    // The folder of all.
+    std::string AllLines() const {
+        return std::filesystem::weakly_canonical(BesideName(database)).string() + "-lines";
+    }
+};
 
 TEST_F(LinesOfTheSite, KnowTheirDeviceAndWhomTheyCanDialFor) {
     Execute(
@@ -116,19 +123,19 @@ TEST_F(LinesOfTheSite, KnowTheirDeviceAndWhomTheyCanDialFor) {
 TEST_F(LinesOfTheSite, HaveOtherSettingsWhereALineFeedMovesToTheNextCell) {
     Execute(
         "INSERT INTO AlarmFwd_COMProperties (Description, Init, Reset)"
-        " VALUES ('north', 'ATZ' || char(10), 'ATH')");
+        " VALUES ('north', 'ATZ\n', 'ATH')");
     const std::string before = FindSiteLine(connection, "north")->settings;
-    Execute("UPDATE AlarmFwd_COMProperties SET Init = 'ATZ', Reset = char(10) || 'ATH'");
+    Execute("UPDATE AlarmFwd_COMProperties SET Init = 'ATZ', Reset = '\nATH'");
     EXPECT_NE(before, FindSiteLine(connection, "north")->settings);
 }
 
 TEST_F(LinesOfTheSite, HaveAFolderEachThatNoNameLeadsOutOf) {
-    const std::string all = (folder.Path() / "site.db-lines/").string();
+    const std::string all = AllLines() + "/";
     EXPECT_EQ(all + "COM%201", LineFolder(database, "COM 1"));
     EXPECT_EQ(all + "%2E.%2Fx", LineFolder(database, "../x"));
     EXPECT_EQ(all + "%25", LineFolder(database, "%"));
     EXPECT_EQ(all + "%", LineFolder(database, ""));
-    chmod(database.c_str(), 0640);
+    chmod(BesideOwner(database).c_str(), 0640);
     const std::string made = MakeLineFolder(database, "north");
     EXPECT_EQ(made, MakeLineFolder(database, "north"));
     struct stat status {};
@@ -145,19 +152,20 @@ TEST_F(LinesOfTheSite, HaveNoFolderThatAStrangerMayHaveMade) {
         }
         return "made";
     };
-    WriteFile("site.db-lines", "");
-    EXPECT_THAT(why_not(), HasSubstr("site.db-lines: the folder can't be used: it is a link, or no "
+    const std::string all = AllLines();
+    WriteFile(all, "");
+    EXPECT_THAT(why_not(), HasSubstr("-lines: the folder can't be used: it is a link, or no "
                                      "folder"));
-    std::filesystem::remove("site.db-lines");
+    std::filesystem::remove(all);
     std::filesystem::create_directory("elsewhere");
-    std::filesystem::create_directory_symlink("elsewhere", "site.db-lines");
+    std::filesystem::create_directory_symlink("elsewhere", all);
     EXPECT_THAT(why_not(), HasSubstr("it is a link, or no folder"));
     EXPECT_TRUE(std::filesystem::is_empty("elsewhere"));
-    std::filesystem::remove("site.db-lines");
-    std::filesystem::create_directory("site.db-lines");
-    chmod("site.db-lines", 0777);
+    std::filesystem::remove(all);
+    std::filesystem::create_directory(all);
+    chmod(all.c_str(), 0777);
     EXPECT_THAT(why_not(), HasSubstr("others may write to it"));
-    chmod("site.db-lines", 0700);
+    chmod(all.c_str(), 0700);
     EXPECT_EQ("made", why_not());
 }
 

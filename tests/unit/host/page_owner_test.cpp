@@ -52,7 +52,8 @@ class AnOwner : public ServiceTest {
     }
     std::vector<std::string> Deliveries() {
         return Rows(
-            "pager || ' ' || line || ' ' || coalesce(answer, '-') FROM Host_Deliveries"
+            "pager || ' ' || line || ' ' || coalesce(CAST(answer AS TEXT), '-') FROM "
+            "Host_Deliveries"
             " ORDER BY place");
     }
     // The last change of the history.

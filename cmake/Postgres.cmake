@@ -1,0 +1,27 @@
+# PostgreSQL's client library for the host, wherever it is. For 32 bits the distribution has no link
+# of the name that find_package looks for, so it is linked by file name, with the ordinary header.
+
+set(PAGERFWD_POSTGRES AUTO CACHE STRING "PostgreSQL as the site's database: AUTO (where libpq is found), ON or OFF")
+set_property(CACHE PAGERFWD_POSTGRES PROPERTY STRINGS AUTO ON OFF)
+
+add_library(pagerfwd_postgres INTERFACE)
+set(PAGERFWD_HAS_POSTGRES OFF)
+if(NOT PAGERFWD_POSTGRES)
+elseif(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    find_file(POSTGRES_32_BIT libpq.so.5 PATHS /usr/lib/i386-linux-gnu NO_DEFAULT_PATH)
+    find_path(POSTGRES_HEADER_DIR libpq-fe.h PATHS /usr/include/postgresql)
+    if(POSTGRES_32_BIT AND POSTGRES_HEADER_DIR)
+        set(PAGERFWD_HAS_POSTGRES ON)
+        target_link_libraries(pagerfwd_postgres INTERFACE ${POSTGRES_32_BIT})
+        target_include_directories(pagerfwd_postgres SYSTEM INTERFACE ${POSTGRES_HEADER_DIR})
+    endif()
+else()
+    find_package(PostgreSQL QUIET)
+    if(PostgreSQL_FOUND)
+        set(PAGERFWD_HAS_POSTGRES ON)
+        target_link_libraries(pagerfwd_postgres INTERFACE PostgreSQL::PostgreSQL)
+    endif()
+endif()
+if(PAGERFWD_POSTGRES STREQUAL "ON" AND NOT PAGERFWD_HAS_POSTGRES)
+    message(FATAL_ERROR "PAGERFWD_POSTGRES is ON, and there is no libpq")
+endif()

@@ -1,0 +1,24 @@
+// The name of a database: the path of a file, or what PostgreSQL's own client takes for one on a
+// server, postgresql://host/name or "host=… dbname=…".
+#ifndef PAGERFWD_HOST_STORE_DATABASE_NAME_H
+#define PAGERFWD_HOST_STORE_DATABASE_NAME_H
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+bool IsOnServer(std::string_view name);
+
+// As it may be shown and logged: without the password.
+std::string ShownName(const std::string& name);
+
+// How the names of the files begin that belong to the database on this host: locks, and folders of
+// lines. Beside the file itself; for one on a server, in PAGERFWD_STATE or /var/lib/pagerfwd.
+std::string BesideName(const std::string& name);
+// After which of these a new one takes its owner and rights.
+std::string BesideOwner(const std::string& name);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,145 @@
+// A server of the test's own.
+#include "tests/support/own_postgres.h"
+
+#include <fcntl.h>
+#include <libpq-fe.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+namespace test_support {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kNobody = 65534;
+
+// Of the newest version that is installed.
+fs::path Programs() {
+    fs::path newest;
+    for (const fs::directory_entry& version : fs::directory_iterator("/usr/lib/postgresql")) {
+        if (fs::exists(version.path() / "bin/postgres")) {
+            newest = std::max(newest, version.path() / "bin");
+        }
+    }
+    return newest;
+}
+
+// In the child: the server refuses to run as root.
+[[noreturn]] void Become(const fs::path& folder, const std::vector<std::string>& command) {
+    const int log = open((folder / "log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    dup2(log, STDOUT_FILENO);
+    dup2(log, STDERR_FILENO);
+    if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) {
+        _exit(1);
+    }
+    // Behind setuid, which takes it back.
+    prctl(PR_SET_PDEATHSIG, SIGQUIT);
+    if (chdir(folder.c_str()) != 0) {
+        _exit(1);
+    }
+    std::vector<char*> words;
+    for (const std::string& word : command) {
+        words.push_back(const_cast<char*>(word.c_str()));
+    }
+    words.push_back(nullptr);
+    execv(words[0], words.data());
+    _exit(1);
+}
+
+pid_t StartProgram(const fs::path& folder, const std::vector<std::string>& command) {
+    const pid_t child = fork();
+    if (child == 0) {
+        Become(folder, command);
+    }
+    return child;
+}
+
+void RunToEnd(const fs::path& folder, const std::vector<std::string>& command) {
+    int status = -1;
+    waitpid(StartProgram(folder, command), &status, 0);
+    if (status != 0) {
+        throw std::runtime_error(command[0] + " has failed: see " + (folder / "log").string());
+    }
+}
+
+}  // namespace
+
+OwnPostgres::OwnPostgres() {
+    std::string path = fs::temp_directory_path() / "pagerfwd-postgres-XXXXXX";
+    if (mkdtemp(path.data()) == nullptr) {
+        throw std::runtime_error("no temporary folder: " + path);
+    }
+    folder_ = path;
+    if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
+        throw std::runtime_error("no folder of another user: " + path);
+    }
+    RunToEnd(folder_, {Programs() / "initdb", "--pgdata=" + path + "/data", "--username=pager",
+                       "--auth=trust", "--encoding=UTF8", "--locale=C", "--no-sync"});
+    Start();
+}
+
+OwnPostgres::~OwnPostgres() {
+    Kill();
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+void OwnPostgres::Start() {
+    server_ = StartProgram(folder_, {Programs() / "postgres", "-D", folder_ / "data", "-k", folder_,
+                                     "-c", "listen_addresses=", "-c", "fsync=off"});
+    constexpr int kMostTries = 600;
+    constexpr timespec kPause{0, 50'000'000};
+    for (int tries = 0; PQping(Name("postgres").c_str()) != PQPING_OK; ++tries) {
+        if (tries == kMostTries) {
+            throw std::runtime_error("the server doesn't start: see " + (folder_ / "log").string());
+        }
+        nanosleep(&kPause, nullptr);
+    }
+}
+
+void OwnPostgres::Kill() {
+    if (server_ > 0) {
+        kill(server_, SIGQUIT);
+        waitpid(server_, nullptr, 0);
+        server_ = -1;
+    }
+}
+
+std::string OwnPostgres::Name(const std::string& database) const {
+    return "postgresql://pager@/" + database + "?connect_timeout=0&host=" + folder_.string();
+}
+
+std::string OwnPostgres::MakeDatabase() {
+    const std::string name = "site" + std::to_string(++made_);
+    Ask(Name("postgres"), "CREATE DATABASE " + name);
+    return Name(name);
+}
+
+std::string OwnPostgres::Ask(const std::string& database, const std::string& sql) {
+    const std::unique_ptr<PGconn, decltype(&PQfinish)> connection(PQconnectdb(database.c_str()),
+                                                                  PQfinish);
+    const std::unique_ptr<PGresult, decltype(&PQclear)> result(
+        PQexec(connection.get(), sql.c_str()), PQclear);
+    const ExecStatusType status = PQresultStatus(result.get());
+    if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
+        throw std::runtime_error(PQerrorMessage(connection.get()));
+    }
+    return PQntuples(result.get()) > 0 ? PQgetvalue(result.get(), 0, 0) : "";
+}
+
+OwnPostgres& TheServer() {
+    static OwnPostgres server;
+    return server;
+}
+
+}  // namespace test_support
