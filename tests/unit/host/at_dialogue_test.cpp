@@ -145,6 +145,18 @@ TEST_F(TalkWithAModem, NeedsNoSecondStopBitNorHandshakeAndPutsThemBack) {
               line.Settings().c_cflag & (CSTOPB | CRTSCTS));
 }
 
+TEST_F(TalkWithAModem, SendsNothingBackWhereTheLineWasATerminal) {
+    const Descriptor before(open("/dev/ttyS0", O_RDWR | O_NOCTTY | O_CLOEXEC));
+    termios terminal{};
+    ASSERT_EQ(0, tcgetattr(before.Number(), &terminal));
+    terminal.c_lflag |= ICANON | ECHO;
+    terminal.c_iflag |= ICRNL;
+    ASSERT_EQ(0, tcsetattr(before.Number(), TCSANOW, &terminal));
+    const AtDialogue modem("/dev/ttyS0", 9600);
+    EXPECT_EQ(0U, line.Settings().c_lflag & (ICANON | ECHO));
+    EXPECT_EQ(0U, line.Settings().c_iflag & ICRNL);
+}
+
 TEST_F(TalkWithAModem, EndsWhereTheDeviceGoes) {
     line.Hears("AT\r").Vanishes();
     EXPECT_EQ("", Ask("AT", 60 * kSecond).result);
