@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,14 +70,12 @@ bool MayPass(std::string_view state) {
     return false;
 }
 
-// In one line.
+// In one line: a server breaks what it says, and indents it.
 std::string OneLine(const char* message) {
-    std::string line = message;
-    while (!line.empty() && line.back() == '\n') {
-        line.pop_back();
-    }
-    for (char& c : line) {
-        c = c == '\n' ? ' ' : c;
+    std::istringstream words(message);
+    std::string line;
+    for (std::string word; words >> word;) {
+        line += (line.empty() ? "" : " ") + word;
     }
     return line;
 }

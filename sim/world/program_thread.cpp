@@ -4,16 +4,16 @@
 namespace pagersim {
 namespace {
 
-thread_local ProgramThread* me = nullptr;
+thread_local ProgramThread* this_thread = nullptr;
 
 }  // namespace
 
 ProgramThread* Me() {
-    return me;
+    return this_thread;
 }
 
 void SetMe(ProgramThread* thread) {
-    me = thread;
+    this_thread = thread;
 }
 
 }  // namespace pagersim

@@ -15,6 +15,7 @@ namespace {
 
 using test_support::OwnPostgres;
 using test_support::TheServer;
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -87,6 +88,20 @@ TEST_F(OnAServer, AConnectionThatWasLostIsMadeAgain) {
     TheServer().Start();
     EXPECT_EQ("latin1", ReadSetting(connection, "encoding"));
     EXPECT_EQ("latin1", ReadSetting(connection, "encoding"));
+}
+
+// As the operator's log has it.
+TEST_F(OnAServer, WhatTheServerSaysIsToldInOneLine) {
+    Connection connection(database);
+    TheServer().Kill();
+    try {
+        ReadSetting(connection, "encoding");
+        FAIL();
+    } catch (const StoreAway& away) {
+        EXPECT_THAT(away.what(), Not(ContainsRegex("[[:cntrl:]]|  ")));
+        EXPECT_THAT(away.what(), HasSubstr("server closed the connection unexpectedly This"));
+    }
+    TheServer().Start();
 }
 
 // What was written before would be missing.
