@@ -43,7 +43,7 @@ class RowTooLarge : public StoreError {
 };
 inline constexpr int kLongestCell = 1 << 20;
 
-// Whether a name may be one of PostgreSQL; each may be a file's.
+// Whether this program was built with PostgreSQL's client library; it always knows files of SQLite.
 bool HasPostgres();
 
 // What databases can do, and others can't.

@@ -27,7 +27,8 @@ std::string ShownName(const std::string& name) {
     if (!IsOnServer(name)) {
         return name;
     }
-    const std::regex in_address("^(postgres(?:ql)?://[^:@/?]*):[^?]*@");
+    // One with a ? in it ends at the host, too; one with a / is none, but was meant so.
+    const std::regex in_address("^(postgres(?:ql)?://[^:@/?]*):(?:[^/]*|[^?]*)@");
     const std::regex in_query("([?&])(?:ssl)?password=[^&]*&?");
     const std::regex in_list(R"(\s*\b(?:ssl)?password\s*=\s*('(?:\\.|[^'\\])*'|(?:\\.|[^\s\\])*))");
     if (name.find("://") == std::string::npos) {

@@ -24,6 +24,8 @@ TEST(NameOfADatabase, IsShownWithoutThePassword) {
     EXPECT_EQ("postgresql://anna@db:5432,other/site",
               ShownName("postgresql://anna:s%20ecret@db:5432,other/site"));
     EXPECT_EQ("postgresql://anna@db/site", ShownName("postgresql://anna:se:c/r@e@db/site"));
+    EXPECT_EQ("postgresql://anna@db/site?user=a@b",
+              ShownName("postgresql://anna:se?cret@db/site?user=a@b"));
     EXPECT_EQ("postgresql://db:5432/site?user=anna&sslmode=require",
               ShownName("postgresql://db:5432/site?user=anna&password=secret&sslmode=require"));
     EXPECT_EQ("host=db user=anna dbname=site",
