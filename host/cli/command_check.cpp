@@ -1,5 +1,5 @@
 // pagerfwd check: every mistake in a site file, or in a database. Tested by
-// tests/unit/host/cli_test.cpp and tools_cli_test.cpp.
+// tests/unit/host/cli_test.cpp and cli_export_test.cpp.
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <map>

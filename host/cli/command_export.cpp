@@ -1,4 +1,4 @@
-// pagerfwd export: the tables as a site file. Tested by tests/unit/host/tools_cli_test.cpp.
+// pagerfwd export: the tables as a site file. Tested by tests/unit/host/cli_export_test.cpp.
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>

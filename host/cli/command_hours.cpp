@@ -1,4 +1,4 @@
-// pagerfwd hours: weeks shown and edited as grids. Tested by tests/unit/host/tools_cli_test.cpp.
+// pagerfwd hours: weeks shown and edited as grids. Tested by tests/unit/host/cli_hours_test.cpp.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>

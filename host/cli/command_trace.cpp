@@ -1,4 +1,4 @@
-// pagerfwd trace: traces as a dialogue. Tested by tests/unit/host/tools_cli_test.cpp.
+// pagerfwd trace: traces as a dialogue. Tested by tests/unit/host/cli_trace_test.cpp.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>

@@ -1,4 +1,4 @@
-// Progress. Tested by tests/unit/host/tools_cli_test.cpp.
+// Progress. Tested by tests/unit/host/cli_trace_test.cpp.
 #include "host/cli/progress.h"
 
 #include <unistd.h>

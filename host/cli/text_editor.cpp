@@ -1,4 +1,4 @@
-// Running an editor. Tested by tests/unit/host/tools_cli_test.cpp.
+// Running an editor. Tested by tests/unit/host/cli_hours_test.cpp.
 #include "host/cli/text_editor.h"
 
 #include <sys/wait.h>

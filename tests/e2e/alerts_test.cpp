@@ -25,7 +25,7 @@ class Alerts : public RunTest {
     // "over: line-sick: ...", one for each notice.
     static std::vector<std::string> Told() {
         std::vector<std::string> told;
-        std::istringstream lines(TextOf("told"));
+        std::istringstream lines(ReadFile("told"));
         for (std::string line; std::getline(lines, line);) {
             const auto event = nlohmann::json::parse(line);
             told.push_back((event["over"].get<bool>() ? "over: " : "") +
@@ -92,10 +92,10 @@ TEST_F(Alerts, BeatEveryMinuteWhileAllIsWell) {
     Raise("ALL/1");
     EndAt(615);
     const ProgramRun run = Simulated({"run", "--metrics", "figures.prom"});
-    EXPECT_EQ(11 * 5U, TextOf("beats").size()) << run.err;
+    EXPECT_EQ(11 * 5U, ReadFile("beats").size()) << run.err;
     EXPECT_THAT(Told(), IsEmpty()) << run.err;
-    EXPECT_THAT(TextOf("figures.prom"), HasSubstr("\npagerfwd_heartbeat_timestamp_seconds " +
-                                                  std::to_string(kNow + 600).substr(0, 8)));
+    EXPECT_THAT(ReadFile("figures.prom"), HasSubstr("\npagerfwd_heartbeat_timestamp_seconds " +
+                                                    std::to_string(kNow + 600).substr(0, 8)));
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ class RunBeside : public RunTest {
         At(5, Pagerfwd(arguments) + " >beside 2>&1; echo \"exit $?\" >>beside");
         At(60, "kill -TERM $PPID");
         EXPECT_EQ(0, Simulated({"run"}).exit_code);
-        return TextOf("beside");
+        return ReadFile("beside");
     }
 };
 
@@ -71,7 +71,7 @@ class TestPageByRun : public RunTest {
         const ProgramRun run = Simulated({"run"});
         EXPECT_EQ(0, run.exit_code);
         said_by_engine = run.err;
-        return TextOf("test.txt");
+        return ReadFile("test.txt");
     }
 
     // Leaves the pages of an alarm pending.

@@ -166,13 +166,8 @@ pagers = ["tech"]
 
     // The trace of the line; with ".1", what was moved aside.
     static std::string Trace(const std::string& aside = "") {
-        return TextOf("pagerfwd.db-lines/COM%201/pageprot.txt" + aside);
+        return ReadFile("pagerfwd.db-lines/COM%201/pageprot.txt" + aside);
     }
-    static std::string TextOf(const std::string& path) {
-        std::ifstream file(path);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
     const test_support::TempDir folder;
     std::string exchange =
         "[[line]]\nport = \"COM 1\"\n"

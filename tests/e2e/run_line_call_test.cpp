@@ -35,10 +35,10 @@ class LineCall : public RunTest {
         const ProgramRun run = Simulated({"run"});
         EXPECT_EQ(0, run.exit_code) << run.err;
         said_by_engine = run.err;
-        return TextOf("beside");
+        return ReadFile("beside");
     }
 
-    static nlohmann::json Report() { return nlohmann::json::parse(TextOf("report.json")); }
+    static nlohmann::json Report() { return nlohmann::json::parse(ReadFile("report.json")); }
     // In which calls pages have arrived.
     static std::vector<int> CallsOfPages() {
         std::vector<int> calls;
@@ -171,7 +171,7 @@ TEST_F(LineCall, IsAnsweredWhereTheDeviceIsMissing) {
     EXPECT_THAT(
         Beside(120),
         HasSubstr("\nnot connected: /dev/ttyS0 can't be opened: No such file or directory\n"));
-    EXPECT_THAT(TextOf("beside"), EndsWith("(result 5)\nexit 5\n"));
+    EXPECT_THAT(ReadFile("beside"), EndsWith("(result 5)\nexit 5\n"));
 }
 
 TEST_F(LineCall, IsMadeOverASickLineWhoseModemIsSilent) {
@@ -179,7 +179,7 @@ TEST_F(LineCall, IsMadeOverASickLineWhoseModemIsSilent) {
     Execute("INSERT INTO Host_Lines (line, health, reason) VALUES ('COM 1', 'sick', 'x')");
     CallAt(60);
     EXPECT_THAT(Beside(120), EndsWith("exit 8\n"));
-    EXPECT_THAT(TextOf("beside"), HasSubstr("\nnot connected: the modem doesn't answer\n"));
+    EXPECT_THAT(ReadFile("beside"), HasSubstr("\nnot connected: the modem doesn't answer\n"));
     EXPECT_THAT(said_by_engine, Not(HasSubstr("is back")));
 }
 

@@ -101,7 +101,7 @@ TEST_F(RunLines, HaveTracesOfTheirOwn) {
     Raise("DUTY/2");
     RunUntilDone();
     for (const char* line : {"COM%201", "COM%202"}) {
-        EXPECT_THAT(TextOf("pagerfwd.db-lines/" + std::string(line) + "/pageprot.txt"),
+        EXPECT_THAT(ReadFile("pagerfwd.db-lines/" + std::string(line) + "/pageprot.txt"),
                     HasSubstr("Message transfered!"));
     }
     EXPECT_FALSE(std::filesystem::exists("pageprot.txt"));
@@ -117,7 +117,7 @@ TEST_F(RunLines, MayHaveAnyNameAndADeviceAnywhere) {
     EXPECT_EQ(0, RunUntilDone().exit_code);
     EXPECT_THAT(Sends(), ElementsAre("sent 0 north"));
     EXPECT_EQ("COM 5", Calls().at(0).line);
-    EXPECT_THAT(TextOf("pagerfwd.db-lines/north/pageprot.txt"), HasSubstr("COM Name: COM 1"));
+    EXPECT_THAT(ReadFile("pagerfwd.db-lines/north/pageprot.txt"), HasSubstr("COM Name: COM 1"));
 }
 
 TEST_F(RunLines, MayHaveNamesThatAreNoneOfFoldersAndThatLookLikeOptions) {
@@ -240,7 +240,7 @@ TEST_F(RunLines, TellSinceWhenTheyHaveNothingToDo) {
     At(300, Pagerfwd("line list --json >lines"));
     At(301, "kill -TERM $PPID");
     Simulated({"run"});
-    for (const auto& line : nlohmann::json::parse(TextOf("lines"))) {
+    for (const auto& line : nlohmann::json::parse(ReadFile("lines"))) {
         EXPECT_EQ("idle", line["doing"]);
         EXPECT_GT("2001-01-08 10:01:00", line["doing_since"].get<std::string>());
     }
@@ -252,8 +252,8 @@ TEST_F(RunLines, ShowTheLatestReasonWhyTheyAreSick) {
     At(300, Pagerfwd("line list >after"));
     At(301, "kill -TERM $PPID");
     Simulated({"run"});
-    EXPECT_THAT(TextOf("before"), HasSubstr("its device is missing"));
-    EXPECT_THAT(TextOf("after"), HasSubstr("its modem doesn't answer"));
+    EXPECT_THAT(ReadFile("before"), HasSubstr("its device is missing"));
+    EXPECT_THAT(ReadFile("after"), HasSubstr("its modem doesn't answer"));
 }
 
 TEST_F(RunLines, LoseTheirPagesWithinAMinuteWhenTheirDeviceIsPulledInACall) {
@@ -314,7 +314,7 @@ TEST_F(RunLines, FinishThePageOnTheLineWhenTheNodeIsKilledAndTheNextWaits) {
     Raise("BOUND/2");
     At(12, "kill -KILL $PPID; " + Pagerfwd("run --until-done") + " 2>second.txt");
     EXPECT_EQ(128 + 9, Simulated({"run"}).exit_code);
-    const std::string said = TextOf("second.txt");
+    const std::string said = ReadFile("second.txt");
     EXPECT_THAT(said, HasSubstr("10:00:12 waiting for the lines of the run before"));
     EXPECT_THAT(said, Not(HasSubstr("10:00:13 serving")));
     EXPECT_THAT(said, HasSubstr("ended\n"));

@@ -35,7 +35,7 @@ TEST_F(RunPages, GiveOneUpBehindThePageOnTheLine) {
     PageAt(12, "cancel " + std::to_string(alarm) + " tech --why 'the pump is off'");
     const ProgramRun run = RunUntilDone();
     EXPECT_EQ(0, run.exit_code) << run.err;
-    EXPECT_THAT(TextOf("said"), HasSubstr("\"tech\": to be given up, as soon as its line"));
+    EXPECT_THAT(ReadFile("said"), HasSubstr("\"tech\": to be given up, as soon as its line"));
     EXPECT_THAT(pages, ElementsAre(Pair("plain", 1)));
     EXPECT_THAT(run.err, HasSubstr("to \"tech\": given up by hand: the pump is off ("));
     EXPECT_EQ("3", StateOf(alarm));
@@ -46,7 +46,7 @@ TEST_F(RunPages, GiveOneUpAtOnceBetweenItsTries) {
     const int32_t alarm = Raise("TECH/1");
     PageAt(45, "cancel " + std::to_string(alarm) + " tech --why 'the pump is off'");
     EXPECT_EQ(0, RunUntilDone().exit_code);
-    EXPECT_THAT(TextOf("said"), HasSubstr("\"tech\": given up\n"));
+    EXPECT_THAT(ReadFile("said"), HasSubstr("\"tech\": given up\n"));
     EXPECT_THAT(pages, ElementsAre(Pair("plain", 1)));
 }
 
@@ -57,7 +57,7 @@ TEST_F(RunPages, MoveOneToTheOtherLine) {
     const int32_t alarm = Raise("DUTY/1");
     PageAt(60, "move " + std::to_string(alarm) + " duty --line 'COM 2'");
     EXPECT_EQ(0, RunUntilDone().exit_code);
-    EXPECT_THAT(TextOf("said"), HasSubstr("\"duty\": moved to line \"COM 2\"\n"));
+    EXPECT_THAT(ReadFile("said"), HasSubstr("\"duty\": moved to line \"COM 2\"\n"));
     EXPECT_THAT(Sends(), ElementsAre("not sent by COM 1", "sent by COM 2"));
     EXPECT_THAT(Rows("max(at) - 978948000 < 120 FROM Host_Sends"), ElementsAre("1"));
     EXPECT_EQ("4", StateOf(alarm));
@@ -85,7 +85,7 @@ TEST_F(RunPages, GoToTheOtherLineWhenTheirsIsPausedBetweenTwoTries) {
 TEST_F(RunPages, AreThoseThatAnOlderMakeHasLeft) {
     RunProgram({"/bin/rm", "-f", "pagerfwd.db"});
     host::Connection("pagerfwd.db", host::Connection::Mode::kCreate)
-        .Execute(TextOf(DATABASES "/version_2.sql").c_str());
+        .Execute(ReadFile(DATABASES "/version_2.sql").c_str());
     EXPECT_EQ(0, RunProgram({PAGERFWD_PROGRAM, "init"}).exit_code);
     Execute("UPDATE AlarmFwd_PagerSetting SET numretries = '1', retrydelay = '1'");
     const ProgramRun run = RunUntilDone();

@@ -107,7 +107,7 @@ TEST_F(RunRefused, TellsOfADiskThatIsFullAndThatItHasRoomAgain) {
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.err, HasSubstr("error: the disk of ./pagerfwd.db is full: 0 KiB are left"));
     EXPECT_THAT(run.err, HasSubstr("the disk of ./pagerfwd.db has room again"));
-    const std::string told = TextOf("told");
+    const std::string told = ReadFile("told");
     EXPECT_EQ(2U, Count(told, R"("kind":"disk-full")")) << told;
     EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db is full"));
     EXPECT_THAT(told, HasSubstr("the disk of ./pagerfwd.db has room again"));

@@ -102,7 +102,7 @@ TEST_F(RunService, GivesEachLineItsPriorityUnderAJournal) {
 TEST_F(RunService, KeepsItsFigures) {
     Raise("DUTY/1");
     EXPECT_EQ(0, Simulated({"run", "--until-done", "--metrics", "figures.prom"}).exit_code);
-    EXPECT_THAT(TextOf("figures.prom"),
+    EXPECT_THAT(ReadFile("figures.prom"),
                 AllOf(HasSubstr("pagerfwd_pages_total{result=\"sent\",port=\"COM 1\"} 1\n"),
                       HasSubstr("pagerfwd_pages_ended_total{end=\"done\"} 1\n"),
                       HasSubstr("pagerfwd_pages_pending 0\n")));

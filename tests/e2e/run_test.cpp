@@ -32,8 +32,8 @@ TEST_F(Run, PagesEveryPagerAsTheRulesSay) {
 }
 
 TEST_F(Run, PagesPagersOfEveryType) {
-    MakeSite("pagerfwd.db", TextOf(EXAMPLES "/site.toml"));
-    exchange = TextOf(EXAMPLES "/exchange.toml");
+    MakeSite("pagerfwd.db", ReadFile(EXAMPLES "/site.toml"));
+    exchange = ReadFile(EXAMPLES "/exchange.toml");
     const int32_t alarm = Raise("PLANT/017");
     EXPECT_EQ(0, RunUntilDone().exit_code);
     // Plain and NTT pagers are paged until their retries are used up, an SMS service once.
@@ -121,7 +121,7 @@ TEST_F(Run, CountsCharactersOfTwoBytesWhereTheSiteIsShiftJis) {
     WriteFile("exchange.toml", exchange);
     RunProgram({PAGERSIM_PROGRAM, "--quiet", "--transcript", "said.txt", "--", PAGERFWD_PROGRAM,
                 "run", "--until-done"});
-    EXPECT_THAT(TextOf("said.txt"), HasSubstr("ATDT*2*2966067##;"));
+    EXPECT_THAT(ReadFile("said.txt"), HasSubstr("ATDT*2*2966067##;"));
 }
 
 // --- Ends that are asked for.

@@ -10,8 +10,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <fstream>
-#include <iterator>
 
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/files.h"
@@ -24,11 +22,6 @@ using ::testing::HasSubstr;
 class ABackgroundCommand : public ::testing::Test {
  protected:
     static constexpr std::time_t kStart = 1000;
-
-    static std::string Content(const char* path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
 
     // Waits until the process can be reaped, and leaves that to Look.
     void WaitForItsEnd() const {
@@ -53,13 +46,13 @@ TEST_F(ABackgroundCommand, GetsTheTextOnItsStandardInput) {
     const std::string text =
         "{\"text\": \"J\xC3\xBCrgen; $(rm -r /) 'x'\"}\n" + std::string(200000, 'x');
     EXPECT_EQ("", RunToItsEnd({"cp", "/dev/stdin", "copy"}, text));
-    EXPECT_EQ(text, Content("copy"));
+    EXPECT_EQ(text, ReadFile("copy"));
 }
 
 TEST_F(ABackgroundCommand, GetsItsArgumentsAsTheyAre) {
     EXPECT_EQ(
         "", RunToItsEnd({"/bin/sh", "-c", "printf '%s|' \"$@\" >words", "sh", "a b", "$HOME", ""}));
-    EXPECT_EQ("a b|$HOME||", Content("words"));
+    EXPECT_EQ("a b|$HOME||", ReadFile("words"));
 }
 
 TEST_F(ABackgroundCommand, HasFailedWhereItSaysSo) {

@@ -8,11 +8,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "tests/support/planted.h"
+#include "tests/unit/host/files.h"
 
 namespace {
 
@@ -49,11 +48,6 @@ struct Pipe {
     }
     int ends[2] = {-1, -1};
 };
-
-std::string TextOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 }  // namespace
 
@@ -118,5 +112,5 @@ ProgramRun RunProgram(const std::vector<std::string>& command) {
     const pid_t process = Spawn(command, actions);
     posix_spawn_file_actions_destroy(&actions);
     const int code = ExitCodeOf(process);
-    return {code, TextOf("stdout.txt"), TextOf("stderr.txt")};
+    return {code, ReadFile("stdout.txt"), ReadFile("stderr.txt")};
 }

@@ -3,11 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "tests/unit/host/cli_fixture.h"
+#include "tests/unit/host/files.h"
 
 namespace {
 
@@ -26,10 +25,7 @@ class CliNotify : public CliFixture {
         WriteFile(name, "#!/bin/sh\n{ printf '<%s>' \"$@\"; echo; cat; } >given\n");
         chmod(name, 0755);
     }
-    static std::string Given() {
-        std::ifstream file("given", std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    static std::string Given() { return ReadFile("given"); }
 };
 
 TEST_F(CliNotify, ShowsTheCommandAndAnExample) {

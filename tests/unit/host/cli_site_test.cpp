@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "tests/unit/host/cli_fixture.h"
+#include "tests/unit/host/files.h"
 
 namespace {
 
@@ -25,11 +25,8 @@ TEST_F(CliSite, MakesADatabaseOnce) {
 }
 
 TEST_F(CliSite, BringsADatabaseUpToDateThatNoEngineServes) {
-    {
-        std::ifstream dump(DATABASES "/version_2.sql");
-        const std::string old{std::istreambuf_iterator<char>(dump), {}};
-        host::Connection("site.db", host::Connection::Mode::kCreate).Execute(old.c_str());
-    }
+    host::Connection("site.db", host::Connection::Mode::kCreate)
+        .Execute(ReadFile(DATABASES "/version_2.sql").c_str());
     EXPECT_THAT(Run({"status"}).err, HasSubstr("bring it up to date with: pagerfwd init"));
     ChildProcess engine({STORE_PROCESS, "site.db", "engine"});
     ASSERT_EQ("taken", engine.ReadLine());

@@ -4,11 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/host_test.h"
 
 namespace host {
@@ -23,10 +21,8 @@ using ::testing::IsEmpty;
 class DatabaseCheck : public HostTest {
  protected:
     DatabaseCheck() {
-        std::ifstream file(EXAMPLE_SITE, std::ios::binary);
         Lease lease(database);
-        StoreSite(lease.Database(),
-                  ParseSite(std::string(std::istreambuf_iterator<char>(file), {})).site);
+        StoreSite(lease.Database(), ParseSite(ReadFile(EXAMPLE_SITE)).site);
     }
 
     // What is found after this change.

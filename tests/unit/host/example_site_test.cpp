@@ -2,19 +2,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <set>
 
 #include "host/site/site_check.h"
 #include "host/site/site_file.h"
+#include "tests/unit/host/files.h"
 
 namespace host {
 namespace {
 
 TEST(ExampleSite, HasNoMistakesAndAPagerOfEveryType) {
-    std::ifstream file(EXAMPLE_SITE, std::ios::binary);
-    ReadSite read = ParseSite(std::string(std::istreambuf_iterator<char>(file), {}));
+    ReadSite read = ParseSite(ReadFile(EXAMPLE_SITE));
     CheckSite(read.site, read.findings);
     EXPECT_THAT(read.findings.All(), ::testing::IsEmpty());
 

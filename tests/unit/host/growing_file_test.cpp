@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/files.h"
@@ -23,8 +22,7 @@ class AGrowingFile : public ::testing::Test {
         std::ofstream(name, std::ios::binary | std::ios::app) << text;
     }
     static std::string Aside(int number) {
-        std::ifstream file(std::string(kName) + "." + std::to_string(number));
-        return {std::istreambuf_iterator<char>(file), {}};
+        return ReadFile(std::string(kName) + "." + std::to_string(number));
     }
 
     const test_support::TempDir folder;

@@ -16,8 +16,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -168,8 +166,7 @@ TEST_P(HostileText, OfATraceReachesNoTerminal) {
     EXPECT_EQ(0, Run({"trace", "--all"}).exit_code);
     EXPECT_EQ(0, Run({"trace", "--json"}).exit_code);
     EXPECT_EQ(0, Run({"trace", "--page", "1", "--svg", "page.svg"}).exit_code);
-    std::ifstream picture("page.svg", std::ios::binary);
-    ExpectFitForTerminal({std::istreambuf_iterator<char>(picture), {}});
+    ExpectFitForTerminal(ReadFile("page.svg"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, HostileText,

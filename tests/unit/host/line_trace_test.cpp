@@ -7,10 +7,10 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "host/pages/history.h"
 #include "tests/support/zone.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -29,10 +29,6 @@ class TheTraceOfALine : public ServiceTest {
     static constexpr size_t kLongest = size_t{16} << 20;
 
     static void Add(const std::string& text) { std::ofstream(kFile, std::ios::app) << text; }
-    static std::string TextOf(const std::string& path) {
-        std::ifstream file(path);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
     // What the library does when it is made.
     void Start() {
         trace.Begin();
@@ -81,8 +77,8 @@ TEST_F(TheTraceOfALine, SurvivesAnyNumberOfStarts) {
     for (int start = 0; start < 7; ++start) {
         before += "10: 0: " + std::to_string(start) + "\tstart\n";
     }
-    EXPECT_EQ(before, TextOf("pageprot.txt.1"));
-    EXPECT_EQ("10: 0: 7\tstart\n", TextOf(kFile));
+    EXPECT_EQ(before, ReadFile("pageprot.txt.1"));
+    EXPECT_EQ("10: 0: 7\tstart\n", ReadFile(kFile));
     EXPECT_FALSE(fs::exists("pageprot.txt.2"));
 }
 
@@ -103,7 +99,7 @@ TEST_F(TheTraceOfALine, DoesNotGrowAboveThatByStarts) {
     Start();
     Add("eleven byte");
     Start();
-    EXPECT_EQ("eleven byte", TextOf("pageprot.txt.1"));
+    EXPECT_EQ("eleven byte", ReadFile("pageprot.txt.1"));
     EXPECT_EQ(kLongest - 10, fs::file_size("pageprot.txt.2"));
 }
 
@@ -113,7 +109,7 @@ TEST_F(TheTraceOfALine, IsMovedAsideAfterAWeek) {
     trace.Look();
     sleep(7 * 24 * 60 * 60 + 1);
     trace.Look();
-    EXPECT_EQ("old\n", TextOf("pageprot.txt.1"));
+    EXPECT_EQ("old\n", ReadFile("pageprot.txt.1"));
     EXPECT_FALSE(fs::exists(kFile));
 }
 

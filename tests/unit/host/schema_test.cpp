@@ -4,13 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <utility>
 
 #include "host/store/rows.h"
 #include "host/store/where.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/host_test.h"
 #include "tests/unit/host/table_client.h"
 
@@ -181,10 +180,7 @@ class OldDatabase : public HostTest {
     }
 
     // As it made it before there were lines.
-    void MakeVersionTwo() {
-        std::ifstream dump(DATABASES "/version_2.sql");
-        Run({std::istreambuf_iterator<char>(dump), {}});
-    }
+    void MakeVersionTwo() { Run(ReadFile(DATABASES "/version_2.sql")); }
 
     Connection old{"old.db", Connection::Mode::kCreate};
 };

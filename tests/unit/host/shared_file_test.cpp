@@ -108,19 +108,12 @@ class RoomFor {
     rlimit before_{};
 };
 
-class WholeFile : public SharedFile {
- protected:
-    static std::string TextOf(const char* path) {
-        std::ostringstream text;
-        text << std::ifstream(path).rdbuf();
-        return text.str();
-    }
-};
+class WholeFile : public SharedFile {};
 
 TEST_F(WholeFile, IsPutInThePlaceOfTheOneBefore) {
     WriteWhole("f", "one\n", 0644);
     WriteWhole("f", "two\n", 0644);
-    EXPECT_EQ("two\n", TextOf("f"));
+    EXPECT_EQ("two\n", ReadFile("f"));
     EXPECT_EQ(0644U, ModeOf("f"));
     EXPECT_EQ(1U, Files());
 }
@@ -138,7 +131,7 @@ TEST_F(WholeFile, LeavesTheOneBeforeWhereTheDiskIsFullInItsMiddle) {
         const RoomFor some(room);
         EXPECT_THROW(WriteWhole("f", "one that is longer\n", 0644), FileError) << room;
     }
-    EXPECT_EQ("good\n", TextOf("f"));
+    EXPECT_EQ("good\n", ReadFile("f"));
     EXPECT_EQ(1U, Files());
 }
 

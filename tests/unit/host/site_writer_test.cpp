@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <random>
 
 #include "host/site/hours.h"
@@ -14,6 +12,7 @@
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/text/encoding.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/host_test.h"
 
 namespace host {
@@ -221,8 +220,7 @@ TEST_F(SiteWriter, WritesTheSameTextOfWhatItWrote) {
 }
 
 TEST_F(SiteWriter, WritesTheExample) {
-    std::ifstream file(EXAMPLE_SITE, std::ios::binary);
-    const std::string example(std::istreambuf_iterator<char>(file), {});
+    const std::string example = ReadFile(EXAMPLE_SITE);
     Import(example);
     const std::string cells = Cells();
     const std::string text = Export();

@@ -3,20 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <set>
 
 #include "host/trace/trace_texts.h"
+#include "tests/unit/host/files.h"
 
 namespace host {
 namespace {
-
-std::string ReadSource(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // What a literal of the sources stands for, its conversions filled in.
 std::string Filled(std::string literal) {
@@ -48,7 +42,7 @@ TEST(TraceTexts, KnowEveryTextOfTheLibrary) {
     for (const char* folder : {"engine", "modem", "tables"}) {
         for (const auto& file :
              std::filesystem::directory_iterator(std::string(LIBRARY_SOURCES) + "/" + folder)) {
-            texts.merge(TextsIn(ReadSource(file.path())));
+            texts.merge(TextsIn(ReadFile(file.path())));
         }
     }
     EXPECT_GT(texts.size(), 90U);

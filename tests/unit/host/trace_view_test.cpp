@@ -2,8 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -12,6 +10,7 @@
 #include "host/trace_view/page_json.h"
 #include "host/trace_view/page_svg.h"
 #include "host/trace_view/page_text.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/recorded_trace.h"
 
 namespace host {
@@ -274,8 +273,7 @@ TEST(PageSvg, ShowsWhoSpokeWhoWaitedAndForHowLong) {
 
 // As it was looked at: a changed picture is looked at again, and put in its place.
 TEST(PageSvg, LooksAsTheOneThatWasLookedAt) {
-    std::ifstream file(LIBRARY_SOURCES "/tests/unit/host/busy_page.svg");
-    const std::string expected{std::istreambuf_iterator<char>(file), {}};
+    const std::string expected = ReadFile(LIBRARY_SOURCES "/tests/unit/host/busy_page.svg");
     TracedPage page = BusyPage();
     page.turns_left_out = 3;
     EXPECT_EQ(expected, PageAsSvg(page, Encoding::kLatin1));
