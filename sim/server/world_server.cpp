@@ -55,10 +55,8 @@ void WorldServer::RunDueEvents() {
 
 void WorldServer::Serve(int other) {
     GoOn();
-    if (!members_.empty() || !IsReadable(other)) {
-        WaitFor(other);
-        GoOn();
-    }
+    WaitFor(other);
+    GoOn();
 }
 
 void WorldServer::Resume() {

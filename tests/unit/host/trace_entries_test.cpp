@@ -167,6 +167,7 @@ TEST(TraceControls, AreNamed) {
     EXPECT_EQ("a b<nul>", NameControlsOfOut("a<20>b< 0>"));
     EXPECT_EQ("J<?>rgen", NameControlsOfOut("J<fffrgen"));
     EXPECT_EQ("<41><x><", NameControlsOfOut("<41><x><"));
+    EXPECT_EQ("<1b", NameControlsOfOut(std::string_view("<1b>").substr(0, 3))) << "cut off";
 }
 
 }  // namespace

@@ -185,6 +185,12 @@ TEST_F(SharedWorld, ALineStaysOpenAsLongAsOneHasIt) {
     EXPECT_THAT(result.out, HasSubstr("    9.000  COM 1  program  # closes the line\n"));
 }
 
+TEST_F(SharedWorld, LinesStayOpenForAProgramThatHasInheritedThem) {
+    const Result result = Client(Words{"open:/dev/ttyS0", "open:/dev/ttyS1"} +
+                                 Spawned({"sleep:9"}) + Words{"sleep:5", "close", "await"});
+    EXPECT_THAT(result.out, HasSubstr("    9.000  COM 2  program  # closes the line\n"));
+}
+
 // The proof: whatever the machine does meanwhile.
 
 // Keeps the machine busy.

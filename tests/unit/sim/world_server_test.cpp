@@ -23,6 +23,7 @@
 #include <thread>
 
 #include "sim/runner/processes.h"
+#include "sim/server/local_socket.h"
 
 using namespace std::chrono_literals;
 
@@ -116,6 +117,15 @@ class WorldServerTest : public ::testing::Test {
         return client;
     }
 
+    // A command that comes of itself.
+    Client JoinAs(const std::string& name) {
+        Client client(world_.Invite());
+        const Request join = Ask(Question::kJoin);
+        const std::string header(reinterpret_cast<const char*>(&join), sizeof join);
+        client.SayBytes((header + name).data(), header.size() + name.size());
+        return client;
+    }
+
     // A process that begins in the world, and then does this.
     template <typename Deed>
     pid_t ChildThat(Deed deed) {
@@ -182,6 +192,55 @@ TEST_F(WorldServerTest, OnlyOnesOwnChildrenComeIn) {
     EXPECT_THAT(world_.Participants(), UnorderedElementsAre(getpid(), child));
     kill(child, SIGKILL);
     EndOf(child);
+}
+
+TEST_F(WorldServerTest, AChildComesInByTheLinkOfItsParentAlone) {
+    const Client parent = Join();
+    Serve();
+    const Descriptor linked(eventfd(0, EFD_CLOEXEC));
+    const pid_t child = fork();
+    if (child == 0) {
+        const Descriptor own(ConnectTo(folder_ + "/world"));
+        eventfd_write(linked.Number(), 1);
+        for (;;) {
+            pause();
+        }
+    }
+    eventfd_t done = 0;
+    eventfd_read(linked.Number(), &done);
+    parent.Say(Ask(Question::kChild, static_cast<uint32_t>(child)));
+    Serve();
+    EXPECT_THAT(world_.Participants(), ElementsAre(getpid()));
+    kill(child, SIGKILL);
+    EndOf(child);
+}
+
+TEST_F(WorldServerTest, OfTwoCommandsOfOneNameTheOneThatCameFirstBegins) {
+    world_.Await(2);
+    const Client first = JoinAs("same");
+    const Client second = JoinAs("same");
+    Serve();
+    second.Say(Ask(Question::kStart));
+    first.Say(Ask(Question::kStart));
+    Serve();
+    EXPECT_TRUE(first.Hear());
+    EXPECT_FALSE(second.Hear());
+}
+
+TEST_F(WorldServerTest, OneIsNotAsleepWhileASignalIsOnItsWay) {
+    const auto to_process = [](pid_t pid) { kill(pid, SIGUSR1); };
+    const auto to_thread = [](pid_t pid) { syscall(SYS_tgkill, pid, pid, SIGUSR1); };
+    for (void (*const send)(pid_t) : {+to_process, +to_thread}) {
+        Member member;
+        member.pid = Child();
+        kill(member.pid, SIGSTOP);
+        waitpid(member.pid, nullptr, WUNTRACED);
+        EXPECT_TRUE(IsAsleep(member));
+        send(member.pid);
+        EXPECT_FALSE(IsAsleep(member));
+        kill(member.pid, SIGKILL);
+        EndOf(member.pid);
+    }
 }
 
 TEST_F(WorldServerTest, OneIsAsleepAlsoWhenItsFirstThreadHasEnded) {
@@ -293,6 +352,20 @@ TEST_F(WorldServerTest, OneClosesOnlyWhatItHasOpened) {
     EXPECT_EQ(EBADF, other.Hear().value_or(Reply{}).error);
 }
 
+TEST_F(WorldServerTest, OneClosesWhatItHasOpenedOnce) {
+    world_.AddLine(1, std::make_unique<SilentEnd>());
+    const Client client = Join();
+    client.Say(AskLine(Question::kOpen));
+    Serve();
+    EXPECT_TRUE(client.Hear()) << "to its start";
+    const uint32_t connection = client.Hear().value_or(Reply{}).connection;
+    for (const int error : {0, EBADF}) {
+        client.Say(AskLine(Question::kClose, connection));
+        Serve();
+        EXPECT_EQ(error, client.Hear().value_or(Reply{}).error);
+    }
+}
+
 // It takes no part, so that time stands still beside it.
 TEST_F(WorldServerTest, WhatIsLeftBehindIsNotAwaitedWhereTimeStandsStill) {
     const std::string pid_file = folder_ + "/pid";
@@ -322,6 +395,13 @@ TEST_F(WorldServerTest, WhatIsLeftBehindIsNotAwaitedWhereTimeStandsStill) {
     }
 }
 
+// As the system has it, which cuts it.
+std::string OwnName() {
+    std::string name;
+    std::getline(std::ifstream("/proc/self/comm"), name);
+    return name;
+}
+
 TEST_F(WorldServerTest, AllAreAskedAndEndedWhenTheyWaitForEachOtherForEver) {
     world_.SetPatience(120ms);
     const pid_t child = ChildThat([](const Client& client) { WaitForEver(client); });
@@ -334,7 +414,7 @@ TEST_F(WorldServerTest, AllAreAskedAndEndedWhenTheyWaitForEachOtherForEver) {
     EXPECT_THAT(::testing::internal::GetCapturedStderr(),
                 HasSubstr("pagersim: after 0 ms all threads wait for each other, for ever:\n"
                           " process " +
-                          std::to_string(child) + " ("));
+                          std::to_string(child) + " (" + OwnName() + ")\n"));
     EXPECT_EQ(SIGABRT, WIFSIGNALED(status) ? WTERMSIG(status) : 0);
 }
 
