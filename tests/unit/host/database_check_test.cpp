@@ -131,7 +131,10 @@ TEST_F(DatabaseCheck, SaysHowAPendingPageWouldBeSent) {
               "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState)"
               " VALUES ('7', 'OPS/7', 'duty phone', '2'), ('7', 'OPS/7', 'engineer', '2'),"
               " ('7', 'OPS/7', 'manager phone', '4')"),
-        ElementsAre(HasSubstr("\"T\xC3\xBCr offen\" would be sent as \"T|r offen\"")));
+        ElementsAre("row 1 of AlarmFwd_PagerEvents: alarm 7, pending for pager \"duty phone\": "
+                    "seven bits of "
+                    "each character reach the service | "
+                    "\"T\xC3\xBCr offen\" would be sent as \"T|r offen\"."));
 }
 
 TEST_F(DatabaseCheck, SaysThatAPendingPageWouldBeCut) {

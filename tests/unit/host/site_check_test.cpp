@@ -420,6 +420,36 @@ TEST(Kana, NeedsShiftJis) {
                             "service behind port \"COM 1\""));
 }
 
+// --- What comes of a mistake, and what to do, as an operator reads it.
+
+std::string Told(const std::string& text) {
+    ReadSite read = ParseSite(text);
+    CheckSite(read.site, read.findings);
+    std::string told;
+    for (const Finding& finding : read.findings.All()) {
+        told += Describe("site", finding);
+    }
+    return told;
+}
+
+TEST(ADeviceOfTwoPorts, IsToldWhole) {
+    EXPECT_EQ(
+        "site:6: error: port \"south\": /dev/ttyUSB0 is the device of port \"north\" already, on "
+        "line 1\n"
+        "    Only one of the two could have it.\n"
+        "    Give each port a device of its own.\n",
+        Told(PortWith("north", "/dev/ttyUSB0") + PortWith("south", "/dev/ttyUSB0")));
+}
+
+TEST(ANumberWithoutAPrefix, IsToldWhole) {
+    EXPECT_EQ(
+        "site:39: warning: pager \"engineer\": its number \"3003\" has no @\n"
+        "    Port \"COM 1\" would dial \"ATDT0,\" alone: what stands behind the @ is typed in "
+        "there, and nothing before it is dialled.\n"
+        "    Write \"PREFIX@NUMBER\": PREFIX is the paging service, NUMBER the pager's own.\n",
+        Told(WithLine(39, "number = \"3003\"")));
+}
+
 // --- The printed form.
 
 TEST(Findings, AreReadInThreeLines) {

@@ -252,6 +252,10 @@ TEST(TomlText, IsReadAsItWas) {
     EXPECT_EQ("\"\xEF\xBF\xBD\"", TomlText("\xFF"));
 }
 
+TEST(TomlText, ShowsWhatCanBeSeen) {
+    EXPECT_EQ("\"\\u001F ~\\u007F\\u009F\xC2\xA0\"", TomlText("\x1F ~\x7F\xC2\x9F\xC2\xA0"));
+}
+
 TEST(WrittenHours, AreReadAsTheyWere) {
     std::mt19937 random(3);
     for (int round = 0; round < 2000; ++round) {

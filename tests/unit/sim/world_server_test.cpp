@@ -307,6 +307,7 @@ TEST_F(WorldServerTest, TimeGoesOnWhereItsEndIsNoticedLate) {
         _exit(0);
     });
     const Client other = Join();
+    other.Say(RestForEver());  // else none would notice as long as it has the turn
     Serve();
     world_.StopAtEndOf(last);
     kill(last, SIGKILL);
