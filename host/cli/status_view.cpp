@@ -28,6 +28,8 @@ const char* WordOf(PageEnd end) {
             return "off limit";
         case PageEnd::kAcknowledged:
             return "acknowledged";
+        case PageEnd::kResolved:
+            return "resolved";
         case PageEnd::kByHand:
             return "cancelled";
         case PageEnd::kDropped:

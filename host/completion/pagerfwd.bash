@@ -55,7 +55,7 @@ _pagerfwd_offer_words() {
     case ${command[*]} in
         test | explain) _pagerfwd_offer_names pagers ;;
         in-hours | "hours show" | "hours edit") _pagerfwd_offer_names hours ;;
-        "alarm ack") _pagerfwd_offer_names open-alarms ;;
+        "alarm ack" | "alarm withdraw") _pagerfwd_offer_names open-alarms ;;
         "line pause" | "line resume" | "line test") _pagerfwd_offer_names lines ;;
         "page cancel" | "page move") _pagerfwd_offer_page ;;
         log) _pagerfwd_offer_names alarms ;;

@@ -1,5 +1,6 @@
 // The node's loop. Tested by tests/e2e/run_test.cpp and run_lines_test.cpp.
 #include "host/node/node.h"
+#include "host/alarms/raising.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/pagers.h"
 
@@ -223,6 +224,9 @@ void Node::LookAtSends(std::time_t now) {
         Tell(log_, send, encoding_);
         figures_.Count(send);
         lines_.Sent(send, now);
+        if (send.outcome != TracedPage::Outcome::kNotSent) {
+            EndLastWords(lease_.Database(), now);
+        }
     }
 }
 

@@ -49,13 +49,17 @@ void PageEnds::LookAtAcknowledgements() {
     for (const Alarm& alarm : AcknowledgedAlarms(connection_)) {
         now.insert(alarm.row);
         if (acknowledged_.count(alarm.row) == 0) {
-            log_.Info("alarm " + Decode(alarm.number, encoding_) + " (" +
-                      Decode(alarm.group, encoding_) + "): acknowledged by " +
-                      (alarm.acknowledged_by.empty() ? "another program"
-                                                     : Decode(alarm.acknowledged_by, encoding_)));
+            Tell(alarm);
         }
     }
     acknowledged_ = std::move(now);
+}
+
+void PageEnds::Tell(const Alarm& alarm) {
+    const std::string by = alarm.acknowledged_by.empty() ? "another program"
+                                                         : Decode(alarm.acknowledged_by, encoding_);
+    log_.Info("alarm " + Decode(alarm.number, encoding_) + " (" + Decode(alarm.group, encoding_) +
+              "): " + (EndedByWithdrawal(alarm) ? "resolved" : "acknowledged by " + by));
 }
 
 void PageEnds::LookAtPages() {

@@ -15,6 +15,7 @@
 #include "host/pages/history.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/text/encoding.h"
 
 namespace host {
@@ -43,6 +44,7 @@ class PageEnds {
  private:
     void LookAtPages();
     void LookAtAcknowledgements();
+    void Tell(const Alarm& alarm);
     void Tell(const PageStory& page);
 
     Connection& connection_;

@@ -7,6 +7,7 @@
 #include "host/pages/page_words.h"
 #include "host/store/tables/deliveries.h"
 #include "host/store/tables/sends.h"
+#include "host/store/tables/trail.h"
 
 namespace host {
 namespace {
@@ -67,6 +68,15 @@ void AddRefusals(Connection& connection, const Alarm& alarm, const std::vector<P
     }
 }
 
+std::string WithdrawnBy(Connection& connection, const Alarm& alarm) {
+    for (const TrailEntry& entry : TrailOf(connection, alarm.number)) {
+        if (entry.what == kTrailWithdrawn) {
+            return "by " + entry.who;
+        }
+    }
+    return "";
+}
+
 }  // namespace
 
 std::vector<StoryLine> TellAlarm(Connection& connection, const Alarm& alarm) {
@@ -81,7 +91,14 @@ std::vector<StoryLine> TellAlarm(Connection& connection, const Alarm& alarm) {
     AddSends(connection, alarm, story);
     AddMoves(pages, story);
     AddEnds(pages, story);
-    if (alarm.acknowledged) {
+    if (alarm.times_raised > 1) {
+        story.push_back({alarm.raised_last, "", "raised again",
+                         std::to_string(alarm.times_raised) + " times in all"});
+    }
+    if (alarm.withdrawn != 0) {
+        story.push_back({alarm.withdrawn, "", "resolved", WithdrawnBy(connection, alarm)});
+    }
+    if (alarm.acknowledged && !EndedByWithdrawal(alarm)) {
         story.push_back({alarm.acknowledged_at, "", "acknowledged",
                          alarm.acknowledged_by.empty() ? "" : "by " + alarm.acknowledged_by});
     }

@@ -16,9 +16,13 @@
 namespace host {
 namespace {
 
-bool IsAcknowledged(Connection& connection, const std::string& number) {
+// What ends the pages of an alarm that are still owed.
+PageEnd EndBy(Connection& connection, const std::string& number) {
     const std::optional<Alarm> alarm = FindAlarm(connection, number);
-    return alarm && NeedsNoPaging(*alarm);
+    if (!alarm || !NeedsNoPaging(*alarm)) {
+        return PageEnd::kDropped;
+    }
+    return EndedByWithdrawal(*alarm) ? PageEnd::kResolved : PageEnd::kAcknowledged;
 }
 
 Reached ReachedWith(TracedPage::Outcome outcome) {
@@ -49,7 +53,7 @@ Reached ReachedBy(Connection& connection, const PageStory& page) {
 PageStory StoryOf(Connection& connection, const PageKey& key) {
     const PagerLimits limits = LimitsOf(connection, key.pager);
     PageStory story =
-        TellStory(ChangesOf(connection, key), limits.delay, IsAcknowledged(connection, key.alarm));
+        TellStory(ChangesOf(connection, key), limits.delay, EndBy(connection, key.alarm));
     story.alarm = key.alarm;
     story.group = key.group;
     story.pager = key.pager;

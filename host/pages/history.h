@@ -23,7 +23,7 @@
 
 namespace host {
 
-enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kDropped, kByHand };
+enum class PageEnd { kPending, kDone, kOffLimit, kAcknowledged, kResolved, kDropped, kByHand };
 
 // The most that a page's sendings have come to. Unknown: none was recorded.
 enum class Reached { kUnknown, kNothing, kOutsideHours, kDialled, kSent };
@@ -58,8 +58,9 @@ struct PageStory {
 bool IsUndelivered(const PageStory& page);
 
 // The story of one page. changes: of this page, and where engines started, in order. delay: the
-// pager's, in minutes.
-PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged);
+// pager's, in minutes. removed: what it means that a page was removed that was owed: its alarm was
+// acknowledged, was withdrawn, or isn't paged any more.
+PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, PageEnd removed);
 
 // Every page of which an event is in state 2, in the order in which they were queued, and behind
 // them, alarm by alarm, those that wait for a line.

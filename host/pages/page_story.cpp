@@ -13,7 +13,7 @@ constexpr std::time_t kFirstFailure = 5 * kDelayUnit;
 
 class Teller {
  public:
-    Teller(int64_t delay, bool acknowledged) : delay_(delay), acknowledged_(acknowledged) {}
+    Teller(int64_t delay, PageEnd removed) : delay_(delay), removed_(removed) {}
 
     void Hear(const PageChange& change) {
         if (change.change == kEngineStarts) {
@@ -41,6 +41,7 @@ class Teller {
         } else {
             End(change, change.state == kStateDone       ? PageEnd::kDone
                         : change.state == kStateOffLimit ? PageEnd::kOffLimit
+                        : removed_ == PageEnd::kResolved ? PageEnd::kResolved
                                                          : PageEnd::kAcknowledged);
         }
         // The library doesn't count the try that a centre has confirmed.
@@ -56,8 +57,9 @@ class Teller {
     // The row of a page on the line while its alarm is acknowledged is removed and written again:
     // the library does not queue it anew.
     void BeingPaged(const PageChange& change) {
-        const bool goes_on =
-            story_.end == PageEnd::kPending || story_.end == PageEnd::kAcknowledged;
+        const bool goes_on = story_.end == PageEnd::kPending ||
+                             story_.end == PageEnd::kAcknowledged ||
+                             story_.end == PageEnd::kResolved;
         const bool is_queued = story_.queued == 0 || !goes_on;
         if (is_queued) {
             story_.queued = change.at;
@@ -83,10 +85,10 @@ class Teller {
     }
 
     // An ended page's row is only tidied up. One that is owed has been acknowledged, or its alarm
-    // has gone.
+    // is over, or has gone.
     void Removed(const PageChange& change) {
         if (change.state == kStateBeingPaged) {
-            End(change, acknowledged_ ? PageEnd::kAcknowledged : PageEnd::kDropped);
+            End(change, removed_);
         }
     }
 
@@ -99,7 +101,7 @@ class Teller {
     }
 
     const int64_t delay_;
-    const bool acknowledged_;
+    const PageEnd removed_;
     bool starts_ = false;
     PageStory story_;
 };
@@ -111,8 +113,8 @@ bool IsUndelivered(const PageStory& page) {
            page.reached != Reached::kDialled;
 }
 
-PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, bool acknowledged) {
-    Teller teller(delay, acknowledged);
+PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, PageEnd removed) {
+    Teller teller(delay, removed);
     for (const PageChange& change : changes) {
         teller.Hear(change);
     }

@@ -55,6 +55,8 @@ Words WordsFor(const PageStory& page) {
             return OffLimit(page.reached);
         case PageEnd::kAcknowledged:
             return {"acknowledged", "taken out: the alarm was acknowledged"};
+        case PageEnd::kResolved:
+            return {"resolved", "taken out: the alarm is resolved"};
         case PageEnd::kByHand:
             return {"cancelled", "given up by hand"};
         case PageEnd::kDropped:
@@ -81,6 +83,9 @@ const char* StateOf(const PageStory& page) {
 }
 
 std::string StateOf(const Alarm& alarm) {
+    if (alarm.withdrawn != 0) {
+        return "resolved";
+    }
     return StateWord(alarm.acknowledged ? kStateAcknowledged : alarm.state);
 }
 

@@ -27,6 +27,7 @@ bool Has(const Values& values, const Value& value) {
     return std::find(values.begin(), values.end(), value) != values.end();
 }
 
+// Requires a Utf8Locale.
 bool Fits(const StoredRoute& route, const std::string& group, std::string_view severity) {
     return fnmatch(route.groups.c_str(), group.c_str(), 0) == 0 &&
            (route.severities.empty() || Has(route.severities, severity));
@@ -41,6 +42,11 @@ std::vector<StoredRoute> ReadRoutes(Connection& connection, Encoding encoding) {
             {Decode(row.groups, encoding), Split(row.severities), std::move(row.pagers)});
     }
     return routes;
+}
+
+bool FitsGroup(const std::string& pattern, const std::string& group) {
+    const Utf8Locale utf8;
+    return fnmatch(pattern.c_str(), group.c_str(), 0) == 0;
 }
 
 std::vector<std::string> PagersFor(const std::vector<StoredRoute>& routes, const std::string& group,

@@ -22,6 +22,9 @@ struct StoredRoute {
 
 std::vector<StoredRoute> ReadRoutes(Connection& connection, Encoding encoding);
 
+// As the patterns of routes: "plant/*". Both UTF-8.
+bool FitsGroup(const std::string& pattern, const std::string& group);
+
 // In the order of the routes, each pager once. group: UTF-8; severity: a cell of the alarm log.
 std::vector<std::string> PagersFor(const std::vector<StoredRoute>& routes, const std::string& group,
                                    std::string_view severity);

@@ -225,6 +225,7 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     read.site.encoding.value = WordFor(encoding);
     read.site.notify = CommandOf(connection, kNotifyCommand);
     read.site.heartbeat = CommandOf(connection, kHeartbeatCommand);
+    read.site.page_resolved.value = PagesResolved(connection);
     const auto each = [&](const char* name, auto&& take) {
         const StoredTable table = tables.Read(name, read.findings);
         for (const StoredRow& row : table.rows) {

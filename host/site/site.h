@@ -91,6 +91,8 @@ using Command = std::vector<SaidText>;
 
 struct Site {
     SaidText encoding;
+    Said<bool>
+        page_resolved;  // whether who was paged for an alarm is told by a page that it is over
     Command notify;     // told of what an operator should hear of
     Command heartbeat;  // run while all is as it should be
     std::vector<Port> ports;

@@ -107,6 +107,11 @@ Command ReadHeartbeat(TomlReader& document) {
     return reader.Texts("command");
 }
 
+Said<bool> ReadResolved(TomlReader& document) {
+    TomlReader reader = document.Part("resolved");
+    return reader.Flag("page", false);
+}
+
 void ReadDocument(std::string_view text, ReadSite& read) {
     TomlDocument document(text, read.findings);
     read.is_toml = document.IsToml();
@@ -119,6 +124,7 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     read.site.encoding = reader.Text("encoding", "latin1");
     read.site.notify = ReadNotify(reader);
     read.site.heartbeat = ReadHeartbeat(reader);
+    read.site.page_resolved = ReadResolved(reader);
     for (TomlReader& port : reader.Parts("port")) {
         read.site.ports.push_back(ReadPort(port));
     }

@@ -15,6 +15,7 @@ namespace host {
 namespace {
 
 constexpr const char* kEncodingSetting = "encoding";
+constexpr const char* kPageResolvedSetting = "page resolved";
 
 std::string Cell(const SaidNumber& number) {
     return std::to_string(number.value);
@@ -174,11 +175,16 @@ void StoreSite(Connection& connection, const Site& site) {
     WriteSetting(connection, kEncodingSetting, WordFor(EncodingOf(site)));
     StoreCommand(connection, kNotifyCommand, site.notify);
     StoreCommand(connection, kHeartbeatCommand, site.heartbeat);
+    WriteSetting(connection, kPageResolvedSetting, site.page_resolved.value ? "1" : "");
     transaction.Commit();
 }
 
 Encoding EncodingOf(Connection& connection) {
     return EncodingNamed(ReadSetting(connection, kEncodingSetting)).value_or(Encoding::kLatin1);
+}
+
+bool PagesResolved(Connection& connection) {
+    return !ReadSetting(connection, kPageResolvedSetting).empty();
 }
 
 }  // namespace host

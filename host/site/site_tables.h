@@ -28,6 +28,9 @@ void StoreSite(Connection& connection, const Site& site);
 // The encoding that the texts in the tables have.
 Encoding EncodingOf(Connection& connection);
 
+// Whether who was paged for an alarm is told by a page that it is over.
+bool PagesResolved(Connection& connection);
+
 }  // namespace host
 
 #endif

@@ -156,6 +156,10 @@ std::string WriteSite(const Site& site) {
     writer.Key("encoding", site.encoding);
     WriteCommand(writer, "[notify]", site.notify);
     WriteCommand(writer, "[heartbeat]", site.heartbeat);
+    if (site.page_resolved.value) {
+        writer.Table("[resolved]");
+        writer.Key("page", site.page_resolved);
+    }
     for (const Port& port : site.ports) {
         WritePort(writer, port);
     }

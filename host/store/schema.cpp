@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 3;
+constexpr int64_t kVersion = 4;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -91,6 +91,24 @@ constexpr const char* kLineParts =
     "CREATE TABLE Host_PageRequests (row_id INTEGER PRIMARY KEY, alarm TEXT NOT NULL,"
     " alarm_group TEXT NOT NULL, pager TEXT NOT NULL, line TEXT NOT NULL,"
     " note TEXT NOT NULL);";
+
+// What alarms need that monitoring raises and withdraws.
+//   alarm_source ... last_word_of   see host/store/tables/alarm_keys.h
+//   Host_Trail                      see host/store/tables/trail.h
+constexpr const char* kKeyParts =
+    "ALTER TABLE AlarmLog ADD COLUMN alarm_source TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE AlarmLog ADD COLUMN alarm_key TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE AlarmLog ADD COLUMN times_raised INTEGER NOT NULL DEFAULT 1;"
+    "ALTER TABLE AlarmLog ADD COLUMN raised_last INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE AlarmLog ADD COLUMN withdrawn INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE AlarmLog ADD COLUMN last_word_of TEXT NOT NULL DEFAULT '';"
+    "CREATE UNIQUE INDEX AlarmLog_OpenKeys ON AlarmLog (alarm_source, alarm_key)"
+    " WHERE alarm_key <> '' AND withdrawn = 0;"
+    "CREATE INDEX AlarmLog_ByKey ON AlarmLog (alarm_source, alarm_key) WHERE alarm_key <> '';"
+    "CREATE INDEX AlarmLog_LastWords ON AlarmLog (last_word_of) WHERE last_word_of <> '';"
+    "CREATE TABLE Host_Trail (row_id INTEGER PRIMARY KEY, at INTEGER NOT NULL,"
+    " who TEXT NOT NULL, what TEXT NOT NULL, alarm TEXT NOT NULL, note TEXT NOT NULL);"
+    "CREATE INDEX Host_TrailOfAlarm ON Host_Trail (alarm);";
 
 // They wrote the history.
 constexpr const char* kFormerTriggers =
@@ -195,10 +213,15 @@ Made CreateTables(Connection& connection) {
         // The fold of an alarm's pages, written when a page on the line ends, would otherwise say
         // again that it is being paged, and the next page would leave.
         connection.Execute(connection.StaysAcknowledged());
-    } else {
+    } else if (version < 3) {
         connection.Execute(kFormerTriggers);
     }
-    connection.Execute(kLineParts);
+    if (version < 3) {
+        connection.Execute(kLineParts);
+    }
+    if (version < 4) {
+        connection.Execute(kKeyParts);
+    }
     connection.SetMadeBy(kVersion);
     transaction.Commit();
     return version == 0 ? Made::kTables : Made::kNewerParts;

@@ -32,7 +32,7 @@ results_in_sources() {
 # "FUNCTION KEY DEFAULT" for every key that the reader of the site file asks for.
 keys_in_sources() {
     sed -nE '
-        /^[A-Za-z]+ Read[A-Za-z]+\(/ { s/^[A-Za-z]+ (Read[A-Za-z]+)\(.*/\1/; h; b }
+        /^[A-Za-z<>]+ Read[A-Za-z]+\(/ { s/^[A-Za-z<>]+ (Read[A-Za-z]+)\(.*/\1/; h; b }
         /^void ReadDocument\(/ { s/.*/ReadDocument/; h; b }
         /[a-z]+\.(Text|Texts|Number|Flag)\("/ {
             s/.*\.(Text|Texts|Number|Flag)\("([a-z]+)"(, *([^)]*))?\).*/\2 \4/
@@ -47,6 +47,7 @@ heading_of() {
         ReadDocument) echo '## At the top' ;;
         ReadNotify) echo '## `[notify]`' ;;
         ReadHeartbeat) echo '## `[heartbeat]`' ;;
+        ReadResolved) echo '## `[resolved]`' ;;
         ReadPort) echo '## `[[port]]`' ;;
         ReadPagerService) echo '### `[port.pager]`' ;;
         ReadSmsService) echo '### `[port.sms1]` and `[port.sms2]`' ;;

@@ -15,7 +15,8 @@ const std::string kSelectAlarm =
     "SELECT row_id, alarmlogID,"
     " CASE alarm_group WHEN '' THEN alarmName ELSE alarm_group END,"
     " severity, server, details, pagerstate, CAST(timestamp AS INTEGER),"
-    " alarmack NOT IN ('', '0'), CAST(acktime AS INTEGER), alarmnote FROM AlarmLog ";
+    " alarmack NOT IN ('', '0'), CAST(acktime AS INTEGER), alarmnote, alarm_source, alarm_key,"
+    " times_raised, raised_last, withdrawn FROM AlarmLog ";
 
 // New, or being paged.
 const std::string kStillPaged = "pagerstate IN ('', '0', '2') AND alarmack IN ('', '0')";
@@ -42,6 +43,11 @@ std::vector<Alarm> ReadAlarms(Statement& statement) {
         alarm.acknowledged = statement.Number(8) != 0;
         alarm.acknowledged_at = static_cast<std::time_t>(statement.Number(9));
         alarm.acknowledged_by = NamedIn(statement.Text(10));
+        alarm.source = statement.Text(11);
+        alarm.key = statement.Text(12);
+        alarm.times_raised = statement.Number(13);
+        alarm.raised_last = static_cast<std::time_t>(statement.Number(14));
+        alarm.withdrawn = static_cast<std::time_t>(statement.Number(15));
         alarms.push_back(std::move(alarm));
     }
     return alarms;
@@ -115,16 +121,16 @@ int32_t FreeNumber(Connection& connection, std::time_t now) {
 
 }  // namespace
 
-int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now) {
-    WriteTransaction transaction(connection);
+int32_t AddAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now) {
     const int32_t number = FreeNumber(connection, now);
     const std::string number_text = std::to_string(number);
     const std::string time = std::to_string(now);
-    Statement(connection,
-              "INSERT INTO AlarmLog (alarmlogID, acktime, alarmack, alarmName, broadcaststate,"
-              " details, eventlogstate, execstate, mailstate, monitoronly, pagerstate, server,"
-              " severity, stationstate, timestamp, alarm_group)"
-              " VALUES (?, '0', '0', ?, '0', ?, '0', '0', '0', '0', '0', ?, ?, '0', ?, ?)")
+    Statement(
+        connection,
+        "INSERT INTO AlarmLog (alarmlogID, acktime, alarmack, alarmName, broadcaststate,"
+        " details, eventlogstate, execstate, mailstate, monitoronly, pagerstate, server,"
+        " severity, stationstate, timestamp, alarm_group, alarm_source, alarm_key, raised_last)"
+        " VALUES (?, '0', '0', ?, '0', ?, '0', '0', '0', '0', '0', ?, ?, '0', ?, ?, ?, ?, ?)")
         .Bind(number_text)
         .Bind(alarm.group)
         .Bind(alarm.details)
@@ -132,16 +138,24 @@ int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t no
         .Bind(alarm.severity)
         .Bind(time)
         .Bind(alarm.group)
+        .Bind(alarm.source)
+        .Bind(alarm.key)
+        .Bind(static_cast<int64_t>(now))
         .Run();
+    return number;
+}
+
+int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now) {
+    WriteTransaction transaction(connection);
+    const int32_t number = AddAlarm(connection, alarm, now);
     transaction.Commit();
     return number;
 }
 
-Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now,
+Acknowledged NoteAcknowledged(Connection& connection, int64_t number, std::time_t now,
                               const std::string& by) {
     const std::string number_text = std::to_string(number);
     const std::string time = std::to_string(now);
-    WriteTransaction transaction(connection);
     // The trigger of the table sets its pagerstate.
     Statement(connection,
               "UPDATE AlarmLog SET alarmack = '1', acktime = ?,"
@@ -151,13 +165,18 @@ Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_
         .Bind(by.empty() ? by : kBy + by)
         .Bind(number_text)
         .Run();
-    const bool changed = connection.Changes() > 0;
-    const bool known = changed || IsUsed(connection, number);
-    transaction.Commit();
-    if (changed) {
+    if (connection.Changes() > 0) {
         return Acknowledged::kNow;
     }
-    return known ? Acknowledged::kBefore : Acknowledged::kUnknown;
+    return IsUsed(connection, number) ? Acknowledged::kBefore : Acknowledged::kUnknown;
+}
+
+Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now,
+                              const std::string& by) {
+    WriteTransaction transaction(connection);
+    const Acknowledged how = NoteAcknowledged(connection, number, now, by);
+    transaction.Commit();
+    return how;
 }
 
 std::vector<Alarm> OpenAlarms(Connection& connection) {
@@ -275,6 +294,10 @@ bool IsLibraryNumber(const std::string& number) {
     const char* const behind = number.data() + number.size();
     const auto [end, error] = std::from_chars(number.data(), behind, read);
     return error == std::errc() && end == behind && std::to_string(read) == number;
+}
+
+bool EndedByWithdrawal(const Alarm& alarm) {
+    return alarm.withdrawn != 0 && alarm.acknowledged_at == alarm.withdrawn;
 }
 
 bool NeedsNoPaging(const Alarm& alarm) {

@@ -31,10 +31,18 @@ struct Alarm {
     bool acknowledged = false;
     std::time_t acknowledged_at = 0;
     std::string acknowledged_by;  // empty: the alarm log doesn't say
+    std::string source = {};      // who says what is a key; in UTF-8, as the key
+    std::string key = {};         // empty: it has none
+    int64_t times_raised = 1;
+    std::time_t raised_last = 0;
+    std::time_t withdrawn = 0;  // 0: it wasn't
 };
 
 // Whether the library can name an alarm by this.
 bool IsLibraryNumber(const std::string& number);
+
+// Whether its pages ended since what it told of is over, and not since somebody has acknowledged.
+bool EndedByWithdrawal(const Alarm& alarm);
 
 // Whether nobody is to be paged for it any more.
 bool NeedsNoPaging(const Alarm& alarm);
@@ -44,15 +52,21 @@ struct NewAlarm {
     std::string severity;
     std::string server;
     std::string details;
+    std::string source = {};
+    std::string key = {};  // empty: none
 };
 
 // Adds an alarm, as new, and returns its number: the time of raising, in seconds since 1970, or the
-// next number that is free, after the last one of 32 bits from 1 on. Within a transaction of its
-// own.
+// next number that is free, after the last one of 32 bits from 1 on. No other open alarm may have
+// its source and key. Requires a write transaction; RaiseAlarm has one of its own.
+int32_t AddAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now);
 int32_t RaiseAlarm(Connection& connection, const NewAlarm& alarm, std::time_t now);
 
 enum class Acknowledged { kNow, kBefore, kUnknown };
 // by: whom the alarm's note names then, unless it holds another text already.
+// Requires a write transaction; AcknowledgeAlarm has one of its own.
+Acknowledged NoteAcknowledged(Connection& connection, int64_t number, std::time_t now,
+                              const std::string& by);
 Acknowledged AcknowledgeAlarm(Connection& connection, int64_t number, std::time_t now,
                               const std::string& by = {});
 

@@ -113,15 +113,20 @@ std::vector<Delivery> OpenOnes(Connection& connection, const std::string& line,
 
 }  // namespace
 
-void PlanDeliveries(Connection& connection, const Alarm& alarm,
-                    const std::vector<std::string>& pagers) {
-    WriteTransaction transaction(connection);
+void WriteDeliveries(Connection& connection, const Alarm& alarm,
+                     const std::vector<std::string>& pagers) {
     Statement(connection, "DELETE FROM Host_Deliveries WHERE alarm = ?").Bind(alarm.number).Run();
     int64_t place = 0;
     for (const std::string& pager : pagers) {
         InsertDelivery(connection, alarm, place++, pager);
     }
     SetPagerState(connection, alarm.row, StateWith(pagers, alarm));
+}
+
+void PlanDeliveries(Connection& connection, const Alarm& alarm,
+                    const std::vector<std::string>& pagers) {
+    WriteTransaction transaction(connection);
+    WriteDeliveries(connection, alarm, pagers);
     transaction.Commit();
 }
 

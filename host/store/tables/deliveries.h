@@ -41,7 +41,10 @@ enum DeliveryAnswer : int32_t {
 };
 
 // Takes up a new alarm: with no pager at all it is off limit at once. What was noted of an earlier
-// alarm of this number is forgotten.
+// alarm of this number is forgotten. Requires a write transaction; PlanDeliveries has one of its
+// own.
+void WriteDeliveries(Connection& connection, const Alarm& alarm,
+                     const std::vector<std::string>& pagers);
 void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 

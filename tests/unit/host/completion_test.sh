@@ -87,6 +87,7 @@ for command in in-hours "hours show" "hours edit"; do
 done
 offers "COM 1" --database "$site" explain duty --line ""
 offers "$open" --database "$site" alarm ack ""
+offers "$open" --database "$site" alarm withdraw ""
 [[ $(offered --database "$site" alarm ack "") != *"$over"* ]] || fail "an alarm that is over is offered"
 offers "COM 1" --database "$site" line pause ""
 offers "$open" --database "$site" page cancel ""

@@ -25,12 +25,12 @@ struct Change {
     int64_t tries;
 };
 
-PageStory Tell(const std::vector<Change>& changes, bool acknowledged = false) {
+PageStory Tell(const std::vector<Change>& changes, PageEnd removed = PageEnd::kDropped) {
     std::vector<PageChange> all;
     for (const Change& change : changes) {
         all.push_back({time_t{change.minute} * 60, change.change, change.state, change.tries});
     }
-    return TellStory(all, kDelay, acknowledged);
+    return TellStory(all, kDelay, removed);
 }
 
 // The row that a page has while it is rewritten.
@@ -87,8 +87,8 @@ TEST(Story, OfARestartOfAnotherLine) {
         {1200, kEngineStarts, "", 0, 2, "south"},
         {1260, kWritten, "2", 0, 3, "north"},
     };
-    EXPECT_EQ(15 * 60, TellStory(changes, kDelay, false).due);
-    EXPECT_EQ("north", TellStory(changes, kDelay, false).line);
+    EXPECT_EQ(15 * 60, TellStory(changes, kDelay, PageEnd::kDropped).due);
+    EXPECT_EQ("north", TellStory(changes, kDelay, PageEnd::kDropped).line);
 }
 
 TEST(Story, OfAPageThatIsMoved) {
@@ -152,21 +152,21 @@ TEST(Story, OfAPageThatIsGivenUp) {
 
 TEST(Story, OfAPageWhoseAlarmIsAcknowledged) {
     const std::vector<Change> changes = {{10, kWritten, "2", 1}, {12, kRemoved, "2", 1}};
-    EXPECT_EQ(PageEnd::kAcknowledged, Tell(changes, true).end);
-    EXPECT_EQ(12 * 60, Tell(changes, true).ended);
-    EXPECT_EQ(1, Tell(changes, true).tries);
+    EXPECT_EQ(PageEnd::kAcknowledged, Tell(changes, PageEnd::kAcknowledged).end);
+    EXPECT_EQ(12 * 60, Tell(changes, PageEnd::kAcknowledged).ended);
+    EXPECT_EQ(1, Tell(changes, PageEnd::kAcknowledged).tries);
     EXPECT_EQ(PageEnd::kAcknowledged, Tell({{10, kWritten, "2", 0}, {12, kWritten, "1", 0}}).end);
 }
 
 TEST(Story, OfAPageThatIsOnTheLineWhenItsAlarmIsAcknowledged) {
     std::vector<Change> changes = {
         {10, kWritten, "2", 0}, {12, kRemoved, "2", 0}, {12, kWritten, "2", 1}};
-    EXPECT_EQ(PageEnd::kPending, Tell(changes, true).end);
-    EXPECT_EQ(10 * 60, Tell(changes, true).queued);
+    EXPECT_EQ(PageEnd::kPending, Tell(changes, PageEnd::kAcknowledged).end);
+    EXPECT_EQ(10 * 60, Tell(changes, PageEnd::kAcknowledged).queued);
     changes.push_back({13, kRemoved, "2", 1});
-    EXPECT_EQ(PageEnd::kAcknowledged, Tell(changes, true).end);
-    EXPECT_EQ(13 * 60, Tell(changes, true).ended);
-    EXPECT_EQ(10 * 60, Tell(changes, true).queued);
+    EXPECT_EQ(PageEnd::kAcknowledged, Tell(changes, PageEnd::kAcknowledged).end);
+    EXPECT_EQ(13 * 60, Tell(changes, PageEnd::kAcknowledged).ended);
+    EXPECT_EQ(10 * 60, Tell(changes, PageEnd::kAcknowledged).queued);
 }
 
 TEST(Story, OfAPageWhoseAlarmHasGone) {
@@ -174,9 +174,10 @@ TEST(Story, OfAPageWhoseAlarmHasGone) {
 }
 
 TEST(Story, OfAnEndedPageOutlivesTheAcknowledgement) {
-    EXPECT_EQ(
-        PageEnd::kDone,
-        Tell({{10, kWritten, "2", 0}, {11, kWritten, "4", 0}, {12, kRemoved, "4", 0}}, true).end);
+    EXPECT_EQ(PageEnd::kDone,
+              Tell({{10, kWritten, "2", 0}, {11, kWritten, "4", 0}, {12, kRemoved, "4", 0}},
+                   PageEnd::kAcknowledged)
+                  .end);
 }
 
 TEST(Story, BeginsAgainWhenThePageIsQueuedAgain) {

@@ -179,23 +179,22 @@ class OldDatabase : public HostTest {
             "PRAGMA user_version = 1");
     }
 
-    // As it made it before there were lines.
-    void MakeVersionTwo() { Run(ReadFile(DATABASES "/version_2.sql")); }
+    // As it made it before there were lines: 2; before alarms had keys: 3.
+    void MakeVersion(int version) {
+        if (version == 1) {
+            return MakeVersionOne();
+        }
+        Run(ReadFile(DATABASES "/version_" + std::to_string(version) + ".sql"));
+    }
 
     Connection old{"old.db", Connection::Mode::kCreate};
 };
 
 class AnyOldDatabase : public OldDatabase, public ::testing::WithParamInterface<int> {
  protected:
-    AnyOldDatabase() {
-        if (GetParam() == 1) {
-            MakeVersionOne();
-        } else {
-            MakeVersionTwo();
-        }
-    }
+    AnyOldDatabase() { MakeVersion(GetParam()); }
 };
-INSTANTIATE_TEST_SUITE_P(OfVersion, AnyOldDatabase, ::testing::Values(1, 2));
+INSTANTIATE_TEST_SUITE_P(OfVersion, AnyOldDatabase, ::testing::Values(1, 2, 3));
 
 TEST_P(AnyOldDatabase, IsRefusedUntilItIsBroughtUpToDate) {
     EXPECT_TRUE(IsOutdated(old));
@@ -213,7 +212,7 @@ TEST_P(AnyOldDatabase, BecomesWhatANewDatabaseIs) {
 }
 
 TEST_P(AnyOldDatabase, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
-    Run("CREATE TABLE Host_Lines (another TEXT)");
+    Run("CREATE TABLE Host_Trail (another TEXT)");
     const std::vector<std::string> before = Anatomy(old);
     EXPECT_THROW(CreateTables(old), StoreError);
     EXPECT_EQ(before, Anatomy(old));
@@ -235,7 +234,7 @@ TEST_F(OldDatabase, OfVersionOneKeepsWhatItHolds) {
 }
 
 TEST_F(OldDatabase, OfVersionTwoKeepsItsPagesAndTheirHistory) {
-    MakeVersionTwo();
+    MakeVersion(2);
     const std::string pages =
         "AlmLogID || ' ' || PagerDescr || ' ' || PagerState || '/' || PagerRetries"
         " FROM AlarmFwd_PagerEvents ORDER BY row_id";
@@ -261,8 +260,16 @@ TEST_F(OldDatabase, OfVersionTwoKeepsItsPagesAndTheirHistory) {
         << "no line owns them yet";
 }
 
+TEST_F(OldDatabase, OfVersionThreeKeepsItsAlarms) {
+    MakeVersion(3);
+    CreateTables(old);
+    EXPECT_THAT(Rows("details || ' ' || alarmack || ' ' || times_raised || ' ' || withdrawn"
+                     " || alarm_key FROM AlarmLog"),
+                ElementsAre("Pump 3 stands still 0 1 0", "Pump 4 1 1 0"));
+}
+
 TEST_F(OldDatabase, OfVersionTwoHasItsHistoryWrittenOnce) {
-    MakeVersionTwo();
+    MakeVersion(2);
     CreateTables(old);
     OpenTable("old.db", kEvents)
         .Delete(

@@ -33,6 +33,7 @@ class RandomSite {
         site.encoding.value = shift_jis_ ? "shift_jis" : "latin1";
         site.notify = MakeCommand();
         site.heartbeat = MakeCommand();
+        site.page_resolved.value = Below(2) == 0;
         for (size_t i = Below(3); i > 0; --i) {
             site.ports.push_back(MakePort("COM " + std::to_string(site.ports.size() + 1)));
         }

@@ -1,0 +1,49 @@
+// An alarm as it comes from outside, in UTF-8, before it is known to be one.
+#ifndef PAGERFWD_HOST_ALARMS_INCOMING_H
+#define PAGERFWD_HOST_ALARMS_INCOMING_H
+
+#include <stdexcept>
+#include <string>
+
+#include "host/store/tables/alarm_keys.h"
+#include "host/store/tables/alarm_log.h"
+#include "host/text/encoding.h"
+
+namespace host {
+
+// What is left out has its default; a server, that of whoever takes it in.
+struct IncomingAlarm {
+    std::string text;
+    std::string group = "ALARM/000";
+    std::string severity = "critical";  // a word of the site file
+    std::string server = {};
+    std::string source = {};
+    std::string key = {};
+};
+
+// What came can't be taken in: which field of it, and why not, in a sentence.
+class BadField : public std::runtime_error {
+ public:
+    BadField(std::string field, const std::string& why)
+        : std::runtime_error(why), field_(std::move(field)) {}
+    const std::string& Field() const { return field_; }
+
+ private:
+    std::string field_;
+};
+
+// Most bytes of each. A key stands in an index, whose entries have their limits.
+inline constexpr size_t kLongestText = 128 * 1024;  // a group and a server, too
+inline constexpr size_t kLongestSource = 128;
+inline constexpr size_t kLongestKey = 512;
+
+// As the tables have it: in the nearest letters of the encoding, see EncodeNearest. Throws BadField
+// where the text is empty, the severity is none, or something is too long.
+NewAlarm Checked(const IncomingAlarm& alarm, Encoding encoding);
+
+// Throws BadField where the key is empty or either is too long or has control characters.
+AlarmKey CheckedKey(const std::string& source, const std::string& key);
+
+}  // namespace host
+
+#endif
