@@ -51,6 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         TextCase{"a character cut short", "\xE2\x82", "\\xe2\\x82"},
         TextCase{"a character in more bytes than it needs", "\xC0\xAF", "\\xc0\\xaf"},
         TextCase{"half of a surrogate pair", "\xED\xA0\x80", "\\xed\\xa0\\x80"},
+        TextCase{"what stands around the surrogates", "\uD7FF\uE000", "\uD7FF\uE000"},
         TextCase{"behind the last character there is", "\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
         TextCase{"a backslash is left alone", "a\\b", "a\\b"}));
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -27,6 +28,8 @@ class SharedFile : public ::testing::Test {
  protected:
     SharedFile() : umask_(umask(077)) {}
     ~SharedFile() override { umask(umask_); }
+
+    static constexpr uid_t kNobody = 65534;
 
     static mode_t ModeOf(const char* path) {
         struct stat status {};
@@ -79,6 +82,24 @@ TEST_F(SharedFile, IsARegularOne) {
     ASSERT_EQ(0, mkfifo("pipe", 0600));
     EXPECT_EQ("it is no regular file", WhyNot("pipe"));
     EXPECT_THAT(WhyNot("/nowhere/at/all"), HasSubstr("No such file"));
+}
+
+TEST_F(SharedFile, TellsWhoseItIsWhereItMayNotBeOpened) {
+    const bool was_root = seteuid(kNobody) == 0;  // else it is somebody already
+    const std::string why = WhyNot("/etc/shadow");
+    EXPECT_TRUE(!was_root || seteuid(0) == 0);
+    EXPECT_EQ("Permission denied; it belongs to user 0", why);
+}
+
+TEST_F(SharedFile, LiesInNoFolderOfAnotherUser) {
+    ASSERT_EQ(0, mkdir("theirs", 0700));
+    const bool theirs = chown("theirs", kNobody, kNobody) == 0;  // by root alone
+    try {
+        MakeSharedFolder("theirs", Own(0600));
+        EXPECT_FALSE(theirs);
+    } catch (const FileError& error) {
+        EXPECT_STREQ("it belongs to user 65534", error.what());
+    }
 }
 
 TEST_F(SharedFile, IsTakenAwayFromOthers) {
