@@ -4,10 +4,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 
+#include "tests/unit/host/as_nobody.h"
 #include "tests/unit/host/files.h"
 #include "tests/unit/host/host_test.h"
 
@@ -45,6 +48,11 @@ class StoreConnection : public HostTest {
     static std::string Ask(Connection& connection, const std::string& question) {
         Statement statement(connection, question);
         return statement.Step() ? std::string(statement.Text(0)) : "(nothing)";
+    }
+
+    static gid_t GroupOf(const std::string& path) {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_gid : static_cast<gid_t>(-1);
     }
 
     static std::string WhyNotOpened(const std::string& path) {
@@ -94,6 +102,16 @@ TEST_F(StoreConnection, NamesAFolder) {
 }
 
 // It would refuse every write for as long as it lives, whatever the reason was.
+// SQLite would give it the group of whoever opens the database first.
+TEST_F(StoreConnection, GivesItsJournalTheGroupOfTheDatabase) {
+    constexpr gid_t kOperators = 12345;
+    chmod(folder.Path().c_str(), 0777);
+    static_cast<void>(chown(database.c_str(), kNobody, kOperators));  // root's alone
+    const AsNobody nobody(kOperators);
+    const Connection connection(database);
+    EXPECT_EQ(GroupOf(database), GroupOf(database + "-wal"));
+}
+
 TEST_F(StoreConnection, IsNoneThatCouldOnlyRead) {
     {
         const NothingToBeWritten now;

@@ -16,6 +16,7 @@
 #include "host/files/last_room.h"
 #include "host/files/whole_file.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/host/as_nobody.h"
 #include "tests/unit/host/files.h"
 
 namespace host {
@@ -28,8 +29,6 @@ class SharedFile : public ::testing::Test {
  protected:
     SharedFile() : umask_(umask(077)) {}
     ~SharedFile() override { umask(umask_); }
-
-    static constexpr uid_t kNobody = 65534;
 
     static mode_t ModeOf(const char* path) {
         struct stat status {};
@@ -85,10 +84,8 @@ TEST_F(SharedFile, IsARegularOne) {
 }
 
 TEST_F(SharedFile, TellsWhoseItIsWhereItMayNotBeOpened) {
-    const bool was_root = seteuid(kNobody) == 0;  // else it is somebody already
-    const std::string why = WhyNot("/etc/shadow");
-    EXPECT_TRUE(!was_root || seteuid(0) == 0);
-    EXPECT_EQ("Permission denied; it belongs to user 0", why);
+    const AsNobody nobody;
+    EXPECT_EQ("Permission denied; it belongs to user 0", WhyNot("/etc/shadow"));
 }
 
 TEST_F(SharedFile, LiesInNoFolderOfAnotherUser) {
