@@ -120,7 +120,7 @@ int Run(const Program& program) {
 // From the environment it may have one: that is only this user's to read.
 bool ShowsPassword(const std::string& database) {
     const char* const given = std::getenv("PAGERFWD_DATABASE");
-    return ShownName(database) != database && (given == nullptr || database != given);
+    return HasPassword(database) && (given == nullptr || database != given);
 }
 
 int Main(int argc, char** argv) {

@@ -17,6 +17,7 @@
 #include "host/process/last_writes.h"
 #include "host/process/signals_held.h"
 #include "host/site/site_tables.h"
+#include "host/store/database_name.h"
 #include "host/store/patience.h"
 #include "host/store/tables/events.h"
 #include "host/store/tables/lines.h"
@@ -70,7 +71,7 @@ Line::Line(const std::string& database, const SiteLine& line, const Library& lib
           log),
       trace_(lease_.Database(), line, encoding_, log,
              [this](const TracedPage& page) { hand_over_.Saw(page); }),
-      trouble_(log, database + ": works again") {
+      trouble_(log, ShownName(database) + ": works again", Trouble::kToldByAnother) {
     UseShiftJis(encoding_ == Encoding::kShiftJis);
 }
 
@@ -145,6 +146,9 @@ void Line::StepOrReport() {
     try {
         Step();
         trouble_.Is("");
+    } catch (const StoreAway& away) {
+        trouble_.IsAway(away, std::time(nullptr));
+        trace_.Excuse();
     } catch (const StoreError& failure) {
         trouble_.Is(failure.what());
         trace_.Excuse();
@@ -230,8 +234,9 @@ std::string Line::Doing() const {
 }
 
 void Line::NoteDoing(const std::string& doing) {
-    if (doing != std::exchange(doing_, doing)) {
+    if (doing != doing_) {
         SetDoing(lease_.Database(), line_.name, doing, std::time(nullptr));
+        doing_ = doing;
     }
 }
 

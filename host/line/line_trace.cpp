@@ -54,7 +54,7 @@ void LineTrace::RecordLeft() {
         return;
     }
     Pages unrecorded([&](const TracedPage& page) {
-        const Send send = SendOf(page);
+        const Send send = SendOf({page, std::time(nullptr)});
         if (send.at > *until + kRecordedWithin) {
             RecordSend(connection_, send);
         }
@@ -94,6 +94,7 @@ void LineTrace::Look() {
     if (const TracedPage* const page = UnderWay()) {
         seen_(*page);
     }
+    RecordEnded();
     if (file_.Position() > kLongestTrace || now - begun_ > kOldestTrace) {
         file_.MoveAside();
         begun_ = now;
@@ -115,19 +116,33 @@ bool LineTrace::IsSilent() const {
 }
 
 // The library calls the line by another name.
-Send LineTrace::SendOf(const TracedPage& page) const {
-    Send send = host::SendOf(connection_, page, std::time(nullptr));
+Send LineTrace::SendOf(const Ended& ended) const {
+    Send send = host::SendOf(connection_, ended.page, ended.read);
     send.port = line_.name;
     return send;
 }
 
 void LineTrace::PageEnded(const TracedPage& page) {
     seen_(page);
-    const Send send = SendOf(page);
-    if (send.outcome == TracedPage::Outcome::kNotSent && page.result == kNoLineResult) {
+    if (page.outcome == TracedPage::Outcome::kNotSent && page.result == kNoLineResult) {
         TellWhoHolds();
     }
-    RecordSend(connection_, send);
+    ended_.push_back({page, std::time(nullptr)});
+}
+
+void LineTrace::RecordEnded() {
+    while (!ended_.empty()) {
+        try {
+            recording_.Run(connection_,
+                           [this] { RecordSend(connection_, SendOf(ended_.front())); });
+        } catch (const StoreAway&) {
+            throw;
+        } catch (const StoreError&) {
+            ended_.pop_front();
+            throw;
+        }
+        ended_.pop_front();
+    }
 }
 
 void LineTrace::TellWhoHolds() {

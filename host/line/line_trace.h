@@ -5,11 +5,13 @@
 // start of an engine would empty it: what it holds is then added to what was moved aside last.
 //
 // Threads    One.
-// Errors     StoreError, where a sending can't be recorded; the next look goes on behind it.
+// Errors     StoreError, where a sending can't be recorded: the next look goes on behind it. Behind
+//            StoreAway the next look records it.
 #ifndef PAGERFWD_HOST_LINE_LINE_TRACE_H
 #define PAGERFWD_HOST_LINE_LINE_TRACE_H
 
 #include <ctime>
+#include <deque>
 #include <functional>
 #include <string>
 
@@ -20,6 +22,7 @@
 #include "host/process/clock_jumps.h"
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
+#include "host/store/once.h"
 #include "host/text/encoding.h"
 
 namespace host {
@@ -59,8 +62,14 @@ class LineTrace {
     bool IsSilent() const;
 
  private:
+    struct Ended {
+        TracedPage page;
+        std::time_t read;  // when its end was
+    };
+
     void PageEnded(const TracedPage& page);
-    Send SendOf(const TracedPage& page) const;
+    void RecordEnded();
+    Send SendOf(const Ended& ended) const;
     void TellWhoHolds();
 
     Connection& connection_;
@@ -74,6 +83,8 @@ class LineTrace {
     std::time_t news_ = 0;   // when the library wrote last, or had nothing to write
     ClockJumps jumps_;
     bool stuck_ = false;
+    std::deque<Ended> ended_;  // to be recorded
+    Once recording_;           // the first of them
 };
 
 }  // namespace host

@@ -149,7 +149,6 @@ void Node::LookAtPendingPages() {
 
 void Node::StepOrReport() {
     const std::string why_not = StepOrReason();
-    trouble_.Is(why_not);
     const std::time_t now = std::time(nullptr);
     alerts_.DatabaseWorked(gone_ ? options_.database + ": the file has gone" : why_not, now);
     alerts_.DiskIs(room_.IsFull(), now);
@@ -157,8 +156,8 @@ void Node::StepOrReport() {
 }
 
 // Why the database doesn't work; empty: it does. The service manager hears nothing of a node whose
-// database doesn't. What the disk refuses is kept until it takes it again, and is no failure here:
-// to be ended would lose it.
+// file doesn't; one whose server is away goes on, and nothing is mended by its end. What the disk
+// refuses is kept until it takes it again, and is no failure here: to be ended would lose it.
 std::string Node::StepOrReason() {
     try {
         try {
@@ -168,11 +167,23 @@ std::string Node::StepOrReason() {
             Step();
         }
         heartbeat_.Beat();
+        trouble_.Is("");
+    } catch (const StoreAway& away) {
+        trouble_.IsAway(away, std::time(nullptr));
+        if (!away.Outage().empty()) {
+            heartbeat_.Beat();
+        }
+        return Failed(away);
     } catch (const StoreError& failure) {
-        changes_.Forget();
-        return failure.what();
+        trouble_.Is(failure.what());
+        return Failed(failure);
     }
     return {};
+}
+
+std::string Node::Failed(const StoreError& failure) {
+    changes_.Forget();
+    return failure.what();
 }
 
 void Node::Step() {
@@ -347,6 +358,10 @@ void Node::EndLines() {
         try {
             lines_.Look(lease_.Database(), std::time(nullptr));
             LookAtSends(std::time(nullptr));
+            trouble_.Is("");
+        } catch (const StoreAway& away) {
+            trouble_.IsAway(away, std::time(nullptr));
+            lines_.LookAtProcesses(std::time(nullptr));
         } catch (const StoreError& failure) {
             log_.Error(failure.what());
         }

@@ -68,6 +68,7 @@ class Node {
     void LookAtFile();
     void StepOrReport();
     std::string StepOrReason();
+    std::string Failed(const StoreError& failure);
     void Step();
     bool HasWorkDue(std::time_t now) const;
     void Work(std::time_t now);

@@ -64,6 +64,17 @@ void ServedLines::Look(Connection& connection, std::time_t now) {
     for (const std::unique_ptr<ServedLine>& line : lines_) {
         LookAt(*line, states[line->Line().name], connection, now);
     }
+    DropThoseThatLeft();
+}
+
+void ServedLines::LookAtProcesses(std::time_t now) {
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        line->Look(now);
+    }
+    DropThoseThatLeft();
+}
+
+void ServedLines::DropThoseThatLeft() {
     const auto has_left = [](const std::unique_ptr<ServedLine>& line) { return line->HasLeft(); };
     lines_.erase(std::remove_if(lines_.begin(), lines_.end(), has_left), lines_.end());
 }

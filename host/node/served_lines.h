@@ -33,6 +33,8 @@ class ServedLines {
     bool HaveNews(std::time_t now) const;
     // Then, and when the tables have changed.
     void Look(Connection& connection, std::time_t now);
+    // While the database can't be used: only at their processes.
+    void LookAtProcesses(std::time_t now);
 
     void Sent(const Send& send, std::time_t now);
 
@@ -46,6 +48,7 @@ class ServedLines {
     ServedLine* Find(const std::string& name) const;
 
  private:
+    void DropThoseThatLeft();
     void LookAt(ServedLine& line, const LineState& state, Connection& connection, std::time_t now);
     void TakeIn(Connection& connection, SiteLine line);
 

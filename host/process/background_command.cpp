@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "host/files/descriptor.h"
+#include "host/store/database_name.h"
 
 namespace host {
 namespace {
@@ -80,6 +81,22 @@ std::vector<char*> Arguments(const std::vector<std::string>& command) {
     return arguments;
 }
 
+// All of this process's but the name of a database with a password, which is none of the program's
+// business, and which it may show to others.
+std::vector<char*> Environment() {
+    constexpr std::string_view kName = "PAGERFWD_DATABASE=";
+    std::vector<char*> variables;
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        const std::string_view text(*variable);
+        if (text.substr(0, kName.size()) != kName ||
+            !HasPassword(std::string(text.substr(kName.size())))) {
+            variables.push_back(*variable);
+        }
+    }
+    variables.push_back(nullptr);
+    return variables;
+}
+
 }  // namespace
 
 BackgroundCommand::~BackgroundCommand() {
@@ -98,8 +115,9 @@ std::string BackgroundCommand::Start(const std::vector<std::string>& command,
     const Actions actions(file.Number());
     const Attributes attributes;
     pid_t process = -1;
-    const int error = posix_spawnp(&process, command.front().c_str(), actions.Get(),
-                                   attributes.Get(), Arguments(command).data(), environ);
+    const int error =
+        posix_spawnp(&process, command.front().c_str(), actions.Get(), attributes.Get(),
+                     Arguments(command).data(), Environment().data());
     if (error != 0) {
         return std::string("can't be started: ") + std::strerror(error);
     }

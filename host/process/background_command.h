@@ -2,7 +2,8 @@
 //
 // It is run without a shell, in a process group of its own, with the text on its standard input (a
 // file in memory, so that nobody has to write to it while it reads); its output and its errors go
-// where this process's errors go.
+// where this process's errors go. Its environment is this process's, without the database's
+// password.
 //
 // Order      Start, Look until it has ended, Start again.
 // Threads    One.

@@ -114,6 +114,10 @@ const char* Connection::StaysAcknowledged() const {
     return driver_->Asks().stays_acknowledged;
 }
 
+bool Connection::TookEffect(const StoreInDoubt& doubt) {
+    return driver_->TookEffect(doubt.Transaction());
+}
+
 bool Connection::InTransaction() const {
     return driver_->InTransaction();
 }

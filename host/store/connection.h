@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "host/store/held_writes.h"
@@ -29,7 +30,29 @@ class StoreError : public std::runtime_error {
 // It may work a moment later.
 class StoreAway : public StoreError {
  public:
-    using StoreError::StoreError;
+    // outage: in words that stay the same while it lasts; empty: each reason speaks for itself.
+    explicit StoreAway(const std::string& reason, std::string outage = {})
+        : StoreError(reason), outage_(std::move(outage)) {}
+
+    const std::string& Outage() const { return outage_; }
+
+ private:
+    std::string outage_;
+};
+
+// The server was lost while it committed: whether the changes were made can be asked when it is
+// back, by Connection::TookEffect. Until then they must not be made again.
+class StoreInDoubt : public StoreAway {
+ public:
+    StoreInDoubt(const StoreAway& why, std::string transaction)
+        : StoreAway(std::string(why.what()) + "; whether a change was made isn't known",
+                    why.Outage()),
+          transaction_(std::move(transaction)) {}
+
+    const std::string& Transaction() const { return transaction_; }
+
+ private:
+    std::string transaction_;
 };
 
 class Driver;
@@ -116,6 +139,8 @@ class Connection {
     const char* StaysAcknowledged() const;
 
     bool InTransaction() const;
+    // What became of a commit that was in doubt. StoreAway while that can't be known.
+    bool TookEffect(const StoreInDoubt& doubt);
     const std::string& Path() const { return path_; }
     // The same, as it may be shown.
     std::string Name() const;

@@ -1,6 +1,8 @@
 // Names of databases. Tested by tests/unit/host/database_name_test.cpp.
 #include "host/store/database_name.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <regex>
 
@@ -23,18 +25,70 @@ bool IsOnServer(std::string_view name) {
     return false;
 }
 
+namespace {
+
+bool IsHex(char c) {
+    return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
+
+// A key of an address may be spelt so: "%70assword".
+std::string Decoded(std::string_view text) {
+    std::string decoded;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const std::string digits(text.substr(i + 1, 2));
+        if (text[i] == '%' && digits.size() == 2 && IsHex(digits[0]) && IsHex(digits[1])) {
+            decoded += static_cast<char>(std::stoi(digits, nullptr, 16));
+            i += 2;
+        } else {
+            decoded += text[i];
+        }
+    }
+    return decoded;
+}
+
+bool IsPassword(std::string_view parameter) {
+    const std::string key = Decoded(parameter.substr(0, parameter.find('=')));
+    return key == "password" || key == "sslpassword";
+}
+
+// The parameters of an address, behind its '?'.
+std::string WithoutPasswords(std::string_view parameters) {
+    std::string kept;
+    while (!parameters.empty()) {
+        const std::string_view parameter = parameters.substr(0, parameters.find('&'));
+        if (!IsPassword(parameter)) {
+            kept += (kept.empty() ? "" : "&") + std::string(parameter);
+        }
+        parameters.remove_prefix(std::min(parameter.size() + 1, parameters.size()));
+    }
+    return kept;
+}
+
+std::string ShownAddress(const std::string& name) {
+    // One with a ? in it ends at the host, too; one with a / is none, but was meant so.
+    const std::regex with_password("^(postgres(?:ql)?://[^:@/?]*):(?:[^/]*|[^?]*)@");
+    const std::string address = std::regex_replace(name, with_password, "$1@");
+    const size_t query = std::min(address.find('?'), address.size());
+    const std::string kept =
+        WithoutPasswords(std::string_view(address).substr(std::min(query + 1, address.size())));
+    return address.substr(0, query) + (kept.empty() ? "" : "?" + kept);
+}
+
+}  // namespace
+
 std::string ShownName(const std::string& name) {
     if (!IsOnServer(name)) {
         return name;
     }
-    // One with a ? in it ends at the host, too; one with a / is none, but was meant so.
-    const std::regex in_address("^(postgres(?:ql)?://[^:@/?]*):(?:[^/]*|[^?]*)@");
-    const std::regex in_query("([?&])(?:ssl)?password=[^&]*&?");
-    const std::regex in_list(R"(\s*\b(?:ssl)?password\s*=\s*('(?:\\.|[^'\\])*'|(?:\\.|[^\s\\])*))");
-    if (name.find("://") == std::string::npos) {
-        return std::regex_replace(name, in_list, "");
+    if (name.find("://") != std::string::npos) {
+        return ShownAddress(name);
     }
-    return std::regex_replace(std::regex_replace(name, in_address, "$1@"), in_query, "$1");
+    const std::regex in_list(R"(\s*\b(?:ssl)?password\s*=\s*('(?:\\.|[^'\\])*'|(?:\\.|[^\s\\])*))");
+    return std::regex_replace(name, in_list, "");
+}
+
+bool HasPassword(const std::string& name) {
+    return ShownName(name) != name;
 }
 
 std::string BesideName(const std::string& name) {

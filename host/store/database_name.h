@@ -12,6 +12,7 @@ bool IsOnServer(std::string_view name);
 
 // As it may be shown and logged: without the password.
 std::string ShownName(const std::string& name);
+bool HasPassword(const std::string& name);
 
 // How the names of the files begin that belong to the database on this host: locks, and folders of
 // lines. Beside the file itself; for one on a server, in PAGERFWD_STATE or /var/lib/pagerfwd.

@@ -58,7 +58,10 @@ class Driver {
 
     // With the right to write against every other writer.
     virtual void Begin() = 0;
+    // StoreInDoubt where the answer was lost, and nobody can say now what became of it.
     virtual void Commit() = 0;
+    // See Connection::TookEffect.
+    virtual bool TookEffect(const std::string& /*transaction*/) { return false; }
     virtual void RollBack() = 0;
     virtual bool InTransaction() const = 0;
     // Whether what has just failed is the file system's refusal.

@@ -5,6 +5,7 @@
 
 #include "host/store/hidden_rows.h"
 #include "host/store/line_view.h"
+#include "host/store/patience.h"
 
 namespace host {
 namespace {
@@ -12,6 +13,32 @@ namespace {
 Condition InView(const TableLayout& layout, Condition condition) {
     condition.terms = InView(*layout.table, std::move(condition.terms));
     return condition;
+}
+
+bool FindOut(Connection& connection, const StoreInDoubt& doubt) {
+    Wait wait(doubt);
+    for (;;) {
+        try {
+            return connection.TookEffect(doubt);
+        } catch (const StoreAway&) {
+            wait.Second();
+        }
+    }
+}
+
+// The library isn't answered before it is known whether what it has written is there: it would
+// be written twice.
+void CommitForSure(Connection& connection, WriteTransaction& transaction) {
+    try {
+        transaction.Commit();
+    } catch (const StoreInDoubt& doubt) {
+        if (!WaitsForTables()) {
+            throw;
+        }
+        if (!FindOut(connection, doubt)) {
+            throw StoreAway(doubt);
+        }
+    }
 }
 
 }  // namespace
@@ -24,7 +51,7 @@ int32_t OpenDatabase::Commit(Change change) {
     }
     WriteTransaction transaction(lease_.Database());
     const int32_t count = change();
-    transaction.Commit();
+    CommitForSure(lease_.Database(), transaction);
     return count;
 }
 
@@ -74,7 +101,7 @@ void OpenDatabase::Unlock() {
         throw StoreError("changes that had not been written are undone");
     }
     if (transaction != nullptr) {
-        transaction->Commit();
+        CommitForSure(lease_.Database(), *transaction);
     }
 }
 
@@ -117,7 +144,7 @@ int32_t OpenDatabase::Write() {
     const int32_t count = unwritten_;
     const std::unique_ptr<WriteTransaction> transaction = TakeTransaction();
     if (transaction != nullptr) {
-        transaction->Commit();
+        CommitForSure(lease_.Database(), *transaction);
     }
     return count;
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
 
 #include "host/store/faults.h"
@@ -15,6 +16,7 @@ struct Patience {
     std::mutex mutex;
     std::function<void(int)> pause;  // written before there are other threads
     int waiting = 0;                 // guarded by mutex
+    bool told = false;               // guarded by mutex
 };
 
 Patience& ThePatience() {
@@ -39,18 +41,20 @@ bool AnyWaits() {
     return patience.waiting > 0;
 }
 
-Wait::Wait(const std::string& why) {
+Wait::Wait(const StoreAway& why) {
     Patience& patience = ThePatience();
     const std::lock_guard guard(patience.mutex);
-    if (patience.waiting++ == 0) {
-        ReportFault(why + "; the library waits until the tables can be used again");
+    ++patience.waiting;
+    if (why.Outage().empty() && !std::exchange(patience.told, true)) {
+        ReportFault(std::string(why.what()) +
+                    "; the library waits until the tables can be used again");
     }
 }
 
 Wait::~Wait() {
     Patience& patience = ThePatience();
     const std::lock_guard guard(patience.mutex);
-    if (--patience.waiting == 0) {
+    if (--patience.waiting == 0 && std::exchange(patience.told, false)) {
         ReportMended("the library waits no more: the tables can be used again");
     }
 }

@@ -9,7 +9,8 @@
 #define PAGERFWD_HOST_STORE_PATIENCE_H
 
 #include <functional>
-#include <string>
+
+#include "host/store/connection.h"
 
 namespace host {
 
@@ -21,10 +22,10 @@ bool WaitsForTables();
 bool AnyWaits();
 
 // A call of the library that waits: tells of the trouble at the first wait of this process, and of
-// its end when none waits any more.
+// its end when none waits any more. Of an outage those tell who look at the database all the time.
 class Wait {
  public:
-    explicit Wait(const std::string& why);
+    explicit Wait(const StoreAway& why);
     ~Wait();
     Wait(const Wait&) = delete;
     Wait& operator=(const Wait&) = delete;

@@ -1,34 +1,26 @@
 // PostgreSQL, by libpq. Tested by tests/unit/host/postgres_test.cpp, and by the contract.
 #include <libpq-fe.h>
+#include <poll.h>
 
-#include <array>
 #include <cstdlib>
 #include <memory>
-#include <sstream>
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "host/store/database_name.h"
 #include "host/store/driver.h"
+#include "host/store/postgres_session.h"
 #include "host/store/postgres_sql.h"
 
 namespace host {
 namespace {
 
-// Nothing that is asked of a server may take for ever: neither the network, nor the server, nor
-// another who has the right to write. A server that lost us lets go of our locks as soon.
-constexpr const char* kSettings =
-    "SET statement_timeout = '30s'; SET lock_timeout = '10s';"
-    "SET idle_in_transaction_session_timeout = '60s';"
-    "SET tcp_keepalives_idle = 5; SET tcp_keepalives_interval = 2; SET tcp_keepalives_count = 3;"
-    "SET tcp_user_timeout = '10s'; SET standard_conforming_strings = on;"
-    // What is committed is on the server's disk.
-    "SELECT set_config('synchronous_commit', 'on', false)"
-    " WHERE current_setting('synchronous_commit') = 'off'";
-
 // For who writes: one at a time, as with a file.
 constexpr const char* kBegin = "BEGIN; SELECT pg_advisory_xact_lock(1346455379, 1)";
+
+// Behind a commit whose answer was lost: some ten seconds.
+constexpr int kBetweenLooks = 100;  // ms
+constexpr int kMostLooks = 100;
 
 std::string CommentWithVersion(int64_t version) {
     return "COMMENT ON TABLE Host_Settings IS '" + std::to_string(version) + "'";
@@ -52,40 +44,9 @@ constexpr Questions kQuestions = {
     " FOR EACH ROW EXECUTE FUNCTION AlarmLog_StaysAcknowledged()",
 };
 
-struct Finisher {
-    void operator()(PGconn* connection) const { PQfinish(connection); }
-};
-struct Clearer {
-    void operator()(PGresult* result) const { PQclear(result); }
-};
-using Result = std::unique_ptr<PGresult, Clearer>;
-
-// Classes of errors, as SQLSTATE begins with them, that may pass by themselves.
-bool MayPass(std::string_view state) {
-    for (const std::string_view passing : {"08", "25006", "40", "53", "55P03", "57", "58"}) {
-        if (state.substr(0, passing.size()) == passing) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// In one line: a server breaks what it says, and indents it.
-std::string OneLine(const char* message) {
-    std::istringstream words(message);
-    std::string line;
-    for (std::string word; words >> word;) {
-        line += (line.empty() ? "" : " ") + word;
-    }
-    return line;
-}
-
 class PostgresDriver final : public Driver {
  public:
-    PostgresDriver(const std::string& name, Connection::Mode mode)
-        : name_(name), shown_(ShownName(name)), looks_(mode == Connection::Mode::kLook) {
-        Connect();
-    }
+    PostgresDriver(const std::string& name, Connection::Mode mode) : session_(name, mode) {}
 
     const Features& Can() const override {
         static const Features features{false, false, true};
@@ -97,34 +58,37 @@ class PostgresDriver final : public Driver {
 
     void Run(const std::string& sql) override {
         BeThere();
-        Take(PQexec(connection_.get(), ForPostgres(sql).c_str()));
+        Take(session_.Ask(ForPostgres(sql)));
     }
 
     void Begin() override {
         BeThere();
         begun_ = true;
         try {
-            Take(PQexec(connection_.get(), kBegin));
+            session_.Ask(kBegin);
         } catch (const StoreError&) {
             RollBack();
             throw;
         }
     }
 
-    void Commit() override {
-        const Result result = Take(PQexec(connection_.get(), "COMMIT"));
-        begun_ = false;
-        if (PQcmdStatus(result.get()) != std::string_view("COMMIT")) {
-            throw StoreError(shown_ + ": the changes were undone: one of them had failed");
-        }
-    }
+    void Commit() override;
 
     // What a server loses sight of it undoes by itself.
     void RollBack() override {
         begun_ = false;
-        if (IsThere()) {
-            Take(PQexec(connection_.get(), "ROLLBACK"));
+        if (session_.IsThere()) {
+            session_.Ask("ROLLBACK");
         }
+    }
+
+    bool TookEffect(const std::string& transaction) override {
+        BeThere();
+        const std::optional<bool> committed = session_.WasCommitted(transaction);
+        if (!committed) {
+            throw StoreAway(session_.Shown() + ": the server still works on a change");
+        }
+        return *committed;
     }
 
     bool InTransaction() const override { return begun_; }
@@ -136,29 +100,20 @@ class PostgresDriver final : public Driver {
     // --- For its statements.
 
     bool AnyLength() const { return any_length_; }
-    PGconn* Get() { return connection_.get(); }
-    // Another whenever the connection was made anew: what was prepared is gone then.
-    int64_t Epoch() const { return epoch_; }
+    PostgresSession& Session() { return session_; }
     std::string NewName() { return "s" + std::to_string(++names_); }
 
     // Makes the connection again, where it was lost; within a transaction it stays so.
     void BeThere() {
-        if (IsThere()) {
-            return;
+        if (begun_ && !session_.IsThere()) {
+            throw StoreAway(session_.Shown() + ": the connection was lost");
         }
-        if (begun_) {
-            throw StoreAway(shown_ + ": the connection was lost");
-        }
-        Connect();
+        session_.BeThere();
     }
 
-    // Throws what has gone wrong.
-    Result Take(PGresult* made) {
-        Result result(made);
-        const ExecStatusType status = PQresultStatus(made);
-        if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
-            Fail(made);
-        }
+    // Notes what a statement has changed.
+    PostgresResult Take(PostgresResult result) {
+        PGresult* const made = result.get();
         const std::string_view command = PQcmdStatus(made);
         if (command.substr(0, 6) != "SELECT" && *PQcmdTuples(made) != '\0') {
             changes_ = std::atoi(PQcmdTuples(made));  // NOLINT(cert-err34-c): the server's own
@@ -167,33 +122,14 @@ class PostgresDriver final : public Driver {
         return result;
     }
 
-    [[noreturn]] void TooLarge() const { throw RowTooLarge(shown_ + ": a text is too large"); }
+    [[noreturn]] void TooLarge() const {
+        throw RowTooLarge(session_.Shown() + ": a text is too large");
+    }
 
  private:
-    bool IsThere() const {
-        return connection_ != nullptr && PQstatus(connection_.get()) == CONNECTION_OK;
-    }
+    bool FoundOut(const std::string& transaction);
 
-    [[noreturn]] void Fail(const PGresult* result) const {
-        const char* const state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
-        const std::string text = shown_ + ": " +
-                                 OneLine(result == nullptr ? PQerrorMessage(connection_.get())
-                                                           : PQresultErrorMessage(result));
-        if (!IsThere() || state == nullptr || MayPass(state)) {
-            throw StoreAway(text);
-        }
-        throw StoreError(text);
-    }
-
-    void Connect();
-    void RequireName() const;
-    void RequireEncoding() const;
-
-    const std::string name_;
-    const std::string shown_;
-    const bool looks_;
-    std::unique_ptr<PGconn, Finisher> connection_;
-    int64_t epoch_ = 0;
+    PostgresSession session_;
     int64_t names_ = 0;
     bool begun_ = false;
     bool any_length_ = false;
@@ -201,59 +137,36 @@ class PostgresDriver final : public Driver {
     int64_t total_changes_ = 0;
 };
 
-// What stands before the name it may say otherwise, what stands behind it not. A character of
-// LATIN1 is a byte, and every byte is one: so texts of any encoding come back as they were.
-void PostgresDriver::Connect() {
-    const std::array<std::pair<const char*, const char*>, 8> settings = {{
-        {"connect_timeout", "5"},
-        {"keepalives_idle", "5"},
-        {"keepalives_interval", "2"},
-        {"keepalives_count", "3"},
-        {"tcp_user_timeout", "10000"},
-        {"fallback_application_name", "pagerfwd"},
-        {"dbname", name_.c_str()},
-        {"client_encoding", "LATIN1"},
-    }};
-    std::vector<const char*> keywords;
-    std::vector<const char*> values;
-    for (const auto& [keyword, value] : settings) {
-        keywords.push_back(keyword);
-        values.push_back(value);
-    }
-    keywords.push_back(nullptr);
-    values.push_back(nullptr);
-    RequireName();
-    connection_.reset(PQconnectdbParams(keywords.data(), values.data(), 1));
-    ++epoch_;
-    if (!IsThere()) {
-        throw StoreAway(shown_ + ": " + OneLine(PQerrorMessage(connection_.get())));
-    }
-    PQsetNoticeProcessor(
-        connection_.get(), [](void* /*nobody*/, const char* /*said*/) {}, nullptr);
-    RequireEncoding();
-    Take(PQexec(connection_.get(), kSettings));
-    if (looks_) {
-        Take(PQexec(connection_.get(), "SET default_transaction_read_only = on"));
-    }
-}
-
-// What libpq says of a name may quote parts of it, such as a password with a sign that it lacks.
-void PostgresDriver::RequireName() const {
-    PQconninfoOption* const options = PQconninfoParse(name_.c_str(), nullptr);
-    PQconninfoFree(options);
-    if (options == nullptr) {
-        throw StoreError(shown_ + ": isn't the name of a database on a server");
-    }
-}
-
-void PostgresDriver::RequireEncoding() const {
-    const char* const encoding = PQparameterStatus(connection_.get(), "server_encoding");
-    for (const char* const good : {"UTF8", "LATIN1", "SQL_ASCII"}) {
-        if (encoding != nullptr && std::string_view(encoding) == good) {
-            return;
+// Where the answer doesn't come, the server may have made the change or not.
+void PostgresDriver::Commit() {
+    const std::string transaction = session_.TransactionNumber();
+    begun_ = false;
+    PostgresResult result;
+    try {
+        result = session_.Ask("COMMIT");
+    } catch (const StoreAway& away) {
+        if (session_.IsThere() || transaction.empty() || !FoundOut(transaction)) {
+            throw;
         }
+        return;
     }
-    throw StoreError(shown_ + ": its encoding can't hold every text; make it with UTF8");
+    if (PQcmdStatus(result.get()) != std::string_view("COMMIT")) {
+        throw StoreError(session_.Shown() + ": the changes were undone: one of them had failed");
+    }
+}
+
+// Whether it took effect. A server that comes back soon is waited for.
+bool PostgresDriver::FoundOut(const std::string& transaction) {
+    for (int looks = 0;; ++looks) {
+        try {
+            return TookEffect(transaction);
+        } catch (const StoreAway& away) {
+            if (looks == kMostLooks) {
+                throw StoreInDoubt(away, transaction);
+            }
+        }
+        poll(nullptr, 0, kBetweenLooks);
+    }
 }
 
 // Its rows are in memory as a whole, so that another may be asked meanwhile. From its second use
@@ -320,33 +233,27 @@ class PostgresStatement final : public DriverStatement {
 
     void Execute() {
         driver_.BeThere();
-        std::vector<const char*> values;
-        for (const std::string& value : values_) {
-            values.push_back(value.c_str());
-        }
-        const int count = static_cast<int>(values.size());
+        PostgresSession& session = driver_.Session();
         if (!used_) {
             used_ = true;
-            result_ = driver_.Take(PQexecParams(driver_.Get(), sql_.c_str(), count, nullptr,
-                                                values.data(), nullptr, nullptr, 0));
+            result_ = driver_.Take(session.Ask(sql_, values_));
             return;
         }
-        if (epoch_ != driver_.Epoch()) {
+        if (epoch_ != session.Epoch()) {
             name_ = driver_.NewName();
-            driver_.Take(PQprepare(driver_.Get(), name_.c_str(), sql_.c_str(), 0, nullptr));
-            epoch_ = driver_.Epoch();
+            session.Prepare(name_, sql_);
+            epoch_ = session.Epoch();
         }
-        result_ = driver_.Take(PQexecPrepared(driver_.Get(), name_.c_str(), count, values.data(),
-                                              nullptr, nullptr, 0));
+        result_ = driver_.Take(session.AskPrepared(name_, values_));
     }
 
     PostgresDriver& driver_;
     const std::string sql_;
     std::vector<std::string> values_;
-    Result result_;
+    PostgresResult result_;
     int row_ = -1;
     bool used_ = false;
-    int64_t epoch_ = 0;  // of the driver, when it was prepared
+    int64_t epoch_ = 0;  // of the session, when it was prepared
     std::string name_;
 };
 

@@ -45,7 +45,7 @@ int32_t Patiently(DBAsciiHandle handle, Work work) {
                 throw;
             }
             if (!wait) {
-                wait.emplace(away.what());
+                wait.emplace(away);
             }
         }
         wait->Second();

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "sim/preload/outside.h"
+#include "sim/preload/outside_sockets.h"
 
 namespace pagersim {
 namespace {
@@ -191,6 +192,7 @@ void MakeRoom(int from, int wanted) {
 
 // Requires: not a line's.
 void BeforeClosing(int fd) {
+    OutsideSockets::Forget(fd);
     TheWorld().Threads().NoteDescriptorUse();
     if (TheWorld().IsShared()) {
         const Locked locked;

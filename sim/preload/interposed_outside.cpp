@@ -1,6 +1,7 @@
 // Calls in which a thread may wait for something outside the program. One that needn't wait takes
 // no time. Tested by tests/unit/sim/outside_test.cpp.
 #include "sim/preload/outside.h"
+#include "sim/preload/outside_sockets.h"
 
 #include <cerrno>
 
@@ -72,6 +73,13 @@ auto Receive(int fd, int flags, Call call) -> decltype(call()) {
 }
 
 }  // namespace
+
+PAGERSIM_INTERPOSED int connect(int fd, const sockaddr* address, socklen_t size) {
+    if (IsServed() && OutsideSockets::IsNamed(address, size)) {
+        OutsideSockets::Note(fd);
+    }
+    return Real().connect(fd, address, size);
+}
 
 PAGERSIM_INTERPOSED int accept(int fd, sockaddr* peer, socklen_t* size) {
     return CallOn(fd, POLLIN, [&] { return Real().accept(fd, peer, size); });

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "sim/preload/interpose.h"
+#include "sim/preload/outside_sockets.h"
 
 namespace pagersim {
 namespace {
@@ -64,6 +65,19 @@ Seen LookAt(pollfd* descriptors, nfds_t count, const sigset_t* signals, std::vec
     return seen;
 }
 
+bool AnyIsOutside(const pollfd* descriptors, nfds_t count) {
+    return std::any_of(descriptors, descriptors + count,
+                       [](const pollfd& each) { return OutsideSockets::Has(each.fd); });
+}
+
+// The thread works, for all that the world knows: time stands still meanwhile, and the limit is one
+// of real time.
+int AskOutside(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t* signals) {
+    const timespec time{static_cast<time_t>(limit.count() / 1'000'000),
+                        static_cast<long>(limit.count() % 1'000'000 * 1000)};
+    return Real().ppoll(descriptors, count, limit == kNever ? nullptr : &time, signals);
+}
+
 Micros After(Micros limit) {
     return limit == kNever ? kNever : TheWorld().Now() + limit;
 }
@@ -71,6 +85,9 @@ Micros After(Micros limit) {
 }  // namespace
 
 int WaitForInput(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t* signals) {
+    if (AnyIsOutside(descriptors, count)) {
+        return AskOutside(descriptors, count, limit, signals);
+    }
     int result = 0;
     int error = 0;
     {

@@ -34,7 +34,7 @@ namespace pagersim {
     X(pthread_mutex_lock) X(pthread_mutex_trylock) X(pthread_mutex_unlock) \
     X(pthread_rwlock_rdlock) X(pthread_rwlock_tryrdlock) X(pthread_rwlock_wrlock) \
     X(pthread_rwlock_trywrlock) X(pthread_rwlock_unlock) X(pthread_cond_clockwait) X(accept) \
-    X(accept4) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(wait4) X(waitid) X(sigwait) \
+    X(accept4) X(connect) X(recv) X(recvfrom) X(recvmsg) X(waitpid) X(wait4) X(waitid) X(sigwait) \
     X(sigwaitinfo) X(sigsuspend) X(pause) X(close_range) X(fork) X(posix_spawn) X(posix_spawnp) \
     X(popen) X(system) X(kill) X(killpg) X(sigqueue) X(_Fork) X(nanosleep) X(usleep) X(clock_nanosleep) X(flock) \
     X(lockf)

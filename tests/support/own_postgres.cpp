@@ -80,6 +80,7 @@ OwnPostgres::OwnPostgres() {
         throw std::runtime_error("no temporary folder: " + path);
     }
     folder_ = path;
+    setenv("PAGERSIM_OUTSIDE", path.c_str(), 1);
     if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
         throw std::runtime_error("no folder of another user: " + path);
     }
@@ -116,7 +117,7 @@ void OwnPostgres::Kill() {
 }
 
 std::string OwnPostgres::Name(const std::string& database) const {
-    return "postgresql://pager@/" + database + "?connect_timeout=0&host=" + folder_.string();
+    return "postgresql://pager@/" + database + "?host=" + folder_.string();
 }
 
 std::string OwnPostgres::MakeDatabase() {

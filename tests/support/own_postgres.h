@@ -2,8 +2,7 @@
 // on a socket there and nowhere else, as an unprivileged user. It ends with the process, however
 // that ends.
 //
-// Time       It knows none but the real one. Under a virtual clock whoever waits for it must do so
-//            without a limit, as its names ask for: time would jump to that limit.
+// Time       It knows none but the real one. A virtual clock stands still while it is asked.
 // Threads    The one that starts it lives as long as it.
 // Errors     What can't be had is std::runtime_error.
 #ifndef PAGERFWD_TESTS_SUPPORT_OWN_POSTGRES_H
@@ -30,6 +29,9 @@ class OwnPostgres {
     // As a power cut would, and its return.
     void Kill();
     void Start();
+
+    // Where its socket is.
+    const std::filesystem::path& Folder() const { return folder_; }
 
     // What the server answers to SQL, without pagerfwd: the first cell.
     static std::string Ask(const std::string& database, const std::string& sql);

@@ -55,6 +55,16 @@ TEST_F(ABackgroundCommand, GetsItsArgumentsAsTheyAre) {
     EXPECT_EQ("a b|$HOME||", ReadFile("words"));
 }
 
+TEST_F(ABackgroundCommand, IsNotToldThePasswordOfTheDatabase) {
+    const std::vector<std::string> show = {"/bin/sh", "-c", "echo \"$PAGERFWD_DATABASE\" >>names"};
+    setenv("PAGERFWD_DATABASE", "postgresql://ann:secret@db/site", 1);
+    EXPECT_EQ("", RunToItsEnd(show));
+    setenv("PAGERFWD_DATABASE", "postgresql://ann@db/site", 1);
+    EXPECT_EQ("", RunToItsEnd(show));
+    unsetenv("PAGERFWD_DATABASE");
+    EXPECT_EQ("\npostgresql://ann@db/site\n", ReadFile("names"));
+}
+
 TEST_F(ABackgroundCommand, HasFailedWhereItSaysSo) {
     EXPECT_EQ("ended with status 3", RunToItsEnd({"/bin/sh", "-c", "exit 3"}));
     EXPECT_THAT(RunToItsEnd({"/bin/sh", "-c", "kill -9 $$"}), HasSubstr("ended by signal "));

@@ -34,6 +34,22 @@ TEST(NameOfADatabase, IsShownWithoutThePassword) {
               ShownName("host=db password = 'it\\'s a secret' dbname=site sslpassword=too"));
 }
 
+TEST(NameOfADatabase, HidesAPasswordHoweverItsKeyIsSpelt) {
+    for (const char* key : {"password", "%70assword", "p%61ssw%6Frd", "sslpassw%6frd"}) {
+        const std::string secret = std::string(key) + "=se%26cret";
+        EXPECT_EQ("postgresql://db/site", ShownName("postgresql://db/site?" + secret)) << key;
+        EXPECT_EQ("postgresql://db/site?user=a&port=1",
+                  ShownName("postgresql://db/site?user=a&" + secret + "&port=1"))
+            << key;
+        EXPECT_TRUE(HasPassword("postgresql://db/site?" + secret)) << key;
+    }
+    for (const char* harmless : {"postgresql://db/site?passfile=%2fa", "postgresql://db/site?a=%",
+                                 "postgresql://anna@db/%70assword?x=%7", "site.db?password=x"}) {
+        EXPECT_EQ(harmless, ShownName(harmless));
+        EXPECT_FALSE(HasPassword(harmless));
+    }
+}
+
 TEST(NameOfADatabase, HasItsFilesBesideItOrInTheStatesFolder) {
     EXPECT_EQ("a/site.db", BesideName("a/site.db"));
     EXPECT_EQ("a/site.db", BesideOwner("a/site.db"));

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "host/store/connection.h"
+#include "host/store/retry_pause.h"
 #include "host/store/schema.h"
 #include "tests/support/own_postgres.h"
 
@@ -86,6 +87,7 @@ TEST_F(OnAServer, AConnectionThatWasLostIsMadeAgain) {
     EXPECT_THROW(ReadSetting(connection, "encoding"), StoreAway);
     EXPECT_THROW(ReadSetting(connection, "encoding"), StoreAway);
     TheServer().Start();
+    std::this_thread::sleep_for(RetryPause::kFirst);  // by then it is tried again
     EXPECT_EQ("latin1", ReadSetting(connection, "encoding"));
     EXPECT_EQ("latin1", ReadSetting(connection, "encoding"));
 }
