@@ -38,10 +38,19 @@ else()
     set(PAGERFWD_LIBRARY_FOLDER x86_64-linux-gnu)
 endif()
 
-option(PAGERFWD_COVERAGE "Count which lines of the library run" OFF)
+option(PAGERFWD_COVERAGE "Count which lines of library and host run" OFF)
 if(PAGERFWD_COVERAGE)
     add_link_options(--coverage)
 endif()
+
+# What is counted of.
+function(pagerfwd_counted)
+    if(PAGERFWD_COVERAGE)
+        foreach(target ${ARGN})
+            target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+        endforeach()
+    endif()
+endfunction()
 
 # A layer of libPagerFwd.so, as objects: the library and the tests link the same ones.
 function(pagerfwd_layer name)
@@ -50,7 +59,5 @@ function(pagerfwd_layer name)
     set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
     target_link_libraries(${name} PUBLIC pagerfwd_compile ${ARG_USES})
-    if(PAGERFWD_COVERAGE)
-        target_compile_options(${name} PRIVATE --coverage -fprofile-update=atomic)
-    endif()
+    pagerfwd_counted(${name})
 endfunction()

@@ -8,9 +8,6 @@ add_executable(pagerfwd_test_headers EXCLUDE_FROM_ALL ${CMAKE_CURRENT_LIST_DIR}/
 target_link_libraries(pagerfwd_test_headers PRIVATE pagerfwd_compile pagerfwd_large_files gmock)
 target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
-# What tests the library's own files: scripts/coverage counts their lines by it.
-add_custom_target(library_tests)
-
 # A program a folder, or part of one: few and large ones take less time to make. With PAGERFWD_UNITY
 # eight of its files are one for the compiler, so names in their unnamed namespaces differ.
 #
@@ -39,9 +36,5 @@ function(pagerfwd_test name)
         add_test(NAME ${name}_in_summer_zone COMMAND ${name} --gtest_brief=1)
         set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 1800
                              ENVIRONMENT "PAGERFWD_TEST_ZONE=GMT0BST,M3.5.0/1,M10.5.0")
-    endif()
-    if("pagerfwd_linux" IN_LIST ARG_LINKS)
-        add_dependencies(library_tests ${name})
-        set_tests_properties(${name} PROPERTIES LABELS library)
     endif()
 endfunction()
