@@ -10,6 +10,7 @@
 #include "host/alarms/incoming.h"
 #include "host/alarms/raising.h"
 #include "host/cli/alarm_commands.h"
+#include "host/cli/alarm_spool.h"
 #include "host/cli/bad_input.h"
 #include "host/cli/user_name.h"
 #include "host/intake/alarm_json.h"
@@ -33,6 +34,7 @@ struct ToEnd {
     std::string source;
     std::string key;
     bool json = false;
+    bool spool = false;
 };
 
 Doer DoerOf(const Chosen& chosen) {
@@ -147,16 +149,17 @@ ExitCode WithdrawThem(const Program& program, const ToEnd& end) {
     if ((end.numbers.empty() ? 0 : 1) + (by_key ? 1 : 0) + (end.json ? 1 : 0) != 1) {
         throw Failure(kUsage, "say which alarms: by their numbers, or --key, or --json");
     }
-    const std::vector<ToWithdraw> withdrawals = Withdrawals(end);
-    Lease lease(program.database);
-    const Doer doer{UserName(), std::time(nullptr)};
+    Spoolable asked;
+    asked.what = {std::time(nullptr), UserName(), {}, Withdrawals(end)};
+    asked.at_once = end.spool;
     Outcomes outcomes;
-    WriteTransaction transaction(lease.Database());
-    for (const ToWithdraw& withdrawal : withdrawals) {
-        EndOne(lease.Database(), withdrawal, doer, outcomes);
-    }
-    transaction.Commit();
-    return outcomes.Tell();
+    asked.work = [&](Connection& connection) {
+        for (const ToWithdraw& withdrawal : asked.what.withdraw) {
+            EndOne(connection, withdrawal, {asked.what.by, asked.what.at}, outcomes);
+        }
+    };
+    asked.done = [&](Connection&) { return outcomes.Tell(); };
+    return DoOrKeep(program, asked);
 }
 
 }  // namespace
@@ -192,7 +195,10 @@ void AddAlarmWithdraw(CLI::App& alarm, Program& program) {
     command->add_flag("--json", end->json,
                       "Read them from standard input, as a JSON object or a list of such with "
                       "source and key, or alarm");
+    command->add_flag("--spool", end->spool,
+                      "Keep it in a file that a running engine takes up within a second");
     command->footer(
+        "While the database is away, this waits in a file beside it.\n"
         "That no alarm of the key is open is no mistake: monitoring may say it twice. A page that\n"
         "is on the line at this moment is finished.\n\n"
         "Example:\n"

@@ -13,12 +13,13 @@
 #include "host/alarms/incoming.h"
 #include "host/alarms/raising.h"
 #include "host/cli/alarm_commands.h"
+#include "host/cli/alarm_spool.h"
 #include "host/cli/bad_input.h"
 #include "host/cli/names.h"
 #include "host/cli/raise_warnings.h"
+#include "host/cli/user_name.h"
 #include "host/intake/alarm_json.h"
 #include "host/site/site_tables.h"
-#include "host/store/pool.h"
 
 namespace host {
 namespace {
@@ -26,15 +27,12 @@ namespace {
 struct RaiseOptions {
     IncomingAlarm alarm;
     bool json = false;
+    bool spool = false;
 };
 
 std::string HostName() {
     std::array<char, HOST_NAME_MAX + 1> name{};
     return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
-
-void Warn(const std::string& text) {
-    std::cerr << "pagerfwd: warning: " << text << "\n";
 }
 
 // Of a text that the tables have in other letters: an alarm isn't refused for them.
@@ -53,43 +51,55 @@ void WarnOfLetters(const IncomingAlarm& came, const NewAlarm& alarm, Encoding en
     WarnOfLetters("the text", came.text, alarm.details, encoding);
 }
 
-std::vector<Raised> RaiseAll(Connection& connection, const std::vector<NewAlarm>& alarms) {
+// As the tables have them, for what is said behind the commit.
+struct Taken {
+    std::vector<NewAlarm> alarms;
     std::vector<Raised> raised;
-    WriteTransaction transaction(connection);
-    for (const NewAlarm& alarm : alarms) {
-        raised.push_back(Raise(connection, alarm, std::time(nullptr)));
+};
+
+void RaiseAll(Connection& connection, const std::vector<IncomingAlarm>& came, Taken& taken) {
+    taken.alarms = CheckedAlarms(came, EncodingOf(connection));
+    for (const NewAlarm& alarm : taken.alarms) {
+        taken.raised.push_back(Raise(connection, alarm, std::time(nullptr)));
     }
-    transaction.Commit();
-    return raised;
 }
 
-ExitCode RaiseOne(const Program& program, const IncomingAlarm& came) {
-    Lease lease(program.database);
-    const Encoding encoding = EncodingOf(lease.Database());
-    const NewAlarm alarm = Checked(came, encoding);
-    WarnOfLetters(came, alarm, encoding);
-    const Raised raised = RaiseAll(lease.Database(), {alarm}).front();
-    std::cout << raised.number << std::endl;
-    if (!raised.is_new) {
+ExitCode SayOne(Connection& connection, const IncomingAlarm& came, const Taken& taken) {
+    const Encoding encoding = EncodingOf(connection);
+    WarnOfLetters(came, taken.alarms.front(), encoding);
+    std::cout << taken.raised.front().number << std::endl;
+    if (!taken.raised.front().is_new) {
         return kDone;
     }
-    for (const std::string& warning : WarningsFor(lease.Database(), alarm, encoding)) {
+    for (const std::string& warning : WarningsFor(connection, taken.alarms.front(), encoding)) {
         Warn(warning);
     }
     return kDone;
 }
 
 // Many are another program's, which reads numbers and no warnings.
-ExitCode RaiseMany(const Program& program) {
-    const std::vector<IncomingAlarm> came = AlarmsFromJson(ReadFile(kStandardInput), HostName());
-    Lease lease(program.database);
+ExitCode SayMany(const Taken& taken) {
     Json answer = Json::array();
-    for (const Raised& raised :
-         RaiseAll(lease.Database(), CheckedAlarms(came, EncodingOf(lease.Database())))) {
+    for (const Raised& raised : taken.raised) {
         answer.push_back(ToJson(raised));
     }
     std::cout << Written(answer) << std::endl;
     return kDone;
+}
+
+ExitCode RaiseThem(const Program& program, const RaiseOptions& options) {
+    Spoolable asked;
+    asked.at_once = options.spool;
+    asked.what = {std::time(nullptr), UserName(), {options.alarm}, {}};
+    if (options.json) {
+        asked.what.raise = AlarmsFromJson(ReadFile(kStandardInput), HostName());
+    }
+    Taken taken;
+    asked.work = [&](Connection& connection) { RaiseAll(connection, asked.what.raise, taken); };
+    asked.done = [&](Connection& connection) {
+        return options.json ? SayMany(taken) : SayOne(connection, options.alarm, taken);
+    };
+    return DoOrKeep(program, asked);
 }
 
 ExitCode RunRaise(const Program& program, RaiseOptions& options, bool has_text) {
@@ -100,8 +110,7 @@ ExitCode RunRaise(const Program& program, RaiseOptions& options, bool has_text) 
     if (options.alarm.server.empty()) {
         options.alarm.server = HostName();
     }
-    return WithBadInputSaid(
-        [&] { return options.json ? RaiseMany(program) : RaiseOne(program, options.alarm); });
+    return WithBadInputSaid([&] { return RaiseThem(program, options); });
 }
 
 }  // namespace
@@ -124,6 +133,9 @@ void AddAlarmRaise(CLI::App& alarm, Program& program) {
     command->add_flag("--json", options->json,
                       "Read alarms from standard input, as a JSON object or a list of such with "
                       "text, group, severity, server, source and key; answer in JSON");
+    command->add_flag("--spool", options->spool,
+                      "Keep it in a file that a running engine takes up within a second, whatever "
+                      "the database does; no number is printed");
     command->footer(
         "A running \"pagerfwd run\" takes it up within a second; otherwise the next one does. Its "
         "number\n"
@@ -131,6 +143,7 @@ void AddAlarmRaise(CLI::App& alarm, Program& program) {
         "leads to a pager, or a pager gets only a part of the text. Letters that the site's "
         "encoding\n"
         "lacks become the nearest ones, control characters blanks.\n\n"
+        "While the database is away, the alarm waits in a file beside it, as with --spool.\n"
         "An alarm with a key is open until \"alarm withdraw\" names it, acknowledged or not.\n\n"
         "Examples:\n"
         "  pagerfwd alarm raise --group plant/017 --severity major \"Pump 3 stands still\"\n"

@@ -58,6 +58,10 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
+void Warn(const std::string& text) {
+    std::cerr << "pagerfwd: warning: " << text << "\n";
+}
+
 void KeepFilesPrivate() {
     umask(umask(0) | kOfOthers);
 }

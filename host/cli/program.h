@@ -72,6 +72,9 @@ void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
 void AddTrace(CLI::App& app, Program& program);
 
+// To standard error; text: fit for a terminal.
+void Warn(const std::string& text);
+
 inline constexpr const char* kStandardInput = "-";  // in the place of a file's name
 
 // The text of a file, or standard input. Throws Failure.

@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "host/intake/spool.h"
 #include "host/node/test_rounds.h"
 #include "host/pages/backlog.h"
 #include "host/pages/history.h"
@@ -192,6 +193,7 @@ void Node::Step() {
         ReadAnew();
     }
     Connection& connection = lease_.Database();
+    LookAtSpool();
     const bool has_changed = changes_.AreThere(connection);
     if (has_changed || HasWorkDue(now)) {
         Work(now);
@@ -204,6 +206,17 @@ void Node::Step() {
     figures_.Show(ends_, now);
     room_.Look(now);
     ForgetOldHistory(now);
+}
+
+// What commands were asked for while the database was away.
+void Node::LookAtSpool() {
+    const TakenUp taken = TakeUpSpool(lease_.Database());
+    if (taken.alarms > 0) {
+        log_.Info(std::to_string(taken.alarms) + " alarm(s) taken up that had waited");
+    }
+    for (const std::string& why : taken.refused) {
+        log_.Error("an alarm that waited can't be taken up: " + why);
+    }
 }
 
 // Where the database tells nothing new. What the node's own work has changed is new, too.

@@ -73,6 +73,7 @@ class Node {
     bool HasWorkDue(std::time_t now) const;
     void Work(std::time_t now);
     void ReadAnew();
+    void LookAtSpool();
     void LookAtSends(std::time_t now);
     void LookAtEnds(std::time_t now);
     void AdoptPages();

@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 4;
+constexpr int64_t kVersion = 5;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -109,6 +109,10 @@ constexpr const char* kKeyParts =
     "CREATE TABLE Host_Trail (row_id INTEGER PRIMARY KEY, at INTEGER NOT NULL,"
     " who TEXT NOT NULL, what TEXT NOT NULL, alarm TEXT NOT NULL, note TEXT NOT NULL);"
     "CREATE INDEX Host_TrailOfAlarm ON Host_Trail (alarm);";
+
+//   Host_Spooled   see host/store/tables/spooled.h
+constexpr const char* kSpoolParts =
+    "CREATE TABLE Host_Spooled (name TEXT PRIMARY KEY, at INTEGER NOT NULL) WITHOUT ROWID;";
 
 // They wrote the history.
 constexpr const char* kFormerTriggers =
@@ -221,6 +225,9 @@ Made CreateTables(Connection& connection) {
     }
     if (version < 4) {
         connection.Execute(kKeyParts);
+    }
+    if (version < 5) {
+        connection.Execute(kSpoolParts);
     }
     connection.SetMadeBy(kVersion);
     transaction.Commit();

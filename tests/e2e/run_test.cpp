@@ -89,6 +89,37 @@ TEST_F(Run, TakesAlarmsThatAnotherProgramWrites) {
     EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
 }
 
+TEST_F(Run, TakesUpWhatHasWaitedForTheDatabase) {
+    RunProgram({PAGERFWD_PROGRAM, "alarm", "raise", "--spool", "--group", "DUTY/1", "x"});
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(run.err, HasSubstr("1 alarm(s) taken up that had waited\n"));
+}
+
+// The plain pager would be paged again.
+TEST_F(Run, EndsThePagesOfAnAlarmThatIsWithdrawn) {
+    RunProgram({PAGERFWD_PROGRAM, "alarm", "raise", "--key", "k", "--group", "TECH/1", "x"});
+    At(45, Pagerfwd("alarm withdraw --key k"));
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("plain", 1)));
+    EXPECT_THAT(run.err, AllOf(HasSubstr("(TECH/1): resolved\n"),
+                               HasSubstr("taken out: the alarm is resolved\n")));
+}
+
+TEST_F(Run, TellsWhoHadAPageOnceThatTheAlarmIsResolved) {
+    MakeSite("pagerfwd.db", std::string(kSite) + "[resolved]\npage = true\n");
+    RunProgram({PAGERFWD_PROGRAM, "alarm", "raise", "--key", "k", "--group", "TECH/1", "x"});
+    At(45, Pagerfwd("alarm withdraw --key k"));
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(pages, ElementsAre(Pair("plain", 2)));
+    EXPECT_THAT(Rows("details || ': ' || count(*) FROM AlarmLog JOIN Host_Sends"
+                     " ON alarm = alarmlogID GROUP BY details ORDER BY details"),
+                ElementsAre("resolved: x: 1", "x: 1"));
+}
+
 TEST_F(Run, EndsByItselfWhenNothingIsPending) {
     const ProgramRun run = RunUntilDone();
     EXPECT_EQ(0, run.exit_code);

@@ -189,6 +189,11 @@ std::vector<Alarm> LastAlarms(Connection& connection, int64_t count) {
                            std::to_string(count) + ") ORDER BY row_id");
 }
 
+std::vector<Alarm> AlarmsBehind(Connection& connection, int64_t row, int64_t count) {
+    return AlarmsWhere(connection, "WHERE row_id > " + std::to_string(row) +
+                                       " ORDER BY row_id LIMIT " + std::to_string(count));
+}
+
 std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable) {
     return AlarmsWhere(connection, "WHERE pagerstate IN ('', '0') ORDER BY row_id", unreadable);
 }

@@ -77,6 +77,8 @@ constexpr int64_t kFollowedAlarms = 1000;
 // The last so many, the oldest first.
 std::vector<Alarm> LastAlarms(Connection& connection, int64_t count);
 // unreadable: gets the rows that are too large to be read, if it is given. They hide no others.
+// At most so many of the rows behind this one, in order.
+std::vector<Alarm> AlarmsBehind(Connection& connection, int64_t row, int64_t count);
 std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable = nullptr);
 // None: there isn't exactly one of this number.
 std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number);

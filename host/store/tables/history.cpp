@@ -2,6 +2,7 @@
 #include "host/store/tables/history.h"
 
 #include "host/store/schema.h"
+#include "host/store/tables/spooled.h"
 #include "host/store/tables/trail.h"
 #include "host/store/where.h"
 #include "host/trace/traced_page.h"
@@ -167,6 +168,7 @@ int32_t ForgetHistory(Connection& connection, std::time_t before) {
         .Bind(static_cast<int64_t>(before))
         .Run();
     ForgetTrail(connection, before);
+    ForgetSpooled(connection, before);
     transaction.Commit();
     return count;
 }
