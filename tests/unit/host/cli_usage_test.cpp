@@ -9,6 +9,7 @@
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::StartsWith;
 
@@ -115,7 +116,9 @@ class HelpOf : public ::testing::TestWithParam<const char*> {
     const test_support::TempDir folder;  // without a database
 };
 
-TEST_P(HelpOf, HasExamplesThatAreUnderstood) {
+class HelpOfCommand : public HelpOf {};
+
+TEST_P(HelpOfCommand, HasExamplesThatAreUnderstood) {
     const std::vector<std::string> examples = Examples();
     EXPECT_FALSE(examples.empty());
     for (const std::string& example : examples) {
@@ -128,10 +131,34 @@ TEST_P(HelpOf, SaysHowTheCommandIsCalled) {
     EXPECT_THAT(Help(), HasSubstr("Usage: pagerfwd " + std::string(GetParam())));
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, HelpOf,
-                         ::testing::Values("alarm raise", "alarm ack", "alarm list", "check",
-                                           "explain", "export", "hours", "hours show", "hours edit",
-                                           "import", "in-hours", "init", "log", "routes", "run",
-                                           "status", "test", "trace", "watch"));
+// "  --why TEXT REQUIRED         Why, for whoever asks later", or on two lines what is too long.
+constexpr const char* kExplained =
+    "(  (-[a-z],)?--[a-z-]+( [A-Z(\"][^ ]*( [^ ]+)*)?|  [A-Z]+( [^ ]+)*|  [a-z-]+)"
+    "( +([A-Z]|libPagerFwd).*)?| {30}[A-Z].*";
+
+TEST_P(HelpOf, ExplainsItsWordsInSentences) {
+    std::istringstream help(Help());
+    bool is_list = false;
+    std::string before;
+    for (std::string line; std::getline(help, line); before = line) {
+        if (is_list && !line.empty()) {
+            EXPECT_THAT(line, MatchesRegex(kExplained));
+        } else if (before.empty() && !line.empty()) {
+            EXPECT_THAT(line, MatchesRegex("[A-Z>].*")) << "begins a paragraph";
+        }
+        is_list = !line.empty() && (is_list || line == "Positionals:" || line == "Options:" ||
+                                    line == "Subcommands:");
+    }
+}
+
+constexpr const char* kCommands[] = {
+    "alarm raise", "alarm ack",  "alarm list", "check",       "explain",   "export",
+    "hours",       "hours show", "hours edit", "import",      "in-hours",  "init",
+    "line test",   "log",        "notify",     "page cancel", "page move", "ports",
+    "routes",      "run",        "status",     "test",        "trace",     "watch"};
+
+INSTANTIATE_TEST_SUITE_P(Groups, HelpOf, ::testing::Values("", "alarm", "line", "page"));
+INSTANTIATE_TEST_SUITE_P(Commands, HelpOf, ::testing::ValuesIn(kCommands));
+INSTANTIATE_TEST_SUITE_P(Commands, HelpOfCommand, ::testing::ValuesIn(kCommands));
 
 }  // namespace
