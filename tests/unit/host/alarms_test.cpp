@@ -55,6 +55,11 @@ TEST_F(Alarms, KeepTo32Bits) {
     EXPECT_EQ(5, Raise(-7));
 }
 
+TEST_F(Alarms, AreNumberedFromOneWhereTheClockHasNoTime) {
+    EXPECT_EQ(1, Raise(0));
+    EXPECT_EQ(2, Raise(-7));
+}
+
 TEST_F(Alarms, AreFoundAsTheyWereRaised) {
     const NewAlarm raised{"PLANT/\"1'", "2", "%s", std::string(65536, 'x') + ";--"};
     const int32_t number = RaiseAlarm(connection, raised, kNow);
