@@ -280,6 +280,7 @@ TEST_F(OldDatabase, OfVersionTwoHasItsHistoryWrittenOnce) {
 TEST(ColumnNames, AreTheSameInEitherCase) {
     EXPECT_TRUE(SameColumn("Pagerstate", "PagerState"));
     EXPECT_FALSE(SameColumn("Pagerstate", "Pagerstates"));
+    EXPECT_TRUE(SameColumn("AZ@", "az@"));
     EXPECT_FALSE(SameColumn("a[", "a{"));  // only letters have a case
 }
 
