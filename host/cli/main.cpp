@@ -74,6 +74,8 @@ void AddCommands(CLI::App& app, Program& program) {
     AddWatch(app, program);
     AddLog(app, program);
     AddRoutes(app, program);
+    AddWeb(app, program);
+    AddTokens(app, program);
     AddTrace(app, program);
     AddNames(app, program);
 }

@@ -70,7 +70,9 @@ void AddServeLine(CLI::App& app, Program& program);
 void AddStatus(CLI::App& app, Program& program);
 void AddWatch(CLI::App& app, Program& program);
 void AddTest(CLI::App& app, Program& program);
+void AddTokens(CLI::App& app, Program& program);
 void AddTrace(CLI::App& app, Program& program);
+void AddWeb(CLI::App& app, Program& program);
 
 // To standard error; text: fit for a terminal.
 void Warn(const std::string& text);

@@ -11,6 +11,7 @@
 #include "host/site/hours.h"
 #include "host/site/rules.h"
 #include "host/site/site_tables.h"
+#include "host/site/stored_alerts.h"
 #include "host/site/stored_commands.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
@@ -196,6 +197,12 @@ Command CommandOf(Connection& connection, const char* name) {
     return command;
 }
 
+AlertmanagerPart AlertmanagerOf(Connection& connection) {
+    const AlertTemplates templates = ReadAlertTemplates(connection);
+    return {
+        {templates.group, 0}, {templates.severity, 0}, {templates.server, 0}, {templates.text, 0}};
+}
+
 // A site file has these hours without saying so, a database only where it has their row.
 void CheckAlways(const Site& site, Findings& findings) {
     if (FindTimeModel(site, kAlways) != nullptr) {
@@ -226,6 +233,7 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     read.site.notify = CommandOf(connection, kNotifyCommand);
     read.site.heartbeat = CommandOf(connection, kHeartbeatCommand);
     read.site.page_resolved.value = PagesResolved(connection);
+    read.site.alertmanager = AlertmanagerOf(connection);
     const auto each = [&](const char* name, auto&& take) {
         const StoredTable table = tables.Read(name, read.findings);
         for (const StoredRow& row : table.rows) {

@@ -86,6 +86,14 @@ struct Route {
     std::vector<SaidText> pagers;      // in the order in which they are paged
 };
 
+// How an alert of Alertmanager becomes an alarm: see host/intake/alertmanager.h.
+struct AlertmanagerPart {
+    SaidText group;
+    SaidText severity;
+    SaidText server;
+    SaidText text;
+};
+
 // A program and its arguments; empty: none.
 using Command = std::vector<SaidText>;
 
@@ -95,6 +103,7 @@ struct Site {
         page_resolved;  // whether who was paged for an alarm is told by a page that it is over
     Command notify;     // told of what an operator should hear of
     Command heartbeat;  // run while all is as it should be
+    AlertmanagerPart alertmanager;
     std::vector<Port> ports;
     std::vector<Pager> pagers;
     std::vector<TimeModel> timeModels;

@@ -13,6 +13,7 @@ void CheckSite(const Site& site, Findings& findings) {
     CheckSending(site, findings);
     CheckHangingUp(site, findings);
     CheckCommands(site, findings);
+    CheckAlertmanager(site, findings);
     CheckTexts(site, findings);
 }
 

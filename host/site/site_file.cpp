@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "host/intake/alertmanager.h"
 #include "host/site/toml_reader.h"
 
 namespace host {
@@ -112,6 +113,16 @@ Said<bool> ReadResolved(TomlReader& document) {
     return reader.Flag("page", false);
 }
 
+AlertmanagerPart ReadAlertmanager(TomlReader& document) {
+    TomlReader reader = document.Part("alertmanager");
+    AlertmanagerPart part;
+    part.group = reader.Text("group", kAlertGroup);
+    part.severity = reader.Text("severity", kAlertSeverity);
+    part.server = reader.Text("server", kAlertServer);
+    part.text = reader.Text("text", kAlertText);
+    return part;
+}
+
 void ReadDocument(std::string_view text, ReadSite& read) {
     TomlDocument document(text, read.findings);
     read.is_toml = document.IsToml();
@@ -125,6 +136,7 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     read.site.notify = ReadNotify(reader);
     read.site.heartbeat = ReadHeartbeat(reader);
     read.site.page_resolved = ReadResolved(reader);
+    read.site.alertmanager = ReadAlertmanager(reader);
     for (TomlReader& port : reader.Parts("port")) {
         read.site.ports.push_back(ReadPort(port));
     }

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "host/site/stored_alerts.h"
 #include "host/site/stored_commands.h"
 #include "host/site/time_models.h"
 #include "host/site/words.h"
@@ -175,6 +176,7 @@ void StoreSite(Connection& connection, const Site& site) {
     WriteSetting(connection, kEncodingSetting, WordFor(EncodingOf(site)));
     StoreCommand(connection, kNotifyCommand, site.notify);
     StoreCommand(connection, kHeartbeatCommand, site.heartbeat);
+    StoreAlertTemplates(connection, site.alertmanager);
     WriteSetting(connection, kPageResolvedSetting, site.page_resolved.value ? "1" : "");
     transaction.Commit();
 }

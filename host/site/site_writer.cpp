@@ -3,7 +3,10 @@
 
 #include <array>
 #include <cstdio>
+#include <tuple>
+#include <utility>
 
+#include "host/intake/alertmanager.h"
 #include "host/text/printable.h"
 
 namespace host {
@@ -124,6 +127,25 @@ void WriteCommand(TomlWriter& writer, const char* header, const Command& command
     }
 }
 
+// Only what isn't as usual.
+void WriteAlertmanager(TomlWriter& writer, const AlertmanagerPart& part) {
+    const std::tuple<const char*, const SaidText&, const char*> keys[] = {
+        {"group", part.group, kAlertGroup},
+        {"severity", part.severity, kAlertSeverity},
+        {"server", part.server, kAlertServer},
+        {"text", part.text, kAlertText}};
+    bool is_open = false;
+    for (const auto& [key, text, usual] : keys) {
+        if (text.value == usual) {
+            continue;
+        }
+        if (!std::exchange(is_open, true)) {
+            writer.Table("[alertmanager]");
+        }
+        writer.Key(key, text);
+    }
+}
+
 std::string EscapedCode(uint32_t code) {
     std::array<char, 16> escaped{};
     std::snprintf(escaped.data(), escaped.size(), "\\u%04X", static_cast<unsigned>(code));
@@ -156,6 +178,7 @@ std::string WriteSite(const Site& site) {
     writer.Key("encoding", site.encoding);
     WriteCommand(writer, "[notify]", site.notify);
     WriteCommand(writer, "[heartbeat]", site.heartbeat);
+    WriteAlertmanager(writer, site.alertmanager);
     if (site.page_resolved.value) {
         writer.Table("[resolved]");
         writer.Key("page", site.page_resolved);

@@ -11,7 +11,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 5;
+constexpr int64_t kVersion = 6;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -113,6 +113,12 @@ constexpr const char* kKeyParts =
 //   Host_Spooled   see host/store/tables/spooled.h
 constexpr const char* kSpoolParts =
     "CREATE TABLE Host_Spooled (name TEXT PRIMARY KEY, at INTEGER NOT NULL) WITHOUT ROWID;";
+
+//   Host_Tokens   see host/store/tables/tokens.h
+constexpr const char* kTokenParts =
+    "CREATE TABLE Host_Tokens (name TEXT PRIMARY KEY, may TEXT NOT NULL, expires INTEGER NOT NULL,"
+    " made INTEGER NOT NULL, used INTEGER NOT NULL, id TEXT NOT NULL UNIQUE, hash TEXT NOT NULL)"
+    " WITHOUT ROWID;";
 
 // They wrote the history.
 constexpr const char* kFormerTriggers =
@@ -228,6 +234,9 @@ Made CreateTables(Connection& connection) {
     }
     if (version < 5) {
         connection.Execute(kSpoolParts);
+    }
+    if (version < 6) {
+        connection.Execute(kTokenParts);
     }
     connection.SetMadeBy(kVersion);
     transaction.Commit();

@@ -48,6 +48,7 @@ heading_of() {
         ReadNotify) echo '## `[notify]`' ;;
         ReadHeartbeat) echo '## `[heartbeat]`' ;;
         ReadResolved) echo '## `[resolved]`' ;;
+        ReadAlertmanager) echo '## `[alertmanager]`' ;;
         ReadPort) echo '## `[[port]]`' ;;
         ReadPagerService) echo '### `[port.pager]`' ;;
         ReadSmsService) echo '### `[port.sms1]` and `[port.sms2]`' ;;

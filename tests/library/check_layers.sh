@@ -39,10 +39,15 @@ $file: $include
 done
 # Within the host: what owns a modem, and what keeps those alive that do, share only what is below
 # both; the command line knows the one for test pages, test calls and the process of a line, no more.
+# What the network reaches knows neither, and is known to the command line alone.
 while IFS=: read -r file include; do
     case "$file: $include" in
         host/line/*:\ host/node/* | host/line/*:\ host/cli/* | host/node/*:\ host/line/* | \
-            host/node/*:\ host/cli/*) ;;
+            host/node/*:\ host/cli/* | host/web/*:\ host/line/* | host/web/*:\ host/node/* | \
+            host/web/*:\ host/cli/*) ;;
+        host/web/*:\ host/web/* | host/cli/command_web.cpp:\ host/web/* | \
+            host/cli/command_token.cpp:\ host/web/*) continue ;;
+        host/*:\ host/web/*) ;;
         host/cli/command_test.cpp:\ host/line/* | host/cli/command_serve_line.cpp:\ host/line/* | \
             host/cli/command_line_test.cpp:\ host/line/* | \
             host/cli/program.cpp:\ host/line/trace_switch.h) continue ;;

@@ -152,10 +152,11 @@ TEST_P(HelpOf, ExplainsItsWordsInSentences) {
 }
 
 constexpr const char* kCommands[] = {
-    "alarm raise", "alarm ack",  "alarm list", "check",       "explain",   "export",
-    "hours",       "hours show", "hours edit", "import",      "in-hours",  "init",
-    "line test",   "log",        "notify",     "page cancel", "page move", "ports",
-    "routes",      "run",        "status",     "test",        "trace",     "watch"};
+    "alarm raise",    "alarm ack",  "alarm list", "check",       "explain",   "export",
+    "hours",          "hours show", "hours edit", "import",      "in-hours",  "init",
+    "line test",      "log",        "notify",     "page cancel", "page move", "ports",
+    "routes",         "run",        "status",     "test",        "trace",     "watch",
+    "alarm withdraw", "token add",  "web"};
 
 INSTANTIATE_TEST_SUITE_P(Groups, HelpOf, ::testing::Values("", "alarm", "line", "page"));
 INSTANTIATE_TEST_SUITE_P(Commands, HelpOf, ::testing::ValuesIn(kCommands));

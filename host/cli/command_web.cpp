@@ -1,0 +1,85 @@
+// pagerfwd web. Tested by tests/unit/host/cli_web_test.cpp.
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/cli/program.h"
+#include "host/process/operator_log.h"
+#include "host/process/systemd.h"
+#include "host/store/database_name.h"
+#include "host/store/pool.h"
+#include "host/web/api.h"
+#include "host/web/listen.h"
+#include "host/web/server.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kUsualAddress = "127.0.0.1:8420";
+
+std::vector<Descriptor> Listeners(const std::vector<std::string>& addresses) {
+    std::vector<Descriptor> listeners = SocketsOfManager();
+    if (listeners.empty() && addresses.empty()) {
+        listeners.push_back(Listen(kUsualAddress));
+    }
+    for (const std::string& address : addresses) {
+        listeners.push_back(Listen(address));
+    }
+    return listeners;
+}
+
+// A database that is away may come back; one that is none is a mistake.
+void RequireDatabase(const std::string& database, OperatorLog& log) {
+    try {
+        const Lease lease(database);
+    } catch (const StoreAway& away) {
+        log.Warning(std::string(away.what()) + "; requests are answered when it is back");
+    }
+}
+
+ExitCode Serve(const Program& program, const std::vector<std::string>& addresses) {
+    OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
+    RequireDatabase(program.database, log);
+    std::vector<Descriptor> listeners = Listeners(addresses);
+    for (const Descriptor& listener : listeners) {
+        log.Info("serving " + ShownName(program.database) + " on " + AddressOf(listener));
+    }
+    const Api api(program.database, log);
+    WebServer server(std::move(listeners),
+                     [&api](const WebRequest& request) { return api.Answer(request); }, {});
+    NotifyManager("READY=1");
+    server.Run();
+    log.Info("ended");
+    return kDone;
+}
+
+}  // namespace
+
+void AddWeb(CLI::App& app, Program& program) {
+    CLI::App* const command =
+        app.add_subcommand("web", "Take alarms and answer questions over HTTP");
+    const auto addresses = std::make_shared<std::vector<std::string>>();
+    command
+        ->add_option("--listen", *addresses,
+                     "Where (without it: 127.0.0.1:8420, or the sockets of the service manager): "
+                     "ADDRESS:PORT or unix:PATH; may be given again")
+        ->type_name("ADDRESS");
+    command->footer(
+        "Until SIGTERM or Ctrl-C. A process of its own: paging goes on whatever becomes of it. "
+        "Who\n"
+        "asks shows a token, which \"pagerfwd token add\" makes. What it takes is told by\n"
+        "/api/v1/openapi.json. It speaks no TLS: to be reached from outside, a reverse proxy "
+        "stands\n"
+        "in front.\n\n"
+        "Example:\n"
+        "  pagerfwd web --listen unix:/run/pagerfwd/web.sock\n");
+    command->callback([addresses, &program] {
+        program.command = [addresses, &program] { return Serve(program, *addresses); };
+    });
+}
+
+}  // namespace host

@@ -1,0 +1,163 @@
+// Alerts of Alertmanager, and the templates by which they become alarms.
+#include "host/intake/alertmanager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "host/site/site_check.h"
+#include "host/site/site_file.h"
+#include "host/site/stored_alerts.h"
+#include "tests/unit/host/host_test.h"
+
+namespace host {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+std::string Filled(const std::string& text) {
+    const std::map<std::string, std::string> values = {
+        {"labels.team", "ops"}, {"labels.empty", ""}, {"a", "{b}"}};
+    return Template(text).Fill([&values](const std::string& name) {
+        const auto found = values.find(name);
+        return found == values.end() ? std::nullopt : std::optional<std::string>(found->second);
+    });
+}
+
+TEST(ATemplate, HasWhatCameInItsPlaces) {
+    EXPECT_EQ("", Filled(""));
+    EXPECT_EQ("plain", Filled("plain"));
+    EXPECT_EQ("ops/1", Filled("{labels.team}/1"));
+    EXPECT_EQ("<opsops>", Filled("<{labels.team}{labels.team}>"));
+    EXPECT_EQ("", Filled("{labels.none}"));
+    EXPECT_EQ("{b}", Filled("{a}")) << "what came is no template";
+}
+
+TEST(ATemplate, TakesTheFirstThatCame) {
+    EXPECT_EQ("ops", Filled("{labels.none|labels.empty|labels.team|'x'}"));
+    EXPECT_EQ("x y", Filled("{labels.none|labels.empty|'x y'}"));
+    EXPECT_EQ("", Filled("{labels.none|''}"));
+}
+
+TEST(ATemplate, MayHaveBraces) {
+    EXPECT_EQ("{ops}", Filled("{{{labels.team}}}"));
+    EXPECT_EQ("{}", Filled("{{}}"));
+}
+
+TEST(ATemplate, ThatIsNoneSaysWhy) {
+    const std::map<std::string, const char*> wrong = {{"{", "nothing closes"},
+                                                      {"a}", "closes nothing"},
+                                                      {"{}", "no place"},
+                                                      {"{a{b}", "no place"},
+                                                      {"{a||b}", "no place"}};
+    for (const auto& [text, why] : wrong) {
+        if (*why == '\0') {
+            continue;
+        }
+        try {
+            Template read(text);
+            ADD_FAILURE() << text;
+        } catch (const BadTemplate& error) {
+            EXPECT_THAT(error.what(), HasSubstr(why)) << text;
+        }
+    }
+}
+
+TEST(AnAlertTemplate, NamesOnlyWhatAnAlertHas) {
+    for (const char* text : {kAlertGroup, kAlertSeverity, kAlertServer, kAlertText, "{fingerprint}",
+                             "{startsAt}", "{generatorURL}", "{receiver}", "{externalURL}"}) {
+        EXPECT_EQ("", WhyNoAlertTemplate(text)) << text;
+    }
+    for (const char* text : {"{label.x}", "{labels.}", "{status}", "{", "{annotations}"}) {
+        EXPECT_NE("", WhyNoAlertTemplate(text)) << text;
+    }
+}
+
+std::vector<Alert> Read(const std::string& labels, const std::string& annotations = "",
+                        const AlertTemplates& templates = {}) {
+    return AlertsFromJson(
+        R"({"version": "4", "receiver": "pagers", "alerts": [{"status": "firing", "labels": {)" +
+            labels + R"(}, "annotations": {)" + annotations +
+            R"(}, "startsAt": "2001-01-08T10:00:00Z", "fingerprint": "c5d0"}]})",
+        templates);
+}
+
+TEST(AnAlert, IsAnAlarmAsItsTemplatesSay) {
+    AlertTemplates templates;
+    templates.group = "{labels.team}/{receiver}";
+    templates.text = "{annotations.summary} ({fingerprint})";
+    const Alert alert = Read(R"("team": "ops", "severity": "Major", "instance": "web1")",
+                             R"("summary": "Full")", templates)
+                            .at(0);
+    EXPECT_EQ("ops/pagers", alert.alarm.group);
+    EXPECT_EQ("major", alert.alarm.severity);
+    EXPECT_EQ("web1", alert.alarm.server);
+    EXPECT_EQ("Full (c5d0)", alert.alarm.text);
+    EXPECT_EQ("alertmanager", alert.alarm.source);
+    EXPECT_EQ("c5d0 2001-01-08T10:00:00Z", alert.alarm.key);
+    EXPECT_FALSE(alert.resolved);
+}
+
+TEST(AnAlert, IsAsBadAsItsSeverityMeans) {
+    const std::map<std::string, const char*> words = {
+        {"", "critical"},     {"critical", "critical"},  {"page", "critical"}, {"error", "major"},
+        {"Warning", "minor"}, {"info", "informational"}, {"P1", "unknown"},    {"minor", "minor"}};
+    for (const auto& [word, severity] : words) {
+        EXPECT_EQ(severity, Read("\"severity\": \"" + word + "\"").at(0).alarm.severity) << word;
+    }
+}
+
+TEST(AnAlert, AlwaysHasAText) {
+    EXPECT_EQ("an alert without a text", Read("").at(0).alarm.text);
+    EXPECT_EQ("Disk", Read(R"("alertname": "Disk")").at(0).alarm.text);
+    EXPECT_EQ("b", Read("", R"("summary": "", "description": "b")").at(0).alarm.text);
+    EXPECT_EQ("ALERT/000", Read("").at(0).alarm.group);
+}
+
+TEST(AnAlert, IsNotLostForItsLength) {
+    const std::string longest(300000, 'x');
+    const Alert alert = Read("", "\"summary\": \"" + longest + "\"").at(0);
+    EXPECT_EQ(kLongestText, alert.alarm.text.size());
+    EXPECT_NO_THROW(Checked(alert.alarm, Encoding::kLatin1));
+}
+
+TEST(AnAlert, MayHaveLabelsOfAnyKind) {
+    EXPECT_EQ("Disk",
+              Read(R"("alertname": "Disk", "severity": 7, "instance": [1])").at(0).alarm.text);
+}
+
+// --- In the site file and the database.
+
+TEST(AlertTemplatesOfASite, AreChecked) {
+    ReadSite read = ParseSite("[alertmanager]\ntext = \"{label.x}\"\n");
+    CheckSite(read.site, read.findings);
+    std::vector<std::string> found;
+    for (const Finding& finding : read.findings.All()) {
+        found.push_back(std::to_string(finding.line) + ": " + finding.what);
+    }
+    EXPECT_THAT(found, ::testing::Contains("2: [alertmanager]: text: an alert has no \"label.x\""));
+}
+
+class StoredAlerts : public HostTest {};
+
+TEST_F(StoredAlerts, AreThoseOfTheSite) {
+    Connection connection(database);
+    EXPECT_EQ(kAlertText, ReadAlertTemplates(connection).text);
+    const ReadSite read = ParseSite("[alertmanager]\ngroup = \"{labels.team}/1\"\n");
+    StoreAlertTemplates(connection, read.site.alertmanager);
+    EXPECT_EQ("{labels.team}/1", ReadAlertTemplates(connection).group);
+    EXPECT_EQ(kAlertText, ReadAlertTemplates(connection).text);
+}
+
+TEST_F(StoredAlerts, AreTheUsualOnesWhereTheyAreNone) {
+    Connection connection(database);
+    for (const char* stored : {"", "x", "[]", "{\"text\": 7}", "{\"text\": \"{\"}"}) {
+        WriteSetting(connection, "alertmanager", stored);
+        EXPECT_EQ(kAlertText, ReadAlertTemplates(connection).text) << stored;
+    }
+}
+
+}  // namespace
+}  // namespace host
