@@ -49,6 +49,11 @@ TEST_F(ABackgroundCommand, GetsTheTextOnItsStandardInput) {
     EXPECT_EQ(text, ReadFile("copy"));
 }
 
+TEST_F(ABackgroundCommand, GetsItsInputFromNoFileThatOthersCouldOpen) {
+    EXPECT_EQ("", RunToItsEnd({"/bin/sh", "-c", "readlink /proc/$$/fd/0 >name"}, "text"));
+    EXPECT_EQ("/memfd:input (deleted)\n", ReadFile("name"));
+}
+
 TEST_F(ABackgroundCommand, GetsItsArgumentsAsTheyAre) {
     EXPECT_EQ(
         "", RunToItsEnd({"/bin/sh", "-c", "printf '%s|' \"$@\" >words", "sh", "a b", "$HOME", ""}));

@@ -56,6 +56,16 @@ TEST_F(AHistory, HasChangesInPlace) {
     EXPECT_THAT(Changes(), ElementsAre("written 2/0", "changed 3/4"));
 }
 
+TEST_F(AHistory, HasChangesOfTheStateOrTheTriesAlone) {
+    WriteEvent(7, "duty", 2);
+    OpenTable events(database, "AlarmFwd_PagerEvents");
+    for (const Values& change :
+         {Values{{"PagerState", 3}}, Values{{"PagerRetries", 4}}, Values{{"Severity", 5}}}) {
+        events.Set("WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND PagerDescr = \"duty\"", change);
+    }
+    EXPECT_THAT(Changes(), ElementsAre("written 2/0", "changed 3/0", "changed 3/4"));
+}
+
 // By the host itself: the state before, and why.
 TEST_F(AHistory, HasWhatTheHostChanges) {
     WriteEvent(7, "duty", 2, 3);

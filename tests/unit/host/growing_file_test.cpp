@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -33,6 +34,18 @@ TEST_F(AGrowingFile, MayBeMissing) {
     EXPECT_EQ("", file.Read());
     Add("one");
     EXPECT_EQ("one", file.Read());
+}
+
+TEST_F(AGrowingFile, IsReadWhereThereIsNoStandardInput) {
+    Add("one");
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    {
+        GrowingFile in_its_place(kName);
+        EXPECT_EQ("one", in_its_place.Read());
+    }
+    dup2(input, STDIN_FILENO);
+    close(input);
 }
 
 TEST_F(AGrowingFile, IsReadOnce) {

@@ -367,6 +367,14 @@ TEST_F(WorldServerTest, OneClosesWhatItHasOpenedOnce) {
     }
 }
 
+TEST_F(WorldServerTest, CanBeJoinedWhereThereIsNoStandardInput) {
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    EXPECT_NO_THROW(Join());
+    dup2(input, STDIN_FILENO);
+    close(input);
+}
+
 // It takes no part, so that time stands still beside it.
 TEST_F(WorldServerTest, WhatIsLeftBehindIsNotAwaitedWhereTimeStandsStill) {
     const std::string pid_file = folder_ + "/pid";
