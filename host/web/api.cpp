@@ -29,8 +29,20 @@ constexpr Endpoint kEndpoints[] = {
     {"GET", "/api/v1/alarms", kMayLook, ShowAlarms},
     {"GET", "/api/v1/pages", kMayLook, ShowPages},
     {"GET", "/api/v1/lines", kMayLook, ShowLines},
+    {"GET", "/api/v1/history", kMayLook, ShowHistory},
+    {"POST", "/api/v1/test", kMayManage, AskForTest},
 };
-constexpr std::string_view kOneAlarm = "/api/v1/alarms/";
+
+// A path that ends with a number: "/api/v1/alarms/978948000".
+struct Numbered {
+    std::string_view path;
+    const char* right;
+    Json (*call)(const ApiCall&, const std::string& number);
+};
+constexpr Numbered kNumbered[] = {
+    {"/api/v1/alarms/", kMayLook, ShowAlarm},
+    {"/api/v1/test/", kMayManage, ShowTest},
+};
 constexpr std::string_view kDocument = "/api/v1/openapi.json";
 
 WebAnswer Refused(int status, const std::string& why, const std::string& field = {}) {
@@ -41,18 +53,23 @@ WebAnswer Refused(int status, const std::string& why, const std::string& field =
     return {status, WrittenInOneLine(json)};
 }
 
-// "978948000" of "/api/v1/alarms/978948000".
-std::optional<std::string> NumberIn(const std::string& path) {
-    const std::string number = path.substr(std::min(kOneAlarm.size(), path.size()));
-    return path.compare(0, kOneAlarm.size(), kOneAlarm) == 0 && !number.empty() &&
+// The number in a path; empty: the path isn't of this kind. None of more digits is a number here.
+std::string NumberIn(const std::string& path, const Numbered& numbered) {
+    constexpr size_t kMostDigits = 18;
+    const std::string number = path.substr(std::min(numbered.path.size(), path.size()));
+    return path.compare(0, numbered.path.size(), numbered.path) == 0 &&
+                   number.size() <= kMostDigits &&
                    number.find_first_not_of("0123456789") == std::string::npos
-               ? std::optional<std::string>(number)
-               : std::nullopt;
+               ? number
+               : "";
 }
 
 // Which methods a path has: "GET, POST".
 std::string MethodsOf(const std::string& path) {
-    std::string methods = NumberIn(path) || path == kDocument ? "GET" : "";
+    std::string methods = path == kDocument ? "GET" : "";
+    for (const Numbered& numbered : kNumbered) {
+        methods += NumberIn(path, numbered).empty() ? "" : "GET";
+    }
     for (const Endpoint& endpoint : kEndpoints) {
         if (endpoint.path == path) {
             methods += (methods.empty() ? "" : ", ") + std::string(endpoint.method);
@@ -95,14 +112,17 @@ WebAnswer Do(const std::string& database, const WebRequest& request, const WebTa
     std::optional<Lease> lease;
     Open(lease, database);
     const Token token = Authorize(lease->Database(), request, right, now);
-    return {200, WrittenInOneLine(call({lease->Database(), target, request.body, token, now}))};
+    return {200, WrittenInOneLine(
+                     call({lease->Database(), lease->Owners(), target, request.body, token, now}))};
 }
 
 WebAnswer Serve(const std::string& database, const WebRequest& request, const WebTarget& target) {
-    const std::optional<std::string> number = NumberIn(target.path);
-    if (number && request.method == "GET") {
-        return Do(database, request, target, kMayLook,
-                  [&number](const ApiCall& call) { return ShowAlarm(call, *number); });
+    for (const Numbered& numbered : kNumbered) {
+        const std::string number = NumberIn(target.path, numbered);
+        if (!number.empty() && request.method == "GET") {
+            return Do(database, request, target, numbered.right,
+                      [&](const ApiCall& call) { return numbered.call(call, number); });
+        }
     }
     for (const Endpoint& endpoint : kEndpoints) {
         if (endpoint.path == target.path && endpoint.method == request.method) {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "host/store/connection.h"
+#include "host/store/owner_lock.h"
 #include "host/store/tables/tokens.h"
 #include "host/text/json.h"
 #include "host/web/http.h"
@@ -28,6 +29,7 @@ class ApiError : public std::runtime_error {
 // What a call has.
 struct ApiCall {
     Connection& connection;
+    OwnerLock& owners;  // of this process
     const WebTarget& target;
     const std::string& body;
     const Token& token;  // who asks
@@ -44,6 +46,11 @@ Json ShowAlarms(const ApiCall& call);
 Json ShowAlarm(const ApiCall& call, const std::string& number);
 Json ShowPages(const ApiCall& call);
 Json ShowLines(const ApiCall& call);
+Json ShowHistory(const ApiCall& call);
+
+// A test page, which the node has a line send; and what came of it.
+Json AskForTest(const ApiCall& call);
+Json ShowTest(const ApiCall& call, const std::string& number);
 
 }  // namespace host
 

@@ -10,7 +10,9 @@
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/tables/alarm_log.h"
+#include "host/store/tables/history.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/states.h"
 #include "host/web/api_calls.h"
 
 namespace host {
@@ -87,14 +89,17 @@ Json AlarmAsJson(Connection& connection, const Alarm& found, Encoding encoding) 
             {"resolved", Instant(alarm.withdrawn)}};
 }
 
+Json TextOrNull(const std::string& text, Encoding encoding) {
+    return text.empty() ? Json() : Json(Decode(text, encoding));
+}
+
 Json StoryAsJson(Connection& connection, const Alarm& alarm, Encoding encoding) {
     Json story = Json::array();
     for (const StoryLine& line : TellAlarm(connection, alarm)) {
-        story.push_back(
-            {{"at", Instant(line.at)},
-             {"pager", line.pager.empty() ? Json() : Json(Decode(line.pager, encoding))},
-             {"what", line.what},
-             {"more", Decode(line.more, encoding)}});
+        story.push_back({{"at", Instant(line.at)},
+                         {"pager", TextOrNull(line.pager, encoding)},
+                         {"what", line.what},
+                         {"more", Decode(line.more, encoding)}});
     }
     return story;
 }
@@ -108,7 +113,7 @@ Json PageAsJson(const PageStory& page, Encoding encoding) {
             {"of", page.retries + 1},
             {"queued", Instant(page.queued)},
             {"due", Instant(page.due)},
-            {"line", page.line.empty() ? Json() : Json(Decode(page.line, encoding))}};
+            {"line", TextOrNull(page.line, encoding)}};
 }
 
 }  // namespace
@@ -151,6 +156,28 @@ Json ShowPages(const ApiCall& call) {
         pages.push_back(PageAsJson(pending[static_cast<size_t>(i)], encoding));
     }
     return {{"pages", pages}, {"pending", all}, {"next", end < all ? Json(end) : Json()}};
+}
+
+Json ShowHistory(const ApiCall& call) {
+    RefuseOthers(call.target, {"after", "count"});
+    const Cursor cursor(call.target);
+    const Encoding encoding = EncodingOf(call.connection);
+    const std::vector<PageChangeOf> found =
+        ChangesBehind(call.connection, cursor.after, cursor.count);
+    Json changes = Json::array();
+    for (const auto& [page, change] : found) {
+        changes.push_back({{"at", Instant(change.at)},
+                           {"alarm", NumberOrText(Decode(page.alarm, encoding))},
+                           {"group", Decode(page.group, encoding)},
+                           {"pager", Decode(page.pager, encoding)},
+                           {"change", change.change},
+                           {"state", StateWord(change.state)},
+                           {"tries", change.tries},
+                           {"line", TextOrNull(change.line, encoding)},
+                           {"note", Decode(change.note, encoding)}});
+    }
+    const bool more = !found.empty() && static_cast<int64_t>(found.size()) == cursor.count;
+    return {{"history", changes}, {"next", more ? Json(found.back().change.row) : Json()}};
 }
 
 Json ShowLines(const ApiCall& call) {

@@ -148,6 +148,55 @@ const char* const kOpenApi = R"json({
         }
       }
     },
+    "/api/v1/history": {
+      "get": {
+        "summary": "Changes of pages, in the order in which they happened",
+        "description": "Right: look.",
+        "parameters": [{"$ref": "#/components/parameters/after"}, {"$ref": "#/components/parameters/count"}],
+        "responses": {
+          "200": {"description": "Changes, and where to go on; next is null behind the last", "content": {"application/json": {"schema": {"type": "object", "properties": {"history": {"type": "array", "items": {"type": "object"}}, "next": {"type": "integer", "nullable": true}}}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
+          "401": {"$ref": "#/components/responses/NoToken"},
+          "403": {"$ref": "#/components/responses/NoRight"},
+          "503": {"$ref": "#/components/responses/Away"}
+        }
+      }
+    },
+    "/api/v1/test": {
+      "post": {
+        "summary": "Have a test page sent",
+        "description": "A line of the running node sends it, behind the page before it; that takes minutes. Right: manage.",
+        "requestBody": {
+          "required": true,
+          "content": {"application/json": {
+            "schema": {"type": "object", "required": ["pager"], "properties": {"pager": {"type": "string"}, "line": {"type": "string"}}},
+            "examples": {
+              "pager": {"value": {"pager": "duty"}}
+            }
+          }}
+        },
+        "responses": {
+          "200": {"description": "The number of the test", "content": {"application/json": {"schema": {"type": "object", "properties": {"test": {"type": "integer"}}}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
+          "401": {"$ref": "#/components/responses/NoToken"},
+          "403": {"$ref": "#/components/responses/NoRight"},
+          "503": {"$ref": "#/components/responses/Away"}
+        }
+      }
+    },
+    "/api/v1/test/{test}": {
+      "get": {
+        "summary": "What came of a test page",
+        "description": "Right: manage.",
+        "parameters": [{"name": "test", "in": "path", "required": true, "schema": {"type": "integer"}, "example": 1}],
+        "responses": {
+          "200": {"description": "Whether it is done; then whether it was sent, and the library's result", "content": {"application/json": {"schema": {"type": "object", "properties": {"test": {"type": "integer"}, "done": {"type": "boolean"}, "sent": {"type": "boolean"}, "result": {"type": "integer"}}}}}},
+          "401": {"$ref": "#/components/responses/NoToken"},
+          "403": {"$ref": "#/components/responses/NoRight"},
+          "503": {"$ref": "#/components/responses/Away"}
+        }
+      }
+    },
     "/api/v1/lines": {
       "get": {
         "summary": "Lines: their health, and what they do",

@@ -92,6 +92,23 @@ std::vector<PageChange> ChangesOf(Connection& connection, const PageKey& page) {
     return changes;
 }
 
+std::vector<PageChangeOf> ChangesBehind(Connection& connection, int64_t row, int64_t count) {
+    std::vector<PageChangeOf> changes;
+    Statement statement(connection,
+                        "SELECT alarm, alarm_group, pager, at, change, state,"
+                        " CAST(tries AS INTEGER), row_id, line, note FROM Host_History"
+                        " WHERE row_id > ? AND alarm <> '' ORDER BY row_id LIMIT ?");
+    statement.Bind(row).Bind(count);
+    while (statement.Step()) {
+        changes.push_back(
+            {KeyIn(statement),
+             {static_cast<std::time_t>(statement.Number(3)), std::string(statement.Text(4)),
+              std::string(statement.Text(5)), statement.Number(6), statement.Number(7),
+              std::string(statement.Text(8)), std::string(statement.Text(9))}});
+    }
+    return changes;
+}
+
 int64_t LastChange(Connection& connection) {
     return Statement(connection, "SELECT coalesce(max(row_id), 0) FROM Host_History").FirstNumber();
 }

@@ -63,6 +63,13 @@ struct PageChange {
 // Changes of the page, and the engine's starts since the first of them.
 std::vector<PageChange> ChangesOf(Connection& connection, const PageKey& page);
 
+struct PageChangeOf {
+    PageKey page;
+    PageChange change;
+};
+// At most so many of the rows behind this one, of whichever pages, in order.
+std::vector<PageChangeOf> ChangesBehind(Connection& connection, int64_t row, int64_t count);
+
 // Its last row; 0 where there is none.
 int64_t LastChange(Connection& connection);
 

@@ -5,10 +5,15 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <thread>
+#include <utility>
 
+#include "host/files/descriptor.h"
 #include "tests/unit/host/cli_fixture.h"
 
 namespace {
@@ -26,29 +31,31 @@ class CliWeb : public CliFixture {
                              "exec " PAGERFWD_PROGRAM
                              " --database site.db web --listen unix:web.sock 2>&1"});
     }
-    static int Connected() {
+    // Not open where nobody listens any more.
+    static host::Descriptor Connected() {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strcpy(&address.sun_path[0], "web.sock");
-        const int made = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(0, connect(made, reinterpret_cast<const sockaddr*>(&address), sizeof address));
-        return made;
+        host::Descriptor made(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        return connect(made.Number(), reinterpret_cast<const sockaddr*>(&address),
+                       sizeof address) == 0
+                   ? std::move(made)
+                   : host::Descriptor();
     }
+    // Empty: there was none.
     static std::string Ask(const std::string& first_line, const std::string& token,
                            const std::string& body = "") {
-        const int made = Connected();
+        const host::Descriptor made = Connected();
         const std::string request = first_line + " HTTP/1.1\r\nHost: x\r\nConnection: close\r\n" +
                                     "Authorization: Bearer " + token +
                                     "\r\nContent-Length: " + std::to_string(body.size()) +
                                     "\r\n\r\n" + body;
-        EXPECT_EQ(static_cast<ssize_t>(request.size()),
-                  send(made, request.data(), request.size(), MSG_NOSIGNAL));
+        send(made.Number(), request.data(), request.size(), MSG_NOSIGNAL);
         std::string answer;
         char buffer[4096];
-        for (ssize_t count = 0; (count = recv(made, buffer, sizeof buffer, 0)) > 0;) {
+        for (ssize_t count = 0; (count = recv(made.Number(), buffer, sizeof buffer, 0)) > 0;) {
             answer.append(buffer, static_cast<size_t>(count));
         }
-        close(made);
         return answer;
     }
     static std::string Token(const std::string& may) {
@@ -70,6 +77,74 @@ TEST_F(CliWeb, TakesAlarmsUntilItIsEnded) {
     kill(web.Number(), SIGTERM);
     EXPECT_THAT(web.ReadLine(), HasSubstr("ended"));
     EXPECT_EQ(0, web.Finish());
+}
+
+// Raises one alarm after the other until nobody answers, and keeps the texts of those that were.
+class Poster {
+ public:
+    Poster(std::string name, std::function<bool(const std::string& text)> post)
+        : name_(std::move(name)), post_(std::move(post)), thread_([this] { Run(); }) {}
+    ~Poster() { thread_.join(); }
+    Poster(const Poster&) = delete;
+    Poster& operator=(const Poster&) = delete;
+
+    int Count() const { return count_; }
+    bool HasEnded() const { return ended_; }
+    const std::vector<std::string>& Finish() {
+        thread_.join();
+        thread_ = std::thread([] {});
+        return answered_;
+    }
+
+ private:
+    void Run() {
+        for (std::string text = name_ + "0"; post_(text);
+             text = name_ + std::to_string(count_.load())) {
+            answered_.push_back(text);
+            ++count_;
+        }
+        ended_ = true;
+    }
+
+    const std::string name_;
+    const std::function<bool(const std::string&)> post_;
+    std::vector<std::string> answered_;
+    std::atomic<int> count_{0};
+    std::atomic<bool> ended_{false};
+    std::thread thread_;
+};
+
+// While two are at it, at a moment that is another each time.
+TEST_F(CliWeb, KeepsEveryAlarmThatItHasAnsweredHoweverItEnds) {
+    const std::string token = Token("raise");
+    const auto post = [&token](const std::string& text) {
+        return Ask("POST /api/v1/alarms", token, "{\"text\": \"" + text + "\"}")
+                   .find("HTTP/1.1 200 ") == 0;
+    };
+    for (int round = 0; round < 8; ++round) {
+        ChildProcess web = Serve();
+        web.ReadLine();
+        const std::string name = "round " + std::to_string(round);
+        Poster first(name + " a", post);
+        Poster second(name + " b", post);
+        while (first.Count() < 1 + round && !first.HasEnded()) {
+            std::this_thread::yield();
+        }
+        web.Kill();
+        std::vector<std::string> answered = first.Finish();
+        const std::vector<std::string> others = second.Finish();
+        answered.insert(answered.end(), others.begin(), others.end());
+        EXPECT_LE(static_cast<size_t>(1 + round), answered.size());
+        host::Connection connection("site.db");
+        for (const std::string& text : answered) {
+            host::Statement found(connection, "SELECT count(*) FROM AlarmLog WHERE details = ?");
+            EXPECT_EQ(1, found.Bind(text).FirstNumber()) << text;
+        }
+        EXPECT_EQ(0, host::Statement(connection,
+                                     "SELECT count(*) FROM (SELECT details FROM AlarmLog"
+                                     " GROUP BY details HAVING count(*) > 1)")
+                         .FirstNumber());
+    }
 }
 
 TEST_F(CliWeb, LetsNobodyConnectToItsSocketWhoIsNeitherOwnerNorGroup) {

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/store/tables/test_pages.h"
 #include "host/store/tables/trail.h"
 #include "host/web/token.h"
 #include "tests/unit/host/service_test.h"
@@ -82,6 +83,7 @@ TEST_F(TheApi, LetsATokenDoWhatItIsFor) {
         {"look", "GET", "/api/v1/alarms/" + number, ""},
         {"look", "GET", "/api/v1/pages", ""},
         {"look", "GET", "/api/v1/lines", ""},
+        {"look", "GET", "/api/v1/history", ""},
     };
     for (const char* may : {"raise", "acknowledge", "look"}) {
         token = TokenOf(may, may);
@@ -280,6 +282,53 @@ TEST_F(TheApi, ShowsPendingPages) {
     EXPECT_EQ(0U, Asked("GET", "/api/v1/pages?after=9223372036854775807")["pages"].size());
 }
 
+TEST_F(TheApi, ShowsTheHistoryOfPages) {
+    WriteEvent(7, "duty", 2);
+    WriteEvent(8, "boss", 2, 1);
+    RewriteEvent(7, "duty", 4, 0);
+    const nlohmann::json first = Asked("GET", "/api/v1/history?count=2");
+    ASSERT_EQ(2U, first["history"].size());
+    EXPECT_EQ(7, first["history"][0]["alarm"]);
+    EXPECT_EQ("duty", first["history"][0]["pager"]);
+    EXPECT_EQ("written", first["history"][0]["change"]);
+    EXPECT_EQ("being paged", first["history"][0]["state"]);
+    EXPECT_EQ(1, first["history"][1]["tries"]);
+    const nlohmann::json rest = Asked("GET", "/api/v1/history?after=" + first["next"].dump());
+    EXPECT_EQ(nullptr, rest["next"]);
+    EXPECT_EQ("done", rest["history"].back()["state"]);
+}
+
+// --- Test pages.
+
+TEST_F(TheApi, AsksForATestPageAndTellsWhatCameOfIt) {
+    AddPager("duty");
+    const std::string test = Asked("POST", "/api/v1/test", R"({"pager": "duty"})")["test"].dump();
+    EXPECT_EQ(false, Asked("GET", "/api/v1/test/" + test)["done"]);
+    AnswerTestPage(connection, std::stoll(test), {0, ""});
+    nlohmann::json answer = Asked("GET", "/api/v1/test/" + test);
+    EXPECT_EQ(true, answer["done"]);
+    EXPECT_EQ(true, answer["sent"]);
+    AnswerTestPage(connection, std::stoll(test), {6, ""});
+    answer = Asked("GET", "/api/v1/test/" + test);
+    EXPECT_EQ(false, answer["sent"]);
+    EXPECT_EQ(6, answer["result"]);
+    EXPECT_THAT(Rows("who || ': ' || what || ' to ' || note FROM Host_Trail"),
+                ElementsAre("maria: test page to duty"));
+}
+
+TEST_F(TheApi, AsksForATestPageOnlyToAPagerOverALine) {
+    AddPager("duty");
+    AddPager("twice");
+    AddPager("twice");
+    ExpectMistake("POST", "/api/v1/test", R"({"pager": "nobody"})", "pager", "none of this name");
+    ExpectMistake("POST", "/api/v1/test", R"({"pager": "twice"})", "pager", "several");
+    ExpectMistake("POST", "/api/v1/test", R"({"pager": "\u6771"})", "pager", "none of this name");
+    ExpectMistake("POST", "/api/v1/test", R"({"pager": "duty", "line": "x"})", "line", "none");
+    ExpectMistake("POST", "/api/v1/test", R"([{"pager": "duty"}, {"pager": "duty"}])", "", "one");
+    token = TokenOf("looker", "look,raise,acknowledge");
+    EXPECT_EQ(403, Ask("POST", "/api/v1/test", R"({"pager": "duty"})").status);
+}
+
 TEST_F(TheApi, ShowsLines) {
     Execute("INSERT INTO AlarmFwd_COMProperties (Description) VALUES ('north')");
     const nlohmann::json lines = Asked("GET", "/api/v1/lines")["lines"];
@@ -325,6 +374,7 @@ std::string TargetOf(const nlohmann::json& document, std::string path,
 }
 
 TEST_F(TheApi, AnswersEveryExampleOfItsDocument) {
+    AddPager("duty");
     token = "";
     const nlohmann::json document = Asked("GET", "/api/v1/openapi.json");
     int examples = 0;
@@ -348,7 +398,7 @@ TEST_F(TheApi, AnswersEveryExampleOfItsDocument) {
             }
         }
     }
-    EXPECT_EQ(8, examples);
+    EXPECT_EQ(11, examples);
 }
 
 TEST_F(TheApi, HasADocumentWhoseReferencesLeadSomewhere) {
