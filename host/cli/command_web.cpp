@@ -14,6 +14,7 @@
 #include "host/store/pool.h"
 #include "host/web/api.h"
 #include "host/web/listen.h"
+#include "host/web/pages.h"
 #include "host/web/server.h"
 
 namespace host {
@@ -41,6 +42,11 @@ void RequireDatabase(const std::string& database, OperatorLog& log) {
     }
 }
 
+// Programs have an address space of their own: no cookie is good there, and no token elsewhere.
+bool IsOfApi(const std::string& target) {
+    return target.compare(0, 5, "/api/") == 0;
+}
+
 ExitCode Serve(const Program& program, const std::vector<std::string>& addresses) {
     OperatorLog log(std::cerr, std::getenv("JOURNAL_STREAM") != nullptr);
     RequireDatabase(program.database, log);
@@ -49,8 +55,13 @@ ExitCode Serve(const Program& program, const std::vector<std::string>& addresses
         log.Info("serving " + ShownName(program.database) + " on " + AddressOf(listener));
     }
     const Api api(program.database, log);
+    WebPages pages(program.database, log);
     WebServer server(std::move(listeners),
-                     [&api](const WebRequest& request) { return api.Answer(request); }, {});
+                     [&](const WebRequest& request) {
+                         return IsOfApi(request.target) ? api.Answer(request)
+                                                        : pages.Answer(request);
+                     },
+                     {});
     NotifyManager("READY=1");
     server.Run();
     log.Info("ended");
@@ -60,8 +71,8 @@ ExitCode Serve(const Program& program, const std::vector<std::string>& addresses
 }  // namespace
 
 void AddWeb(CLI::App& app, Program& program) {
-    CLI::App* const command =
-        app.add_subcommand("web", "Take alarms and answer questions over HTTP");
+    CLI::App* const command = app.add_subcommand(
+        "web", "Take alarms and answer questions over HTTP, and show the site in a browser");
     const auto addresses = std::make_shared<std::vector<std::string>>();
     command
         ->add_option("--listen", *addresses,

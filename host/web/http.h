@@ -16,13 +16,20 @@ struct WebRequest {
     std::string token;   // of "Authorization: Bearer"; empty: none
     std::string body;
     std::string source;  // where it comes from: an address, or "unix"
+    std::string cookies = {};
 };
+
+// Nothing of an answer is a page that may load anything.
+inline constexpr const char* kNothingLoads = "default-src 'none'; frame-ancestors 'none'";
 
 struct WebAnswer {
     int status = 200;
     std::string body;
     const char* type = "application/json";
-    int retry_after = 0;  // seconds; 0: nothing is said of it
+    int retry_after = 0;                 // seconds; 0: nothing is said of it
+    std::string location = {};           // where to go on; empty: nowhere
+    std::string cookie = {};             // to be set; empty: none
+    const char* policy = kNothingLoads;  // what a page may load
 };
 
 // Called by several threads at once. Throws nothing.

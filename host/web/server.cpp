@@ -245,8 +245,12 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
         stream_.expires_never();
         http::request<http::string_body> request = parser_->release();
         keep_ = request.keep_alive() && !server_.ending_;
-        WebRequest asked{std::string(request.method_string()), std::string(request.target()),
-                         TokenOf(request), std::move(request.body()), source_};
+        WebRequest asked{std::string(request.method_string()),
+                         std::string(request.target()),
+                         TokenOf(request),
+                         std::move(request.body()),
+                         source_,
+                         std::string(request[http::field::cookie])};
         asio::post(server_.handlers_, [self = shared_from_this(), asked = std::move(asked),
                                        work = asio::make_work_guard(server_.io_)] {
             WebAnswer answer = self->server_.handler_(asked);
@@ -262,7 +266,14 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
         answer_.set(http::field::content_type, answer.type);
         answer_.set(http::field::cache_control, "no-store");
         answer_.set("X-Content-Type-Options", "nosniff");
-        answer_.set("Content-Security-Policy", "default-src 'none'; frame-ancestors 'none'");
+        answer_.set("Content-Security-Policy", answer.policy);
+        answer_.set("Referrer-Policy", "no-referrer");
+        if (!answer.location.empty()) {
+            answer_.set(http::field::location, answer.location);
+        }
+        if (!answer.cookie.empty()) {
+            answer_.set(http::field::set_cookie, answer.cookie);
+        }
         if (answer.retry_after > 0) {
             answer_.set(http::field::retry_after, std::to_string(answer.retry_after));
         }

@@ -28,16 +28,6 @@ std::string RandomBytes(size_t count) {
     return bytes;
 }
 
-std::string RandomDigits(size_t count) {
-    std::string digits;
-    for (const char byte : RandomBytes(count / 2)) {
-        const auto value = static_cast<unsigned char>(byte);
-        digits += "0123456789abcdef"[value / 16];
-        digits += "0123456789abcdef"[value % 16];
-    }
-    return digits;
-}
-
 // setting: that of an earlier hash, or a new salt's. Empty: it is none.
 std::string Hash(const std::string& secret, const std::string& setting) {
     const auto data = std::make_unique<crypt_data>();
@@ -76,6 +66,16 @@ void NoteUse(Connection& connection, const Token& token, std::time_t now) {
 }
 
 }  // namespace
+
+std::string RandomDigits(size_t count) {
+    std::string digits;
+    for (const char byte : RandomBytes(count / 2)) {
+        const auto value = static_cast<unsigned char>(byte);
+        digits += "0123456789abcdef"[value / 16];
+        digits += "0123456789abcdef"[value % 16];
+    }
+    return digits;
+}
 
 std::optional<std::string> RightsIn(std::string_view words) {
     std::string rights;

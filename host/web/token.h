@@ -32,6 +32,9 @@ bool May(const Token& token, std::string_view right);
 // Requires a write transaction. Throws StoreError where there is one of this name.
 std::string MakeToken(Connection& connection, Token token);
 
+// So many random digits, 0 to f, that nobody guesses. Throws StoreError.
+std::string RandomDigits(size_t count);
+
 // Whose it is. None: nobody's, or it is over. Notes now and then that it is used, in a transaction
 // of its own.
 std::optional<Token> TokenFor(Connection& connection, std::string_view text, std::time_t now);

@@ -79,6 +79,24 @@ TEST_F(CliWeb, TakesAlarmsUntilItIsEnded) {
     EXPECT_EQ(0, web.Finish());
 }
 
+TEST_F(CliWeb, ShowsPagesToWhoHasSignedIn) {
+    const std::string token = Token("manage");
+    ChildProcess web = Serve();
+    web.ReadLine();
+    EXPECT_THAT(Ask("GET /", token),
+                AllOf(StartsWith("HTTP/1.1 303 "), HasSubstr("Location: /sign-in\r\n")));
+    const std::string answer = Ask("POST /sign-in", "", "token=" + token);
+    EXPECT_THAT(answer, AllOf(StartsWith("HTTP/1.1 303 "), HasSubstr("Location: /\r\n"),
+                              HasSubstr("; HttpOnly; SameSite=Strict;")));
+    const size_t at = answer.find("pagerfwd_session=");
+    const std::string cookie = "x\r\nCookie: " + answer.substr(at, answer.find(';', at) - at);
+    EXPECT_THAT(Ask("GET /", cookie),
+                AllOf(StartsWith("HTTP/1.1 200 "), HasSubstr("text/html; charset=utf-8"),
+                      HasSubstr("style-src 'self'"), HasSubstr("<h1>Overview</h1>")));
+    EXPECT_THAT(Ask("GET /api/v1/alarms", cookie), StartsWith("HTTP/1.1 401 "))
+        << "a browser's cookie is no token";
+}
+
 // Raises one alarm after the other until nobody answers, and keeps the texts of those that were.
 class Poster {
  public:

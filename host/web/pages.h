@@ -1,0 +1,44 @@
+// What a person sees in a browser: whether paging is alive, what is pending, and alarms, to be
+// acknowledged or said to be over. Plain HTML, which needs no script.
+//
+// A person signs in with a token, and gets a cookie. Whatever changes anything is a form with a
+// secret of the session in it.
+//
+// Threads    Any.
+#ifndef PAGERFWD_HOST_WEB_PAGES_H
+#define PAGERFWD_HOST_WEB_PAGES_H
+
+#include <mutex>
+#include <string>
+
+#include "host/process/operator_log.h"
+#include "host/web/http.h"
+#include "host/web/rate.h"
+#include "host/web/sessions.h"
+
+namespace host {
+
+class WebPages {
+ public:
+    WebPages(std::string database, OperatorLog& log) : database_(std::move(database)), log_(log) {}
+
+    WebAnswer Answer(const WebRequest& request);
+
+ private:
+    WebAnswer Serve(const WebRequest& request);
+    WebAnswer SignIn(const WebRequest& request);
+    WebAnswer SignOut(const WebRequest& request);
+    WebAnswer ServeSignedIn(const WebRequest& request, const WebTarget& target,
+                            const WebSession& session);
+    bool MayTry(const std::string& source);
+
+    const std::string database_;
+    OperatorLog& log_;
+    WebSessions sessions_;
+    std::mutex mutex_;                                      // guards tries_
+    RateLimit tries_{10, std::chrono::milliseconds(5000)};  // to sign in, by source
+};
+
+}  // namespace host
+
+#endif
