@@ -63,6 +63,11 @@ function(install_host)
             COMPONENT host)
     install(PROGRAMS examples/notify/mail examples/notify/log
             DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/notify COMPONENT host)
+    install(PROGRAMS examples/monitoring/mail examples/monitoring/notify
+                     examples/monitoring/rsyslog examples/monitoring/snmptrap
+            DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/monitoring COMPONENT host)
+    install(FILES examples/monitoring/alertmanager.yml
+            DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/monitoring COMPONENT host)
     install(FILES packaging/78-pagerfwd.rules DESTINATION lib/udev/rules.d COMPONENT host)
     install(FILES packaging/pagerfwd.sysusers DESTINATION lib/sysusers.d RENAME pagerfwd.conf
             COMPONENT host)
