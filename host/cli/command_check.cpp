@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/cli/findings_json.h"
 #include "host/cli/program.h"
@@ -12,6 +13,7 @@
 #include "host/site/database_check.h"
 #include "host/site/ports_of_pager.h"
 #include "host/site/sending_rules.h"
+#include "host/store/commit_risks.h"
 #include "host/store/database_name.h"
 #include "host/store/look.h"
 #include "host/text/printable.h"
@@ -52,10 +54,19 @@ Json OnlyPortsAsJson(const Site& site) {
     return list;
 }
 
-ExitCode Report(const std::string& name, const Site& site, const Findings& findings, bool json) {
+void PrintRisks(const std::vector<std::string>& risks) {
+    for (const std::string& risk : risks) {
+        std::cout << "warning: " << risk << "\n";
+    }
+}
+
+// risks: of the database, where it is one.
+ExitCode Report(const std::string& name, const Site& site, const Findings& findings,
+                const std::vector<std::string>& risks, bool json) {
     if (json) {
         Json report = FindingsAsJson(name, findings);
         report["one_port_only"] = OnlyPortsAsJson(site);
+        report["commit_risks"] = risks;
         std::cout << Written(report) << "\n";
         return findings.HasErrors() ? kNo : kDone;
     }
@@ -65,6 +76,7 @@ ExitCode Report(const std::string& name, const Site& site, const Findings& findi
     } else {
         PrintFindings(std::cout, name, findings);
     }
+    PrintRisks(risks);
     if (findings.HasErrors()) {
         return kNo;
     }
@@ -74,12 +86,13 @@ ExitCode Report(const std::string& name, const Site& site, const Findings& findi
 
 ExitCode CheckFile(const std::string& path, bool json) {
     const ReadSite read = LoadSite(path);
-    return Report(NameOfFile(path), read.site, read.findings, json);
+    return Report(NameOfFile(path), read.site, read.findings, {}, json);
 }
 
 ExitCode CheckTables(const std::string& database, bool json) {
     const ReadBack read = Look(database, CheckDatabase);
-    const ExitCode code = Report(ShownName(database), read.site, read.findings, json);
+    const std::vector<std::string> risks = Look(database, CommitRisks);
+    const ExitCode code = Report(ShownName(database), read.site, read.findings, risks, json);
     if (!json && code == kNo) {
         std::cout
             << "To mend them: pagerfwd export site.toml, edit it, pagerfwd import site.toml\n";
@@ -101,7 +114,9 @@ void AddCheck(CLI::App& app, Program& program) {
         "keep a file from being imported; warnings don't. No modem is touched; of a database also\n"
         "its tables, and the texts of pages that are pending, are looked at. Notes say what a "
         "dead\n"
-        "number costs, and whose pages no other line takes over.\n\n"
+        "number costs, and whose pages no other line takes over; warnings, by what the database "
+        "may\n"
+        "lose pages.\n\n"
         "Examples:\n"
         "  pagerfwd check site.toml\n"
         "  pagerfwd --database site.db check\n"

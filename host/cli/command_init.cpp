@@ -1,11 +1,13 @@
 // pagerfwd init: makes the tables. Tested by tests/unit/host/cli_test.cpp.
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <memory>
 
 #include "host/cli/program.h"
 #include "host/process/database_locks.h"
 #include "host/process/room_to_open.h"
 #include "host/store/database_name.h"
+#include "host/store/rights.h"
 #include "host/store/schema.h"
 #include "host/text/printable.h"
 
@@ -33,7 +35,11 @@ void RefuseWhileServed(Connection& connection, const std::string& database) {
     }
 }
 
-ExitCode Init(const Program& program) {
+ExitCode Init(const Program& program, bool print) {
+    if (print) {
+        std::cout << SchemaForPostgres();
+        return kDone;
+    }
     MakeRoomToOpen(program.database);
     Connection connection(program.database, Connection::Mode::kCreate);
     RefuseWhileServed(connection, program.database);
@@ -47,11 +53,19 @@ ExitCode Init(const Program& program) {
 void AddInit(CLI::App& app, Program& program) {
     CLI::App* const command =
         app.add_subcommand("init", "Make the tables of a new database, or bring up to date");
+    const auto print = std::make_shared<bool>(false);
+    command->add_flag(
+        "--print", *print,
+        "Print what makes the tables on a PostgreSQL server, and roles with the rights "
+        "that they need, for its administrator");
     command->footer(
         "A database that has its tables already is left as it is.\n\n"
-        "Example:\n"
-        "  pagerfwd --database site.db init\n");
-    command->callback([&program] { program.command = [&program] { return Init(program); }; });
+        "Examples:\n"
+        "  pagerfwd --database site.db init\n"
+        "  pagerfwd init --print | psql -v ON_ERROR_STOP=1 site\n");
+    command->callback([&program, print] {
+        program.command = [&program, print] { return Init(program, *print); };
+    });
 }
 
 }  // namespace host

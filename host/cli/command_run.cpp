@@ -25,17 +25,26 @@ struct RunOptions {
     bool until_done = false;
     std::optional<std::string> discard_older;
     std::string metrics;
+    std::string line_database;
 };
 
+// A server's, with a password perhaps, which is nobody's to see in the list of processes.
+void NameForLines(const std::string& database, const std::string& line_database) {
+    const char* const given = std::getenv("PAGERFWD_LINE_DATABASE");
+    if (HasPassword(line_database) && (given == nullptr || line_database != given)) {
+        throw Failure(kUsage, kPasswordShown);
+    }
+    setenv("PAGERFWD_DATABASE", (line_database.empty() ? database : line_database).c_str(), 1);
+}
+
 // As the node starts this program for its lines, which work in other folders.
-std::vector<std::string> LineProgram(const Program& program) {
+std::vector<std::string> LineProgram(const Program& program, const RunOptions& options) {
     const auto absolute = [](const std::string& path) {
         return path.empty() ? path : std::filesystem::absolute(path).string();
     };
     std::vector<std::string> words = {"pagerfwd"};
     if (IsOnServer(program.database)) {
-        // Its password is nobody's to see in the list of processes.
-        setenv("PAGERFWD_DATABASE", program.database.c_str(), 1);
+        NameForLines(program.database, options.line_database);
     } else {
         words.insert(words.end(), {"--database", absolute(program.database)});
     }
@@ -51,7 +60,7 @@ std::vector<std::string> LineProgram(const Program& program) {
 NodeOptions OptionsFor(const Program& program, const RunOptions& options) {
     NodeOptions node;
     node.database = program.database;
-    node.line_program = LineProgram(program);
+    node.line_program = LineProgram(program, options);
     node.until_done = options.until_done;
     node.metrics = options.metrics;
     if (options.discard_older) {
@@ -95,6 +104,12 @@ void AddRun(CLI::App& app, Program& program) {
         ->add_option("--metrics", options->metrics,
                      "Keep the engine's figures in this file, for a node exporter (name.prom)")
         ->type_name("FILE");
+    command
+        ->add_option("--line-database", options->line_database,
+                     "The same database on a server, as its lines are to name it: by a user with "
+                     "fewer rights")
+        ->envname("PAGERFWD_LINE_DATABASE")
+        ->type_name("NAME");
     command->footer(
         "Takes every alarm that is added to the alarm log, by \"pagerfwd alarm raise\" or by "
         "another\n"

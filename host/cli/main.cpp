@@ -60,6 +60,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddExplain(app, program);
     AddExport(app, program);
     AddImport(app, program);
+    AddCopy(app, program);
     AddNotify(app, program);
     AddPorts(app, program);
     AddTest(app, program);
@@ -142,8 +143,7 @@ int Main(int argc, char** argv) {
         return EndParsing(app, error);
     }
     if (ShowsPassword(program.database)) {
-        std::cerr << "pagerfwd: everybody may see a password that is an argument; put it into "
-                     "PAGERFWD_DATABASE, or a file for PGPASSFILE\n";
+        std::cerr << "pagerfwd: " << kPasswordShown << "\n";
         return kUsage;
     }
     if (!program.state.empty()) {

@@ -12,6 +12,11 @@ class App;
 
 namespace host {
 
+inline constexpr const char* kPasswordShown =
+    "everybody may see a password that is an argument; put it into PAGERFWD_DATABASE, or a file "
+    "for "
+    "PGPASSFILE";
+
 // How the program ends. The help and the manual list them from one table.
 enum ExitCode : int {
     kDone = 0,
@@ -52,6 +57,7 @@ struct Program {
 // Each adds a command, which puts its own work into program.command.
 void AddAlarm(CLI::App& app, Program& program);
 void AddCheck(CLI::App& app, Program& program);
+void AddCopy(CLI::App& app, Program& program);
 void AddExplain(CLI::App& app, Program& program);
 void AddExport(CLI::App& app, Program& program);
 void AddHours(CLI::App& app, Program& program);

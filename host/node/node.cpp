@@ -16,6 +16,7 @@
 #include "host/process/database_locks.h"
 #include "host/process/last_writes.h"
 #include "host/site/site_tables.h"
+#include "host/store/commit_risks.h"
 #include "host/store/database_name.h"
 #include "host/store/large_cells.h"
 #include "host/store/schema.h"
@@ -95,6 +96,9 @@ void Node::Serve(StopSignal& stop) {
     AdoptPages();
     alerts_.Begin(lease_.Database(), std::time(nullptr));
     log_.Info("serving " + ShownName(options_.database));
+    for (const std::string& risk : CommitRisks(lease_.Database())) {
+        log_.Warning(risk);
+    }
     do {
         LookAtFile();
         StepOrReport();

@@ -81,15 +81,20 @@ std::vector<char*> Arguments(const std::vector<std::string>& command) {
     return arguments;
 }
 
-// All of this process's but the name of a database with a password, which is none of the program's
-// business, and which it may show to others.
+// A database with a password is none of a program's business, which may show it to others.
+bool IsSecret(std::string_view variable) {
+    for (const std::string_view name : {"PAGERFWD_DATABASE=", "PAGERFWD_LINE_DATABASE="}) {
+        if (variable.substr(0, name.size()) == name) {
+            return HasPassword(std::string(variable.substr(name.size())));
+        }
+    }
+    return false;
+}
+
 std::vector<char*> Environment() {
-    constexpr std::string_view kName = "PAGERFWD_DATABASE=";
     std::vector<char*> variables;
     for (char** variable = environ; *variable != nullptr; ++variable) {
-        const std::string_view text(*variable);
-        if (text.substr(0, kName.size()) != kName ||
-            !HasPassword(std::string(text.substr(kName.size())))) {
+        if (!IsSecret(*variable)) {
             variables.push_back(*variable);
         }
     }

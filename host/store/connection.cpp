@@ -98,6 +98,12 @@ std::vector<std::string> Connection::ColumnsOf(std::string_view table) {
     return Statement(*this, driver_->Asks().columns_of).Bind(table).Texts();
 }
 
+void Connection::GoOnBehind(const std::string& table) {
+    const int64_t last =
+        Statement(*this, "SELECT coalesce(max(row_id), 0) FROM " + table).FirstNumber();
+    Statement(*this, driver_->Asks().go_on_at).Bind(table).Bind(last + 1).Run();
+}
+
 int64_t Connection::MadeBy() {
     return Statement(*this, driver_->Asks().made_by).FirstNumber();
 }
@@ -160,6 +166,14 @@ Statement& Statement::Bind(std::string_view text) {
     return *this;
 }
 
+Statement& Statement::BindNull() {
+    statement_.BindNull(++bound_);
+    if (noted_) {
+        noted_->values.emplace_back(std::monostate());
+    }
+    return *this;
+}
+
 Statement& Statement::Bind(int64_t number) {
     statement_.Bind(++bound_, number);
     if (noted_) {
@@ -183,6 +197,10 @@ void Statement::Run() {
 
 std::string_view Statement::Text(int column) const {
     return statement_.Text(column);
+}
+
+bool Statement::IsNull(int column) const {
+    return statement_.IsNull(column);
 }
 
 int Statement::Columns() const {

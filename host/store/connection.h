@@ -130,6 +130,9 @@ class Connection {
     // Of a table; none where there is no such table.
     std::vector<std::string> ColumnsOf(std::string_view table);
 
+    // The next row that is added to a table with numbers of its own gets one behind all of these.
+    void GoOnBehind(const std::string& table);
+
     // Which version of this program has made the tables, as SetMadeBy says; 0: none, yet.
     int64_t MadeBy();
     void SetMadeBy(int64_t version);
@@ -189,6 +192,7 @@ class Statement {
     // Binds the next parameter. A text is borrowed until the statement ends.
     Statement& Bind(std::string_view text);
     Statement& Bind(int64_t number);
+    Statement& BindNull();
 
     // Goes on to the next row: false when there is none.
     bool Step();
@@ -197,6 +201,7 @@ class Statement {
     // A cell of the row, up to its first zero byte; valid until the next step.
     std::string_view Text(int column) const;
     int64_t Number(int column) const;
+    bool IsNull(int column) const;
     int Columns() const;
 
     // The first cells of all rows that are left; of the next, 0 where there is none.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <map>
 #include <regex>
 
 namespace host {
@@ -91,11 +92,53 @@ bool HasPassword(const std::string& name) {
     return ShownName(name) != name;
 }
 
+namespace {
+
+using Parameters = std::map<std::string, std::string>;
+
+// "?host=a&dbname=b", and "postgresql://user@host:port/dbname" before it.
+Parameters OfAddress(const std::string& address) {
+    static const std::regex parts(
+        R"(postgres(?:ql)?://(?:([^@/?]*)@)?([^/?]*)(?:/([^?]*))?(?:\?(.*))?)");
+    std::smatch found;
+    std::regex_match(address, found, parts);
+    Parameters parameters = {
+        {"user", found[1]}, {"host", found[2]}, {"dbname", Decoded(found[3].str())}};
+    static const std::regex parameter("([^=&]*)=([^&]*)");
+    const std::string query = found[4];
+    for (std::sregex_iterator each(query.begin(), query.end(), parameter), end; each != end;
+         ++each) {
+        parameters[Decoded((*each)[1].str())] = Decoded((*each)[2].str());
+    }
+    return parameters;
+}
+
+Parameters OfList(const std::string& list) {
+    static const std::regex parameter(R"((\w+)\s*=\s*('(?:\\.|[^'\\])*'|(?:\\.|[^\s\\])*))");
+    Parameters parameters;
+    for (std::sregex_iterator each(list.begin(), list.end(), parameter), end; each != end; ++each) {
+        const std::string value = (*each)[2];
+        const bool quoted = value.size() > 1 && value.front() == '\'';
+        parameters[(*each)[1]] = quoted ? value.substr(1, value.size() - 2) : value;
+    }
+    return parameters;
+}
+
+}  // namespace
+
+// All who use one database have its locks in common, whoever they are to the server.
 std::string BesideName(const std::string& name) {
     if (!IsOnServer(name)) {
         return name;
     }
-    std::string file = ShownName(name);
+    const std::string shown = ShownName(name);
+    Parameters of = shown.find("://") == std::string::npos ? OfList(shown) : OfAddress(shown);
+    const std::string& database = of["dbname"].empty() ? of["user"] : of["dbname"];
+    std::string file = "postgresql";
+    for (const std::string& part :
+         {of["service"], of["hostaddr"], of["host"], of["port"], database}) {
+        file += part.empty() ? "" : ":" + part;
+    }
     for (char& c : file) {
         c = c == '/' || c == ' ' ? '_' : c;
     }

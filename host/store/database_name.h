@@ -15,7 +15,8 @@ std::string ShownName(const std::string& name);
 bool HasPassword(const std::string& name);
 
 // How the names of the files begin that belong to the database on this host: locks, and folders of
-// lines. Beside the file itself; for one on a server, in PAGERFWD_STATE or /var/lib/pagerfwd.
+// lines. Beside the file itself; for one on a server, in PAGERFWD_STATE or /var/lib/pagerfwd, the
+// same for all of its users.
 std::string BesideName(const std::string& name);
 // After which of these a new one takes its owner and rights.
 std::string BesideOwner(const std::string& name);

@@ -26,10 +26,12 @@ class DriverStatement {
     // Parameters by their place, from 1 on. A text is borrowed until the statement is reset.
     virtual void Bind(int place, std::string_view text) = 0;
     virtual void Bind(int place, int64_t number) = 0;
+    virtual void BindNull(int place) = 0;
     virtual bool Step() = 0;
     // Of the row. A text up to its first zero byte; valid until the next step.
     virtual std::string_view Text(int column) const = 0;
     virtual int64_t Number(int column) const = 0;
+    virtual bool IsNull(int column) const = 0;
     virtual int Columns() const = 0;
     // Lets go of the row, and of what was bound.
     virtual void Reset() noexcept = 0;
@@ -45,6 +47,7 @@ struct Questions {
     const char* has_tables;
     std::string (*set_made_by)(int64_t version);
     const char* stays_acknowledged;
+    const char* go_on_at;
 };
 
 class Driver {

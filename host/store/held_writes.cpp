@@ -15,8 +15,10 @@ void Run(Connection& connection, const HeldWrite& write) {
     for (const auto& value : write.values) {
         if (const int64_t* const number = std::get_if<int64_t>(&value)) {
             statement.Bind(*number);
+        } else if (const std::string* const text = std::get_if<std::string>(&value)) {
+            statement.Bind(*text);
         } else {
-            statement.Bind(std::get<std::string>(value));
+            statement.BindNull();
         }
     }
     statement.Run();

@@ -26,7 +26,7 @@ class Connection;
 // A statement that writes, with what was bound to it.
 struct HeldWrite {
     std::string sql;
-    std::vector<std::variant<int64_t, std::string>> values;
+    std::vector<std::variant<int64_t, std::string, std::monostate>> values;  // the last: NULL
 };
 
 class HeldWrites {

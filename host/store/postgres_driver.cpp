@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/store/driver.h"
+#include "host/store/postgres_questions.h"
 #include "host/store/postgres_session.h"
 #include "host/store/postgres_sql.h"
 
@@ -22,28 +23,6 @@ constexpr const char* kBegin = "BEGIN; SELECT pg_advisory_xact_lock(1346455379, 
 constexpr int kBetweenLooks = 100;  // ms
 constexpr int kMostLooks = 100;
 
-std::string CommentWithVersion(int64_t version) {
-    return "COMMENT ON TABLE Host_Settings IS '" + std::to_string(version) + "'";
-}
-
-constexpr Questions kQuestions = {
-    // Changes with every transaction that ends, whoever made it.
-    "SELECT hashtextextended(pg_current_snapshot()::text, 0)",
-    // Whoever changes the tables does so while nobody else is there.
-    "SELECT 1",
-    "SELECT attname FROM pg_attribute WHERE attrelid = to_regclass(lower(?))"
-    " AND attnum > 0 AND NOT attisdropped ORDER BY attnum",
-    "SELECT CAST(obj_description(to_regclass('host_settings')) AS INTEGER)",
-    "SELECT 1 FROM pg_class WHERE relnamespace = current_schema()::regnamespace"
-    " AND relkind IN ('r', 'p', 'v', 'f') LIMIT 1",
-    CommentWithVersion,
-    "CREATE FUNCTION AlarmLog_StaysAcknowledged() RETURNS trigger LANGUAGE plpgsql AS"
-    " 'BEGIN IF NEW.alarmack NOT IN ('''', ''0'') THEN NEW.pagerstate := ''1''; END IF;"
-    " RETURN NEW; END';"
-    "CREATE TRIGGER AlarmLog_StaysAcknowledged BEFORE UPDATE OF pagerstate, alarmack ON AlarmLog"
-    " FOR EACH ROW EXECUTE FUNCTION AlarmLog_StaysAcknowledged()",
-};
-
 class PostgresDriver final : public Driver {
  public:
     PostgresDriver(const std::string& name, Connection::Mode mode) : session_(name, mode) {}
@@ -52,7 +31,7 @@ class PostgresDriver final : public Driver {
         static const Features features{false, false, true};
         return features;
     }
-    const Questions& Asks() const override { return kQuestions; }
+    const Questions& Asks() const override { return PostgresQuestions(); }
 
     std::unique_ptr<DriverStatement> Prepare(const std::string& sql) override;
 
@@ -184,6 +163,7 @@ class PostgresStatement final : public DriverStatement {
         values_.back() = text;
     }
     void Bind(int place, int64_t number) override { Bind(place, std::to_string(number)); }
+    void BindNull(int place) override { values_.resize(static_cast<size_t>(place)); }
 
     bool Step() override {
         if (result_ == nullptr) {
@@ -210,6 +190,8 @@ class PostgresStatement final : public DriverStatement {
         const char* const text = PQgetvalue(result_.get(), row_, column);
         return *text == 't' ? 1 : std::strtoll(text, nullptr, 10);
     }
+
+    bool IsNull(int column) const override { return PQgetisnull(result_.get(), row_, column) != 0; }
 
     int Columns() const override { return PQnfields(result_.get()); }
 
@@ -249,7 +231,7 @@ class PostgresStatement final : public DriverStatement {
 
     PostgresDriver& driver_;
     const std::string sql_;
-    std::vector<std::string> values_;
+    PostgresSession::Values values_;
     PostgresResult result_;
     int row_ = -1;
     bool used_ = false;

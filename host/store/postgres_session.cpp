@@ -18,7 +18,7 @@
 namespace host {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = std::chrono::system_clock;
 
 // A server that lost us lets go of our locks as soon as we of it.
 constexpr const char* kSettings =
@@ -38,26 +38,33 @@ std::atomic<int> longest_silence{kLongestSilence};
 // Another may find out first whether a server is back: he tells all.
 class Tries {
  public:
-    bool MayBegin(const std::string& name) {
+    // Why it may not be tried yet; none: it may.
+    std::optional<StoreAway> WhyNot(const std::string& name) {
         const std::lock_guard guard(mutex_);
-        return Of(name).IsOver(Clock::now());
+        const Try& last = Of(name);
+        return last.pause.IsOver(Clock::now()) ? std::nullopt : last.failure;
     }
-    void Failed(const std::string& name) {
+    void Failed(const std::string& name, const StoreAway& why) {
         const std::lock_guard guard(mutex_);
-        Of(name).Failed(Clock::now());
+        Try& last = Of(name);
+        last.pause.Failed(Clock::now());
+        last.failure = why;
     }
     void Worked(const std::string& name) {
         const std::lock_guard guard(mutex_);
-        Of(name).Worked();
+        Of(name).pause.Worked();
     }
 
  private:
-    RetryPause& Of(const std::string& name) {
-        return pauses_.try_emplace(name, std::random_device{}()).first->second;
-    }
+    struct Try {
+        RetryPause pause{std::random_device{}()};
+        std::optional<StoreAway> failure;
+    };
+
+    Try& Of(const std::string& name) { return tries_[name]; }
 
     std::mutex mutex_;
-    std::map<std::string, RetryPause> pauses_;  // guarded by mutex_
+    std::map<std::string, Try> tries_;  // guarded by mutex_
 };
 
 Tries& TheTries() {
@@ -86,11 +93,11 @@ std::string OneLine(const char* message) {
     return line;
 }
 
-std::vector<const char*> Pointers(const std::vector<std::string>& values) {
+std::vector<const char*> Pointers(const PostgresSession::Values& values) {
     std::vector<const char*> pointers;
     pointers.reserve(values.size());
-    for (const std::string& value : values) {
-        pointers.push_back(value.c_str());
+    for (const std::optional<std::string>& value : values) {
+        pointers.push_back(value ? value->c_str() : nullptr);
     }
     return pointers;
 }
@@ -111,14 +118,17 @@ void PostgresSession::BeThere() {
     if (IsThere()) {
         return;
     }
-    if (!TheTries().MayBegin(name_)) {
-        FailAway("it was tried just now");
+    if (const std::optional<StoreAway> why_not = TheTries().WhyNot(name_)) {
+        throw StoreAway(*why_not);
     }
     try {
         Begin();
+    } catch (const StoreAway& away) {
+        connection_.reset();
+        TheTries().Failed(name_, away);
+        throw;
     } catch (const StoreError&) {
         connection_.reset();
-        TheTries().Failed(name_);
         throw;
     }
     TheTries().Worked(name_);
@@ -199,8 +209,7 @@ PostgresResult PostgresSession::Ask(const std::string& sql) {
     return Answer(PQsendQuery(connection_.get(), sql.c_str()));
 }
 
-PostgresResult PostgresSession::Ask(const std::string& sql,
-                                    const std::vector<std::string>& values) {
+PostgresResult PostgresSession::Ask(const std::string& sql, const Values& values) {
     return Answer(PQsendQueryParams(connection_.get(), sql.c_str(), static_cast<int>(values.size()),
                                     nullptr, Pointers(values).data(), nullptr, nullptr, 0));
 }
@@ -209,8 +218,7 @@ void PostgresSession::Prepare(const std::string& name, const std::string& sql) {
     Answer(PQsendPrepare(connection_.get(), name.c_str(), sql.c_str(), 0, nullptr));
 }
 
-PostgresResult PostgresSession::AskPrepared(const std::string& name,
-                                            const std::vector<std::string>& values) {
+PostgresResult PostgresSession::AskPrepared(const std::string& name, const Values& values) {
     return Answer(PQsendQueryPrepared(connection_.get(), name.c_str(),
                                       static_cast<int>(values.size()), Pointers(values).data(),
                                       nullptr, nullptr, 0));

@@ -33,6 +33,8 @@ using PostgresResult = std::unique_ptr<PGresult, ResultClearer>;
 
 class PostgresSession {
  public:
+    using Values = std::vector<std::optional<std::string>>;  // none: NULL
+
     PostgresSession(const std::string& name, Connection::Mode mode);
 
     const std::string& Shown() const { return shown_; }
@@ -45,9 +47,9 @@ class PostgresSession {
 
     // Statements, one behind the other: the answer to the last.
     PostgresResult Ask(const std::string& sql);
-    PostgresResult Ask(const std::string& sql, const std::vector<std::string>& values);
+    PostgresResult Ask(const std::string& sql, const Values& values);
     void Prepare(const std::string& name, const std::string& sql);
-    PostgresResult AskPrepared(const std::string& name, const std::vector<std::string>& values);
+    PostgresResult AskPrepared(const std::string& name, const Values& values);
 
     // Of the transaction that stands; "" where it has written nothing.
     std::string TransactionNumber();

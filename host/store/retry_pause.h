@@ -16,7 +16,7 @@ namespace host {
 
 class RetryPause {
  public:
-    using Time = std::chrono::steady_clock::time_point;
+    using Time = std::chrono::system_clock::time_point;
     using Length = std::chrono::milliseconds;
 
     static constexpr Length kFirst{500};
@@ -24,7 +24,8 @@ class RetryPause {
 
     explicit RetryPause(unsigned seed) : random_(seed) {}
 
-    bool IsOver(Time now) const { return now >= until_; }
+    // A clock that was set back makes none longer.
+    bool IsOver(Time now) const { return now >= until_ || now < until_ - kLongest; }
 
     void Failed(Time now) {
         until_ = now + Length(std::uniform_int_distribution<Length::rep>(length_.count() / 2,

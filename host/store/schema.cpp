@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 
+#include "host/store/driver.h"
 #include "host/store/hidden_rows.h"
 
 namespace host {
@@ -148,11 +149,36 @@ char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-void MakeFirstTables(Connection& connection) {
-    for (const Table& table : Tables()) {
-        connection.Execute(CreateStatement(table));
+// What makes the tables of a version those of the present one, in order.
+std::vector<std::string> StepsFrom(int64_t version, const char* stays_acknowledged) {
+    std::vector<std::string> steps;
+    if (version < 1) {
+        for (const Table& table : Tables()) {
+            steps.push_back(CreateStatement(table));
+        }
+        steps.emplace_back(kFirstHostParts);
     }
-    connection.Execute(kFirstHostParts);
+    if (version < 2) {
+        steps.emplace_back(kServiceParts);
+        // The fold of an alarm's pages, written when a page on the line ends, would otherwise say
+        // again that it is being paged, and the next page would leave.
+        steps.emplace_back(stays_acknowledged);
+    } else if (version < 3) {
+        steps.emplace_back(kFormerTriggers);
+    }
+    if (version < 3) {
+        steps.emplace_back(kLineParts);
+    }
+    if (version < 4) {
+        steps.emplace_back(kKeyParts);
+    }
+    if (version < 5) {
+        steps.emplace_back(kSpoolParts);
+    }
+    if (version < 6) {
+        steps.emplace_back(kTokenParts);
+    }
+    return steps;
 }
 
 }  // namespace
@@ -215,32 +241,18 @@ Made CreateTables(Connection& connection) {
     if (version == 0 && connection.HasTables()) {
         throw StoreError(connection.Name() + ": holds tables of another program");
     }
-    if (version < 1) {
-        MakeFirstTables(connection);
-    }
-    if (version < 2) {
-        connection.Execute(kServiceParts);
-        // The fold of an alarm's pages, written when a page on the line ends, would otherwise say
-        // again that it is being paged, and the next page would leave.
-        connection.Execute(connection.StaysAcknowledged());
-    } else if (version < 3) {
-        connection.Execute(kFormerTriggers);
-    }
-    if (version < 3) {
-        connection.Execute(kLineParts);
-    }
-    if (version < 4) {
-        connection.Execute(kKeyParts);
-    }
-    if (version < 5) {
-        connection.Execute(kSpoolParts);
-    }
-    if (version < 6) {
-        connection.Execute(kTokenParts);
+    for (const std::string& step : StepsFrom(version, connection.StaysAcknowledged())) {
+        connection.Execute(step);
     }
     connection.SetMadeBy(kVersion);
     transaction.Commit();
     return version == 0 ? Made::kTables : Made::kNewerParts;
+}
+
+std::vector<std::string> NewTables(const Questions& questions) {
+    std::vector<std::string> steps = StepsFrom(0, questions.stays_acknowledged);
+    steps.push_back(questions.set_made_by(kVersion));
+    return steps;
 }
 
 bool IsOutdated(Connection& connection) {

@@ -55,6 +55,10 @@ inline constexpr const char* kEngineStarts = "engine starts";
 enum class Made { kNothing, kTables, kNewerParts };
 Made CreateTables(Connection& connection);
 
+// The statements that CreateTables runs in a new database of a kind.
+struct Questions;
+std::vector<std::string> NewTables(const Questions& questions);
+
 // Whether its tables were made by an older pagerfwd, and CreateTables would change them.
 bool IsOutdated(Connection& connection);
 

@@ -140,6 +140,8 @@ constexpr Questions kQuestions = {
     " AFTER UPDATE OF pagerstate, alarmack ON AlarmLog"
     " WHEN NEW.alarmack NOT IN ('', '0') AND NEW.pagerstate <> '1' BEGIN"
     " UPDATE AlarmLog SET pagerstate = '1' WHERE row_id = NEW.row_id; END",
+    // It looks at the rows themselves.
+    "SELECT ?, ?",
 };
 
 struct Closer {
@@ -184,6 +186,8 @@ class SqliteStatement final : public DriverStatement {
         Require(sqlite3_bind_int64(statement_.get(), place, number));
     }
 
+    void BindNull(int place) override { Require(sqlite3_bind_null(statement_.get(), place)); }
+
     bool Step() override {
         switch (sqlite3_step(statement_.get())) {
             case SQLITE_ROW:
@@ -202,6 +206,10 @@ class SqliteStatement final : public DriverStatement {
 
     int64_t Number(int column) const override {
         return sqlite3_column_int64(statement_.get(), column);
+    }
+
+    bool IsNull(int column) const override {
+        return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
     }
 
     int Columns() const override { return sqlite3_column_count(statement_.get()); }

@@ -20,11 +20,17 @@
 #include <vector>
 
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 #include "host/store/tables/alarm_log.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/zone.h"
 #include "tests/unit/host/child_process.h"
 #include "tests/unit/host/files.h"
+
+// A program of tests is compiled for either kind of database.
+#ifdef PAGERFWD_TEST_ON_POSTGRES
+#include "tests/support/own_postgres.h"
+#endif
 
 class RunTest : public ::testing::Test {
  protected:
@@ -68,7 +74,26 @@ pagers = ["tech"]
 
     RunTest() {
         test_support::UseTestZone();
-        MakeSite("pagerfwd.db", kSite);
+        database = NewDatabase();
+        MakeSite(database, kSite);
+    }
+
+    // Which the programs take without being told.
+#ifdef PAGERFWD_TEST_ON_POSTGRES
+    static std::string NewDatabase() {
+        const std::string name = test_support::TheServer().MakeDatabase();
+        setenv("PAGERFWD_DATABASE", name.c_str(), 1);
+        setenv("PAGERFWD_STATE", std::filesystem::current_path().c_str(), 1);
+        return name;
+    }
+#else
+    static std::string NewDatabase() {
+        return "pagerfwd.db";
+    }
+#endif
+    // Where the folders of lines are.
+    static std::string Lines() {
+        return host::BesideName(database) + "-lines";
     }
 
     static void MakeSite(const std::string& database, const std::string& site) {
@@ -81,15 +106,15 @@ pagers = ["tech"]
 
     // Adds an alarm, and returns its number.
     static int32_t Raise(const std::string& group, time_t raised = kNow) {
-        host::Connection connection("pagerfwd.db");
+        host::Connection connection(database);
         return RaiseAlarm(connection, {group, "1", "pumps", "x"}, raised);
     }
     static void Execute(const std::string& sql) {
-        host::Connection("pagerfwd.db").Execute(sql.c_str());
+        host::Connection(database).Execute(sql.c_str());
     }
     static std::vector<std::string> Rows(const std::string& sql) {
         std::vector<std::string> rows;
-        host::Connection connection("pagerfwd.db");
+        host::Connection connection(database);
         host::Statement statement(connection, "SELECT " + sql);
         while (statement.Step()) {
             rows.emplace_back(statement.Text(0));
@@ -97,7 +122,8 @@ pagers = ["tech"]
         return rows;
     }
     static std::string StateOf(int32_t alarm) {
-        return Rows("pagerstate FROM AlarmLog WHERE alarmlogID = " + std::to_string(alarm)).at(0);
+        return Rows("pagerstate FROM AlarmLog WHERE alarmlogID = '" + std::to_string(alarm) + "'")
+            .at(0);
     }
 
     // A command at a second of the first day after 10:00:00. Others are added to `exchange`.
@@ -146,7 +172,9 @@ pagers = ["tech"]
         }
         return count;
     }
-    ProgramRun RunUntilDone() { return Simulated({"run", "--until-done"}); }
+    ProgramRun RunUntilDone() {
+        return Simulated({"run", "--until-done"});
+    }
 
     // "duty done 1", one for each page, by pager.
     static std::vector<std::string> Stories() {
@@ -169,6 +197,7 @@ pagers = ["tech"]
         return ReadFile("pagerfwd.db-lines/COM%201/pageprot.txt" + aside);
     }
     const test_support::TempDir folder;
+    static inline std::string database;
     std::string exchange =
         "[[line]]\nport = \"COM 1\"\n"
         "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n"

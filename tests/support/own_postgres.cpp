@@ -5,12 +5,14 @@
 #include <libpq-fe.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -72,6 +74,18 @@ void RunToEnd(const fs::path& folder, const std::vector<std::string>& command) {
     }
 }
 
+template <typename Condition>
+void WaitUntil(Condition condition) {
+    constexpr int kMostTries = 600;
+    constexpr timespec kPause{0, 50'000'000};
+    for (int tries = 0; !condition(); ++tries) {
+        if (tries == kMostTries) {
+            throw std::runtime_error("waited for the server in vain");
+        }
+        syscall(SYS_nanosleep, &kPause, nullptr);
+    }
+}
+
 }  // namespace
 
 OwnPostgres::OwnPostgres() {
@@ -98,14 +112,7 @@ OwnPostgres::~OwnPostgres() {
 void OwnPostgres::Start() {
     server_ = StartProgram(folder_, {Programs() / "postgres", "-D", folder_ / "data", "-k", folder_,
                                      "-c", "listen_addresses=", "-c", "fsync=off"});
-    constexpr int kMostTries = 600;
-    constexpr timespec kPause{0, 50'000'000};
-    for (int tries = 0; PQping(Name("postgres").c_str()) != PQPING_OK; ++tries) {
-        if (tries == kMostTries) {
-            throw std::runtime_error("the server doesn't start: see " + (folder_ / "log").string());
-        }
-        nanosleep(&kPause, nullptr);
-    }
+    WaitUntil([this] { return PQping(Name("postgres").c_str()) == PQPING_OK; });
 }
 
 void OwnPostgres::Kill() {
@@ -129,6 +136,8 @@ std::string OwnPostgres::MakeDatabase() {
 std::string OwnPostgres::Ask(const std::string& database, const std::string& sql) {
     const std::unique_ptr<PGconn, decltype(&PQfinish)> connection(PQconnectdb(database.c_str()),
                                                                   PQfinish);
+    PQsetNoticeProcessor(
+        connection.get(), [](void* /*nobody*/, const char* /*said*/) {}, nullptr);
     const std::unique_ptr<PGresult, decltype(&PQclear)> result(
         PQexec(connection.get(), sql.c_str()), PQclear);
     const ExecStatusType status = PQresultStatus(result.get());
@@ -136,6 +145,65 @@ std::string OwnPostgres::Ask(const std::string& database, const std::string& sql
         throw std::runtime_error(PQerrorMessage(connection.get()));
     }
     return PQntuples(result.get()) > 0 ? PQgetvalue(result.get(), 0, 0) : "";
+}
+
+PostgresStandby::PostgresStandby(const OwnPostgres& server) {
+    const fs::path folder = server.Folder() / "standby";
+    fs::create_directory(folder);
+    fs::permissions(folder, fs::perms::all);
+    process_ = StartProgram(server.Folder(), {Programs() / "pg_receivewal", "-D", folder, "-h",
+                                              server.Folder(), "-U", "pager"});
+    WaitUntil([&] {
+        return OwnPostgres::Ask(server.Name("postgres"),
+                                "SELECT count(*) FROM pg_stat_replication") != "0";
+    });
+}
+
+PostgresStandby::~PostgresStandby() {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+}
+
+namespace {
+
+// Until the folder has gone, with the test.
+void Keep(OwnPostgres& server) {
+    constexpr timespec kPause{0, 5'000'000};
+    const auto is_asked = [](const char* what) {
+        return fs::exists(what) && !fs::exists(std::string(what) + ".done");
+    };
+    for (;;) {
+        if (is_asked(PostgresKeeper::kKill)) {
+            server.Kill();
+            std::ofstream(std::string(PostgresKeeper::kKill) + ".done");
+        }
+        if (is_asked(PostgresKeeper::kStart)) {
+            server.Start();
+            std::ofstream(std::string(PostgresKeeper::kStart) + ".done");
+        }
+        syscall(SYS_nanosleep, &kPause, nullptr);
+    }
+}
+
+}  // namespace
+
+// The server becomes the keeper's, who waits for its end.
+PostgresKeeper::PostgresKeeper(OwnPostgres& server) : server_(server) {
+    server.Kill();
+    process_ = fork();
+    if (process_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        server.Start();
+        std::ofstream("kept");
+        Keep(server);
+    }
+    WaitUntil([] { return fs::exists("kept"); });
+}
+
+PostgresKeeper::~PostgresKeeper() {
+    kill(process_, SIGKILL);  // and with it the server
+    waitpid(process_, nullptr, 0);
+    server_.Start();
 }
 
 OwnPostgres& TheServer() {

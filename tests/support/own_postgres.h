@@ -30,6 +30,9 @@ class OwnPostgres {
     void Kill();
     void Start();
 
+    // Of a database that there is.
+    std::string Name(const std::string& database) const;
+
     // Where its socket is.
     const std::filesystem::path& Folder() const { return folder_; }
 
@@ -37,11 +40,41 @@ class OwnPostgres {
     static std::string Ask(const std::string& database, const std::string& sql);
 
  private:
-    std::string Name(const std::string& database) const;
-
     std::filesystem::path folder_;
     pid_t server_ = -1;
     int made_ = 0;
+};
+
+// One that follows a server as a standby does, for as long as it lives: it only takes its log.
+class PostgresStandby {
+ public:
+    explicit PostgresStandby(const OwnPostgres& server);
+    ~PostgresStandby();
+    PostgresStandby(const PostgresStandby&) = delete;
+    PostgresStandby& operator=(const PostgresStandby&) = delete;
+
+ private:
+    pid_t process_ = -1;
+};
+
+// Kills and starts a server in real time, as files in the folder at hand ask: for those who are in
+// a simulated world. A shell there has it done by
+//
+//   touch kill-server; until [ -e kill-server.done ]; do :; done
+class PostgresKeeper {
+ public:
+    explicit PostgresKeeper(OwnPostgres& server);
+    // The server runs, whatever was asked.
+    ~PostgresKeeper();
+    PostgresKeeper(const PostgresKeeper&) = delete;
+    PostgresKeeper& operator=(const PostgresKeeper&) = delete;
+
+    static constexpr const char* kKill = "kill-server";
+    static constexpr const char* kStart = "start-server";
+
+ private:
+    OwnPostgres& server_;
+    pid_t process_ = -1;
 };
 
 // One for all tests of a program.

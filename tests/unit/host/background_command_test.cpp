@@ -61,12 +61,15 @@ TEST_F(ABackgroundCommand, GetsItsArgumentsAsTheyAre) {
 }
 
 TEST_F(ABackgroundCommand, IsNotToldThePasswordOfTheDatabase) {
-    const std::vector<std::string> show = {"/bin/sh", "-c", "echo \"$PAGERFWD_DATABASE\" >>names"};
+    const std::vector<std::string> show = {
+        "/bin/sh", "-c", "echo \"$PAGERFWD_DATABASE$PAGERFWD_LINE_DATABASE\" >>names"};
     setenv("PAGERFWD_DATABASE", "postgresql://ann:secret@db/site", 1);
+    setenv("PAGERFWD_LINE_DATABASE", "postgresql://line:secret@db/site", 1);
     EXPECT_EQ("", RunToItsEnd(show));
     setenv("PAGERFWD_DATABASE", "postgresql://ann@db/site", 1);
     EXPECT_EQ("", RunToItsEnd(show));
     unsetenv("PAGERFWD_DATABASE");
+    unsetenv("PAGERFWD_LINE_DATABASE");
     EXPECT_EQ("\npostgresql://ann@db/site\n", ReadFile("names"));
 }
 

@@ -54,10 +54,17 @@ TEST(NameOfADatabase, HasItsFilesBesideItOrInTheStatesFolder) {
     EXPECT_EQ("a/site.db", BesideName("a/site.db"));
     EXPECT_EQ("a/site.db", BesideOwner("a/site.db"));
     setenv("PAGERFWD_STATE", "/srv/pages", 1);
-    EXPECT_EQ("/srv/pages/postgresql:__anna@db_site", BesideName("postgresql://anna:x@db/site"));
+    for (const char* same : {"postgresql://anna:x@db/site", "postgres://db/site?sslmode=require",
+                             "postgresql:///site?host=db&user=ben", "host=db dbname=site user=cid",
+                             "dbname='site' password = x host=db"}) {
+        EXPECT_EQ("/srv/pages/postgresql:db:site", BesideName(same)) << same;
+    }
+    EXPECT_EQ("/srv/pages/postgresql:db:5433:anna", BesideName("postgresql://anna@db:5433"));
+    EXPECT_EQ("/srv/pages/postgresql:_run_pg:a_b",
+              BesideName("postgresql:///a%20b?host=%2frun/pg"));
     EXPECT_EQ("/srv/pages", BesideOwner("postgresql://anna:x@db/site"));
     unsetenv("PAGERFWD_STATE");
-    EXPECT_EQ("/var/lib/pagerfwd/dbname=site", BesideName("dbname=site"));
+    EXPECT_EQ("/var/lib/pagerfwd/postgresql:site", BesideName("dbname=site"));
 }
 
 TEST(NameOfADatabase, IsTheOnlyThingToldOfAServerThatCantBeReached) {

@@ -3,9 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "host/store/commit_risks.h"
 #include "host/store/connection.h"
 #include "host/store/retry_pause.h"
 #include "host/store/schema.h"
@@ -17,6 +21,7 @@ namespace {
 using test_support::OwnPostgres;
 using test_support::TheServer;
 using ::testing::ContainsRegex;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -30,6 +35,12 @@ class OnAServer : public ::testing::Test {
         } catch (const StoreError& error) {
             return error.what();
         }
+    }
+
+    // "site1", as SQL names it.
+    static std::string NameOf(const std::string& database) {
+        const size_t begin = database.find("@/") + 2;
+        return database.substr(begin, database.find('?') - begin);
     }
 
     const std::string database = TheServer().MakeDatabase();
@@ -152,6 +163,41 @@ TEST_F(OnAServer, NothingIsWaitedForWithoutALimit) {
         ASSERT_TRUE(statement.Step());
         EXPECT_NE("0", statement.Text(0)) << limit;
     }
+}
+
+// Tests' own server has fsync off.
+TEST_F(OnAServer, WhatCommitsMayBeLostByIsSaid) {
+    {
+        Connection connection(database);
+        EXPECT_THAT(CommitRisks(connection), ElementsAre(HasSubstr("fsync = off")));
+    }
+    OwnPostgres::Ask(database,
+                     "ALTER DATABASE " + NameOf(database) + " SET synchronous_commit = off");
+    Connection connection(database);
+    EXPECT_THAT(CommitRisks(connection),
+                ElementsAre(HasSubstr("fsync = off"), HasSubstr("synchronous_commit = off")));
+    EXPECT_EQ("on", Statement(connection, "SHOW synchronous_commit").Texts().front());
+}
+
+TEST_F(OnAServer, AStandbyThatIsNotWaitedForIsARisk) {
+    const auto is_said = [this] {
+        Connection connection(database);
+        const std::vector<std::string> risks = CommitRisks(connection);
+        return std::any_of(risks.begin(), risks.end(), [](const std::string& risk) {
+            return risk.find("doesn't wait for its standby") != std::string::npos;
+        });
+    };
+    EXPECT_FALSE(is_said());
+    const test_support::PostgresStandby standby(TheServer());
+    EXPECT_TRUE(is_said());
+    OwnPostgres::Ask(database, "ALTER SYSTEM SET synchronous_standby_names = 'other'");
+    OwnPostgres::Ask(database, "SELECT pg_reload_conf()");
+    for (int tries = 0; tries < 100 && is_said(); ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    EXPECT_FALSE(is_said());
+    OwnPostgres::Ask(database, "ALTER SYSTEM RESET synchronous_standby_names");
+    OwnPostgres::Ask(database, "SELECT pg_reload_conf()");
 }
 
 }  // namespace

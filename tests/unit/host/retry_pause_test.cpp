@@ -46,6 +46,14 @@ TEST(ARetryPause, IsAnotherForEach) {
     EXPECT_GT(lengths.size(), 10U);
 }
 
+TEST(ARetryPause, IsOverWhereTheClockWasSetBack) {
+    RetryPause pause(1);
+    const RetryPause::Time now{std::chrono::hours(10)};
+    pause.Failed(now);
+    EXPECT_FALSE(pause.IsOver(now));
+    EXPECT_TRUE(pause.IsOver(now - std::chrono::hours(1)));
+}
+
 TEST(ARetryPause, IsShortAgainBehindASuccess) {
     RetryPause pause(1);
     const RetryPause::Time now{std::chrono::hours(1)};

@@ -1,0 +1,36 @@
+// Texts for PostgreSQL. Tested by tests/unit/host/postgres_test.cpp, and by the contract.
+#include "host/store/postgres_questions.h"
+
+namespace host {
+namespace {
+
+std::string CommentWithVersion(int64_t version) {
+    return "COMMENT ON TABLE Host_Settings IS '" + std::to_string(version) + "'";
+}
+
+constexpr Questions kQuestions = {
+    // Changes with every transaction that ends, whoever made it.
+    "SELECT hashtextextended(pg_current_snapshot()::text, 0)",
+    // Whoever changes the tables does so while nobody else is there.
+    "SELECT 1",
+    "SELECT attname FROM pg_attribute WHERE attrelid = to_regclass(lower(?))"
+    " AND attnum > 0 AND NOT attisdropped ORDER BY attnum",
+    "SELECT CAST(obj_description(to_regclass('host_settings')) AS INTEGER)",
+    "SELECT 1 FROM pg_class WHERE relnamespace = current_schema()::regnamespace"
+    " AND relkind IN ('r', 'p', 'v', 'f') LIMIT 1",
+    CommentWithVersion,
+    "CREATE FUNCTION AlarmLog_StaysAcknowledged() RETURNS trigger LANGUAGE plpgsql AS"
+    " 'BEGIN IF NEW.alarmack NOT IN ('''', ''0'') THEN NEW.pagerstate := ''1''; END IF;"
+    " RETURN NEW; END';"
+    "CREATE TRIGGER AlarmLog_StaysAcknowledged BEFORE UPDATE OF pagerstate, alarmack ON AlarmLog"
+    " FOR EACH ROW EXECUTE FUNCTION AlarmLog_StaysAcknowledged()",
+    "SELECT setval(pg_get_serial_sequence(?, 'row_id'), ?, false)",
+};
+
+}  // namespace
+
+const Questions& PostgresQuestions() {
+    return kQuestions;
+}
+
+}  // namespace host
