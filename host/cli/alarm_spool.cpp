@@ -10,21 +10,23 @@ namespace host {
 namespace {
 
 // Mistakes are told at once, though the letters of the site aren't known.
-void Keep(const Program& program, const std::string& name, const Spooled& what) {
+void Keep(const Spool& spool, const std::string& name, const Spooled& what) {
     CheckedAlarms(what.raise, Encoding::kLatin1);
     try {
-        Warn("it waits in " + KeepInSpool(program.database, name, what) + " until it is taken up");
+        Warn("it waits in " + spool.Keep(name, what) + " until it is taken up");
     } catch (const FileError& error) {
         throw Failure(kCannot, error.what());
     }
 }
 
-void TakeUpWhatWaits(Connection& connection) {
+void TakeUpWhatWaits(Connection& connection, const Spool& spool) {
     try {
-        for (const std::string& refused : TakeUpSpool(connection).refused) {
+        for (const std::string& refused : spool.TakeUp(connection).refused) {
             Warn("what waited can't be taken up: " + refused);
         }
-    } catch (const FileError& error) {
+    } catch (const StoreAway&) {
+        throw;
+    } catch (const StoreError& error) {
         Warn(std::string("what waits can't be taken up: ") + error.what());
     }
 }
@@ -43,15 +45,16 @@ void DoIt(Connection& connection, const std::string& name, const Spoolable& aske
 }  // namespace
 
 ExitCode DoOrKeep(const Program& program, const Spoolable& asked) {
+    const Spool spool(program.database);
     const std::string name = NewSpoolName();
     if (asked.at_once) {
-        Keep(program, name, asked.what);
+        Keep(spool, name, asked.what);
         return kDone;
     }
     bool is_done = false;
     try {
         Lease lease(program.database);
-        TakeUpWhatWaits(lease.Database());
+        TakeUpWhatWaits(lease.Database(), spool);
         DoIt(lease.Database(), name, asked);
         is_done = true;
         return asked.done(lease.Database());
@@ -61,7 +64,7 @@ ExitCode DoOrKeep(const Program& program, const Spoolable& asked) {
         }
         Warn(away.what());
     }
-    Keep(program, name, asked.what);
+    Keep(spool, name, asked.what);
     return kDone;
 }
 

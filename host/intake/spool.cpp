@@ -31,10 +31,6 @@ constexpr const char* kBeingWritten = ".new";
 constexpr const char* kRefused = ".refused";
 constexpr off_t kLargest = off_t{512} << 20;
 
-std::string FolderOf(const std::string& database) {
-    return BesideName(database) + "-spool";
-}
-
 [[noreturn]] void Fail(const std::string& path, const std::string& why) {
     throw FileError(path + ": " + why);
 }
@@ -196,6 +192,14 @@ void TakeUpOne(Connection& connection, const std::string& folder, const std::str
     }
 }
 
+LockFile LockIn(const std::string& folder, const std::string& owner) {
+    try {
+        return LockFile(folder + "/lock", OwnershipOf(owner));
+    } catch (const FileError& error) {
+        throw StoreError(owner + ": " + error.what());
+    }
+}
+
 }  // namespace
 
 std::string NewSpoolName() {
@@ -212,35 +216,36 @@ std::string NewSpoolName() {
     return name.data();
 }
 
-std::string KeepInSpool(const std::string& database, const std::string& name, const Spooled& what) {
-    const std::string folder = FolderOf(database);
-    try {
-        const Ownership ownership = OwnershipOf(BesideOwner(database));
-        MakeSharedFolder(folder, ownership);
-        WriteFile(folder, name, TextOf(what), ownership);
-    } catch (const FileError& error) {
-        Fail(folder, std::string("the alarm can't be kept there: ") + error.what());
-    }
-    return folder + "/" + name;
-}
-
 void NoteTakenUp(Connection& connection, const std::string& name, std::time_t now) {
     AddSpooled(connection, name, now);
 }
 
-TakenUp TakeUpSpool(Connection& connection) {
+Spool::Spool(const std::string& database)
+    : folder_(BesideName(database) + "-spool"), owner_(BesideOwner(database)) {}
+
+std::string Spool::Keep(const std::string& name, const Spooled& what) const {
+    try {
+        const Ownership ownership = OwnershipOf(owner_);
+        MakeSharedFolder(folder_, ownership);
+        WriteFile(folder_, name, TextOf(what), ownership);
+    } catch (const FileError& error) {
+        Fail(folder_, std::string("the alarm can't be kept there: ") + error.what());
+    }
+    return folder_ + "/" + name;
+}
+
+TakenUp Spool::TakeUp(Connection& connection) const {
     TakenUp taken;
-    const std::string folder = FolderOf(connection.Path());
-    if (NamesIn(folder).empty()) {
+    if (NamesIn(folder_).empty()) {
         return taken;
     }
-    LockFile lock(folder + "/lock", OwnershipOf(BesideOwner(connection.Path())));
+    LockFile lock = LockIn(folder_, owner_);
     if (!lock.TryTake("the spool")) {
         return taken;
     }
     // What another has taken up meanwhile is gone by now.
-    for (const std::string& name : NamesIn(folder)) {
-        TakeUpOne(connection, folder, name, taken);
+    for (const std::string& name : NamesIn(folder_)) {
+        TakeUpOne(connection, folder_, name, taken);
     }
     return taken;
 }

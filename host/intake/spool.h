@@ -33,9 +33,6 @@ struct Spooled {
 // A name that no other command on any host has.
 std::string NewSpoolName();
 
-// Keeps it under the name, and returns the path. It may have been taken up under that name already.
-std::string KeepInSpool(const std::string& database, const std::string& name, const Spooled& what);
-
 // That what a command was asked for is done: with its alarms, in their write transaction.
 void NoteTakenUp(Connection& connection, const std::string& name, std::time_t now);
 
@@ -43,8 +40,23 @@ struct TakenUp {
     int alarms = 0;
     std::vector<std::string> refused;  // why, with the path of the file: it is set aside
 };
-// Unless another process does it at this moment. Cheap where there is nothing.
-TakenUp TakeUpSpool(Connection& connection);
+
+// That of a database.
+class Spool {
+ public:
+    explicit Spool(const std::string& database);
+
+    // Keeps it under the name, and returns the path. It may have been taken up under that name
+    // already.
+    std::string Keep(const std::string& name, const Spooled& what) const;
+
+    // Unless another process does it at this moment. Cheap where there is nothing.
+    TakenUp TakeUp(Connection& connection) const;
+
+ private:
+    const std::string folder_;
+    const std::string owner_;  // what the files take their owner and rights after
+};
 
 }  // namespace host
 

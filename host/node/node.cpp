@@ -7,7 +7,6 @@
 #include <thread>
 #include <utility>
 
-#include "host/intake/spool.h"
 #include "host/node/test_rounds.h"
 #include "host/pages/backlog.h"
 #include "host/pages/history.h"
@@ -48,6 +47,7 @@ Node::Node(NodeOptions options, OperatorLog& log)
       lease_(options_.database, Refusals::kKept),
       encoding_(EncodingOf(lease_.Database())),
       lock_(TakeNodeLock(options_.database, "run")),
+      spool_(options_.database),
       engine_(EngineLock(options_.database)),
       lines_(encoding_, log_),
       intake_(encoding_, log_),
@@ -214,7 +214,7 @@ void Node::Step() {
 
 // What commands were asked for while the database was away.
 void Node::LookAtSpool() {
-    const TakenUp taken = TakeUpSpool(lease_.Database());
+    const TakenUp taken = spool_.TakeUp(lease_.Database());
     if (taken.alarms > 0) {
         log_.Info(std::to_string(taken.alarms) + " alarm(s) taken up that had waited");
     }

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "host/files/lock_file.h"
+#include "host/intake/spool.h"
 #include "host/node/alerts.h"
 #include "host/node/dispatch.h"
 #include "host/node/figures.h"
@@ -95,6 +96,7 @@ class Node {
     Lease lease_;
     const Encoding encoding_;
     const LockFile lock_;
+    const Spool spool_;
     LockFile engine_;  // which the lines inherit
     ServedLines lines_;
     Intake intake_;

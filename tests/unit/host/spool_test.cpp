@@ -30,7 +30,7 @@ class TheSpool : public ServiceTest {
         return {kNow, "maria", {alarm}, {}};
     }
     std::string Keep(const std::string& name, const Spooled& what) {
-        return KeepInSpool(database, name, what);
+        return spool.Keep(name, what);
     }
     // The files there, but for the lock.
     std::vector<std::string> Files() const {
@@ -45,6 +45,7 @@ class TheSpool : public ServiceTest {
     }
     std::vector<std::string> Texts() { return Rows("details FROM AlarmLog ORDER BY row_id"); }
 
+    const Spool spool{database};
     const std::string first = "0978948000000000001-00000000000000ff";
     const std::string second = "0978948000000000002-0000000000000000";
 };
@@ -52,25 +53,25 @@ class TheSpool : public ServiceTest {
 TEST_F(TheSpool, IsTakenUpInOrder) {
     Keep(second, OneAlarm("b"));
     Keep(first, OneAlarm("a"));
-    EXPECT_EQ(2, TakeUpSpool(connection).alarms);
+    EXPECT_EQ(2, spool.TakeUp(connection).alarms);
     EXPECT_THAT(Texts(), ElementsAre("a", "b"));
     EXPECT_THAT(Files(), IsEmpty());
-    EXPECT_EQ(0, TakeUpSpool(connection).alarms);
+    EXPECT_EQ(0, spool.TakeUp(connection).alarms);
 }
 
 TEST_F(TheSpool, KeepsTheTimeOfTheCommand) {
     Spooled what = OneAlarm("a");
     what.at = kNow - 3600;
     Keep(first, what);
-    TakeUpSpool(connection);
+    spool.TakeUp(connection);
     EXPECT_THAT(Rows("timestamp FROM AlarmLog"), ElementsAre(std::to_string(kNow - 3600)));
 }
 
 TEST_F(TheSpool, IsNotTakenUpTwiceWhereWhoDidItDied) {
     Keep(first, OneAlarm("a"));
-    TakeUpSpool(connection);
+    spool.TakeUp(connection);
     Keep(first, OneAlarm("a"));  // as if it had not been removed
-    EXPECT_EQ(0, TakeUpSpool(connection).alarms);
+    EXPECT_EQ(0, spool.TakeUp(connection).alarms);
     EXPECT_THAT(Texts(), ElementsAre("a"));
     EXPECT_THAT(Files(), IsEmpty());
 }
@@ -83,7 +84,7 @@ TEST_F(TheSpool, LeavesOutWhatWasDoneUnderItsName) {
         transaction.Commit();
     }
     Keep(first, OneAlarm("a"));
-    TakeUpSpool(connection);
+    spool.TakeUp(connection);
     EXPECT_THAT(Texts(), IsEmpty());
     EXPECT_THAT(Files(), IsEmpty());
 }
@@ -91,7 +92,7 @@ TEST_F(TheSpool, LeavesOutWhatWasDoneUnderItsName) {
 TEST_F(TheSpool, WithdrawsToo) {
     Keep(first, OneAlarm("a", "disk"));
     Keep(second, {kNow + 5, "maria", {}, {{"", {"", "disk"}}, {"7", {}}}});
-    EXPECT_EQ(3, TakeUpSpool(connection).alarms);
+    EXPECT_EQ(3, spool.TakeUp(connection).alarms);
     EXPECT_THAT(Rows("withdrawn || '' FROM AlarmLog"), ElementsAre(std::to_string(kNow + 5)));
 }
 
@@ -99,28 +100,28 @@ TEST_F(TheSpool, SetsAsideWhatItCannotRead) {
     const std::string path = Keep(first, OneAlarm("a"));
     WriteFile(path, "{\"at\": 7, \"raise\": [{\"text\": ");
     Keep(second, OneAlarm("b"));
-    const TakenUp taken = TakeUpSpool(connection);
+    const TakenUp taken = spool.TakeUp(connection);
     EXPECT_EQ(1, taken.alarms) << "the others don't wait for it";
     ASSERT_EQ(1U, taken.refused.size());
     EXPECT_THAT(taken.refused[0], HasSubstr(path + ".refused"));
     EXPECT_THAT(Files(), ElementsAre(first + ".refused"));
-    EXPECT_THAT(TakeUpSpool(connection).refused, IsEmpty()) << "told once";
+    EXPECT_THAT(spool.TakeUp(connection).refused, IsEmpty()) << "told once";
 }
 
 TEST_F(TheSpool, SetsAsideAFileThatIsNoObject) {
     for (const char* text : {"[]", "7", "{}", "{\"at\": \"x\"}", "null", ""}) {
         WriteFile(Keep(first, OneAlarm("a")), text);
-        EXPECT_EQ(1U, TakeUpSpool(connection).refused.size()) << text;
+        EXPECT_EQ(1U, spool.TakeUp(connection).refused.size()) << text;
     }
     EXPECT_THAT(Texts(), IsEmpty());
 }
 
 TEST_F(TheSpool, LeavesOtherFilesAlone) {
     Keep(first, OneAlarm("a"));
-    const std::string spool = BesideName(database) + "-spool/";
-    WriteFile(spool + second + ".new", "half of it");
-    WriteFile(spool + "readme", "x");
-    EXPECT_EQ(1, TakeUpSpool(connection).alarms);
+    const std::string beside = BesideName(database) + "-spool/";
+    WriteFile(beside + second + ".new", "half of it");
+    WriteFile(beside + "readme", "x");
+    EXPECT_EQ(1, spool.TakeUp(connection).alarms);
     EXPECT_THAT(Files(), ::testing::UnorderedElementsAre(second + ".new", "readme"));
 }
 
@@ -128,8 +129,18 @@ TEST_F(TheSpool, IsTakenUpByOneAtATime) {
     Keep(first, OneAlarm("a"));
     LockFile other(BesideName(database) + "-spool/lock", OwnershipOf(BesideOwner(database)));
     ASSERT_TRUE(other.TryTake("another"));
-    EXPECT_EQ(0, TakeUpSpool(connection).alarms);
+    EXPECT_EQ(0, spool.TakeUp(connection).alarms);
     EXPECT_THAT(Files(), ::testing::Contains(first));
+}
+
+// As where its file has been moved away: a node goes on.
+TEST_F(TheSpool, WaitsWhereTheDatabaseHasGone) {
+    const Spool elsewhere("gone.db");
+    WriteFile("gone.db", "");
+    const std::string path = elsewhere.Keep(first, OneAlarm("a"));
+    std::filesystem::remove("gone.db");
+    EXPECT_THROW(elsewhere.TakeUp(connection), StoreError);
+    EXPECT_TRUE(std::filesystem::exists(path));
 }
 
 TEST_F(TheSpool, KeepsALinkFromLeadingElsewhere) {
@@ -137,7 +148,7 @@ TEST_F(TheSpool, KeepsALinkFromLeadingElsewhere) {
     std::filesystem::remove(path);
     WriteFile("secret", "{}");
     std::filesystem::create_symlink(std::filesystem::absolute("secret"), path);
-    EXPECT_EQ(1U, TakeUpSpool(connection).refused.size());
+    EXPECT_EQ(1U, spool.TakeUp(connection).refused.size());
     EXPECT_THAT(Texts(), IsEmpty());
 }
 
@@ -150,7 +161,7 @@ TEST_F(TheSpool, NamesAreInTheOrderOfTimeAndNeverTheSame) {
 
 TEST_F(TheSpool, ForgetsWhatItTookUpWithTheHistory) {
     Keep(first, OneAlarm("a"));
-    TakeUpSpool(connection);
+    spool.TakeUp(connection);
     EXPECT_TRUE(WasSpooled(connection, first));
     ForgetHistory(connection, kNow + 1);
     EXPECT_FALSE(WasSpooled(connection, first));
