@@ -84,7 +84,7 @@ const std::vector<TableRights>& AllTables() {
         {"Host_Trail", "SID", "S", "SI"},
         {"Host_Spooled", "SID", "", "SI"},
         {"Host_Tokens", "", "", "SU", ""},
-        {"Host_Deliveries", "SIUD", "SU", "S"},
+        {"Host_Deliveries", "SIUD", "SU", "SID"},  // last pages of alarms that are over
         {kEvents, "SIUD", "SIUD", "S"},
         {"Host_History", "SIUD", "SI", "S"},
         {"Host_Sends", "SD", "SI", "S"},

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/alarms/raising.h"
 #include "host/node/intake.h"
 #include "host/pages/backlog.h"
 #include "host/pages/history.h"
@@ -19,6 +20,7 @@
 #include "host/store/tables/page_requests.h"
 #include "host/store/tables/sends.h"
 #include "host/store/tables/test_pages.h"
+#include "host/web/token.h"
 #include "tests/support/own_postgres.h"
 #include "tests/unit/host/intake_fixture.h"
 
@@ -94,6 +96,34 @@ TEST_F(AnAdministratorsSite, IsCompleteAndItsRightsMayBeGivenAgain) {
     }
     const std::string schema = SchemaForPostgres();
     OwnPostgres::Ask(database, schema.substr(schema.rfind("BEGIN;\nDO")));
+}
+
+TEST_F(AnAdministratorsSite, LetsTheWebEndAnAlarmAndTellWhoHadAPageOfIt) {
+    OwnPostgres::Ask(database, "INSERT INTO Host_Settings VALUES ('page resolved', '1')");
+    Connection web(As("web"));
+    Connection line(As("line"));
+    Send send;
+    send.alarm =
+        std::to_string(RaiseAlarm(web, {"ops", "1", "pumps", "x", "icinga", "disk"}, 978948000));
+    send.pager = "a";
+    send.outcome = TracedPage::Outcome::kSent;
+    RecordSend(line, send);
+    WriteTransaction transaction(web);
+    EXPECT_EQ(send.alarm, WithdrawBy(web, AlarmKey{"icinga", "disk"}, {"maria", 978948060}));
+    transaction.Commit();
+    EXPECT_EQ(1U, OpenDeliveries(web).size());
+}
+
+TEST_F(AnAdministratorsSite, LetsTheWebKnowTokensAndMakeNone) {
+    Connection owner(database);
+    WriteTransaction transaction(owner);
+    const std::string token = MakeToken(owner, {"maria", "look", 0, 978948000});
+    transaction.Commit();
+    Connection web(As("web"));
+    EXPECT_TRUE(TokenFor(web, token, 978948000));
+    EXPECT_EQ(978948000, ReadTokens(web).at(0).used);
+    ExpectRefused("web", {"INSERT INTO Host_Tokens VALUES ('x', 'manage', 0, 0, 0, 'x', 'x')",
+                          "DELETE FROM Host_Tokens"});
 }
 
 TEST_F(AnAdministratorsSite, LetsEachRoleDoItsPartOfAPagesLife) {
