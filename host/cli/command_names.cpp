@@ -13,6 +13,7 @@
 #include "host/store/look.h"
 #include "host/store/tables/alarm_log.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/pagers.h"
 #include "host/store/tables/time_models.h"
 
@@ -46,6 +47,13 @@ std::vector<std::string> NamesIn(Connection& connection, const std::string& kind
     }
     if (kind == "lines") {
         return LineNames(connection);
+    }
+    if (kind == "nodes") {
+        std::vector<std::string> names;
+        for (const NodeState& node : ReadNodes(connection)) {
+            names.push_back(node.node);
+        }
+        return names;
     }
     if (kind == "open-alarms") {
         return Numbers(OpenAlarms(connection));

@@ -18,6 +18,7 @@
 #include "host/pages/history.h"
 #include "host/pages/page_requests.h"
 #include "host/pages/page_words.h"
+#include "host/pages/takeover.h"
 #include "host/process/database_locks.h"
 #include "host/site/ports_of_pager.h"
 #include "host/site/read_back.h"
@@ -25,6 +26,7 @@
 #include "host/store/look.h"
 #include "host/store/pool.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/nodes.h"
 #include "host/text/json.h"
 #include "host/text/nearest.h"
 #include "host/text/printable.h"
@@ -178,7 +180,7 @@ bool IsCarriedOut(const Program& program, Connection& connection, const PageKey&
     constexpr int kLooks = 15;
     for (int look = 0; look < kLooks; ++look) {
         LockFile lock = EngineLock(program.database);
-        if (lock.TryTake("page")) {
+        if (!AnyNodeLives(connection) && lock.TryTake("page")) {
             for (const PageRequest& request : OpenRequests(connection)) {
                 CarryOut(connection, request);
             }
@@ -214,7 +216,46 @@ ExitCode Ask(const Program& program, const Deed& deed) {
     return kDone;
 }
 
+// --- resend and done
+
+struct Saying {
+    int64_t alarm = 0;
+    std::string pager;
+    bool sent = false;
+};
+
+ExitCode Say(const Program& program, const Saying& saying) {
+    Lease lease(program.database);
+    Connection& connection = lease.Database();
+    const Encoding encoding = EncodingOf(connection);
+    const Deed deed{saying.alarm, saying.pager, {}, {}};
+    const PageKey page = FindPage(connection, deed, encoding);
+    const std::string why = EncodeNearest(
+        std::string(saying.sent ? "said to have been sent" : "said not to have been sent") + " (" +
+            UserName() + ")",
+        encoding);
+    if (!(saying.sent ? CountAsSent : SendAgain)(connection, page, why)) {
+        throw Failure(kNo, NameOf(deed) + ": nobody asks what it has come to; pagerfwd page list");
+    }
+    std::cout << Printable(NameOf(deed)) << ": "
+              << (saying.sent ? "counted as sent" : "is sent again") << "\n";
+    return kDone;
+}
+
 // --- The command line.
+
+void AddSaying(CLI::App& page, Program& program, const char* name, const char* help, bool sent,
+               const char* footer) {
+    CLI::App* const command = page.add_subcommand(name, help);
+    const auto saying = std::make_shared<Saying>();
+    saying->sent = sent;
+    command->add_option("ALARM", saying->alarm, "The alarm's number")->required();
+    command->add_option("PAGER", saying->pager, "The pager's description")->required();
+    command->footer(footer);
+    command->callback([saying, &program] {
+        program.command = [saying, &program] { return Say(program, *saying); };
+    });
+}
 
 void AddPageOf(CLI::App& command, Deed& deed) {
     command.add_option("ALARM", deed.alarm, "The alarm's number")->required();
@@ -273,13 +314,21 @@ void AddPageList(CLI::App& page, Program& program) {
 }  // namespace
 
 void AddPage(CLI::App& app, Program& program) {
-    CLI::App* const command =
-        app.add_subcommand("page", "Show pending pages, give one up, move one to another line");
+    CLI::App* const command = app.add_subcommand(
+        "page", "Show pending pages, give one up, move one, say what one came to");
     command->require_subcommand(1);
     command->fallthrough();
     AddPageList(*command, program);
     AddCancel(*command, program);
     AddMove(*command, program);
+    AddSaying(*command, program, "resend", "Send a page again whose outcome is unknown", false,
+              "Its node died while it was on the line, and nobody knows whether it was sent.\n\n"
+              "Example:\n"
+              "  pagerfwd page resend 978948000 \"duty phone\"\n");
+    AddSaying(*command, program, "done", "Count a page as sent whose outcome is unknown", true,
+              "Its node died while it was on the line, and somebody has seen it on the pager.\n\n"
+              "Example:\n"
+              "  pagerfwd page done 978948000 \"duty phone\"\n");
 }
 
 }  // namespace host

@@ -26,6 +26,8 @@ struct RunOptions {
     std::optional<std::string> discard_older;
     std::string metrics;
     std::string line_database;
+    std::string node;
+    int lease = 0;  // seconds; 0: as it is usual
 };
 
 // A server's, with a password perhaps, which is nobody's to see in the list of processes.
@@ -63,6 +65,7 @@ NodeOptions OptionsFor(const Program& program, const RunOptions& options) {
     node.line_program = LineProgram(program, options);
     node.until_done = options.until_done;
     node.metrics = options.metrics;
+    node.member = {options.node, std::chrono::seconds(options.lease)};
     if (options.discard_older) {
         node.discard_older = ParseAge(*options.discard_older);
         if (!node.discard_older) {
@@ -83,6 +86,8 @@ ExitCode RunNode(const Program& program, const RunOptions& options) {
         const NodeOptions node_options = OptionsFor(program, options);
         while (Node(node_options, log).Run(stop) == Node::End::kDatabaseReplaced) {
         }
+    } catch (const NoSuchNode& wrong) {
+        throw Failure(kUsage, wrong.what());
     } catch (const InUse& taken) {
         throw Failure(kNo, taken.what());
     }
@@ -100,6 +105,19 @@ void AddRun(CLI::App& app, Program& program) {
         ->add_option("--discard-older-than", options->discard_older,
                      "Give up what is still pending of alarms raised longer ago: 90m, 12h, 3d")
         ->type_name("AGE");
+    command
+        ->add_option("--node", options->node,
+                     "Which node of the site this is (without it: the one called as the host is, "
+                     "or the only one)")
+        ->type_name("NAME");
+    command
+        ->add_option(
+            "--lease", options->lease,
+            "On a site of several hosts: how long this one may be out of touch before the "
+            "others take its pages over (without it: 5, or 60 where the site has one node)")
+        ->type_name("SECONDS")
+        // A shorter one would end whenever a server is busy for a moment.
+        ->check(CLI::Range(5, 24 * 60 * 60));
     command
         ->add_option("--metrics", options->metrics,
                      "Keep the engine's figures in this file, for a node exporter (name.prom)")

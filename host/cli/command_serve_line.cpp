@@ -14,6 +14,9 @@ void AddServeLine(CLI::App& app, Program& program) {
     const auto options = std::make_shared<ServeLineOptions>();
     command->add_option("--line", options->line)->required();
     command->add_option("--bell", options->bell);
+    command->add_option("--node", options->tenure.node);
+    command->add_option("--term", options->tenure.term);
+    command->add_option("--deadline", options->deadline);
     command->add_flag("--ask", options->ask);
     command->add_flag("--dial-tone", options->dial_tone);
     command->add_flag("--call", options->call);

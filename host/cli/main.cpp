@@ -70,6 +70,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddServeLine(app, program);
     AddAlarm(app, program);
     AddLine(app, program);
+    AddNode(app, program);
     AddPage(app, program);
     AddStatus(app, program);
     AddWatch(app, program);

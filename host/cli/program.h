@@ -67,6 +67,7 @@ void AddInit(CLI::App& app, Program& program);
 void AddLine(CLI::App& app, Program& program);
 void AddLog(CLI::App& app, Program& program);
 void AddNames(CLI::App& app, Program& program);
+void AddNode(CLI::App& app, Program& program);
 void AddNotify(CLI::App& app, Program& program);
 void AddPorts(CLI::App& app, Program& program);
 void AddPage(CLI::App& app, Program& program);

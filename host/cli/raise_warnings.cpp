@@ -1,5 +1,6 @@
 // Warnings about a new alarm. Tested by tests/unit/host/cli_alarm_test.cpp.
 #include "host/cli/raise_warnings.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/pagers.h"
 
 #include <cstdlib>
@@ -27,7 +28,7 @@ std::string NoRoute(const NewAlarm& alarm, Encoding encoding) {
 std::vector<std::string> WarningsFor(Connection& connection, const NewAlarm& alarm,
                                      Encoding encoding) {
     std::vector<std::string> warnings;
-    if (!NodeLock(connection.Path()).IsTaken()) {
+    if (!NodeLock(connection.Path()).IsTaken() && !AnyNodeLives(connection)) {
         warnings.emplace_back(
             "no engine is running for this database: nobody is paged until one is started");
     }

@@ -11,6 +11,7 @@
 #include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
+#include "host/store/tables/nodes.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
 #include "host/text/text_table.h"
@@ -90,17 +91,34 @@ std::string NameOf(const LockFile& lock) {
 
 }  // namespace
 
+namespace {
+
+// Of several hosts: "node "north" (a, process 12), node "south" (b, process 7)".
+std::string LivingNodes(const std::vector<NodeState>& nodes, Encoding encoding) {
+    std::string living;
+    for (const NodeState& node : nodes) {
+        if (node.lives) {
+            living += (living.empty() ? "" : ", ") + std::string("node \"") +
+                      Decode(node.node, encoding) + "\" (" + Decode(node.holder, encoding) + ")";
+        }
+    }
+    return living;
+}
+
+}  // namespace
+
 EngineStatus ReadStatus(const std::string& database, int64_t ended) {
     const LockFile lock = NodeLock(database);
     return Look(database, [&](Connection& connection) {
         std::vector<PageStory> pending = PendingPages(connection);
         const size_t all_pending = pending.size();
-        return EngineStatus{EncodingOf(connection),
-                            lock.IsTaken() ? NameOf(lock) : std::string(),
-                            ReadLineStatus(connection),
-                            std::move(pending),
-                            all_pending,
-                            EndedPages(connection, ended)};
+        const Encoding encoding = EncodingOf(connection);
+        std::string engine = LivingNodes(ReadNodes(connection), encoding);
+        if (engine.empty() && lock.IsTaken()) {
+            engine = NameOf(lock);
+        }
+        return EngineStatus{encoding,           std::move(engine), ReadLineStatus(connection),
+                            std::move(pending), all_pending,       EndedPages(connection, ended)};
     });
 }
 

@@ -13,7 +13,7 @@ namespace host {
 
 struct EngineStatus {
     Encoding encoding = Encoding::kLatin1;
-    std::string engine;  // who serves the database: "run, process 12"; empty: nobody
+    std::string engine;  // who serves the database: "run, process 12", or the nodes; empty: nobody
     std::vector<LineStatus> lines;
     std::vector<PageStory> pending;
     size_t all_pending = 0;  // also where only the first are shown

@@ -57,7 +57,8 @@ _pagerfwd_offer_words() {
         in-hours | "hours show" | "hours edit") _pagerfwd_offer_names hours ;;
         "alarm ack" | "alarm withdraw") _pagerfwd_offer_names open-alarms ;;
         "line pause" | "line resume" | "line test") _pagerfwd_offer_names lines ;;
-        "page cancel" | "page move") _pagerfwd_offer_page ;;
+        "page cancel" | "page move" | "page resend" | "page done") _pagerfwd_offer_page ;;
+        "node drain" | "node resume" | "node remove") _pagerfwd_offer_names nodes ;;
         log) _pagerfwd_offer_names alarms ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
     esac
@@ -89,6 +90,7 @@ _pagerfwd() {
         --severity) _pagerfwd_offer_names severities ;;
         --pager) _pagerfwd_offer_names pagers ;;
         --line) _pagerfwd_offer_names lines ;;
+        --node) _pagerfwd_offer_names nodes ;;
         --database | --library | --svg | --metrics) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
         *)
             if [[ $current == -* ]]; then

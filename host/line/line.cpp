@@ -18,6 +18,8 @@
 #include "host/process/signals_held.h"
 #include "host/site/site_tables.h"
 #include "host/store/database_name.h"
+#include "host/store/faults.h"
+#include "host/store/hidden_rows.h"
 #include "host/store/patience.h"
 #include "host/store/tables/events.h"
 #include "host/store/tables/lines.h"
@@ -58,11 +60,12 @@ bool WaitForWork(StopSignal& stop, const BellSocket& node, std::chrono::millisec
 }  // namespace
 
 Line::Line(const std::string& database, const SiteLine& line, const Library& library,
-           OperatorLog& log)
+           OperatorLog& log, PageOnLineNotes* notes)
     : database_(database),
       line_(line),
       library_(library),
       log_(log),
+      notes_(notes),
       lease_(database, Refusals::kKept),
       encoding_(EncodingOf(lease_.Database())),
       hand_over_(
@@ -108,6 +111,9 @@ void Line::WaitForTablesWith(const BellSocket& node) {
 }
 
 void Line::Start() {
+    if (notes_ != nullptr) {
+        BringBackOf(lease_.Database(), line_.name);
+    }
     try {
         trace_.RecordLeft();
     } catch (const StoreError& failure) {
@@ -146,6 +152,8 @@ void Line::StepOrReport() {
     try {
         Step();
         trouble_.Is("");
+    } catch (const NotOurs& end) {
+        ReportEnd(end.what());
     } catch (const StoreAway& away) {
         trouble_.IsAway(away, std::time(nullptr));
         trace_.Excuse();
@@ -237,6 +245,9 @@ void Line::NoteDoing(const std::string& doing) {
     if (doing != doing_) {
         SetDoing(lease_.Database(), line_.name, doing, std::time(nullptr));
         doing_ = doing;
+    }
+    if (notes_ != nullptr && doing == kIdle) {
+        notes_->Settle();
     }
 }
 

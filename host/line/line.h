@@ -19,6 +19,7 @@
 #include "host/library/library.h"
 #include "host/line/hand_over.h"
 #include "host/line/line_trace.h"
+#include "host/line/page_on_line.h"
 #include "host/lines/line_exit.h"
 #include "host/process/bell_socket.h"
 #include "host/process/open_files.h"
@@ -33,8 +34,9 @@ namespace host {
 class Line {
  public:
     // The process is set up for it: its folder, its device, its view of the tables.
+    // notes: of the page that may be on the line; null where nobody else needs them.
     Line(const std::string& database, const SiteLine& line, const Library& library,
-         OperatorLog& log);
+         OperatorLog& log, PageOnLineNotes* notes);
 
     // Until it is asked to end, or its node has died; a page on the line is finished first. kStuck:
     // the library doesn't go on, and the process is to end without it; so it is with kCannot.
@@ -63,6 +65,7 @@ class Line {
     const SiteLine line_;
     const Library& library_;
     OperatorLog& log_;
+    PageOnLineNotes* const notes_;
     Lease lease_;
     const Encoding encoding_;
     HandOver hand_over_;

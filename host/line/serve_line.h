@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/lines/line_exit.h"
+#include "host/store/connection.h"
 
 namespace host {
 
@@ -15,7 +16,10 @@ struct ServeLineOptions {
     std::string library;
     std::string locks;
     std::string line;
-    int bell = -1;           // the descriptor of its end of the node's bell
+    int bell = -1;  // the descriptor of its end of the node's bell
+    // On a site of several hosts: for whom it works, and the descriptor of that one's deadline.
+    Tenure tenure = {};
+    int deadline = -1;
     bool ask = false;        // only to ask the modem whether it is there
     bool dial_tone = false;  // ... and whether it hears one
     bool call = false;       // only to make the test call that is asked of the line

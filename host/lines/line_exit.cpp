@@ -4,6 +4,13 @@
 #include <sys/wait.h>
 
 namespace host {
+namespace {
+
+bool Was(int status, LineExit end) {
+    return WIFEXITED(status) && static_cast<LineExit>(WEXITSTATUS(status)) == end;
+}
+
+}  // namespace
 
 const char* ReasonOf(int status) {
     if (!WIFEXITED(status)) {
@@ -22,6 +29,10 @@ const char* ReasonOf(int status) {
             return "its modem doesn't answer";
         case LineExit::kNoTone:
             return "its modem hears no dial tone";
+        case LineExit::kLeaseOver:
+            return "it ended itself, since its node's lease was over";
+        case LineExit::kNotOurs:
+            return "it ended itself, since others have taken its pages";
         case LineExit::kCannot:
             break;
     }
@@ -29,7 +40,11 @@ const char* ReasonOf(int status) {
 }
 
 bool WasStuck(int status) {
-    return WIFEXITED(status) && static_cast<LineExit>(WEXITSTATUS(status)) == LineExit::kStuck;
+    return Was(status, LineExit::kStuck);
+}
+
+bool WasFenced(int status) {
+    return Was(status, LineExit::kLeaseOver) || Was(status, LineExit::kNotOurs);
 }
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/site/port_device.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/ports.h"
 
 namespace host {
@@ -24,6 +25,7 @@ SiteLine LineIn(PortRow port) {
             port.baud,
             std::move(port.init),
             std::move(port.reset),
+            std::move(port.node),
             std::move(port.cells)};
 }
 
@@ -38,6 +40,19 @@ std::vector<SiteLine> SiteLines(Connection& connection) {
     std::vector<SiteLine> lines;
     for (PortRow& port : ReadPorts(connection)) {
         lines.push_back(LineIn(std::move(port)));
+    }
+    return lines;
+}
+
+// A port that names no node belongs to the first.
+std::vector<SiteLine> LinesOfNode(Connection& connection, const std::string& node) {
+    const std::vector<std::string> nodes = NodesOfSite(connection);
+    const bool is_first = nodes.empty() || nodes.front() == node;
+    std::vector<SiteLine> lines;
+    for (SiteLine& line : SiteLines(connection)) {
+        if (line.node == node || (line.node.empty() && is_first)) {
+            lines.push_back(std::move(line));
+        }
     }
     return lines;
 }

@@ -23,6 +23,7 @@ struct SiteLine {
     int baud = 0;      // bit/s
     std::string init;  // the modem's commands
     std::string reset;
+    std::string node;      // whose it is; empty: the first one's
     std::string settings;  // all that the tables say of it, as one text
 
     // type: as the tables have it.
@@ -31,6 +32,8 @@ struct SiteLine {
 
 // In the order of the site.
 std::vector<SiteLine> SiteLines(Connection& connection);
+// Of a node.
+std::vector<SiteLine> LinesOfNode(Connection& connection, const std::string& node);
 std::optional<SiteLine> FindSiteLine(Connection& connection, const std::string& name);
 
 }  // namespace host

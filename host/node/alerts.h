@@ -24,6 +24,9 @@ class Alerts {
     // Takes the commands that the site has now. Throws StoreError.
     void ReadCommands(Connection& connection);
 
+    // Whether this node tells what concerns the whole site; its own troubles it always tells.
+    void SetLeads(bool leads) { news_.SetLeads(leads); }
+
     // Before the node begins its work: takes note of how things stand. Throws StoreError.
     void Begin(Connection& connection, std::time_t now);
 
@@ -34,6 +37,9 @@ class Alerts {
     // The heartbeat, every minute. To be called about once a second; throws StoreError.
     void Beat(Connection& connection, std::time_t now) { heartbeat_.Look(connection, now); }
 
+    void NodeIsGone(const std::string& node, const TakenOver& taken, bool asks, std::time_t now) {
+        news_.NodeIsGone(node, taken, asks, now);
+    }
     void PageEnded(const PageStory& page, std::time_t now) { news_.PageEnded(page, now); }
     void DiskIs(bool full, std::time_t now) { news_.DiskIs(full, database_, now); }
     void DatabaseWorked(const std::string& why_not, std::time_t now) {

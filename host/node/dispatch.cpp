@@ -10,9 +10,14 @@
 namespace host {
 namespace {
 
-// Whether a pager of this port (empty: any) and type can have its pages from the line.
-bool Fits(const SiteLine& line, const std::string& port, const std::string& type) {
-    return port.empty() ? line.CanDialFor(type) : line.name == port;
+// Whether the pager can have its pages from the line: from the one that it names, or from any that
+// can dial for its type, of the node that it names, if it names one.
+bool Fits(const SiteLine& line, const PagerRow& pager) {
+    if (!pager.port.empty()) {
+        return line.name == pager.port;
+    }
+    const bool is_there = pager.node.empty() || line.node.empty() || line.node == pager.node;
+    return is_there && line.CanDialFor(pager.type);
 }
 
 bool CanBeRead(Connection& connection, const Delivery& delivery) {
@@ -26,7 +31,7 @@ bool CanBeRead(Connection& connection, const Delivery& delivery) {
 
 }  // namespace
 
-void Dispatch::Run(Connection& connection) {
+void Dispatch::Run(Connection& connection, const Role& role) {
     size_t unreadable = 0;
     const std::vector<Delivery> deliveries = OpenDeliveries(connection, &unreadable);
     for (size_t number = 1; number <= unreadable; ++number) {
@@ -38,11 +43,11 @@ void Dispatch::Run(Connection& connection) {
     }
     loads_.Read(connection);
     for (const Delivery& delivery : deliveries) {
-        if (!delivery.line.empty()) {
+        if (!delivery.line.empty() || delivery.unknown) {
             continue;
         }
         try {
-            Give(connection, delivery);
+            Give(connection, delivery, role);
         } catch (const RowTooLarge& error) {
             aside_.Add(NameOf(delivery, encoding_), error.what());
         }
@@ -52,25 +57,30 @@ void Dispatch::Run(Connection& connection) {
 bool Dispatch::IsDone(Connection& connection) const {
     const std::vector<Delivery> open = OpenDeliveries(connection);
     return std::all_of(open.begin(), open.end(), [&](const Delivery& delivery) {
-        return aside_.Has(NameOf(delivery, encoding_)) || !CanBeRead(connection, delivery);
+        return delivery.unknown || aside_.Has(NameOf(delivery, encoding_)) ||
+               !CanBeRead(connection, delivery);
     });
 }
 
-void Dispatch::Give(Connection& connection, const Delivery& delivery) {
+void Dispatch::Give(Connection& connection, const Delivery& delivery, const Role& role) {
     const std::optional<Alarm> alarm = FindAlarm(connection, delivery.alarm);
     if (const auto answer = AnswerWithoutLine(connection, delivery, alarm)) {
-        Close(connection, delivery, alarm, *answer);
+        if (role.leads) {
+            Close(connection, delivery, alarm, *answer);
+        }
         return;
     }
     const PagerRow pager = FindPagers(connection, delivery.pager).front();
-    ServedLine* const line = LineFor(pager.port, pager.type);
+    ServedLine* const line = LineFor(pager);
     if (line == nullptr) {
-        if (LineOfSite(pager.port, pager.type) == nullptr) {
+        if (role.alone && LineOfSite(pager) == nullptr) {
             TellThatNoneHas(delivery.pager);
         }
     } else if (loads_.Of(line->Line().name).ahead < kMostAhead) {
         without_line_.erase(delivery.pager);
-        GiveToLine(connection, delivery, line->Line().name);
+        if (!GiveToLine(connection, delivery, line->Line().name)) {
+            return;  // another node was faster
+        }
         loads_.Give(line->Line().name);
         line->Ring();
     }
@@ -101,10 +111,10 @@ void Dispatch::Close(Connection& connection, const Delivery& delivery,
     }
 }
 
-ServedLine* Dispatch::LineFor(const std::string& port, const std::string& type) const {
+ServedLine* Dispatch::LineFor(const PagerRow& pager) const {
     ServedLine* best = nullptr;
     for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
-        if (Fits(line->Line(), port, type) && line->IsServed() &&
+        if (Fits(line->Line(), pager) && line->IsServed() &&
             (best == nullptr ||
              IsLessBusy(loads_.Of(line->Line().name), loads_.Of(best->Line().name)))) {
             best = line.get();
@@ -113,9 +123,9 @@ ServedLine* Dispatch::LineFor(const std::string& port, const std::string& type) 
     return best;
 }
 
-ServedLine* Dispatch::LineOfSite(const std::string& port, const std::string& type) const {
+ServedLine* Dispatch::LineOfSite(const PagerRow& pager) const {
     for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
-        if (Fits(line->Line(), port, type) && line->IsWanted()) {
+        if (Fits(line->Line(), pager) && line->IsWanted()) {
             return line.get();
         }
     }

@@ -20,6 +20,7 @@
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
 #include "host/store/tables/deliveries.h"
+#include "host/store/tables/pagers.h"
 #include "host/text/encoding.h"
 
 namespace host {
@@ -29,23 +30,29 @@ class Dispatch {
     Dispatch(const ServedLines& lines, Encoding encoding, OperatorLog& log)
         : lines_(lines), encoding_(encoding), log_(log), aside_(log) {}
 
+    // leads: this node closes those that need no line. alone: no other node may have a line for
+    // them.
+    struct Role {
+        bool leads = true;
+        bool alone = true;
+    };
     // Gives open deliveries to lines, and closes those that need none.
-    void Run(Connection& connection);
+    void Run(Connection& connection, const Role& role);
 
     // Whether none is open but what was set aside.
     bool IsDone(Connection& connection) const;
 
     // The line for a page to this pager now; null: none that can have it is in service.
-    ServedLine* LineFor(const std::string& port, const std::string& type) const;
+    ServedLine* LineFor(const PagerRow& pager) const;
 
     // One that is in service, or will be soon; null: there is none.
-    ServedLine* LineOfSite(const std::string& port, const std::string& type) const;
+    ServedLine* LineOfSite(const PagerRow& pager) const;
 
     // Not yet tried pages that a line has at most: one on the line, one next.
     static constexpr int kMostAhead = 2;
 
  private:
-    void Give(Connection& connection, const Delivery& delivery);
+    void Give(Connection& connection, const Delivery& delivery, const Role& role);
     std::optional<int32_t> AnswerWithoutLine(Connection& connection, const Delivery& delivery,
                                              const std::optional<Alarm>& alarm) const;
     void Close(Connection& connection, const Delivery& delivery, const std::optional<Alarm>& alarm,

@@ -57,14 +57,17 @@ class Actions {
 
 }  // namespace
 
-LineProcess::LineProcess(std::vector<std::string> arguments, const std::string& folder, int lock) {
+LineProcess::LineProcess(std::vector<std::string> arguments, const std::string& folder,
+                         const std::vector<int>& inherited) {
     auto [mine, its] = BellSocket::Pair();
     bell_ = std::move(mine);
     arguments.insert(arguments.end(), {"--bell", std::to_string(its.Number())});
     Actions actions;
     actions.GoTo(folder);
     actions.Give(its.Number());
-    actions.Give(lock);
+    for (const int descriptor : inherited) {
+        actions.Give(descriptor);
+    }
     process_ = actions.Start(arguments);
 }
 

@@ -18,9 +18,10 @@ namespace host {
 
 class LineProcess {
  public:
-    // Starts this program with the arguments, and "--bell" behind them, in the folder. lock: a
-    // descriptor that it inherits.
-    LineProcess(std::vector<std::string> arguments, const std::string& folder, int lock);
+    // Starts this program with the arguments, and "--bell" behind them, in the folder. inherited:
+    // descriptors that it has, too, under their numbers.
+    LineProcess(std::vector<std::string> arguments, const std::string& folder,
+                const std::vector<int>& inherited);
     ~LineProcess();
     LineProcess(const LineProcess&) = delete;
     LineProcess& operator=(const LineProcess&) = delete;

@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "host/node/reckoned_site.h"
+#include "host/store/tables/deliveries.h"
 #include "host/store/tables/events.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/states.h"
 
 namespace host {
@@ -42,6 +44,7 @@ void News::Look(Connection& connection, std::time_t now) {
     LookAtLines(connection, now);
     LookAtAlarms(connection, now, kUntilRecorded);
     LookAtWaitingPagers(connection, now);
+    LookAtNodes(connection, now);
     first_ = false;
     if (WaitForTime()) {
         pace_.Want();
@@ -81,14 +84,14 @@ void News::LookAtLines(Connection& connection, std::time_t now) {
                 Made(NoticeKind::kLineSick, false,
                      "line \"" + line + "\" is sick: " + Decode(state.reason, encoding_));
             notice.line = line;
-            notices_.Say(notice, now);
+            SayOfSite(notice, now);
         }
     }
     for (const std::string& line : sick_) {
         if (sick.count(line) == 0) {
             Notice notice = Made(NoticeKind::kLineSick, true, "line \"" + line + "\" is back");
             notice.line = line;
-            notices_.Say(notice, now);
+            SayOfSite(notice, now);
         }
     }
     sick_ = std::move(sick);
@@ -108,7 +111,7 @@ void News::PageEnded(const PageStory& page, std::time_t now) {
                              ") to \"" + pager + "\": given up, none of its tries got through");
     notice.alarm = alarm;
     notice.pager = pager;
-    notices_.Say(notice, now);
+    SayOfSite(notice, now);
 }
 
 void News::LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded) {
@@ -161,7 +164,7 @@ void News::SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, st
                          "alarm " + Decode(alarm.number, encoding_) + " (" +
                              Decode(alarm.group, encoding_) + ") " + what);
     notice.alarm = Decode(alarm.number, encoding_);
-    notices_.Say(notice, now);
+    SayOfSite(notice, now);
 }
 
 void News::Acknowledged(const Alarm& alarm, std::time_t now) {
@@ -175,7 +178,7 @@ void News::Acknowledged(const Alarm& alarm, std::time_t now) {
                                  "\" was given up, was acknowledged");
         notice.alarm = found->first;
         notice.pager = pager;
-        notices_.Say(notice, now);
+        SayOfSite(notice, now);
     }
     given_up_.erase(found);
 }
@@ -197,7 +200,7 @@ void News::LookAtWaitingPagers(Connection& connection, std::time_t now) {
             Notice notice = Made(NoticeKind::kPagerWithoutLine, false,
                                  "pages to \"" + name + "\" wait: no line can have them");
             notice.pager = name;
-            notices_.Say(notice, now);
+            SayOfSite(notice, now);
         }
     }
     for (auto told = told_waiting_.begin(); told != told_waiting_.end();) {
@@ -209,10 +212,69 @@ void News::LookAtWaitingPagers(Connection& connection, std::time_t now) {
         Notice notice = Made(NoticeKind::kPagerWithoutLine, true,
                              "no page to \"" + name + "\" waits for want of a line any more");
         notice.pager = name;
-        notices_.Say(notice, now);
+        SayOfSite(notice, now);
         told = told_waiting_.erase(told);
     }
     waiting_ = std::move(waiting);
+}
+
+void News::SayOfSite(const Notice& notice, std::time_t now) {
+    if (leads_) {
+        notices_.Say(notice, now);
+    }
+}
+
+// Said by whoever has taken its pages over, and so is its return.
+void News::NodeIsGone(const std::string& node, const TakenOver& taken, bool asks, std::time_t now) {
+    gone_.insert(node);
+    const std::string pages = std::to_string(taken.pages) + " page(s) of its lines wait for others";
+    Notice notice = Made(NoticeKind::kNodeGone, false,
+                         "node \"" + Decode(node, encoding_) + "\" is gone; " + pages);
+    notice.node = Decode(node, encoding_);
+    notices_.Say(notice, now);
+    for (const PageKey& page : taken.may_have_left) {
+        if (asks) {
+            unknown_.push_back(page);
+            notices_.Say(OfUnknown(page, false), now);
+        }
+    }
+}
+
+Notice News::OfUnknown(const PageKey& page, bool over) const {
+    const std::string pager = Decode(page.pager, encoding_);
+    Notice notice = Made(NoticeKind::kOutcomeUnknown, over,
+                         "page of alarm " + page.alarm + " to \"" + pager + "\": " +
+                             (over ? "somebody has said what it came to"
+                                   : "may have been sent when its node died; pagerfwd page resend, "
+                                     "or done"));
+    notice.alarm = page.alarm;
+    notice.pager = pager;
+    return notice;
+}
+
+void News::LookAtNodes(Connection& connection, std::time_t now) {
+    for (auto one = gone_.begin(); one != gone_.end();) {
+        const std::optional<NodeState> node = FindNode(connection, *one);
+        if (node && !node->lives) {
+            ++one;
+            continue;
+        }
+        const std::string name = Decode(*one, encoding_);
+        Notice notice = Made(NoticeKind::kNodeGone, true,
+                             "node \"" + name + (node ? "\" is back" : "\" was removed"));
+        notice.node = name;
+        notices_.Say(notice, now);
+        one = gone_.erase(one);
+    }
+    for (auto one = unknown_.begin(); one != unknown_.end();) {
+        const std::optional<Delivery> delivery = FindDelivery(connection, *one);
+        if (IsOpen(delivery) && delivery->unknown) {
+            ++one;
+        } else {
+            notices_.Say(OfUnknown(*one, true), now);
+            one = unknown_.erase(one);
+        }
+    }
 }
 
 void News::DatabaseWorked(const std::string& why_not, std::time_t now) {

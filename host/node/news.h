@@ -14,10 +14,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/node/notices.h"
 #include "host/node/pace.h"
 #include "host/pages/history.h"
+#include "host/pages/takeover.h"
 #include "host/store/connection.h"
 #include "host/store/tables/alarm_log.h"
 #include "host/text/encoding.h"
@@ -28,6 +30,9 @@ class News {
  public:
     News(Encoding encoding, Notices& notices);
 
+    // Whether what concerns the whole site is said here; what there is, is known all the same.
+    void SetLeads(bool leads) { leads_ = leads; }
+
     // When the tables have changed, or it is due; first before the node begins its work. Looks
     // every five seconds at most.
     void Look(Connection& connection, std::time_t now);
@@ -37,6 +42,10 @@ class News {
 
     // A page has ended, however it did.
     void PageEnded(const PageStory& page, std::time_t now);
+
+    // A node's pages have been taken over. asks: an operator is to say what those have come to that
+    // may have left.
+    void NodeIsGone(const std::string& node, const TakenOver& taken, bool asks, std::time_t now);
 
     // What the last work with the database came to; why is empty where it went well.
     void DatabaseWorked(const std::string& why_not, std::time_t now);
@@ -53,6 +62,8 @@ class News {
         bool looked_at = false;
         bool unheard = false;
     };
+    void LookAtNodes(Connection& connection, std::time_t now);
+    Notice OfUnknown(const PageKey& page, bool over) const;
     void LookAtLines(Connection& connection, std::time_t now);
     void LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded);
     void LookAtAlarm(Connection& connection, const Alarm& alarm, std::time_t now,
@@ -60,6 +71,7 @@ class News {
     void EndedIn(Connection& connection, const Alarm& alarm, Ended& ended, std::time_t now);
     void Acknowledged(const Alarm& alarm, std::time_t now);
     void LookAtWaitingPagers(Connection& connection, std::time_t now);
+    void SayOfSite(const Notice& notice, std::time_t now);
     bool WaitForTime() const;
     Notice Made(NoticeKind kind, bool over, const std::string& text) const;
     void SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, std::time_t now);
@@ -67,12 +79,15 @@ class News {
     const Encoding encoding_;
     Notices& notices_;
     Pace pace_;
+    bool leads_ = true;
     bool first_ = true;
     std::set<std::string> sick_;                             // lines
     std::map<int64_t, Ended> ended_;                         // alarms
     std::map<std::string, std::set<std::string>> given_up_;  // pagers, by the alarm's number
     std::map<std::string, std::time_t> waiting_;             // pagers without a line, since when
     std::set<std::string> told_waiting_;
+    std::set<std::string> gone_;          // nodes
+    std::vector<PageKey> unknown_;        // pages of which an operator is asked
     std::optional<std::time_t> failing_;  // the database, since when
     bool told_failing_ = false;
     bool full_ = false;

@@ -20,6 +20,7 @@
 #include "host/store/large_cells.h"
 #include "host/store/schema.h"
 #include "host/store/tables/events.h"
+#include "host/store/tables/lines.h"
 #include "host/text/age.h"
 
 namespace host {
@@ -34,8 +35,10 @@ constexpr std::time_t kBetweenEnds = 3;
 constexpr std::time_t kBetweenMoves = 5;
 constexpr std::time_t kBetweenAlarms = 60;
 
-LineCommand CommandOf(const NodeOptions& options, const LockFile& lock) {
-    return {options.line_program, options.database, lock.Number()};
+LineCommand CommandOf(const NodeOptions& options, const LockFile& lock, const Membership& member) {
+    std::vector<int> inherited = member.LineDescriptors();
+    inherited.push_back(lock.Number());
+    return {options.line_program, options.database, std::move(inherited), member.LineOptions()};
 }
 
 }  // namespace
@@ -49,6 +52,7 @@ Node::Node(NodeOptions options, OperatorLog& log)
       lock_(TakeNodeLock(options_.database, "run")),
       spool_(options_.database),
       engine_(EngineLock(options_.database)),
+      member_(options_.database, options_.member, encoding_, log_),
       lines_(encoding_, log_),
       intake_(encoding_, log_),
       dispatch_(lines_, encoding_, log_),
@@ -63,12 +67,20 @@ Node::Node(NodeOptions options, OperatorLog& log)
       history_pace_(kDay) {
     ends_.SetListener(
         [this](const PageStory& page) { alerts_.PageEnded(page, std::time(nullptr)); });
+    member_.SetListener([this](const std::string& node, const TakenOver& taken, bool asks) {
+        alerts_.NodeIsGone(node, taken, asks, std::time(nullptr));
+    });
 }
 
 Node::End Node::Run(StopSignal& stop) {
     NotifyManager("READY=1");
     if (WaitForLinesBefore(stop)) {
-        Serve(stop);
+        while (Join(stop)) {
+            Serve(stop);
+            if (!member_.IsLost()) {
+                break;
+            }
+        }
     }
     return replaced_ ? End::kDatabaseReplaced : End::kAskedFor;
 }
@@ -88,12 +100,34 @@ bool Node::WaitForLinesBefore(StopSignal& stop) {
     return true;
 }
 
+// False: the end was asked for meanwhile.
+bool Node::Join(StopSignal& stop) {
+    for (;;) {
+        try {
+            return member_.Join(lease_.Database(), [&](std::chrono::milliseconds pause) {
+                heartbeat_.Beat();
+                return !stop.WaitFor(pause);
+            });
+        } catch (const StoreAway& away) {
+            trouble_.Is(away.what());
+        }
+        if (stop.WaitFor(kBetweenLooks)) {
+            return false;
+        }
+    }
+}
+
 void Node::Serve(StopSignal& stop) {
-    lines_.ServeWith(CommandOf(options_, engine_));
+    lines_.ServeWith(CommandOf(options_, engine_, member_));
+    lines_.ServeFor(member_.Name());
     room_.Look(std::time(nullptr));
-    LookAtPendingPages();
+    if (!member_.HasLivingOthers()) {
+        LookAtPendingPages();
+    }
     lines_.Read(lease_.Database());
-    AdoptPages();
+    if (member_.Leads()) {
+        AdoptPages();
+    }
     alerts_.Begin(lease_.Database(), std::time(nullptr));
     log_.Info("serving " + ShownName(options_.database));
     for (const std::string& risk : CommitRisks(lease_.Database())) {
@@ -102,14 +136,31 @@ void Node::Serve(StopSignal& stop) {
     do {
         LookAtFile();
         StepOrReport();
-    } while (!replaced_ && !IsDone() && !stop.WaitFor(kBetweenLooks));
+    } while (!replaced_ && !member_.IsLost() && !IsDone() && !stop.WaitFor(kBetweenLooks));
+    if (member_.IsLost()) {
+        log_.Error(
+            "others have taken the pages of this node over, since its lease was over; it "
+            "begins anew");
+        lines_.Kill();
+        return;
+    }
     if (!replaced_) {
         NotifyManager("STOPPING=1");
     }
     log_.Info("ending; a page on the line is finished first");
     EndLines();
     TellLastThings();
+    Leave();
     log_.Info("ended");
+}
+
+// What is not given back is over soon.
+void Node::Leave() {
+    try {
+        member_.Leave(lease_.Database());
+    } catch (const StoreError& failure) {
+        log_.Error(failure.what());
+    }
 }
 
 // A database that was put in the place of the one served, as from a backup, is served from now on.
@@ -173,6 +224,9 @@ std::string Node::StepOrReason() {
         }
         heartbeat_.Beat();
         trouble_.Is("");
+    } catch (const NotOurs& end) {
+        member_.WasFoundLost();
+        return end.what();
     } catch (const StoreAway& away) {
         trouble_.IsAway(away, std::time(nullptr));
         if (!away.Outage().empty()) {
@@ -198,18 +252,26 @@ void Node::Step() {
     }
     Connection& connection = lease_.Database();
     LookAtSpool();
-    const bool has_changed = changes_.AreThere(connection);
+    member_.Look(connection);
+    alerts_.SetLeads(member_.Leads());
+    const std::string why_idle = member_.WhyIdle();
+    const bool has_changed =
+        std::exchange(why_idle_, why_idle) != why_idle || changes_.AreThere(connection);
     if (has_changed || HasWorkDue(now)) {
         Work(now);
     }
     if (has_changed || alerts_.AreDue(now)) {
         alerts_.Look(connection, now);
     }
-    alerts_.Beat(connection, now);
+    if (member_.Leads()) {
+        alerts_.Beat(connection, now);
+    }
     figures_.NoteBeat(alerts_.LastBeat());
     figures_.Show(ends_, now);
     room_.Look(now);
-    ForgetOldHistory(now);
+    if (member_.Leads()) {
+        ForgetOldHistory(now);
+    }
 }
 
 // What commands were asked for while the database was away.
@@ -231,13 +293,16 @@ bool Node::HasWorkDue(std::time_t now) const {
 void Node::Work(std::time_t now) {
     Connection& connection = lease_.Database();
     alerts_.ReadCommands(connection);
-    intake_.Run(connection);
+    if (member_.Leads()) {
+        intake_.Run(connection);
+    }
     LookAtSends(now);
     LookAtEnds(now);
     HoldLines();
+    lines_.SetIdle(why_idle_);
     lines_.Look(connection, now);
     MovePages(now);
-    dispatch_.Run(connection);
+    dispatch_.Run(connection, {member_.Leads(), !member_.HasLivingOthers()});
     GiveTestPages(lease_, lines_, dispatch_);
 }
 
@@ -249,6 +314,9 @@ void Node::ReadAnew() {
 
 void Node::LookAtSends(std::time_t now) {
     for (const Send& send : sends_.Take()) {
+        if (!member_.Name().empty() && lines_.Find(send.port) == nullptr) {
+            continue;  // the node of that line tells it
+        }
         Tell(log_, send, encoding_);
         figures_.Count(send);
         lines_.Sent(send, now);
@@ -258,7 +326,12 @@ void Node::LookAtSends(std::time_t now) {
     }
 }
 
+// Told by the node that leads.
 void Node::LookAtEnds(std::time_t now) {
+    if (!member_.Leads()) {
+        ends_.Skip();
+        return;
+    }
     ends_pace_.Want();
     if (ends_pace_.Take(now)) {
         ends_.Look();
@@ -282,11 +355,27 @@ void Node::MovePages(std::time_t now) {
     for (const auto& [name, count] : CountByLine(lease_.Database())) {
         const ServedLine* const line = lines_.Find(name);
         if (line == nullptr) {
-            MovePagesOf(name, "the site has no such port any more");
-        } else if (!line->IsWanted() && line->IsAtRest()) {
-            MovePagesOf(name, line->Health().IsSick() ? line->Health().Reason() : "it is paused");
+            if (member_.Leads() && IsNobodys(name)) {
+                MovePagesOf(name, "the site has no such port any more");
+            }
+        } else if (line->IsClaimed() && !line->IsWanted() && line->IsAtRest()) {
+            MovePagesOf(name, line->WhyNotWanted());
         }
     }
+}
+
+// Of a name that is no port of the site any more. While a node still serves it, it is that one's.
+bool Node::IsNobodys(const std::string& line) {
+    Connection& connection = lease_.Database();
+    return !FindLine(connection, line) && NodeOfLine(connection, line).empty();
+}
+
+// Whether it is this node that does something with pages of a line; empty: of none.
+bool Node::IsInCharge(const std::string& line) {
+    if (member_.Name().empty() || lines_.Find(line) != nullptr) {
+        return true;
+    }
+    return member_.Leads() && NodeOfLine(lease_.Database(), line).empty();
 }
 
 void Node::MovePagesOf(const std::string& line, const std::string& why) {
@@ -317,6 +406,9 @@ void Node::CarryOutRequests(std::set<std::string>& held) {
     Connection& connection = lease_.Database();
     for (const PageRequest& request : OpenRequests(connection)) {
         const std::string line = LineOf(connection, request.page);
+        if (!IsInCharge(line)) {
+            continue;
+        }
         if (IsAtRest(line)) {
             CarryOut(connection, request);
             Ring(request.to);
@@ -359,8 +451,7 @@ void Node::AdoptPages() {
     for (const PageKey& page : OwnerlessPages(connection)) {
         const std::vector<PagerRow> pagers = FindPagers(connection, page.pager);
         const ServedLine* const line =
-            pagers.size() == 1 ? dispatch_.LineOfSite(pagers.front().port, pagers.front().type)
-                               : nullptr;
+            pagers.size() == 1 ? dispatch_.LineOfSite(pagers.front()) : nullptr;
         if (line != nullptr) {
             AdoptPage(connection, page, line->Line().name);
         }
@@ -376,6 +467,9 @@ void Node::EndLines() {
             lines_.Look(lease_.Database(), std::time(nullptr));
             LookAtSends(std::time(nullptr));
             trouble_.Is("");
+        } catch (const NotOurs& end) {
+            log_.Error(end.what());
+            lines_.Kill();
         } catch (const StoreAway& away) {
             trouble_.IsAway(away, std::time(nullptr));
             lines_.LookAtProcesses(std::time(nullptr));

@@ -7,8 +7,9 @@
 // Once a second it looks whether there is anything to do: whether the database has changed, whether
 // a line's process or device has, and whether something is due. Only then the tables are read.
 //
-// Threads    One.
-// Errors     InUse and StoreError at the start. Later a failure is told to the operator, and tried
+// Threads    One; its lease has another.
+// Errors     InUse, NoSuchNode and StoreError at the start. Later a failure is told to the
+// operator, and tried
 //            again.
 #ifndef PAGERFWD_HOST_NODE_NODE_H
 #define PAGERFWD_HOST_NODE_NODE_H
@@ -26,6 +27,7 @@
 #include "host/node/dispatch.h"
 #include "host/node/figures.h"
 #include "host/node/intake.h"
+#include "host/node/membership.h"
 #include "host/node/new_sends.h"
 #include "host/node/pace.h"
 #include "host/node/page_ends.h"
@@ -43,9 +45,10 @@ namespace host {
 struct NodeOptions {
     std::string database;
     std::vector<std::string>
-        line_program;         // this program, with its options, as its lines are started
-    std::string metrics;      // the file of figures; empty: none
-    bool until_done = false;  // ends by itself when nothing is pending
+        line_program;           // this program, with its options, as its lines are started
+    Membership::Wishes member;  // of the site
+    std::string metrics;        // the file of figures; empty: none
+    bool until_done = false;    // ends by itself when nothing is pending
     std::optional<std::chrono::seconds> discard_older;
     std::chrono::hours history{24 * 90};  // how long the history of ended pages is kept
 };
@@ -62,6 +65,8 @@ class Node {
     End Run(StopSignal& stop);
 
  private:
+    bool Join(StopSignal& stop);
+    void Leave();
     void Serve(StopSignal& stop);
     bool WaitForLinesBefore(StopSignal& stop);
     void EmptyCells();
@@ -79,6 +84,8 @@ class Node {
     void LookAtEnds(std::time_t now);
     void AdoptPages();
     void MovePages(std::time_t now);
+    bool IsNobodys(const std::string& line);
+    bool IsInCharge(const std::string& line);
     void MovePagesOf(const std::string& line, const std::string& why);
     void HoldLines();
     void CarryOutRequests(std::set<std::string>& held);
@@ -98,6 +105,8 @@ class Node {
     const LockFile lock_;
     const Spool spool_;
     LockFile engine_;  // which the lines inherit
+    Membership member_;
+    std::string why_idle_;  // of the lines
     ServedLines lines_;
     Intake intake_;
     Dispatch dispatch_;

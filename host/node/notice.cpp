@@ -38,6 +38,10 @@ const char* WordOf(NoticeKind kind) {
             return "database-away";
         case NoticeKind::kDiskFull:
             return "disk-full";
+        case NoticeKind::kNodeGone:
+            return "node-gone";
+        case NoticeKind::kOutcomeUnknown:
+            return "outcome-unknown";
         case NoticeKind::kNotAsItShouldBe:
             return "not-as-it-should-be";
     }
@@ -58,8 +62,10 @@ std::string AsJson(const Notice& notice, const NoticeOrigin& origin, std::time_t
                  {"over", notice.over},
                  {"text", notice.text},
                  {"at", InUtc(at)}};
-    const std::pair<const char*, const std::string&> objects[] = {
-        {"alarm", notice.alarm}, {"pager", notice.pager}, {"line", notice.line}};
+    const std::pair<const char*, const std::string&> objects[] = {{"alarm", notice.alarm},
+                                                                  {"pager", notice.pager},
+                                                                  {"line", notice.line},
+                                                                  {"node", notice.node}};
     for (const auto& [key, object] : objects) {
         if (!object.empty()) {
             json[key] = object;

@@ -15,6 +15,8 @@ enum class NoticeKind {
     kPagerWithoutLine,  // pages wait that no line can have
     kDatabaseAway,      // the node can't read or write it
     kDiskFull,          // of the database
+    kNodeGone,          // a host died: others have taken its pages
+    kOutcomeUnknown,    // a page may have left when its node died, and waits for an operator
     kNotAsItShouldBe,   // an alarm or a page, by the heartbeat's own reckoning
 };
 
@@ -31,6 +33,7 @@ struct Notice {
     std::string alarm;  // its number
     std::string pager;
     std::string line;
+    std::string node;
 };
 
 // Where notices come from.

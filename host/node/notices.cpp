@@ -16,7 +16,7 @@ constexpr std::time_t kAfterFailure = 60;
 std::string KeyOf(const Notice& notice) {
     const char kBetween = '\0';  // no text has it
     return std::string(WordOf(notice.kind)) + kBetween + notice.alarm + kBetween + notice.pager +
-           kBetween + notice.line;
+           kBetween + notice.line + kBetween + notice.node;
 }
 
 // A clock that was set back has not made it recent.

@@ -34,6 +34,11 @@ void PageEnds::Mark() {
     marked_ = LastChange(connection_);
 }
 
+void PageEnds::Skip() {
+    Mark();
+    seen_ = marked_;
+}
+
 void PageEnds::Look() {
     LookAtAcknowledgements();
     LookAtPages();

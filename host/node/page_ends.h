@@ -33,6 +33,8 @@ class PageEnds {
     // two, lines record their sendings, which tell how far the pages came.
     void Mark();
     void Look();
+    // What has ended by now is told by another.
+    void Skip();
     // Whether something behind the last look has been remembered.
     bool HaveMark() const { return marked_ > seen_; }
 

@@ -50,7 +50,7 @@ void ServedLine::Look(std::time_t now) {
             Watch(now);
         }
     }
-    if (!process_ && !held_ && !leaving_) {
+    if (!process_ && !held_ && !leaving_ && claimed_) {
         StartOrSay(now);
     }
     look_at_ = NextLook(now);
@@ -93,7 +93,7 @@ void ServedLine::StartOrAsk(std::time_t now) {
         Start(now);
     } else if (to_call_) {
         StartCalling(now);
-    } else if (!paused_ && there_ && health_.IsToBeAsked(now)) {
+    } else if (MayBeServed() && there_ && health_.IsToBeAsked(now)) {
         StartAsking(now);
     }
 }
@@ -175,11 +175,25 @@ void ServedLine::Ended(int status, std::time_t now) {
         Called(status, now);
     } else if (!ending_) {
         log_.Warning(name_ + ": " + ReasonOf(status) + "; it is started anew");
-        stuck_ || WasStuck(status) ? health_.Stuck(now) : health_.Died(ReasonOf(status), now);
+        BlameFor(status, now);
     }
     stuck_ = false;
     ending_ = false;
     TellHealth(was_sick);
+}
+
+void ServedLine::BlameFor(int status, std::time_t now) {
+    if (WasFenced(status)) {
+        return;  // neither modem nor library
+    }
+    stuck_ || WasStuck(status) ? health_.Stuck(now) : health_.Died(ReasonOf(status), now);
+}
+
+std::string ServedLine::WhyNotWanted() const {
+    if (health_.IsSick()) {
+        return health_.Reason();
+    }
+    return paused_ ? "it is paused" : why_idle_;
 }
 
 // The modem of a sick line that has answered is asked at once, so that the line is soon back.
@@ -237,10 +251,12 @@ void ServedLine::Launch(Task task, const std::vector<std::string>& options, std:
     std::vector<std::string> arguments = command_.program;
     // In one word: a name may begin with a dash.
     arguments.insert(arguments.end(), {"serve-line", "--line=" + line_.name});
-    arguments.insert(arguments.end(), options.begin(), options.end());
+    for (const std::vector<std::string>& more : {command_.options, options}) {
+        arguments.insert(arguments.end(), more.begin(), more.end());
+    }
     const std::string folder = MakeLineFolder(command_.database, line_.name);
     trace_ = folder + "/" + kTraceFile;
-    process_ = std::make_unique<LineProcess>(std::move(arguments), folder, command_.lock);
+    process_ = std::make_unique<LineProcess>(std::move(arguments), folder, command_.inherited);
 }
 
 void ServedLine::Return(SiteLine line) {

@@ -29,7 +29,8 @@ namespace host {
 struct LineCommand {
     std::vector<std::string> program;  // this program, with its options
     std::string database;
-    int lock = -1;  // that it inherits
+    std::vector<int> inherited;        // descriptors
+    std::vector<std::string> options;  // of its own
 };
 
 class ServedLine {
@@ -55,6 +56,15 @@ class ServedLine {
 
     // What a sending over it came to.
     void Sent(const Send& send, std::time_t now);
+
+    // On a site of several hosts only one node at a time serves it. Until this one does, nothing
+    // happens to it here.
+    void SetClaimed(bool claimed) { claimed_ = claimed; }
+    bool IsClaimed() const { return claimed_; }
+    // Why the node has no work for any line; empty: it has.
+    void SetIdle(const std::string& why) { why_idle_ = why; }
+    // Why it is not wanted, in words.
+    std::string WhyNotWanted() const;
 
     void SetPaused(bool paused) { paused_ = paused; }
     // For a moment, so that something can be done with its pages.
@@ -90,9 +100,10 @@ class ServedLine {
     void Launch(Task task, const std::vector<std::string>& options, std::time_t now);
     void Called(int status, std::time_t now);
     void Ended(int status, std::time_t now);
+    void BlameFor(int status, std::time_t now);
     void TellHealth(bool was_sick);
     bool MakesProgress();
-    bool MayBeServed() const { return !leaving_ && !paused_; }
+    bool MayBeServed() const { return claimed_ && !leaving_ && !paused_ && why_idle_.empty(); }
     void End(std::time_t now);
 
     SiteLine line_;
@@ -106,6 +117,8 @@ class ServedLine {
     Task task_ = Task::kServing;  // of the process
     bool ending_ = false;         // the process has been asked to end
     bool renewing_ = false;       // ... to be started anew
+    bool claimed_ = true;
+    std::string why_idle_;
     bool paused_ = false;
     bool held_ = false;
     bool to_call_ = false;

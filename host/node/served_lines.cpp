@@ -19,7 +19,9 @@ std::time_t SinceOf(const LineHealth& health, std::time_t now) {
 }  // namespace
 
 bool ServedLines::Read(Connection& connection) {
-    std::vector<SiteLine> now = SiteLines(connection);
+    std::vector<SiteLine> now =
+        node_.empty() ? SiteLines(connection) : LinesOfNode(connection, node_);
+    ending_ = false;
     std::string settings;
     for (const SiteLine& line : now) {
         settings += line.settings;
@@ -46,6 +48,7 @@ void ServedLines::TakeIn(Connection& connection, SiteLine line) {
     const std::optional<LineState> state = FindLine(connection, line.name);
     lines_.push_back(
         std::make_unique<ServedLine>(std::move(line), std::move(shown), command_, log_));
+    lines_.back()->SetClaimed(node_.empty());
     if (state && state->health == Health::kSick) {
         lines_.back()->WasSick(state->reason, state->since);
     }
@@ -64,6 +67,7 @@ void ServedLines::Look(Connection& connection, std::time_t now) {
     for (const std::unique_ptr<ServedLine>& line : lines_) {
         LookAt(*line, states[line->Line().name], connection, now);
     }
+    LetGoOfThoseThatLeft(connection);
     DropThoseThatLeft();
 }
 
@@ -82,7 +86,11 @@ void ServedLines::DropThoseThatLeft() {
 void ServedLines::LookAt(ServedLine& line, const LineState& state, Connection& connection,
                          std::time_t now) {
     line.SetPaused(state.paused);
+    Claim(connection, line);
     line.Look(now);
+    if (!line.IsClaimed()) {
+        return;
+    }
     const std::string& name = line.Line().name;
     const Health health = line.Health().IsSick() ? Health::kSick : Health::kWell;
     if (state.health != health || state.reason != line.Health().Reason()) {
@@ -93,6 +101,39 @@ void ServedLines::LookAt(ServedLine& line, const LineState& state, Connection& c
     }
 }
 
+// One that was another node's may still be served there, until that node reads the site anew.
+void ServedLines::Claim(Connection& connection, ServedLine& line) {
+    if (line.IsClaimed() || line.HasLeft()) {
+        return;
+    }
+    const std::string& name = line.Line().name;
+    line.SetClaimed(ClaimLine(connection, name, node_));
+    if (line.IsClaimed()) {
+        told_.erase(name);
+    } else if (told_.insert(name).second) {
+        log_.Warning("line \"" + Decode(name, encoding_) +
+                     "\" is served by another node; it is taken as soon as that one lets go of it");
+    }
+}
+
+// At the end of the node they stay its own: it may be back soon.
+void ServedLines::LetGoOfThoseThatLeft(Connection& connection) {
+    if (node_.empty() || ending_) {
+        return;
+    }
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        if (line->HasLeft() && line->IsClaimed()) {
+            LetGoOfLine(connection, line->Line().name, node_);
+        }
+    }
+}
+
+void ServedLines::SetIdle(const std::string& why) {
+    for (const std::unique_ptr<ServedLine>& line : lines_) {
+        line->SetIdle(why);
+    }
+}
+
 void ServedLines::Sent(const Send& send, std::time_t now) {
     if (ServedLine* const line = Find(send.port)) {
         line->Sent(send, now);
@@ -100,6 +141,7 @@ void ServedLines::Sent(const Send& send, std::time_t now) {
 }
 
 void ServedLines::AskToEnd() {
+    ending_ = true;
     for (const std::unique_ptr<ServedLine>& line : lines_) {
         line->Leave();
     }

@@ -7,6 +7,7 @@
 
 #include <ctime>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,6 +25,11 @@ class ServedLines {
 
     // How lines are started from now on; before the first read.
     void ServeWith(LineCommand command) { command_ = std::move(command); }
+    // The node of a site of several hosts: it serves its own lines, and each only where no other
+    // node does. Without this, all lines of the site are served.
+    void ServeFor(const std::string& node) { node_ = node; }
+    // Why none has any work; empty: all may have.
+    void SetIdle(const std::string& why);
 
     // Takes the lines that the site has now; one whose settings have changed is made anew. Returns
     // whether anything has changed.
@@ -41,6 +47,8 @@ class ServedLines {
     // Politely; a page on the line is finished first. Looks are to go on until none is left.
     void AskToEnd();
     bool AnyLeft() const;
+    // At once: they have no right to anything any more.
+    void Kill() { lines_.clear(); }
 
     // In the order of the site; those that the site knows no more behind.
     const std::vector<std::unique_ptr<ServedLine>>& All() const { return lines_; }
@@ -52,7 +60,13 @@ class ServedLines {
     void LookAt(ServedLine& line, const LineState& state, Connection& connection, std::time_t now);
     void TakeIn(Connection& connection, SiteLine line);
 
+    void Claim(Connection& connection, ServedLine& line);
+    void LetGoOfThoseThatLeft(Connection& connection);
+
     LineCommand command_;
+    std::string node_;  // empty: the only one
+    bool ending_ = false;
+    std::set<std::string> told_;  // lines that another node serves
     const Encoding encoding_;
     OperatorLog& log_;
     std::vector<std::unique_ptr<ServedLine>> lines_;

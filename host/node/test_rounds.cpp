@@ -17,10 +17,10 @@ void Give(Connection& connection, const AskedTestPage& asked, const Dispatch& di
         return;
     }
     const PagerRow& pager = pagers.front();
-    if (const ServedLine* const line = dispatch.LineFor(pager.port, pager.type)) {
+    if (const ServedLine* const line = dispatch.LineFor(pager)) {
         GiveTestPage(connection, asked.asked, line->Line().name);
         line->Ring();
-    } else if (dispatch.LineOfSite(pager.port, pager.type) == nullptr) {
+    } else if (dispatch.LineOfSite(pager) == nullptr) {
         AnswerTestPage(connection, asked.asked, {kNoLine, ""});
     }
 }

@@ -94,6 +94,7 @@ std::vector<PageStory> PendingPages(Connection& connection) {
     for (const OwedPage& owed : OwedPages(connection)) {
         PageStory story = StoryOf(connection, owed.page);
         story.line = owed.line;
+        story.unknown = owed.unknown;
         if (owed.waits) {
             Wait(connection, story);
         }

@@ -48,9 +48,10 @@ struct PageStory {
     int64_t ended_by = 0;   // the row of the history; 0 while it is pending
     PageEnd end = PageEnd::kPending;
     Reached reached = Reached::kUnknown;
-    std::string line;    // the last that had it; empty: none, or the site has no lines
-    bool waits = false;  // no library has it yet, or any more: it is to go to a line
-    std::string note;    // why it was given up, where somebody said so
+    std::string line;      // the last that had it; empty: none, or the site has no lines
+    bool waits = false;    // no library has it yet, or any more: it is to go to a line
+    bool unknown = false;  // it may have left, and waits until an operator says what it came to
+    std::string note;      // why it was given up, where somebody said so
     std::vector<PageMove> moves;
 };
 

@@ -2,6 +2,7 @@
 #include <optional>
 
 #include "host/pages/page_owner.h"
+#include "host/pages/page_taking.h"
 #include "host/store/schema.h"
 #include "host/store/tables/alarm_log.h"
 #include "host/store/tables/events.h"
@@ -13,7 +14,7 @@ namespace host {
 namespace {
 
 // The library's rule: the first page decides, but that off limit replaces done.
-std::string Fold(Connection& connection, const std::string& alarm) {
+std::string Folded(Connection& connection, const std::string& alarm) {
     std::string folded;
     for (const std::string& state : EventStates(connection, alarm)) {
         if (folded.empty() || (folded == kStateDone && state == kStateOffLimit)) {
@@ -22,6 +23,14 @@ std::string Fold(Connection& connection, const std::string& alarm) {
     }
     return folded.empty() ? kStateOffLimit : folded;
 }
+
+}  // namespace
+
+void FoldPagesOf(Connection& connection, const std::string& alarm) {
+    SetFoldedState(connection, alarm, Folded(connection, alarm));
+}
+
+namespace {
 
 // Gives a page up. False: there is none.
 bool EndPage(Connection& connection, const PageKey& page, const char* change,
@@ -41,7 +50,7 @@ bool EndPage(Connection& connection, const PageKey& page, const char* change,
         CloseDelivery(connection, page.alarm, delivery->place, kGivenUp);
     }
     // What the others make of the alarm.
-    SetFoldedState(connection, page.alarm, Fold(connection, page.alarm));
+    FoldPagesOf(connection, page.alarm);
     return true;
 }
 
@@ -99,6 +108,8 @@ Taken Take(Connection& connection, const PageKey& page, const std::string& why) 
     return Taken::kFree;
 }
 
+}  // namespace
+
 // Unless that would be once too often.
 Taken TakeOrGiveUp(Connection& connection, const PageKey& page, const std::string& why) {
     if (NeedsPaging(connection, page) && IsOverspent(connection, page)) {
@@ -108,19 +119,16 @@ Taken TakeOrGiveUp(Connection& connection, const PageKey& page, const std::strin
     return Take(connection, page, why);
 }
 
-// Those that the line has in its library, and those that it has still to hand over.
 std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line) {
     std::vector<PageKey> pages = PendingEvents(connection, line);
-    for (const Delivery& delivery : OpenDeliveries(connection)) {
+    for (const Delivery& delivery : OpenDeliveriesOf(connection, line)) {
         const PageKey page = {delivery.alarm, delivery.group, delivery.pager};
-        if (delivery.line == line && !FindEvent(connection, page)) {
+        if (!FindEvent(connection, page)) {
             pages.push_back(page);
         }
     }
     return pages;
 }
-
-}  // namespace
 
 Taken TakePage(Connection& connection, const PageKey& page, const std::string& why) {
     WriteTransaction transaction(connection);

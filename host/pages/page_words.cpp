@@ -48,6 +48,10 @@ Words Done(Reached reached) {
 Words WordsFor(const PageStory& page) {
     switch (page.end) {
         case PageEnd::kPending:
+            if (page.unknown) {
+                return {"outcome unknown",
+                        "may have been sent when its node died: pagerfwd page resend, or done"};
+            }
             return page.waits ? Words{"waiting", "waits for a line"} : Words{"pending", "pending"};
         case PageEnd::kDone:
             return Done(page.reached);

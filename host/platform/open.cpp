@@ -8,6 +8,7 @@
 #include <cstdarg>
 
 #include "host/platform/device_turn.h"
+#include "host/platform/fence.h"
 #include "host/platform/own_device.h"
 #include "host/platform/trace_file.h"
 
@@ -25,6 +26,9 @@ extern "C" int open(const char* path, int flags, ...) {
     const mode_t mode = has_mode ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     const auto system = [&] { return next(opened, flags, mode); };
+    if (opened != path) {
+        host::PassFenceToOpen();
+    }
     const int file = opened == path ? system() : host::OpenAtItsTurn(system);
     host::NoteOpened(path, flags, file);
     return file;

@@ -38,7 +38,25 @@ std::string AsOneEntry(std::string_view bytes) {
     return entry;
 }
 
+// Files are written to the very end of the process.
+std::function<void(std::string_view)>& TheListener() {
+    static auto& listener = *new std::function<void(std::string_view)>;
+    return listener;
+}
+
+ssize_t WriteAndTell(SystemWrite system, int file, std::string_view entry) {
+    const ssize_t written = system(file, entry.data(), entry.size());
+    if (TheListener()) {
+        TheListener()(entry);
+    }
+    return written;
+}
+
 }  // namespace
+
+void SetTraceListener(std::function<void(std::string_view)> listener) {
+    TheListener() = std::move(listener);
+}
 
 void NoteOpened(const char* path, int flags, int file) {
     if (file >= 0 && path == kTraceFile && (flags & O_ACCMODE) == O_WRONLY &&
@@ -52,12 +70,14 @@ ssize_t WriteAsOneEntry(SystemWrite system, int file, std::string_view bytes) {
     if (is_entry) {
         opened = kNone;
     }
-    if (!is_entry || FindTime(bytes, 0) == std::string_view::npos) {
+    if (!is_entry) {
         return system(file, bytes.data(), bytes.size());
     }
     try {
-        const std::string entry = AsOneEntry(bytes);
-        return system(file, entry.data(), entry.size());
+        if (FindTime(bytes, 0) == std::string_view::npos) {
+            return WriteAndTell(system, file, bytes);
+        }
+        return WriteAndTell(system, file, AsOneEntry(bytes));
     } catch (const std::bad_alloc&) {
         errno = ENOMEM;
         return -1;

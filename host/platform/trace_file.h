@@ -9,6 +9,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string_view>
 
 namespace host {
@@ -18,6 +19,10 @@ using SystemWrite = ssize_t (*)(int, const void*, size_t);
 // To be told of each file that the library opens. The trace is opened anew for each entry, by the
 // thread that writes it, and closed behind it.
 void NoteOpened(const char* path, int flags, int file);
+
+// Is told of each entry when it has been written, by the thread that writes it. To be set while one
+// thread runs.
+void SetTraceListener(std::function<void(std::string_view)> listener);
 
 // What `system` would do, but for an entry of the trace. An entry that there is no memory for is
 // not written: ENOMEM.

@@ -14,7 +14,7 @@ class FaultLog {
  public:
     explicit FaultLog(OperatorLog& log)
         : before_(SetFaultListener([&log](FaultNews news, std::string_view message) {
-              news == FaultNews::kFault ? log.Error(message) : log.Info(message);
+              news == FaultNews::kMended ? log.Info(message) : log.Error(message);
           })) {}
     ~FaultLog() { SetFaultListener(before_); }
     FaultLog(const FaultLog&) = delete;

@@ -97,6 +97,11 @@ ReadBack CheckDatabase(Connection& connection) {
     StoredTables tables(connection);
     ReadBack read = ReadSiteBack(connection, tables);
     CheckSite(read.site, read.findings);
+    if (read.site.nodes.size() > 1 && !connection.Can().spans_hosts) {
+        read.findings.Error(1, "the site has several nodes, and its database is a file",
+                            "Only programs of one host can have it open: no node starts.",
+                            "Move the site to a database on a server.");
+    }
     const Encoding encoding = EncodingOf(connection);
     for (const PendingPage& page : ReadPending(tables, encoding, read.findings)) {
         for (const Pager& pager : read.site.pagers) {

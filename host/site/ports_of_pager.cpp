@@ -2,12 +2,20 @@
 #include "host/site/ports_of_pager.h"
 
 namespace host {
+namespace {
+
+bool IsOnNodeOf(const Port& port, const Pager& pager) {
+    return pager.node.value.empty() || port.node.value == pager.node.value;
+}
+
+}  // namespace
 
 std::vector<const Port*> PortsOf(const Site& site, const Pager& pager) {
     std::vector<const Port*> ports;
     for (const Port& port : site.ports) {
-        if (pager.port.value.empty() ? port.modem.value && !DialFor(port, pager).value.empty()
-                                     : port.name.value == pager.port.value) {
+        if (pager.port.value.empty()
+                ? port.modem.value && !DialFor(port, pager).value.empty() && IsOnNodeOf(port, pager)
+                : port.name.value == pager.port.value) {
             ports.push_back(&port);
         }
     }

@@ -9,7 +9,8 @@
 namespace host {
 
 // The port that the pager names or, where it names none, every one that can dial for its type: it
-// has a modem, and a dial command for the type. Empty: the pager can't be reached.
+// has a modem, and a dial command for the type, and is the node's that the pager names, if it names
+// one. Empty: the pager can't be reached.
 std::vector<const Port*> PortsOf(const Site& site, const Pager& pager);
 
 // The dial command that the pager's type is dialled by over this port; empty where there is none.

@@ -16,6 +16,8 @@
 #include "host/site/time_models.h"
 #include "host/site/words.h"
 #include "host/store/schema.h"
+#include "host/store/tables/nodes.h"
+#include "host/store/tables/pagers.h"
 #include "host/store/tables/ports.h"
 #include "host/text/encoding.h"
 
@@ -117,12 +119,29 @@ Port PortOf(const RowReader& row) {
     return port;
 }
 
-// Of each port, in order: a column of the host's own.
-void ReadDevices(Connection& connection, Encoding encoding, std::vector<Port>& ports) {
-    const std::vector<std::string> devices = ReadDevices(connection);
-    for (size_t at = 0; at < std::min(ports.size(), devices.size()); ++at) {
-        ports[at].device = {Decode(devices[at], encoding), ports[at].line};
+// Of each port, in order: columns of the host's own.
+void ReadPlaces(Connection& connection, Encoding encoding, std::vector<Port>& ports) {
+    const std::vector<PlaceOfPort> places = ReadPlaces(connection);
+    for (size_t at = 0; at < std::min(ports.size(), places.size()); ++at) {
+        ports[at].device = {Decode(places[at].device, encoding), ports[at].line};
+        ports[at].node = {Decode(places[at].node, encoding), ports[at].line};
     }
+}
+
+// Likewise.
+void ReadNodesOfPagers(Connection& connection, Encoding encoding, std::vector<Pager>& pagers) {
+    const std::vector<PagerRow> rows = ReadPagers(connection);
+    for (size_t at = 0; at < std::min(pagers.size(), rows.size()); ++at) {
+        pagers[at].node = {Decode(rows[at].node, encoding), pagers[at].line};
+    }
+}
+
+std::vector<SiteNode> NodesOf(Connection& connection, Encoding encoding) {
+    std::vector<SiteNode> nodes;
+    for (const std::string& name : NodesOfSite(connection)) {
+        nodes.push_back({0, {Decode(name, encoding), 0}});
+    }
+    return nodes;
 }
 
 // A port by its name. Empty, or any other word with an A: any port.
@@ -230,6 +249,7 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     ReadBack read{{}, tables.MakeFindings()};
     const Encoding encoding = EncodingOf(connection);
     read.site.encoding.value = WordFor(encoding);
+    read.site.unknown_outcome.value = AsksForUnknownOutcomes(connection) ? kAsk : kSendAgain;
     read.site.notify = CommandOf(connection, kNotifyCommand);
     read.site.heartbeat = CommandOf(connection, kHeartbeatCommand);
     read.site.page_resolved.value = PagesResolved(connection);
@@ -243,7 +263,7 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     each(kPorts,
          [&](const RowReader& row, const StoredRow&) { read.site.ports.push_back(PortOf(row)); });
     if (!read.site.ports.empty()) {
-        ReadDevices(connection, encoding, read.site.ports);
+        ReadPlaces(connection, encoding, read.site.ports);
     }
     each(kTimeModels, [&](const RowReader& row, const StoredRow& stored) {
         read.site.timeModels.push_back(TimeModelOf(row, stored));
@@ -251,6 +271,10 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     each(kPagers, [&](const RowReader& row, const StoredRow&) {
         read.site.pagers.push_back(PagerOf(row, read.site.ports));
     });
+    if (!read.site.pagers.empty()) {
+        ReadNodesOfPagers(connection, encoding, read.site.pagers);
+    }
+    read.site.nodes = NodesOf(connection, encoding);
     read.site.routes = RoutesOf(connection, encoding);
     CheckAlways(read.site, read.findings);
     return read;

@@ -17,6 +17,7 @@ void CheckSending(const Site& site, Findings& findings);
 void CheckHangingUp(const Site& site, Findings& findings);
 void CheckCommands(const Site& site, Findings& findings);
 void CheckAlertmanager(const Site& site, Findings& findings);
+void CheckNodes(const Site& site, Findings& findings);
 void CheckTexts(const Site& site, Findings& findings);
 
 inline std::string InQuotes(const std::string& text) {

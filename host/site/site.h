@@ -39,10 +39,17 @@ struct SmsService {
     LineSettings settings;
 };
 
+// A host that serves ports of its own.
+struct SiteNode {
+    int line = 0;
+    SaidText name;
+};
+
 struct Port {
     int line = 0;
     SaidText name;
     SaidText device;  // its path; empty: that of the name, see port_device.h
+    SaidText node;    // on whose host it is; empty: where there are no nodes
     SaidNumber baud;
     SaidText flow;
     Said<bool> modem;
@@ -58,6 +65,7 @@ struct Pager {
     SaidText description;
     SaidText owner;
     SaidText port;  // empty: any port that can dial for its type
+    SaidText node;  // whose ports these are; empty: any node's
     SaidText type;
     SaidText number;
     SaidNumber retries;
@@ -101,9 +109,11 @@ struct Site {
     SaidText encoding;
     Said<bool>
         page_resolved;  // whether who was paged for an alarm is told by a page that it is over
+    SaidText unknown_outcome;
     Command notify;     // told of what an operator should hear of
     Command heartbeat;  // run while all is as it should be
     AlertmanagerPart alertmanager;
+    std::vector<SiteNode> nodes;
     std::vector<Port> ports;
     std::vector<Pager> pagers;
     std::vector<TimeModel> timeModels;
@@ -113,6 +123,10 @@ struct Site {
 // The time model of a pager whose file names none. It is there even where the file has none of this
 // name, and allows every hour.
 inline constexpr const char* kAlways = "always";
+
+// What becomes of a page that may have left when its node died.
+inline constexpr const char* kSendAgain = "send again";
+inline constexpr const char* kAsk = "ask";
 
 // The groups of a route whose file names none.
 inline constexpr const char* kEveryGroup = "*";

@@ -6,6 +6,7 @@
 namespace host {
 
 void CheckSite(const Site& site, Findings& findings) {
+    CheckNodes(site, findings);
     CheckPorts(site, findings);
     CheckPagers(site, findings);
     CheckTimeModels(site, findings);

@@ -45,11 +45,19 @@ SmsService ReadSmsService(TomlReader& port, const char* name, const char* protoc
     return service;
 }
 
+SiteNode ReadNode(TomlReader& reader) {
+    SiteNode node;
+    node.line = reader.Line();
+    node.name = reader.Text("name");
+    return node;
+}
+
 Port ReadPort(TomlReader& reader) {
     Port port;
     port.line = reader.Line();
     port.name = reader.Text("name");
     port.device = reader.Text("device", "");
+    port.node = reader.Text("node", "");
     port.baud = reader.Number("baud", 2400);
     port.flow = reader.Text("flow", "none");
     port.modem = reader.Flag("modem", true);
@@ -67,6 +75,7 @@ Pager ReadPager(TomlReader& reader) {
     pager.description = reader.Text("description");
     pager.owner = reader.Text("owner", "");
     pager.port = reader.Text("port", "");
+    pager.node = reader.Text("node", "");
     pager.type = reader.Text("type");
     pager.number = reader.Text("number");
     pager.retries = reader.Number("retries", 5);
@@ -96,6 +105,11 @@ Route ReadRoute(TomlReader& reader) {
     route.severities = reader.Texts("severities");
     route.pagers = reader.Texts("pagers");
     return route;
+}
+
+SaidText ReadUnknownOutcome(TomlReader& document) {
+    TomlReader reader = document.Part("site");
+    return reader.Text("unknown_outcome", kSendAgain);
 }
 
 Command ReadNotify(TomlReader& document) {
@@ -137,6 +151,10 @@ void ReadDocument(std::string_view text, ReadSite& read) {
     read.site.heartbeat = ReadHeartbeat(reader);
     read.site.page_resolved = ReadResolved(reader);
     read.site.alertmanager = ReadAlertmanager(reader);
+    read.site.unknown_outcome = ReadUnknownOutcome(reader);
+    for (TomlReader& node : reader.Parts("node")) {
+        read.site.nodes.push_back(ReadNode(node));
+    }
     for (TomlReader& port : reader.Parts("port")) {
         read.site.ports.push_back(ReadPort(port));
     }

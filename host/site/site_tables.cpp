@@ -9,6 +9,8 @@
 #include "host/site/words.h"
 #include "host/store/rows.h"
 #include "host/store/schema.h"
+#include "host/store/tables/nodes.h"
+#include "host/store/tables/pagers.h"
 #include "host/store/tables/ports.h"
 #include "host/store/tables/routes.h"
 
@@ -17,6 +19,7 @@ namespace {
 
 constexpr const char* kEncodingSetting = "encoding";
 constexpr const char* kPageResolvedSetting = "page resolved";
+constexpr const char* kUnknownOutcome = "unknown_outcome";
 
 std::string Cell(const SaidNumber& number) {
     return std::to_string(number.value);
@@ -134,12 +137,20 @@ void StoreRoutes(Connection& connection, const Site& site) {
     StoreRouteRows(connection, rows);
 }
 
-// A column of the host's own, behind those of the library.
-void StoreDevices(Connection& connection, const Site& site) {
+// Columns of the host's own, behind those of the library.
+void StorePlaces(Connection& connection, const Site& site) {
+    const auto encoded = [&](const SaidText& text) { return Encode(text.value, EncodingOf(site)); };
     for (const Port& port : site.ports) {
-        SetDevice(connection, Encode(port.name.value, EncodingOf(site)),
-                  Encode(port.device.value, EncodingOf(site)));
+        SetPlace(connection, encoded(port.name), {encoded(port.device), encoded(port.node)});
     }
+    for (const Pager& pager : site.pagers) {
+        SetNodeOfPager(connection, encoded(pager.description), encoded(pager.node));
+    }
+    std::vector<std::string> nodes;
+    for (const SiteNode& node : site.nodes) {
+        nodes.push_back(encoded(node.name));
+    }
+    StoreNodes(connection, nodes);
 }
 
 }  // namespace
@@ -171,14 +182,20 @@ void StoreSite(Connection& connection, const Site& site) {
     for (const TableRow& row : rows) {
         InsertRow(connection, ReadLayout(connection, row.table), row.cells);
     }
-    StoreDevices(connection, site);
+    StorePlaces(connection, site);
     StoreRoutes(connection, site);
     WriteSetting(connection, kEncodingSetting, WordFor(EncodingOf(site)));
+    WriteSetting(connection, kUnknownOutcome,
+                 site.unknown_outcome.value == kAsk ? kAsk : kSendAgain);
     StoreCommand(connection, kNotifyCommand, site.notify);
     StoreCommand(connection, kHeartbeatCommand, site.heartbeat);
     StoreAlertTemplates(connection, site.alertmanager);
     WriteSetting(connection, kPageResolvedSetting, site.page_resolved.value ? "1" : "");
     transaction.Commit();
+}
+
+bool AsksForUnknownOutcomes(Connection& connection) {
+    return ReadSetting(connection, kUnknownOutcome) == kAsk;
 }
 
 Encoding EncodingOf(Connection& connection) {

@@ -25,6 +25,9 @@ std::vector<TableRow> RowsOf(const Site& site);
 // Throws StoreError.
 void StoreSite(Connection& connection, const Site& site);
 
+// Whether an operator is asked about a page that may have left when its node died.
+bool AsksForUnknownOutcomes(Connection& connection);
+
 // The encoding that the texts in the tables have.
 Encoding EncodingOf(Connection& connection);
 

@@ -75,6 +75,7 @@ void WritePort(TomlWriter& writer, const Port& port) {
     writer.Table("[[port]]");
     writer.Key("name", port.name);
     writer.KeyIfAny("device", port.device);
+    writer.KeyIfAny("node", port.node);
     writer.Key("baud", port.baud);
     writer.Key("flow", port.flow);
     writer.Key("modem", port.modem);
@@ -104,6 +105,7 @@ void WritePager(TomlWriter& writer, const Pager& pager) {
     writer.Key("description", pager.description);
     writer.KeyIfAny("owner", pager.owner);
     writer.KeyIfAny("port", pager.port);
+    writer.KeyIfAny("node", pager.node);
     writer.Key("type", pager.type);
     writer.Key("number", pager.number);
     writer.Key("retries", pager.retries);
@@ -182,6 +184,14 @@ std::string WriteSite(const Site& site) {
     if (site.page_resolved.value) {
         writer.Table("[resolved]");
         writer.Key("page", site.page_resolved);
+    }
+    if (!site.unknown_outcome.value.empty() && site.unknown_outcome.value != kSendAgain) {
+        writer.Table("[site]");
+        writer.Key("unknown_outcome", site.unknown_outcome);
+    }
+    for (const SiteNode& node : site.nodes) {
+        writer.Table("[[node]]");
+        writer.Key("name", node.name);
     }
     for (const Port& port : site.ports) {
         WritePort(writer, port);

@@ -11,14 +11,17 @@ namespace {
 
 std::vector<const SaidText*> TextsOf(const Site& site) {
     std::vector<const SaidText*> texts;
+    for (const SiteNode& node : site.nodes) {
+        texts.push_back(&node.name);
+    }
     for (const Port& port : site.ports) {
         texts.insert(texts.end(),
-                     {&port.name, &port.device, &port.init, &port.reset, &port.pager.dial,
-                      &port.pager.prompt, &port.sms1.dial, &port.sms2.dial});
+                     {&port.name, &port.device, &port.node, &port.init, &port.reset,
+                      &port.pager.dial, &port.pager.prompt, &port.sms1.dial, &port.sms2.dial});
     }
     for (const Pager& pager : site.pagers) {
-        texts.insert(texts.end(),
-                     {&pager.description, &pager.owner, &pager.port, &pager.number, &pager.hours});
+        texts.insert(texts.end(), {&pager.description, &pager.owner, &pager.port, &pager.node,
+                                   &pager.number, &pager.hours});
     }
     for (const TimeModel& model : site.timeModels) {
         texts.push_back(&model.name);

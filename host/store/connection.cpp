@@ -5,6 +5,7 @@
 
 #include "host/store/database_name.h"
 #include "host/store/driver.h"
+#include "host/store/tables/nodes.h"
 
 namespace host {
 namespace {
@@ -124,6 +125,14 @@ bool Connection::TookEffect(const StoreInDoubt& doubt) {
     return driver_->TookEffect(doubt.Transaction());
 }
 
+std::string Connection::Clock() const {
+    return driver_->Asks().clock;
+}
+
+std::string Connection::MakesClock() const {
+    return driver_->Asks().makes_clock;
+}
+
 bool Connection::InTransaction() const {
     return driver_->InTransaction();
 }
@@ -233,16 +242,22 @@ int64_t Statement::FirstNumber() {
 
 WriteTransaction::WriteTransaction(Connection& connection) : connection_(connection) {
     connection_.driver_->Begin();
-    if (connection_.held_ == nullptr) {
-        return;
-    }
     try {
-        connection_.held_->Replay(connection_);
+        Begin();
     } catch (...) {
         RollBack();
         throw;
     }
-    connection_.record_ = &writes_;
+}
+
+void WriteTransaction::Begin() {
+    if (connection_.tenure_) {
+        RequireTenure(connection_, *connection_.tenure_);
+    }
+    if (connection_.held_ != nullptr) {
+        connection_.held_->Replay(connection_);
+        connection_.record_ = &writes_;
+    }
 }
 
 WriteTransaction::~WriteTransaction() {

@@ -74,6 +74,21 @@ struct Features {
     bool is_file;        // its name is a path: it can be away, replaced, copied, and on a full disk
     bool keeps_refused;  // what the file system refuses may be kept, see held_writes.h
     bool hides_large;    // while AnyLength lives, cells that are too large are seen as empty
+    bool spans_hosts;    // programs of several hosts may have it open at once
+};
+
+// Whose a process is that writes: a node in one of its terms, or a line of it. A term ends when
+// another has taken the node's lease, see tables/nodes.h.
+struct Tenure {
+    std::string node;
+    int64_t term = 0;
+    std::string line = {};  // empty: the node itself
+};
+
+// What was to be written belongs to another by now: the writer's term is over. Nothing was written.
+class NotOurs : public StoreError {
+ public:
+    using StoreError::StoreError;
 };
 
 class Connection {
@@ -102,6 +117,13 @@ class Connection {
     // From now on a transaction that the file system refuses is kept, see held_writes.h, and what
     // is kept is seen: where the database can do so. held outlives the connection.
     void KeepRefused(HeldWrites& held);
+
+    // From now on each transaction begins with the proof that the tenure holds, and throws NotOurs
+    // where it doesn't: whoever ends it writes, too, and so can't do so before the transaction
+    // ends.
+    void WriteAs(Tenure tenure) { tenure_ = std::move(tenure); }
+
+    bool HasTenure() const { return tenure_.has_value(); }
 
     // The end of the connection leaves the files beside the database as they are: they may be those
     // of another that has its name by now.
@@ -140,6 +162,9 @@ class Connection {
     bool HasTables();
     // The statement for a trigger on AlarmLog: an alarm that was acknowledged stays so.
     const char* StaysAcknowledged() const;
+    // For statements: the clock that all hosts agree on, in milliseconds; and what makes it.
+    std::string Clock() const;
+    std::string MakesClock() const;
 
     bool InTransaction() const;
     // What became of a commit that was in doubt. StoreAway while that can't be known.
@@ -175,6 +200,7 @@ class Connection {
     const std::unique_ptr<Driver> driver_;
     KeptStatements kept_;  // those not in use; ended before the driver
     HeldWrites* held_ = nullptr;
+    std::optional<Tenure> tenure_;
     std::vector<HeldWrite>* record_ = nullptr;  // of the transaction that stands
     int in_sight_ = 0;                          // statements in use
     std::unique_ptr<WriteTransaction> around_;  // ... and the transaction around them
@@ -232,6 +258,7 @@ class WriteTransaction {
     void Commit();
 
  private:
+    void Begin();
     void RollBack() noexcept;
 
     Connection& connection_;

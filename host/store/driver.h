@@ -48,6 +48,8 @@ struct Questions {
     std::string (*set_made_by)(int64_t version);
     const char* stays_acknowledged;
     const char* go_on_at;
+    const char* clock;        // an expression: the database's own clock, in ms since 1970
+    const char* makes_clock;  // what that needs, once; empty: nothing
 };
 
 class Driver {

@@ -55,4 +55,8 @@ void ReportMended(std::string_view message) noexcept {
     Report(FaultNews::kMended, message);
 }
 
+void ReportEnd(std::string_view message) noexcept {
+    Report(FaultNews::kEnd, message);
+}
+
 }  // namespace host

@@ -5,7 +5,7 @@
 // unseen, each one is also told in words to whoever looks after the host.
 //
 // Threads    Any. The listener is called by the thread that met the failure, one call at a time.
-// Errors     None leave ReportFault and ReportMended.
+// Errors     None leave the Report functions.
 #ifndef PAGERFWD_HOST_STORE_FAULTS_H
 #define PAGERFWD_HOST_STORE_FAULTS_H
 
@@ -14,7 +14,11 @@
 
 namespace host {
 
-enum class FaultNews { kFault, kMended };  // mended: what had been told before has passed
+enum class FaultNews {
+    kFault,
+    kMended,  // what had been told before has passed
+    kEnd,     // this process writes no more: its term is over
+};
 using FaultListener = std::function<void(FaultNews news, std::string_view message)>;
 
 // Replaces the listener and returns the one before. Until the first call, and after one with an
@@ -23,6 +27,7 @@ FaultListener SetFaultListener(FaultListener listener);
 
 void ReportFault(std::string_view message) noexcept;
 void ReportMended(std::string_view message) noexcept;
+void ReportEnd(std::string_view message) noexcept;
 
 }  // namespace host
 

@@ -66,6 +66,15 @@ bool HasOrphans(Connection& connection, OwnerLock& owners) {
     return !OwnersThatEnded(connection, owners).empty();
 }
 
+void BringBackOf(Connection& connection, const std::string& line) {
+    const std::vector<Term> of_line = {{"line", "=", line}};
+    const std::string hidden = " WHERE hidden_by IS NOT NULL AND line = ?";
+    WriteTransaction transaction(connection);
+    WriteHistory(connection, {kBroughtBack}, hidden, of_line);
+    ChangeRows(connection, "UPDATE AlarmFwd_PagerEvents SET hidden_by = NULL" + hidden, of_line);
+    transaction.Commit();
+}
+
 void BringBackOrphans(Connection& connection, OwnerLock& owners) {
     for (const int32_t owner : OwnersThatEnded(connection, owners)) {
         const std::string number = std::to_string(owner);

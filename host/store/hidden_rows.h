@@ -19,6 +19,7 @@
 #define PAGERFWD_HOST_STORE_HIDDEN_ROWS_H
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -46,6 +47,10 @@ void DropHidden(Connection& connection, const std::vector<Term>& key);
 
 // Whether there is anything to bring back: cheap, and asked outside a transaction.
 bool HasOrphans(Connection& connection, OwnerLock& owners);
+
+// On a site of several hosts the number of a process says nothing on another host. There a line
+// brings its own back when it starts, before it hides any, and no other process does.
+void BringBackOf(Connection& connection, const std::string& line);
 
 // Brings back what processes have hidden that have ended since.
 void BringBackOrphans(Connection& connection, OwnerLock& owners);

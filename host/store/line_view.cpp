@@ -75,6 +75,10 @@ void SetLineView(std::optional<LineView> view) {
     TheView() = std::move(view);
 }
 
+bool ShowsPages() {
+    return !TheView() || TheView()->shows_pages;
+}
+
 std::string PortInView(std::string_view port) {
     const std::optional<LineView>& view = TheView();
     if (!view) {

@@ -36,6 +36,9 @@ struct LineView {
 // None: everything is shown, as it is.
 void SetLineView(std::optional<LineView> view);
 
+// Whether any pages are shown.
+bool ShowsPages();
+
 // The port of a pager as the library sees it, for a call that names one.
 std::string PortInView(std::string_view port);
 

@@ -63,7 +63,9 @@ const TableLayout& OpenDatabase::Layout(std::string_view table) {
     }
     const std::shared_ptr<const TableLayout> layout =
         lease_.Layouts().Find(lease_.Database(), table);
-    if (layout->table == FindTable(kEvents) && HasOrphans(lease_.Database(), lease_.Owners())) {
+    const bool by_others = lease_.Database().HasTenure() || !ShowsPages();
+    if (layout->table == FindTable(kEvents) && !by_others &&
+        HasOrphans(lease_.Database(), lease_.Owners())) {
         Commit([this] {
             BringBackOrphans(lease_.Database(), lease_.Owners());
             return 0;

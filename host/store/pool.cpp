@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -57,6 +58,10 @@ class DatabaseFile {
     HeldWrites& Held() { return held_; }
 
     void KeepRefused() { keeps_refused_ = true; }
+    void WriteAs(const Tenure& tenure) {
+        const std::lock_guard guard(mutex_);
+        tenure_ = tenure;
+    }
 
     std::unique_ptr<PooledConnection> Take() {
         std::unique_ptr<PooledConnection> lent = TakeIdle();
@@ -66,6 +71,10 @@ class DatabaseFile {
         }
         if (keeps_refused_) {
             lent->connection.KeepRefused(held_);
+        }
+        const std::lock_guard guard(mutex_);
+        if (tenure_) {
+            lent->connection.WriteAs(*tenure_);
         }
         return lent;
     }
@@ -111,6 +120,7 @@ class DatabaseFile {
     std::atomic<bool> keeps_refused_{false};
     std::mutex mutex_;
     bool closed_ = false;                                  // guarded by mutex_
+    std::optional<Tenure> tenure_;                         // guarded by mutex_
     std::vector<std::unique_ptr<PooledConnection>> idle_;  // guarded by mutex_
 };
 
@@ -171,6 +181,10 @@ FileNamed Lease::Named() const {
 
 size_t Lease::CountHeld() {
     return file_->Held().Count();
+}
+
+void WriteAs(const std::string& path, const Tenure& tenure) {
+    FindFile(path)->WriteAs(tenure);
 }
 
 void CloseDatabases() {

@@ -56,6 +56,10 @@ class Lease {
     std::unique_ptr<PooledConnection> lent_;
 };
 
+// From now on this process writes to the database for a node's term, or not at all; it holds for
+// every lease that is taken from now on.
+void WriteAs(const std::string& path, const Tenure& tenure);
+
 // Closes every connection that isn't lent; one that is, closes when it comes back.
 void CloseDatabases();
 

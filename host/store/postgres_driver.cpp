@@ -28,7 +28,7 @@ class PostgresDriver final : public Driver {
     PostgresDriver(const std::string& name, Connection::Mode mode) : session_(name, mode) {}
 
     const Features& Can() const override {
-        static const Features features{false, false, true};
+        static const Features features{false, false, true, true};
         return features;
     }
     const Questions& Asks() const override { return PostgresQuestions(); }

@@ -90,6 +90,7 @@ const std::vector<TableRights>& AllTables() {
         {"Host_Sends", "SD", "SI", "S"},
         // Lines, and what is asked of them.
         {"Host_Lines", "SIUD", "SIU", "SIU"},
+        {"Host_Nodes", "SIU", "S", "S"},
         {"Host_PageRequests", "SD", "", "SID"},
         {"Host_TestPages", "SUD", "SU", "SID"},
     };

@@ -12,7 +12,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 6;
+constexpr int64_t kVersion = 7;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -121,6 +121,26 @@ constexpr const char* kTokenParts =
     " made INTEGER NOT NULL, used INTEGER NOT NULL, id TEXT NOT NULL UNIQUE, hash TEXT NOT NULL)"
     " WITHOUT ROWID;";
 
+// What a site of several hosts needs besides.
+//   node                of a port: whose line it is; of a pager: whose lines it is paged by; of a
+//                       line: who serves it, see tables/nodes.h
+//   page_alarm ...      of a line: the page that may be on it
+//   unknown             of a delivery: its page may have left, and an operator is to say
+//   asked_on            of a test page: the host
+constexpr const char* kNodeParts =
+    "ALTER TABLE AlarmFwd_COMProperties ADD COLUMN node TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE AlarmFwd_PagerSetting ADD COLUMN node TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Lines ADD COLUMN node TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Lines ADD COLUMN page_alarm TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Lines ADD COLUMN page_group TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Lines ADD COLUMN page_pager TEXT NOT NULL DEFAULT '';"
+    "ALTER TABLE Host_Deliveries ADD COLUMN unknown INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE Host_TestPages ADD COLUMN asked_on TEXT NOT NULL DEFAULT '';"
+    "CREATE TABLE Host_Nodes (node TEXT PRIMARY KEY, place INTEGER NOT NULL DEFAULT -1,"
+    " term INTEGER NOT NULL DEFAULT 0, holder TEXT NOT NULL DEFAULT '',"
+    " valid_until INTEGER NOT NULL DEFAULT 0, leads INTEGER NOT NULL DEFAULT 0,"
+    " drained INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;";
+
 // They wrote the history.
 constexpr const char* kFormerTriggers =
     "DROP TRIGGER IF EXISTS Events_Written;"
@@ -150,7 +170,8 @@ char Lower(char c) {
 }
 
 // What makes the tables of a version those of the present one, in order.
-std::vector<std::string> StepsFrom(int64_t version, const char* stays_acknowledged) {
+std::vector<std::string> StepsFrom(int64_t version, const std::string& stays_acknowledged,
+                                   const std::string& makes_clock) {
     std::vector<std::string> steps;
     if (version < 1) {
         for (const Table& table : Tables()) {
@@ -177,6 +198,12 @@ std::vector<std::string> StepsFrom(int64_t version, const char* stays_acknowledg
     }
     if (version < 6) {
         steps.emplace_back(kTokenParts);
+    }
+    if (version < 7) {
+        steps.emplace_back(kNodeParts);
+        if (!makes_clock.empty()) {
+            steps.push_back(makes_clock);
+        }
     }
     return steps;
 }
@@ -241,7 +268,8 @@ Made CreateTables(Connection& connection) {
     if (version == 0 && connection.HasTables()) {
         throw StoreError(connection.Name() + ": holds tables of another program");
     }
-    for (const std::string& step : StepsFrom(version, connection.StaysAcknowledged())) {
+    for (const std::string& step :
+         StepsFrom(version, connection.StaysAcknowledged(), connection.MakesClock())) {
         connection.Execute(step);
     }
     connection.SetMadeBy(kVersion);
@@ -250,7 +278,8 @@ Made CreateTables(Connection& connection) {
 }
 
 std::vector<std::string> NewTables(const Questions& questions) {
-    std::vector<std::string> steps = StepsFrom(0, questions.stays_acknowledged);
+    std::vector<std::string> steps =
+        StepsFrom(0, questions.stays_acknowledged, questions.makes_clock);
     steps.push_back(questions.set_made_by(kVersion));
     return steps;
 }

@@ -142,6 +142,8 @@ constexpr Questions kQuestions = {
     " UPDATE AlarmLog SET pagerstate = '1' WHERE row_id = NEW.row_id; END",
     // It looks at the rows themselves.
     "SELECT ?, ?",
+    "CAST((julianday('now') - 2440587.5) * 86400000 AS INTEGER)",
+    "",
 };
 
 struct Closer {
@@ -236,7 +238,7 @@ class SqliteDriver final : public Driver {
     SqliteDriver(const std::string& path, Connection::Mode mode);
 
     const Features& Can() const override {
-        static const Features features{true, true, false};
+        static const Features features{true, true, false, false};
         return features;
     }
 

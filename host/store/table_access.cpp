@@ -56,6 +56,9 @@ template <typename Work>
 int32_t Try(const Deed& deed, Work work) noexcept {
     try {
         return work();
+    } catch (const NotOurs& end) {
+        ReportEnd(end.what());
+        return kFailed;
     } catch (const std::exception& fault) {
         try {
             const char* about = deed.about == nullptr ? "(no name)" : deed.about;

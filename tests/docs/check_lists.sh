@@ -35,7 +35,7 @@ keys_in_sources() {
         /^[A-Za-z<>]+ Read[A-Za-z]+\(/ { s/^[A-Za-z<>]+ (Read[A-Za-z]+)\(.*/\1/; h; b }
         /^void ReadDocument\(/ { s/.*/ReadDocument/; h; b }
         /[a-z]+\.(Text|Texts|Number|Flag)\("/ {
-            s/.*\.(Text|Texts|Number|Flag)\("([a-z]+)"(, *([^)]*))?\).*/\2 \4/
+            s/.*\.(Text|Texts|Number|Flag)\("([a-z_]+)"(, *([^)]*))?\).*/\2 \4/
             / (true|false)$/! s/ [a-zA-Z.]+$/ /
             G; s/^([^\n]*)\n(.*)$/\2 \1/; p
         }' host/site/site_file.cpp
@@ -49,6 +49,8 @@ heading_of() {
         ReadHeartbeat) echo '## `[heartbeat]`' ;;
         ReadResolved) echo '## `[resolved]`' ;;
         ReadAlertmanager) echo '## `[alertmanager]`' ;;
+        ReadUnknownOutcome) echo '## `[site]`' ;;
+        ReadNode) echo '## `[[node]]`' ;;
         ReadPort) echo '## `[[port]]`' ;;
         ReadPagerService) echo '### `[port.pager]`' ;;
         ReadSmsService) echo '### `[port.sms1]` and `[port.sms2]`' ;;
@@ -64,7 +66,7 @@ heading_of() {
 keys_in_guide() {
     awk '
         /^#/ { heading = $0 }
-        /^\| `[a-z]+` \|/ {
+        /^\| `[a-z_]+` \|/ {
             split($0, cell, / \| /); sub(/^\| /, "", cell[1])
             gsub(/`/, "", cell[1])
             default_value = ""

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kSelectDelivery =
     "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer, line,"
-    " tries FROM "
+    " tries, unknown FROM "
     "Host_Deliveries ";
 
 // An alarm without a severity is the mildest.
@@ -24,11 +24,11 @@ std::vector<Delivery> ReadDeliveries(Statement& statement) {
     while (statement.Step()) {
         const bool answered = statement.Number(5) != 0;
         const auto answer = static_cast<int32_t>(statement.Number(6));
-        deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
-                              WithoutControls(statement.Text(2)),
-                              WithoutControls(statement.Text(3)), statement.Number(4),
-                              answered ? std::optional<int32_t>(answer) : std::nullopt,
-                              std::string(statement.Text(7)), statement.Number(8)});
+        deliveries.push_back(
+            {std::string(statement.Text(0)), statement.Number(1),
+             WithoutControls(statement.Text(2)), WithoutControls(statement.Text(3)),
+             statement.Number(4), answered ? std::optional<int32_t>(answer) : std::nullopt,
+             std::string(statement.Text(7)), statement.Number(8), statement.Number(9) != 0});
     }
     return deliveries;
 }
@@ -147,7 +147,8 @@ std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string
 
 std::vector<Delivery> OwedDeliveries(Connection& connection) {
     Statement statement(connection, std::string(kSelectDelivery) +
-                                        "WHERE answer IS NULL AND EXISTS (SELECT 1 FROM AlarmLog"
+                                        "WHERE answer IS NULL AND unknown = 0"
+                                        " AND EXISTS (SELECT 1 FROM AlarmLog"
                                         " WHERE alarmlogID = Host_Deliveries.alarm"
                                         " AND alarmack IN ('', '0') AND pagerstate <> '1')");
     return ReadDeliveries(statement);
@@ -178,7 +179,7 @@ bool GiveToLine(Connection& connection, const Delivery& delivery, const std::str
     WriteTransaction transaction(connection);
     Statement(connection,
               "UPDATE Host_Deliveries SET line = ? WHERE alarm = ? AND place = ?"
-              " AND answer IS NULL AND line = ''")
+              " AND answer IS NULL AND line = '' AND unknown = 0")
         .Bind(line)
         .Bind(delivery.alarm)
         .Bind(delivery.place)
@@ -198,6 +199,14 @@ void SetDeliveryLine(Connection& connection, const Delivery& delivery, const std
 
 void ForgetTries(Connection& connection, const Delivery& delivery) {
     Statement(connection, "UPDATE Host_Deliveries SET tries = 0 WHERE alarm = ? AND place = ?")
+        .Bind(delivery.alarm)
+        .Bind(delivery.place)
+        .Run();
+}
+
+void SetUnknown(Connection& connection, const Delivery& delivery, bool unknown) {
+    Statement(connection, "UPDATE Host_Deliveries SET unknown = ? WHERE alarm = ? AND place = ?")
+        .Bind(int64_t{unknown})
         .Bind(delivery.alarm)
         .Bind(delivery.place)
         .Run();

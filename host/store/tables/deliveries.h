@@ -28,6 +28,7 @@ struct Delivery {
     std::optional<int32_t> answer;  // none: open
     std::string line = {};          // that has it, or is to have it; empty: none yet
     int64_t tries = 0;              // by the lines that it was taken from
+    bool unknown = false;           // it may have left: no line gets it until an operator says so
 };
 
 // The library's answers, and the host's own for a call that wasn't needed.
@@ -55,7 +56,7 @@ std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable 
 // Those that a line is to have, in the same order; what is too large to be read is left out.
 std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line);
 
-// Those whose alarm still needs paging.
+// Those whose alarm still needs paging, and which lines may have.
 std::vector<Delivery> OwedDeliveries(Connection& connection);
 // The places of an alarm's open ones.
 std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm);
@@ -73,6 +74,7 @@ void SetDeliveryLine(Connection& connection, const Delivery& delivery, const std
 void ForgetTries(Connection& connection, const Delivery& delivery);
 // Of a page that has none, behind all others of its alarm.
 void AddDelivery(Connection& connection, const PageKey& page);
+void SetUnknown(Connection& connection, const Delivery& delivery, bool unknown);
 // Without a line. tries: of the line that had it.
 void OpenAgain(Connection& connection, const Delivery& delivery, int64_t tries);
 

@@ -2,6 +2,7 @@
 // reckoning_test.cpp.
 #include "host/store/tables/events.h"
 
+#include "host/store/schema.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/states.h"
 
@@ -63,6 +64,19 @@ void EndEvent(Connection& connection, int64_t row, const char* change, const std
 void RemoveEvent(Connection& connection, int64_t row, const char* change, const std::string& why) {
     WriteHistoryOf(connection, row, {change, nullptr, nullptr, why});
     Statement(connection, "DELETE FROM AlarmFwd_PagerEvents WHERE row_id = ?").Bind(row).Run();
+}
+
+void AddEndedEvent(Connection& connection, const PageKey& page, const char* state,
+                   const std::string& why) {
+    Statement(connection,
+              "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState,"
+              " PagerRetries) VALUES (?, ?, ?, ?, '0')")
+        .Bind(page.alarm)
+        .Bind(page.group)
+        .Bind(page.pager)
+        .Bind(std::string_view(state))
+        .Run();
+    WriteHistory(connection, {kWritten, page.alarm, page.group, page.pager, state, "0", "", why});
 }
 
 void SetEventLine(Connection& connection, const PageKey& page, const std::string& line) {
@@ -175,16 +189,17 @@ std::vector<OwedPage> OwedPages(Connection& connection) {
     std::vector<OwedPage> pages;
     Statement statement(
         connection,
-        "SELECT alarm, alarm_group, pager, waits, line FROM"
+        "SELECT alarm, alarm_group, pager, waits, line, unknown FROM"
         " (SELECT AlmLogID AS alarm, AlmGroup AS alarm_group, PagerDescr AS pager, 0 AS waits,"
-        "   row_id AS place, line FROM AlarmFwd_PagerEvents WHERE PagerState = '2' UNION ALL"
-        "  SELECT alarm, alarm_group, pager, 1, place, line FROM Host_Deliveries WHERE " +
+        "   row_id AS place, line, 0 AS unknown FROM AlarmFwd_PagerEvents WHERE PagerState = '2' "
+        "UNION ALL"
+        "  SELECT alarm, alarm_group, pager, 1, place, line, unknown FROM Host_Deliveries WHERE " +
             kWaitsForALibrary +
             ") AS owed"
             " ORDER BY CAST(alarm AS INTEGER), waits, place");
     while (statement.Step()) {
-        pages.push_back(
-            {KeyIn(statement), statement.Number(3) != 0, std::string(statement.Text(4))});
+        pages.push_back({KeyIn(statement), statement.Number(3) != 0, std::string(statement.Text(4)),
+                         statement.Number(5) != 0});
     }
     return pages;
 }

@@ -39,6 +39,9 @@ void SetEventState(Connection& connection, int64_t row, const std::string& state
 void EndEvent(Connection& connection, int64_t row, const char* change, const std::string& why);
 // Deletes it, with its history.
 void RemoveEvent(Connection& connection, int64_t row, const char* change, const std::string& why);
+// Of a page that no library has: one that has ended, with its history.
+void AddEndedEvent(Connection& connection, const PageKey& page, const char* state,
+                   const std::string& why);
 // Of a page without a line.
 void SetEventLine(Connection& connection, const PageKey& page, const std::string& line);
 
@@ -94,6 +97,7 @@ struct OwedPage {
     PageKey page;
     bool waits;  // no library has it yet, or any more
     std::string line;
+    bool unknown = false;  // it may have left, and waits for an operator
 };
 // Alarm by alarm; in the order in which they were queued, and behind them those that wait.
 std::vector<OwedPage> OwedPages(Connection& connection);

@@ -25,7 +25,8 @@ std::vector<LineState> ReadWhere(Connection& connection, const std::string& cond
     std::set<std::string> known;
     Statement statement(connection,
                         "SELECT port.Description, port.device, line.health, line.since,"
-                        " line.reason, line.paused, line.doing, line.doing_since, line.pid"
+                        " line.reason, line.paused, line.doing, line.doing_since, line.pid,"
+                        " line.node, port.node"
                         " FROM AlarmFwd_COMProperties AS port LEFT JOIN Host_Lines AS line"
                         " ON line.line = port.Description" +
                             condition + " ORDER BY port.row_id");
@@ -43,6 +44,8 @@ std::vector<LineState> ReadWhere(Connection& connection, const std::string& cond
         line.doing = statement.Text(6);
         line.doing_since = static_cast<std::time_t>(statement.Number(7));
         line.process = statement.Number(8);
+        line.node = statement.Text(9);
+        line.node_of_site = statement.Text(10);
         if (known.insert(line.line).second) {
             lines.push_back(std::move(line));
         }
@@ -137,11 +140,71 @@ void SetProcess(Connection& connection, const std::string& line, int64_t process
         .Commit();
 }
 
+bool ClaimLine(Connection& connection, const std::string& line, const std::string& node) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "INSERT INTO Host_Lines (line) VALUES (?) ON CONFLICT DO NOTHING")
+        .Bind(line)
+        .Run();
+    Statement(connection, "UPDATE Host_Lines SET node = ?2 WHERE line = ?1 AND node IN ('', ?2)")
+        .Bind(line)
+        .Bind(node)
+        .Run();
+    const bool claimed = connection.Changes() > 0;
+    transaction.Commit();
+    return claimed;
+}
+
+std::string NodeOfLine(Connection& connection, const std::string& line) {
+    Statement statement(connection, "SELECT node FROM Host_Lines WHERE line = ?");
+    return statement.Bind(line).Step() ? std::string(statement.Text(0)) : std::string();
+}
+
+void LetGoOfLine(Connection& connection, const std::string& line, const std::string& node) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "UPDATE Host_Lines SET node = '' WHERE line = ? AND node = ?")
+        .Bind(line)
+        .Bind(node)
+        .Run();
+    transaction.Commit();
+}
+
+std::vector<std::string> ClaimedLines(Connection& connection, const std::string& node) {
+    return Statement(connection, "SELECT line FROM Host_Lines WHERE node = ? ORDER BY line")
+        .Bind(node)
+        .Texts();
+}
+
+void FreeLinesOf(Connection& connection, const std::string& node) {
+    Statement(connection,
+              "UPDATE Host_Lines SET node = '', pid = 0, doing = '', page_alarm = '',"
+              " page_group = '', page_pager = '' WHERE node = ?")
+        .Bind(node)
+        .Run();
+}
+
+void SetPageOnLine(Connection& connection, const std::string& line, const PageOnLine& page) {
+    LineChange(connection, line, "page_alarm = ?2, page_group = ?3, page_pager = ?4")
+        .With(page.alarm)
+        .With(page.group)
+        .With(page.pager)
+        .Commit();
+}
+
+PageOnLine FindPageOnLine(Connection& connection, const std::string& line) {
+    Statement statement(connection,
+                        "SELECT page_alarm, page_group, page_pager FROM Host_Lines WHERE line = ?");
+    if (!statement.Bind(line).Step()) {
+        return {};
+    }
+    return {std::string(statement.Text(0)), std::string(statement.Text(1)),
+            std::string(statement.Text(2))};
+}
+
 void ForgetOtherLines(Connection& connection) {
     WriteTransaction transaction(connection);
     connection.Execute(
         "DELETE FROM Host_Lines WHERE line NOT IN"
-        " (SELECT Description FROM AlarmFwd_COMProperties)");
+        " (SELECT Description FROM AlarmFwd_COMProperties) AND node = ''");
     transaction.Commit();
 }
 

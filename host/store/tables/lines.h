@@ -27,7 +27,9 @@ struct LineState {
     bool paused = false;
     std::string doing;  // empty: no process serves it
     std::time_t doing_since = 0;
-    int64_t process = 0;  // 0: none
+    int64_t process = 0;       // 0: none
+    std::string node;          // that serves it; empty: none, or the only one
+    std::string node_of_site;  // whose line it is, by the site file; empty: the only node's
 };
 
 // One for each port of the site, in the order of the ports.
@@ -44,6 +46,28 @@ void SetDoing(Connection& connection, const std::string& line, const std::string
               std::time_t now);
 // 0: it has ended; it does nothing then.
 void SetProcess(Connection& connection, const std::string& line, int64_t process);
+
+// --- On a site of several hosts.
+
+// Which node serves a line, one at a time. False: another does.
+bool ClaimLine(Connection& connection, const std::string& line, const std::string& node);
+// That serves it; empty: none.
+std::string NodeOfLine(Connection& connection, const std::string& line);
+// When its process has ended.
+void LetGoOfLine(Connection& connection, const std::string& line, const std::string& node);
+// Of a node; those that the site knows no more, too.
+std::vector<std::string> ClaimedLines(Connection& connection, const std::string& node);
+// Requires a write transaction: nobody serves them any more, nor does anything there.
+void FreeLinesOf(Connection& connection, const std::string& node);
+
+// The page that may be on the line: texts as the trace has them, which cuts long ones. Empty: none.
+struct PageOnLine {
+    std::string alarm;  // empty: any of the group and the pager
+    std::string group;
+    std::string pager;
+};
+void SetPageOnLine(Connection& connection, const std::string& line, const PageOnLine& page);
+PageOnLine FindPageOnLine(Connection& connection, const std::string& line);
 
 // Forgets lines that are no port of the site any more.
 void ForgetOtherLines(Connection& connection);

@@ -5,15 +5,16 @@ namespace host {
 namespace {
 
 const std::string kSelectPager =
-    "SELECT description, comport, pgtype, pgnumber, timemodel, CAST(retrydelay AS INTEGER)"
-    " FROM AlarmFwd_PagerSetting ";
+    "SELECT description, comport, pgtype, pgnumber, timemodel, CAST(retrydelay AS INTEGER),"
+    " node FROM AlarmFwd_PagerSetting ";
 
 std::vector<PagerRow> PagersIn(Statement& statement) {
     std::vector<PagerRow> pagers;
     while (statement.Step()) {
         pagers.push_back({std::string(statement.Text(0)), std::string(statement.Text(1)),
                           std::string(statement.Text(2)), std::string(statement.Text(3)),
-                          std::string(statement.Text(4)), statement.Number(5)});
+                          std::string(statement.Text(4)), statement.Number(5),
+                          std::string(statement.Text(6))});
     }
     return pagers;
 }
@@ -33,6 +34,13 @@ std::vector<PagerRow> FindPagers(Connection& connection, std::string_view descri
 std::vector<std::string> PagerNames(Connection& connection) {
     return Statement(connection, "SELECT description FROM AlarmFwd_PagerSetting ORDER BY row_id")
         .Texts();
+}
+
+void SetNodeOfPager(Connection& connection, const std::string& pager, const std::string& node) {
+    Statement(connection, "UPDATE AlarmFwd_PagerSetting SET node = ? WHERE description = ?")
+        .Bind(node)
+        .Bind(pager)
+        .Run();
 }
 
 bool IsBoundTo(Connection& connection, const std::string& pager, const std::string& line) {

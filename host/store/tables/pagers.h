@@ -20,7 +20,8 @@ struct PagerRow {
     std::string type;
     std::string number;
     std::string timeModel;
-    int64_t delay = 0;  // minutes
+    int64_t delay = 0;      // minutes
+    std::string node = {};  // a column of the host's own; empty: any node's lines
 };
 
 // In order. Every row of this description; the library reaches a pager only where there is exactly
@@ -28,6 +29,9 @@ struct PagerRow {
 std::vector<PagerRow> ReadPagers(Connection& connection);
 std::vector<PagerRow> FindPagers(Connection& connection, std::string_view description);
 std::vector<std::string> PagerNames(Connection& connection);
+
+// Requires a write transaction.
+void SetNodeOfPager(Connection& connection, const std::string& pager, const std::string& node);
 
 // Whether it names this line.
 bool IsBoundTo(Connection& connection, const std::string& pager, const std::string& line);

@@ -5,10 +5,11 @@ namespace host {
 namespace {
 
 const std::string kSelectPort =
-    "SELECT Description, device, \"select\", PagerDial, SMS1Dial, SMS2Dial, Baud, Init, Reset, *"
+    "SELECT Description, device, \"select\", PagerDial, SMS1Dial, SMS2Dial, Baud, Init, Reset,"
+    " node, *"
     " FROM AlarmFwd_COMProperties ";
 
-constexpr int kFirstOfAll = 9;  // the columns of the star, of which the first is the row's number
+constexpr int kFirstOfAll = 10;  // the columns of the star, of which the first is the row's number
 
 // A row that was written again as it was has another number, and is the same line.
 std::string AllCells(const Statement& statement) {
@@ -20,11 +21,17 @@ std::string AllCells(const Statement& statement) {
 }
 
 PortRow PortIn(const Statement& row) {
-    return {std::string(row.Text(0)),        std::string(row.Text(1)),
-            std::string(row.Text(2)),        std::string(row.Text(3)),
-            std::string(row.Text(4)),        std::string(row.Text(5)),
-            static_cast<int>(row.Number(6)), std::string(row.Text(7)),
-            std::string(row.Text(8)),        AllCells(row)};
+    return {std::string(row.Text(0)),
+            std::string(row.Text(1)),
+            std::string(row.Text(2)),
+            std::string(row.Text(3)),
+            std::string(row.Text(4)),
+            std::string(row.Text(5)),
+            static_cast<int>(row.Number(6)),
+            std::string(row.Text(7)),
+            std::string(row.Text(8)),
+            std::string(row.Text(9)),
+            AllCells(row)};
 }
 
 }  // namespace
@@ -43,14 +50,21 @@ std::optional<PortRow> FindPort(Connection& connection, const std::string& name)
     return statement.Bind(name).Step() ? std::optional<PortRow>(PortIn(statement)) : std::nullopt;
 }
 
-std::vector<std::string> ReadDevices(Connection& connection) {
-    return Statement(connection, "SELECT device FROM AlarmFwd_COMProperties ORDER BY row_id")
-        .Texts();
+std::vector<PlaceOfPort> ReadPlaces(Connection& connection) {
+    std::vector<PlaceOfPort> places;
+    Statement statement(connection,
+                        "SELECT device, node FROM AlarmFwd_COMProperties ORDER BY row_id");
+    while (statement.Step()) {
+        places.push_back({std::string(statement.Text(0)), std::string(statement.Text(1))});
+    }
+    return places;
 }
 
-void SetDevice(Connection& connection, const std::string& port, const std::string& device) {
-    Statement(connection, "UPDATE AlarmFwd_COMProperties SET device = ? WHERE Description = ?")
-        .Bind(device)
+void SetPlace(Connection& connection, const std::string& port, const PlaceOfPort& place) {
+    Statement(connection,
+              "UPDATE AlarmFwd_COMProperties SET device = ?, node = ? WHERE Description = ?")
+        .Bind(place.device)
+        .Bind(place.node)
         .Bind(port)
         .Run();
 }

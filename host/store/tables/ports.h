@@ -23,6 +23,7 @@ struct PortRow {
     int baud = 0;
     std::string init;
     std::string reset;
+    std::string node;   // likewise
     std::string cells;  // all but the row's number, as one text
 };
 
@@ -31,10 +32,15 @@ std::vector<PortRow> ReadPorts(Connection& connection);
 // The first of this name.
 std::optional<PortRow> FindPort(Connection& connection, const std::string& name);
 
+// Where a port is: columns of the host's own.
+struct PlaceOfPort {
+    std::string device;
+    std::string node;
+};
 // Of each port, in order; needs no other column.
-std::vector<std::string> ReadDevices(Connection& connection);
+std::vector<PlaceOfPort> ReadPlaces(Connection& connection);
 // Requires a write transaction.
-void SetDevice(Connection& connection, const std::string& port, const std::string& device);
+void SetPlace(Connection& connection, const std::string& port, const PlaceOfPort& place);
 
 }  // namespace host
 

@@ -1,6 +1,9 @@
 // Test pages asked for. Tested by tests/unit/host/test_pages_test.cpp.
 #include "host/store/tables/test_pages.h"
 
+#include <limits.h>
+#include <unistd.h>
+
 #include <array>
 #include <vector>
 
@@ -15,12 +18,26 @@ struct TestPageRow {
     std::string number;
 };
 
+// Numbers of processes are those of one host.
+std::string HostOf(const Connection& connection) {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    if (connection.Can().spans_hosts) {
+        gethostname(name.data(), name.size() - 1);
+    }
+    return name.data();
+}
+
+// Of this host.
 std::vector<TestPageRow> ReadTestPages(Connection& connection, const std::string& condition) {
     std::vector<TestPageRow> rows;
+    const std::string host = HostOf(connection);
     Statement statement(
         connection,
-        "SELECT row_id, asked_by, pager, line, number FROM Host_TestPages " + condition);
+        "SELECT row_id, asked_by, pager, line, number, asked_on FROM Host_TestPages " + condition);
     while (statement.Step()) {
+        if (!statement.Text(5).empty() && statement.Text(5) != host) {
+            continue;
+        }
         rows.push_back({statement.Number(0), static_cast<int32_t>(statement.Number(1)),
                         std::string(statement.Text(2)), std::string(statement.Text(3)),
                         std::string(statement.Text(4))});
@@ -60,9 +77,10 @@ int64_t Ask(Connection& connection, OwnerLock& owners, const std::array<std::str
     const int64_t me = owners.Mine();
     WriteTransaction transaction(connection);
     Statement insert(connection,
-                     "INSERT INTO Host_TestPages (asked_by, pager, line, number)"
-                     " VALUES (?, ?, ?, ?) RETURNING row_id");
-    insert.Bind(me);
+                     "INSERT INTO Host_TestPages (asked_by, asked_on, pager, line, number)"
+                     " VALUES (?, ?, ?, ?, ?) RETURNING row_id");
+    const std::string host = HostOf(connection);
+    insert.Bind(me).Bind(host);
     for (const std::string& cell : cells) {
         insert.Bind(cell);
     }

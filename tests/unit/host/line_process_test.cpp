@@ -35,7 +35,7 @@ int WaitForEndOf(const LineProcess& process) {
 }
 
 TEST(ProcessOfALine, SaysHowItEnded) {
-    LineProcess process({kEnds}, ".", STDERR_FILENO);
+    LineProcess process({kEnds}, ".", {STDERR_FILENO});
     EXPECT_EQ(kItsStatus, WaitForEndOf(process));
     EXPECT_TRUE(process.HasEnded());
     const std::optional<int> status = process.Ended();
@@ -44,7 +44,7 @@ TEST(ProcessOfALine, SaysHowItEnded) {
 }
 
 TEST(ProcessOfALine, EndsWhenItIsAsked) {
-    LineProcess process({kWaits}, ".", STDERR_FILENO);
+    LineProcess process({kWaits}, ".", {STDERR_FILENO});
     EXPECT_FALSE(process.HasEnded());
     EXPECT_EQ(std::nullopt, process.Ended());
     process.AskToEnd();
@@ -55,7 +55,7 @@ TEST(ProcessOfALine, EndsWhenItIsAsked) {
 TEST(ProcessOfALine, DoesNotOutliveItsOwner) {
     pid_t number = -1;
     {
-        const LineProcess process({kWaits}, ".", STDERR_FILENO);
+        const LineProcess process({kWaits}, ".", {STDERR_FILENO});
         number = process.Number();
         EXPECT_EQ(0, kill(number, 0));
     }
