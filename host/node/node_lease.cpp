@@ -1,4 +1,4 @@
-// A lease, kept. Tested by tests/unit/host/node_lease_test.cpp.
+// A lease, kept. Tested by tests/unit/host/membership_test.cpp.
 #include "host/node/node_lease.h"
 
 #include <fcntl.h>
