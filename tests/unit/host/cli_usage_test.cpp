@@ -134,7 +134,7 @@ TEST_P(HelpOf, SaysHowTheCommandIsCalled) {
 // "  --why TEXT REQUIRED         Why, for whoever asks later", or on two lines what is too long.
 constexpr const char* kExplained =
     "(  (-[a-z],)?--[a-z-]+( [A-Z(\"][^ ]*( [^ ]+)*)?|  [A-Z]+( [^ ]+)*|  [a-z-]+)"
-    "( +([A-Z]|libPagerFwd).*)?| {30}[A-Z].*";
+    "(  +([A-Z]|libPagerFwd).*)?| {30}[A-Z].*";
 
 TEST_P(HelpOf, ExplainsItsWordsInSentences) {
     std::istringstream help(Help());
