@@ -200,6 +200,14 @@ LockFile LockIn(const std::string& folder, const std::string& owner) {
     }
 }
 
+// Who may not write the database may not do so by way of the spool.
+void CheckRight(const std::string& owner) {
+    if (faccessat(AT_FDCWD, owner.c_str(), W_OK, AT_EACCESS) != 0 &&
+        (errno == EACCES || errno == EROFS)) {
+        Fail(owner, std::strerror(errno));
+    }
+}
+
 }  // namespace
 
 std::string NewSpoolName() {
@@ -225,6 +233,7 @@ Spool::Spool(const std::string& database)
 
 std::string Spool::Keep(const std::string& name, const Spooled& what) const {
     try {
+        CheckRight(owner_);
         const Ownership ownership = OwnershipOf(owner_);
         MakeSharedFolder(folder_, ownership);
         WriteFile(folder_, name, TextOf(what), ownership);

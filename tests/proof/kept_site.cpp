@@ -33,6 +33,7 @@ const char* WordFor(host::PageEnd end) {
         case host::PageEnd::kOffLimit:
             return "given-up";
         case host::PageEnd::kAcknowledged:
+        case host::PageEnd::kResolved:  // nothing here is withdrawn
             return "acknowledged";
         case host::PageEnd::kDropped:
         case host::PageEnd::kByHand:

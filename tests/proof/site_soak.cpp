@@ -144,6 +144,7 @@ const char* WordFor(const host::PageStory& page) {
         case host::PageEnd::kOffLimit:
             return "given up";
         case host::PageEnd::kAcknowledged:
+        case host::PageEnd::kResolved:  // nothing here is withdrawn
             return "acknowledged";
         case host::PageEnd::kPending:
             return "pending";
