@@ -7,6 +7,7 @@
 #include "host/store/tables/trail.h"
 #include "host/web/html.h"
 #include "host/web/token.h"
+#include "tests/support/zone.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -21,6 +22,8 @@ using ::testing::Not;
 
 class ThePages : public ServiceTest {
  protected:
+    ThePages() { test_support::UseZone("UTC"); }
+
     std::string TokenWith(const std::string& may) {
         WriteTransaction transaction(connection);
         std::string text = MakeToken(connection, {"maria", may, 0, kNow});
