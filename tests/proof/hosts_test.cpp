@@ -12,7 +12,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <regex>
@@ -130,6 +129,11 @@ class TwoHosts : public ::testing::Test {
     std::string Ask(const std::string& sql) const {
         return test_support::OwnPostgres::Ask(database_, sql);
     }
+    // The node that deals pages out looks at the other's line once a second.
+    void UntilBothServe() const {
+        Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+        std::this_thread::sleep_for(std::chrono::seconds(3));
+    }
     // Which line has a page on it, in the middle of the dialogue with the centre.
     void UntilOnLine(const std::string& line) const {
         Until("a page on " + line, [&] {
@@ -150,17 +154,12 @@ class TwoHosts : public ::testing::Test {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
         }
     }
-    static std::string TextOf(const std::string& file) {
-        std::ifstream text(file);
-        return {std::istreambuf_iterator<char>(text), {}};
-    }
-
     // What the centre has received: how often each alarm.
     std::map<std::string, int> Received() {
         exchange_->Signal(SIGTERM, false);
         exchange_->Await();
         std::map<std::string, int> received;
-        const std::string text = TextOf("exchange.log");
+        const std::string text = ReadFile("exchange.log");
         const std::regex page("5550111: \"[^\"]*/(alarm [0-9]+)");
         for (std::sregex_iterator one(text.begin(), text.end(), page), end; one != end; ++one) {
             ++received[(*one)[1]];
@@ -188,7 +187,7 @@ TEST_F(TwoHosts, LoseNoPageWhenOneIsKilledWithItsLines) {
     MakeSite();
     const auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     Raise(2);
     UntilOnLine("north");
     north->Signal(SIGKILL, true);
@@ -197,7 +196,7 @@ TEST_F(TwoHosts, LoseNoPageWhenOneIsKilledWithItsLines) {
           [&] { return Ask("SELECT count(*) FROM Host_History WHERE change = 'moved'") != "0"; });
     EXPECT_LT(std::chrono::steady_clock::now() - killed, std::chrono::seconds(8));
     UntilAllLeft();
-    EXPECT_THAT(TextOf("south.log"), HasSubstr("was on its line, and may have been sent"));
+    EXPECT_THAT(ReadFile("south.log"), HasSubstr("was on its line, and may have been sent"));
     Judge(2);
 }
 
@@ -205,7 +204,7 @@ TEST_F(TwoHosts, LoseNoPageWhenOnlyTheNodeIsKilled) {
     MakeSite();
     const auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     Raise(2);
     UntilOnLine("north");
     north->Signal(SIGKILL, false);
@@ -217,7 +216,7 @@ TEST_F(TwoHosts, LoseNoPageWhenOneIsStoppedForLongerThanItsLease) {
     MakeSite();
     const auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     Raise(2);
     UntilOnLine("north");
     north->Signal(SIGSTOP, true);
@@ -225,7 +224,7 @@ TEST_F(TwoHosts, LoseNoPageWhenOneIsStoppedForLongerThanItsLease) {
           [&] { return Ask("SELECT count(*) FROM Host_History WHERE change = 'moved'") != "0"; });
     north->Signal(SIGCONT, true);
     UntilAllLeft();
-    EXPECT_THAT(TextOf("north.log"), HasSubstr("it begins anew"));
+    EXPECT_THAT(ReadFile("north.log"), HasSubstr("it begins anew"));
     EXPECT_EQ("3", Ask("SELECT term FROM Host_Nodes WHERE node = 'north'"));
     Judge(2);
 }
@@ -234,7 +233,7 @@ TEST_F(TwoHosts, SendNoPageTwiceWhenOneIsDrained) {
     MakeSite();
     const auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     Raise(2);
     UntilOnLine("north");
     EXPECT_EQ(0, Pagerfwd({"node", "drain", "north"}).exit_code);
@@ -247,7 +246,7 @@ TEST_F(TwoHosts, SendNoPageTwiceWhenOneEndsInOrder) {
     MakeSite();
     auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     Raise(2);
     UntilOnLine("north");
     north->Signal(SIGTERM, false);
@@ -290,7 +289,7 @@ TEST_F(TwoHosts, StartAtOneInstantOnAnEmptySite) {
     MakeSite();
     const auto north = Run("north");
     const auto south = Run("south");
-    Until("both", [&] { return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0") == "2"; });
+    UntilBothServe();
     EXPECT_EQ("2", Ask("SELECT count(*) FROM Host_Nodes WHERE term = 1"));
     EXPECT_EQ("1", Ask("SELECT count(*) FROM Host_Nodes WHERE leads = 1"));
     Raise(2);
