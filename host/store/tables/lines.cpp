@@ -200,12 +200,4 @@ PageOnLine FindPageOnLine(Connection& connection, const std::string& line) {
             std::string(statement.Text(2))};
 }
 
-void ForgetOtherLines(Connection& connection) {
-    WriteTransaction transaction(connection);
-    connection.Execute(
-        "DELETE FROM Host_Lines WHERE line NOT IN"
-        " (SELECT Description FROM AlarmFwd_COMProperties) AND node = ''");
-    transaction.Commit();
-}
-
 }  // namespace host

@@ -69,9 +69,6 @@ struct PageOnLine {
 void SetPageOnLine(Connection& connection, const std::string& line, const PageOnLine& page);
 PageOnLine FindPageOnLine(Connection& connection, const std::string& line);
 
-// Forgets lines that are no port of the site any more.
-void ForgetOtherLines(Connection& connection);
-
 const char* WordOf(Health health);
 
 }  // namespace host

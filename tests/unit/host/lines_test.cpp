@@ -68,12 +68,5 @@ TEST_F(Lines, DoNothingWithoutAProcess) {
     EXPECT_EQ("", South().doing);
 }
 
-TEST_F(Lines, AreForgottenWithTheirPort) {
-    SetPaused(connection, "south", true);
-    SetPaused(connection, "north", true);
-    ForgetOtherLines(connection);
-    EXPECT_THAT(Rows("line FROM Host_Lines"), ElementsAre("south"));
-}
-
 }  // namespace
 }  // namespace host
