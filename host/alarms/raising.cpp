@@ -85,7 +85,7 @@ Withdrawn WithdrawBy(Connection& connection, const std::string& number, const Do
 
 std::optional<std::string> WithdrawBy(Connection& connection, const AlarmKey& key,
                                       const Doer& doer) {
-    const std::optional<std::string> number = OpenAlarmOf(connection, key);
+    std::optional<std::string> number = OpenAlarmOf(connection, key);
     if (number) {
         WithdrawBy(connection, *number, doer);
     }

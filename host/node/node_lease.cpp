@@ -8,14 +8,13 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <csignal>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
 
 #include "host/process/database_locks.h"
+#include "host/process/lease_record.h"
 #include "host/process/signals_held.h"
 
 namespace host {
@@ -24,21 +23,15 @@ namespace {
 constexpr int kPeriodsValid = 5;
 constexpr int kPeriodsOfLines = 3;
 
-// What a holder begins with that is of this host; its number stands behind it.
-std::string OfThisHost() {
+std::string ThisProcess() {
     std::array<char, HOST_NAME_MAX + 1> name{};
     gethostname(name.data(), name.size() - 1);
-    return std::string(name.data()) + ", process ";
+    return std::string(name.data()) + ", process " + std::to_string(getpid());
 }
 
-// Whoever starts here has the lock that the lines inherit, and so they are no more, either.
-bool IsKnownToBeDead(const std::string& holder) {
-    const std::string here = OfThisHost();
-    if (holder.compare(0, here.size(), here) != 0) {
-        return false;
-    }
-    const auto process = static_cast<pid_t>(std::strtol(holder.c_str() + here.size(), nullptr, 10));
-    return process > 0 && kill(process, 0) != 0 && errno == ESRCH;
+// Of this host, whose lock we have by now: neither it nor its lines are there any more.
+std::string DeadHolder(const NodeLease::Terms& terms, const NodeState& node) {
+    return WasOfThisHost(terms.database, {terms.node, node.term, node.holder}) ? node.holder : "";
 }
 
 // The same holder has renewed it: he lives.
@@ -48,13 +41,14 @@ bool WasRenewed(const NodeState& before, const NodeState& now) {
 
 std::optional<Tenure> AwaitLease(Connection& connection, const NodeLease::Terms& terms,
                                  const std::function<bool(std::chrono::milliseconds)>& wait) {
-    const std::string me = OfThisHost() + std::to_string(getpid());
+    const std::string me = ThisProcess();
     std::optional<NodeState> before;
     for (;;) {
         const std::optional<NodeState> now = FindNode(connection, terms.node);
-        const std::string dead = now && IsKnownToBeDead(now->holder) ? now->holder : "";
+        const std::string dead = now ? DeadHolder(terms, *now) : "";
         if (auto tenure =
                 TakeLease(connection, terms.node, me, terms.period * kPeriodsValid, dead)) {
+            RecordLease(terms.database, {terms.node, tenure->term, me});
             return tenure;
         }
         if (before && now && WasRenewed(*before, *now)) {
@@ -108,12 +102,13 @@ void NodeLease::StopKeeping() {
     }
 }
 
+// A wait that something interrupts isn't the end: without renewals no line would work any more.
 void NodeLease::Keep() {
     std::unique_ptr<Connection> connection;
     pollfd end{awaited_.Number(), POLLIN, 0};
     do {
         Renew(connection);
-    } while (!lost_ && poll(&end, 1, static_cast<int>(terms_.period.count())) == 0);
+    } while (!lost_ && poll(&end, 1, static_cast<int>(terms_.period.count())) <= 0);
 }
 
 // Where it fails, the next may work; the node itself tells that the database doesn't.

@@ -3,8 +3,8 @@
 //
 //   node     `pagerfwd run`
 //   line     the processes that it starts
-//   web      `pagerfwd web`, and whoever raises, acknowledges and asks: `alarm`, `page`, `line`,
-//   `test` reader   whoever looks: at all of it, but for what secrets are known by
+//   web      `pagerfwd web`, and whoever raises, acknowledges and asks by command
+//   reader   whoever looks: at all of it, but for what secrets are known by
 //
 // The tables themselves belong to whoever made them, who also imports site files and makes tokens.
 //

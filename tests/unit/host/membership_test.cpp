@@ -11,6 +11,7 @@
 #include <array>
 
 #include "host/process/database_locks.h"
+#include "host/process/lease_record.h"
 #include "host/store/tables/deliveries.h"
 #include "host/store/tables/lines.h"
 #include "tests/unit/host/service_test.h"
@@ -83,6 +84,7 @@ TEST_F(AMember, IsRefusedWhereAnotherOfItsNameRuns) {
     Nodes({"north", "south"});
     Node first(database, "north", log);
     EXPECT_TRUE(first.Join());
+    RecordLease(database, {});  // on another host
     Connection other(database);
     Membership second(database, {"north", std::chrono::seconds(60)}, Encoding::kLatin1, log);
     // It sees the first one renew its lease.
@@ -92,6 +94,28 @@ TEST_F(AMember, IsRefusedWhereAnotherOfItsNameRuns) {
                                  return true;
                              }),
                  InUse);
+}
+
+TEST_F(AMember, TakesItsOwnLeaseAtOnceFromOneThatDiedHere) {
+    Nodes({"north", "south"});
+    TakeLease(connection, "north", "alpha, process 71", std::chrono::seconds(60));
+    RecordLease(database, {"north", 1, "alpha, process 71"});
+    Node north(database, "north", log);
+    EXPECT_TRUE(north.member.Join(north.connection, [](std::chrono::milliseconds) {
+        ADD_FAILURE() << "waits for it";
+        return false;
+    }));
+}
+
+TEST_F(AMember, WaitsForALeaseThatIsOfAnotherHostOfTheSameName) {
+    Nodes({"north", "south"});
+    std::array<char, HOST_NAME_MAX + 1> host{};
+    gethostname(host.data(), host.size() - 1);
+    TakeLease(connection, "north", host.data() + std::string(", process 999999999"),
+              std::chrono::seconds(60));
+    Node north(database, "north", log);
+    EXPECT_FALSE(
+        north.member.Join(north.connection, [](std::chrono::milliseconds) { return false; }));
 }
 
 TEST_F(AMember, LeadsWhereItIsTheFirst) {
