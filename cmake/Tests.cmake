@@ -17,8 +17,9 @@ target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/g
 # SUMMER: its tests run a second time, in a zone that has summer time (tests/support/zone.h); not
 # under a sanitizer, which finds nothing else there.
 # REAL: neither simulated lines nor virtual clock, for tests with a server that knows none.
+# LONG: begun before the others, so that none is left alone at the end.
 function(pagerfwd_test name)
-    cmake_parse_arguments(ARG "ALONE;SUMMER;REAL" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE;SUMMER;REAL;LONG" "" "SOURCES;LINKS" ${ARGN})
     set(simulation -Wl,--no-as-needed pagersim_preload -Wl,--as-needed)
     if(ARG_REAL)
         set(simulation)
@@ -32,6 +33,9 @@ function(pagerfwd_test name)
     # The program whole, not each of its tests: most of them take less time than its start.
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 1800 RUN_SERIAL ${ARG_ALONE})
+    if(ARG_LONG)
+        set_tests_properties(${name} PROPERTIES COST 100)
+    endif()
     if(ARG_SUMMER AND NOT PAGERFWD_SANITIZE)
         add_test(NAME ${name}_in_summer_zone COMMAND ${name} --gtest_brief=1)
         set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 1800
