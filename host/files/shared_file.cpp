@@ -89,15 +89,15 @@ Descriptor OpenShared(const std::string& path, int flags) {
 
 // Closed before it has its name: a program that locks the file by that name would lose its locks to
 // the closing, if it were this one.
-void MakeShared(const std::string& path, const Ownership& ownership) {
+void MakeShared(const std::string& path, const Ownership& ownership, off_t size) {
     std::string name = path + ".XXXXXX";
     Descriptor made(mkostemp(name.data(), O_CLOEXEC));
     if (!made.IsOpen()) {
         throw FileError(WhyNot(path, errno));
     }
-    const bool owned = TakesAfter(made, ownership);
+    const bool complete = TakesAfter(made, ownership) && ftruncate(made.Number(), size) == 0;
     made = Descriptor();
-    const bool done = owned && (link(name.c_str(), path.c_str()) == 0 || errno == EEXIST);
+    const bool done = complete && (link(name.c_str(), path.c_str()) == 0 || errno == EEXIST);
     const int error = errno;
     unlink(name.c_str());
     if (!done) {

@@ -38,8 +38,8 @@ Descriptor OpenShared(const std::string& path, int flags);
 // The same, and makes the file, empty, where there is none.
 Descriptor OpenOrMakeShared(const std::string& path, int flags, const Ownership& ownership);
 
-// Makes the file unless there is one, whatever that is.
-void MakeShared(const std::string& path, const Ownership& ownership);
+// Makes the file, with so many bytes of 0, unless there is one, whatever that is.
+void MakeShared(const std::string& path, const Ownership& ownership, off_t size = 0);
 
 // A folder with the same owner and group, in which whoever may read or write the file may look and
 // make files. One that is there must be ours, root's or that owner's, and none else may write to

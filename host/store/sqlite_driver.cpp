@@ -70,17 +70,19 @@ bool IsDatabase(const std::string& path) {
     return kBegin == std::string_view(begin.data(), begin.size());
 }
 
-// SQLite gives its journals the mode of the database, but the group of whoever comes first. What
-// can't be done here it says itself. Nothing is opened while this process may have the database
-// open, which has a journal then: closing it would end the locks that SQLite holds.
+// SQLite gives its journals the mode of the database, but the group of whoever comes first. It
+// would do so to an empty one that is there, too; a byte, which begins no journal, keeps it from
+// that. What can't be done here it says itself. Nothing is opened while this process may have the
+// database open, which has a journal then: closing it would end the locks that SQLite holds.
 void MakeJournals(const std::string& path) {
     if (IsThere(path + "-wal") || !IsDatabase(path)) {
         return;
     }
+    constexpr off_t kNotEmpty = 1;
     try {
         const Ownership ownership = OwnershipOf(path);
-        MakeShared(path + "-shm", ownership);
-        MakeShared(path + "-wal", ownership);
+        MakeShared(path + "-shm", ownership, kNotEmpty);
+        MakeShared(path + "-wal", ownership, kNotEmpty);
     } catch (const FileError&) {
         return;
     }

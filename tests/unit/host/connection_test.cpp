@@ -50,6 +50,11 @@ class StoreConnection : public HostTest {
         return statement.Step() ? std::string(statement.Text(0)) : "(nothing)";
     }
 
+    static mode_t ModeOf(const std::string& path) {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777 : 0;
+    }
+
     static gid_t GroupOf(const std::string& path) {
         struct stat status {};
         return stat(path.c_str(), &status) == 0 ? status.st_gid : static_cast<gid_t>(-1);
@@ -110,6 +115,23 @@ TEST_F(StoreConnection, GivesItsJournalTheGroupOfTheDatabase) {
     const AsNobody nobody(kOperators);
     const Connection connection(database);
     EXPECT_EQ(GroupOf(database), GroupOf(database + "-wal"));
+}
+
+// It would give the journal's own group the rights of the database's, too.
+TEST_F(StoreConnection, GivesItsJournalToNoGroupWhereTheDatabasesCantHaveIt) {
+    constexpr gid_t kOperators = 12345;
+    chmod(folder.Path().c_str(), 0777);
+    chmod(database.c_str(), 0660);
+    static_cast<void>(chown(database.c_str(), kNobody, kOperators));  // root's alone
+    const AsNobody nobody;
+    Connection connection(database);
+    for (const char* before_and_after : {"PRAGMA user_version", "CREATE TABLE Any (column)"}) {
+        connection.Execute(before_and_after);
+        for (const std::string& journal : {database + "-wal", database + "-shm"}) {
+            const bool has_group = GroupOf(journal) == GroupOf(database);
+            EXPECT_EQ(has_group ? 0660U : 0600U, ModeOf(journal)) << journal;
+        }
+    }
 }
 
 TEST_F(StoreConnection, IsNoneThatCouldOnlyRead) {
