@@ -5,9 +5,9 @@
 # The line reads `text` instead.
 function emit(text) {
     if (++count == planted)
-        lines[NR] = text
+        lines[at_line] = text
     else if (!planted)
-        print NR "\t" trimmed($0) " -> " trimmed(text)
+        print at_line "\t" trimmed($0) " -> " trimmed(text)
 }
 
 function trimmed(text) {
@@ -101,6 +101,16 @@ function reword(at, first) {
     }
 }
 
+# Behind the last case a switch ends anyway; its brace stands two steps to the left.
+function ends_switch() {
+    return /^ +break;$/ && lines[at_line + 1] ~ /^ *}/ && indent($0) - indent(lines[at_line + 1]) == 8
+}
+
+function indent(text) {
+    match(text, /[^ ]/)
+    return RSTART
+}
+
 # bare: the line with everything in quotes and comments blanked. quotes: a b where a quotation begins.
 function strip(at, c, inside) {
     bare = quotes = inside = ""
@@ -129,10 +139,9 @@ function strip(at, c, inside) {
     }
 }
 
-{ lines[NR] = $0 }
-/^[ \t]*(\/\/|#|$)/ { next }
-/^template|static_assert/ { next }
-{
+function plant_in_line() {
+    if (/^[ \t]*(\/\/|#|$)/ || /^template|static_assert/)
+        return
     strip()
     swap(" == ", " != ")
     swap(" != ", " == ")
@@ -152,7 +161,8 @@ function strip(at, c, inside) {
     swap("true", "false")
     swap("false", "true")
     swap("continue;", "break;")
-    swap("break;", ";")
+    if (!ends_switch())
+        swap("break;", ";")
     negate()
     larger()
     other_hex()
@@ -160,7 +170,13 @@ function strip(at, c, inside) {
     leave_out()
     reword()
 }
+
+{ lines[NR] = $0 }
 END {
+    for (at_line = 1; at_line <= NR; ++at_line) {
+        $0 = lines[at_line]
+        plant_in_line()
+    }
     for (n = 1; planted && n <= NR; ++n)
         print lines[n]
 }
