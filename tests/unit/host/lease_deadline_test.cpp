@@ -4,8 +4,20 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <fstream>
+#include <string>
+
 namespace host {
 namespace {
+
+int Mapped() {
+    int count = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        count += line.find("memfd:lease") != std::string::npos ? 1 : 0;
+    }
+    return count;
+}
 
 TEST(ADeadline, IsOverAtFirst) {
     EXPECT_TRUE(LeaseDeadline().IsOver());
@@ -19,6 +31,14 @@ TEST(ADeadline, IsWhereItWasMovedTo) {
     EXPECT_LE(deadline.Left(), std::chrono::hours(1));
     deadline.MoveTo(LeaseDeadline::Now() - std::chrono::milliseconds(1));
     EXPECT_TRUE(deadline.IsOver());
+}
+
+TEST(ADeadline, KeepsNoMemoryWhenItHasGone) {
+    {
+        const LeaseDeadline deadline;
+        EXPECT_EQ(1, Mapped());
+    }
+    EXPECT_EQ(0, Mapped());
 }
 
 TEST(ADeadline, IsSeenByWhoeverHasItsDescriptor) {

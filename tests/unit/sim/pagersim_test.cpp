@@ -250,6 +250,16 @@ TEST_F(PagersimTest, HelpTeaches) {
     }
 }
 
+TEST_F(PagersimTest, NamesTheProgramThatTheSystemRefusesToStart) {
+    std::filesystem::copy(SIM_CLIENT, Path("interpreter"));
+    std::filesystem::permissions(Path("interpreter"), std::filesystem::perms::owner_read);
+    Write("script", "#!" + Path("interpreter") + "\n");
+    std::filesystem::permissions(Path("script"), std::filesystem::perms::owner_all);
+    const Result result = Run({"--quiet", "--", "./script", "word"});
+    EXPECT_EQ(127, result.status);
+    EXPECT_EQ("pagersim: ./script can't be started: Permission denied\n", result.err);
+}
+
 TEST_F(PagersimTest, MistakesRunNothing) {
     struct Mistake {
         Words words;
@@ -265,6 +275,8 @@ TEST_F(PagersimTest, MistakesRunNothing) {
         {{"--expect", "HELLO", "--", SIM_CLIENT},
          "pagersim: --expect HELLO: write CENTRE:PAGER=TEXT"},
         {{"--transcript", "/no/such/file", "--", SIM_CLIENT}, "/no/such/file: can't be written"},
+        {{"--expect", "nothing", "stray", "--", SIM_CLIENT}, "was not expected: stray"},
+        {{"--beside", "true", "stray", "--", SIM_CLIENT}, "was not expected: stray"},
         {{"--", "./none"}, "pagersim: ./none: there is no such program"},
     };
     for (const Mistake& mistake : mistakes) {
