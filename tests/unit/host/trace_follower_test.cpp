@@ -52,6 +52,16 @@ TEST_F(Following, TellsOncePageThatItLastsLong) {
     EXPECT_THAT(lasting, ElementsAre("duty", "duty"));
 }
 
+TEST_F(Following, TellsAgainOfAPageThatGoesOnLongBehindItsExcuse) {
+    Read(kBegin, 1000);
+    Read("", 1001 + TraceFollower::kLong);
+    follower.Excuse(5000);
+    Read("", 5000 + TraceFollower::kLong);
+    EXPECT_THAT(lasting, ElementsAre("duty"));
+    Read("", 5001 + TraceFollower::kLong);
+    EXPECT_THAT(lasting, ElementsAre("duty", "duty"));
+}
+
 TEST_F(Following, CutsOffThePageOfAnEngineThatIsMadeAnew) {
     Read(kBegin);
     follower.Restart();

@@ -97,6 +97,19 @@ TEST(Clock, TheFirstStartsAtTheDefaultAndNoLaterOneGoesBack) {
     EXPECT_EQ(0ms, VirtualClock::Now());
 }
 
+TEST(Clock, NoLaterOneGoesBackBehindOneThatWasSetBack) {
+    time_t last = 0;
+    {
+        const VirtualClock clock;
+        const time_t first = time(nullptr);
+        sleep(8 * 24 * 3600);
+        last = time(nullptr);
+        VirtualClock::Set(first);
+    }
+    const VirtualClock clock;
+    EXPECT_GT(time(nullptr), last);
+}
+
 TEST(Clock, IsRealAgainWhenItIsGone) {
     { const VirtualClock clock(1'000'000'000); }
     EXPECT_GT(time(nullptr), 1'700'000'000);
