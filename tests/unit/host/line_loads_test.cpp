@@ -56,6 +56,8 @@ TEST_F(Loads, CountWhatIsToBeHandedOverAndWhatTheLibraryHas) {
 TEST_F(Loads, GoBeforeTheOrderInWhichLinesWereGivenPages) {
     loads.Give("north");
     loads.Give("south");
+    EXPECT_EQ(1, loads.Of("north").ahead);
+    EXPECT_EQ(1, loads.Of("north").pending);
     EXPECT_TRUE(IsLessBusy(loads.Of("west"), loads.Of("north")));
     EXPECT_TRUE(IsLessBusy(loads.Of("north"), loads.Of("south")));
     loads.Read(connection);  // both have ended

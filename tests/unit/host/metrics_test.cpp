@@ -10,6 +10,7 @@ namespace host {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using Outcome = TracedPage::Outcome;
 
 Send SendWith(Outcome outcome, int64_t seconds, const char* port = "COM 1") {
@@ -50,6 +51,18 @@ TEST(Metrics, CountEverySendingByItsOutcome) {
                                 "pagerfwd_pages_pending 3\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_start_time_seconds 978940000\n"));
     EXPECT_THAT(text, HasSubstr("\npagerfwd_heartbeat_timestamp_seconds 978941111\n"));
+}
+
+TEST(Metrics, ExplainThemselvesInSentences) {
+    std::istringstream text(AsText(Metrics(), Encoding::kLatin1));
+    int explained = 0;
+    for (std::string line; std::getline(text, line);) {
+        if (line.substr(0, 6) == "# HELP") {
+            EXPECT_THAT(line, MatchesRegex("# HELP pagerfwd_[a-z_]+ [A-Z].*[.]"));
+            ++explained;
+        }
+    }
+    EXPECT_LT(5, explained);
 }
 
 TEST(Metrics, TellTheLastSuccessOfEachPort) {

@@ -22,11 +22,16 @@ class KeepingRunner : public CommandRunner {
         const auto event = nlohmann::json::parse(input);
         told.push_back((event["over"].get<bool>() ? "over: " : "") +
                        event["kind"].get<std::string>() + ": " + event["text"].get<std::string>());
+        about.clear();
+        for (const char* object : {"alarm", "pager", "line", "node"}) {
+            about += event.contains(object) ? event[object].get<std::string>() + " " : "- ";
+        }
         return {};
     }
     std::optional<std::string> Look(std::time_t) override { return ""; }
 
     std::vector<std::string> told;
+    std::string about;  // the latest: alarm, pager, line and node
 };
 
 class SomeNews : public ServiceTest {
@@ -45,6 +50,13 @@ class SomeNews : public ServiceTest {
         for (; seconds > 0; --seconds) {
             news.Look(connection, ++now);
             notices.Look(now);
+        }
+        return std::exchange(runner.told, {});
+    }
+    // The same, without a look at the site.
+    std::vector<std::string> Told(std::time_t seconds) {
+        for (; seconds > 0; --seconds) {
+            notices.Look(++now);
         }
         return std::exchange(runner.told, {});
     }
@@ -71,8 +83,18 @@ TEST_F(SomeNews, AreALineThatIsSickAndBack) {
     SetLine("health = 'sick', reason = 'its modem doesn''t answer'");
     EXPECT_THAT(Pass(60),
                 ElementsAre("line-sick: line \"north\" is sick: its modem doesn't answer"));
+    EXPECT_EQ("- - north - ", runner.about);
     SetLine("health = 'well'");
     EXPECT_THAT(Pass(60), ElementsAre("over: line-sick: line \"north\" is back"));
+    EXPECT_EQ("- - north - ", runner.about);
+}
+
+TEST_F(SomeNews, AreALineThatFellSickJustBeforeTheEnd) {
+    SetLine("health = 'sick', reason = 'its modem doesn''t answer'");
+    news.LookLast(connection, ++now);
+    notices.Look(now);
+    EXPECT_THAT(runner.told,
+                ElementsAre("line-sick: line \"north\" is sick: its modem doesn't answer"));
 }
 
 TEST_F(SomeNews, AreNotWhatWasSoBefore) {
@@ -104,9 +126,11 @@ TEST_F(SomeNews, AreAPageThatWasGivenUp) {
     news.PageEnded(EndedPage(PageEnd::kOffLimit, Reached::kNothing), now);
     EXPECT_THAT(Pass(10), ElementsAre("page-given-up: page of alarm 1 (ops) to \"duty\": given up, "
                                       "none of its tries got through"));
+    EXPECT_EQ("1 duty - - ", runner.about);
     SetAlarm("alarmack = '1'");
     EXPECT_THAT(Pass(10), ElementsAre("over: page-given-up: alarm 1, whose page to \"duty\" was "
                                       "given up, was acknowledged"));
+    EXPECT_EQ("1 duty - - ", runner.about);
     EXPECT_THAT(Pass(10), IsEmpty());
 }
 
@@ -122,6 +146,7 @@ TEST_F(SomeNews, AreAnAlarmThatNobodyGot) {
                     "alarm-unheard: alarm 2 (ops) reached nobody: it led to no pager"));
     SetAlarm("alarmack = '1' WHERE alarmlogID = '1'");
     SetAlarm("pagerstate = '2' WHERE alarmlogID = '2'");
+    EXPECT_EQ("2 - - - ", runner.about);
     EXPECT_THAT(Pass(60), ElementsAre("over: alarm-unheard: alarm 1 (ops) was acknowledged",
                                       "over: alarm-unheard: alarm 2 (ops) is being paged again"));
 }
@@ -171,11 +196,32 @@ TEST_F(SomeNews, AreAPagerWhosePagesNoLineCanHave) {
     EXPECT_THAT(Pass(25), IsEmpty()) << "it may pass";
     EXPECT_THAT(Pass(20),
                 ElementsAre("pager-without-line: pages to \"duty\" wait: no line can have them"));
+    EXPECT_EQ("- duty - - ", runner.about);
     EXPECT_THAT(Pass(60), IsEmpty()) << "told once";
     SetLine("paused = 0");
     EXPECT_THAT(Pass(10),
                 ElementsAre("over: pager-without-line: no page to \"duty\" waits for want "
                             "of a line any more"));
+    EXPECT_EQ("- duty - - ", runner.about);
+}
+
+TEST_F(SomeNews, AreANodeThatIsGoneAndWhatMayHaveLeftIt) {
+    TakenOver taken;
+    taken.pages = 2;
+    taken.may_have_left = {{"7", "ops", "duty"}};
+    news.NodeIsGone("beta", taken, true, now);
+    EXPECT_THAT(Told(1), ElementsAre("node-gone: node \"beta\" is gone; 2 page(s) of its lines "
+                                     "wait for others"));
+    EXPECT_EQ("- - - beta ", runner.about);
+    EXPECT_THAT(Told(1),
+                ElementsAre("outcome-unknown: page of alarm 7 to \"duty\": may have been sent "
+                            "when its node died; pagerfwd page resend, or done"));
+    EXPECT_EQ("7 duty - - ", runner.about);
+    EXPECT_THAT(Pass(60),
+                ElementsAre("over: node-gone: node \"beta\" was removed",
+                            "over: outcome-unknown: page of alarm 7 to \"duty\": somebody has "
+                            "said what it came to"));
+    EXPECT_EQ("7 duty - - ", runner.about);
 }
 
 TEST_F(SomeNews, AreADatabaseThatDoesNotWork) {

@@ -193,7 +193,19 @@ TEST_F(SomeNotices, AreTriedAgainWhereTheCommandFails) {
     EXPECT_EQ(2U, runner.inputs.size()) << "both";
     const std::string all = said.str();
     EXPECT_EQ(all.find("error"), all.rfind("error")) << "told once";
-    EXPECT_THAT(all, HasSubstr("the command of [notify] works again"));
+    const auto again = all.find("the command of [notify] works again");
+    EXPECT_NE(std::string::npos, again);
+    EXPECT_EQ(again, all.rfind("the command of [notify] works again")) << "told once";
+}
+
+TEST_F(SomeNotices, AreToldAtOnceByTheCommandThatFollowsOneThatFailed) {
+    runner.end = "ended with status 1";
+    notices.Say(Sick("north"), now);
+    Pass(2);
+    runner.end.clear();
+    notices.SetCommand({"other"});
+    Pass(1);
+    EXPECT_THAT(runner.started, ElementsAre(kNow + 1, kNow + 3));
 }
 
 TEST_F(SomeNotices, GiveWayToNewsWhileTheCommandFails) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/node/reckoned_site.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -69,6 +70,16 @@ class Reckoning : public ServiceTest {
         Execute("UPDATE Host_Lines SET " + what + " WHERE line = '" + line + "'");
     }
 };
+
+TEST_F(Reckoning, KnowsTheLinesThatCanDialForEachTypeOfPager) {
+    Execute("UPDATE AlarmFwd_COMProperties SET PagerDial = 'ATDT' WHERE Description = 'south'");
+    const std::pair<const char*, size_t> types[] = {{"0", 1}, {"1", 1}, {"2", 1},
+                                                    {"3", 1}, {"4", 2}, {"5", 0}};
+    for (const auto& [type, lines] : types) {
+        Execute(std::string("UPDATE AlarmFwd_PagerSetting SET pgtype = '") + type + "'");
+        EXPECT_EQ(lines, ReadReckonedSite(connection).LinesFor("duty").size()) << type;
+    }
+}
 
 TEST_F(Reckoning, FindsNothingWhereNothingIsPending) {
     EXPECT_THAT(Amisses(), IsEmpty());

@@ -80,6 +80,7 @@ TEST_F(PagersimTest, TranscriptToStandardOutputIsShownOnce) {
 
 TEST_F(PagersimTest, ReportIsForPrograms) {
     Client(kConnect + kPage, {"--report", "r.json", "--expect", "tap:123=ABC"});
+    EXPECT_THAT(Contents(Path("r.json")), EndsWith("}\n"));
     const auto report = nlohmann::json::parse(Contents(Path("r.json")));
     EXPECT_EQ("ABC", report["pages"][0]["text"]);
     EXPECT_EQ("5550101", report["calls"][0]["number"]);
@@ -219,16 +220,23 @@ TEST_F(PagersimTest, InterruptIsLeftToTheProgram) {
     close(input[1]);
 }
 
-TEST_F(PagersimTest, NothingIsLeftBehind) {
-    setenv("TMPDIR", folder_.c_str(), 1);
-    Client(kConnect);
-    unsetenv("TMPDIR");
-    for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
-        EXPECT_THAT(entry.path().filename().string(), Not(StartsWith("pagersim-")));
+// The folder for what lies about while a program runs.
+class PagersimLeftovers : public PagersimTest {
+ protected:
+    PagersimLeftovers() { setenv("TMPDIR", folder_.c_str(), 1); }
+    ~PagersimLeftovers() override {
+        unsetenv("TMPDIR");
+        for (const auto& entry : std::filesystem::directory_iterator(folder_)) {
+            EXPECT_THAT(entry.path().filename().string(), Not(StartsWith("pagersim-")));
+        }
     }
+};
+
+TEST_F(PagersimLeftovers, AreNone) {
+    EXPECT_EQ(0, Client(kConnect).status);
 }
 
-TEST_F(PagersimTest, PreloadMayLieAnywhere) {
+TEST_F(PagersimLeftovers, AreNoneOfALibraryThatMayLieAnywhere) {
     std::filesystem::create_directory(Path("a b:c"));
     std::filesystem::copy(PRELOAD, Path("a b:c/preload.so"));
     setenv("PAGERSIM_PRELOAD", Path("a b:c/preload.so").c_str(), 1);

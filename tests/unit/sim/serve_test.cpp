@@ -16,6 +16,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/support/planted.h"
 #include "tests/support/temp_dir.h"
 
 namespace pagersim {
@@ -96,7 +97,7 @@ class Served {
     explicit Served(std::vector<std::string> arguments) {
         int out[2];
         EXPECT_EQ(0, pipe2(out, O_CLOEXEC));
-        arguments.insert(arguments.begin(), {PAGERSIM, "serve"});
+        arguments.insert(arguments.begin(), {test_support::WithPlanted(PAGERSIM), "serve"});
         std::vector<char*> pointers;
         for (std::string& argument : arguments) {
             pointers.push_back(argument.data());
