@@ -24,6 +24,7 @@ constexpr int64_t kMostAlarms = 100;
 
 std::vector<std::string> Numbers(const std::vector<Alarm>& alarms) {
     std::vector<std::string> numbers;
+    numbers.reserve(alarms.size());
     for (const Alarm& alarm : alarms) {
         numbers.push_back(alarm.number);
     }

@@ -46,7 +46,7 @@ std::optional<SiteLine> LineFor(Connection& connection, const PagerRow& pager,
 
 // Throws Failure where there is none of this name.
 std::string CellOfLine(Connection& connection, const std::string& name, Encoding encoding) {
-    const std::string cell = Encode(name, encoding);
+    std::string cell = Encode(name, encoding);
     if (!name.empty() && !FindSiteLine(connection, cell)) {
         throw Failure(kUsage, "the site has no port \"" + name + "\"");
     }

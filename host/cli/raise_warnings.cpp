@@ -14,8 +14,12 @@
 namespace host {
 namespace {
 
+int AsTheLibraryReads(const std::string& cell) {
+    return std::atoi(cell.c_str());  // NOLINT(cert-err34-c)
+}
+
 PagedAlarm AsPaged(const NewAlarm& alarm) {
-    return {alarm.group, alarm.server, alarm.details, std::atoi(alarm.severity.c_str())};
+    return {alarm.group, alarm.server, alarm.details, AsTheLibraryReads(alarm.severity)};
 }
 
 std::string NoRoute(const NewAlarm& alarm, Encoding encoding) {
@@ -39,7 +43,7 @@ std::vector<std::string> WarningsFor(Connection& connection, const NewAlarm& ala
     }
     for (const std::string& name : pagers) {
         for (const PagerRow& pager : FindPagers(connection, name)) {
-            if (const auto cut = CutOf(std::atoi(pager.type.c_str()), AsPaged(alarm))) {
+            if (const auto cut = CutOf(AsTheLibraryReads(pager.type), AsPaged(alarm))) {
                 warnings.push_back("pager \"" + Shown(name, encoding) + "\" gets only the first " +
                                    std::to_string(cut->kept) + " of " + std::to_string(cut->whole) +
                                    " characters of the page");

@@ -39,7 +39,7 @@ std::vector<std::string> OptionsOf(const CLI::App& app) {
 }
 
 std::string Called(const CLI::App& command) {
-    const std::string name = command.get_name();
+    const std::string& name = command.get_name();
     return command.get_parent() == nullptr ? name : Called(*command.get_parent()) + " " + name;
 }
 

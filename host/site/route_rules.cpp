@@ -27,13 +27,13 @@ size_t EndOfSet(const std::string& pattern, size_t begin) {
 // The first character of ASCII, or of the set's own, that the set takes; empty: none.
 std::string FirstOf(const std::string& set) {
     for (char c = ' '; c < '\x7F'; ++c) {
-        const std::string one(1, c);
+        std::string one(1, c);
         if (fnmatch(set.c_str(), one.c_str(), 0) == 0) {
             return one;
         }
     }
     for (std::string_view rest = set; !rest.empty();) {
-        const std::string one(rest.substr(0, FirstCharacter(rest).length));
+        std::string one(rest.substr(0, FirstCharacter(rest).length));
         if (fnmatch(set.c_str(), one.c_str(), 0) == 0) {
             return one;
         }

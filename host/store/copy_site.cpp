@@ -113,7 +113,7 @@ class TableCopy {
             for (int column = 0; column < row.Columns(); ++column) {
                 digest.Add(row.IsNull(column) ? "-" : "+");
                 digest.Add(row.Text(column));
-                digest.Add(std::string_view("", 1));
+                digest.Add(std::string(1, '\0'));
             }
             rows.push_back(digest.Value());
         }

@@ -41,7 +41,7 @@ OwnedRowSet Pack(const std::string& texts, size_t height, size_t width) {
     auto** rows = static_cast<char***>(memory);
     auto** cells = reinterpret_cast<char**>(rows + height);
     auto* text = reinterpret_cast<char*>(cells + count);
-    std::memcpy(text, texts.data(), texts.size());
+    std::copy(texts.begin(), texts.end(), text);
     for (size_t row = 0; row < height; ++row) {
         rows[row] = cells + row * width;
     }

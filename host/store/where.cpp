@@ -10,6 +10,16 @@ bool IsUnequal(const Term& term) {
     return term.sign == std::string_view("<>");
 }
 
+// An index leads to what is below or above a value, but not to what is unequal.
+std::string TermAsSql(const Term& term) {
+    const std::string column = Quoted(term.column);
+    std::string condition = column;
+    if (IsUnequal(term)) {
+        return "(" + condition.append(" < ? OR ").append(column).append(" > ?)");
+    }
+    return condition.append(" ").append(term.sign).append(" ?");
+}
+
 }  // namespace
 
 std::string WhereInSight(const Table& table, const std::vector<Term>& terms) {
@@ -18,10 +28,7 @@ std::string WhereInSight(const Table& table, const std::vector<Term>& terms) {
         clause += (clause.empty() ? " WHERE " : " AND ") + text;
     };
     for (const Term& term : terms) {
-        const std::string column = Quoted(term.column);
-        // An index leads to what is below or above a value, but not to what is unequal.
-        add(IsUnequal(term) ? "(" + column + " < ? OR " + column + " > ?)"
-                            : column + " " + term.sign + " ?");
+        add(TermAsSql(term));
     }
     if (table.in_sight != nullptr) {
         add(table.in_sight);

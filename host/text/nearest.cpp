@@ -31,7 +31,7 @@ std::string InNearestLetters(std::string_view character, Encoding encoding) {
     std::string_view rest = character;
     {
         const Utf8Locale utf8;
-        const std::string letters = Converter(nearest, kUtf8).Take(rest);
+        std::string letters = Converter(nearest, kUtf8).Take(rest);
         if (letters != kUnknown && rest.empty()) {
             return letters;
         }

@@ -91,6 +91,7 @@ class OneTrace : private TraceSink {
 void JoinTraces(const std::vector<TraceOfLine>& traces, TraceSink& sink,
                 const std::function<bool(size_t)>& went_on) {
     std::vector<std::unique_ptr<OneTrace>> open;
+    open.reserve(traces.size());
     for (const TraceOfLine& trace : traces) {
         open.push_back(std::make_unique<OneTrace>(trace, went_on));
     }

@@ -14,7 +14,7 @@ constexpr size_t kCookieDigits = 64;
 }  // namespace
 
 std::string WebSessions::Open(const std::string& token, std::time_t now) {
-    const std::string cookie = RandomDigits(kCookieDigits);
+    std::string cookie = RandomDigits(kCookieDigits);
     const std::lock_guard<std::mutex> lock(mutex_);
     MakeRoom(now);
     sessions_[cookie] = {token, RandomDigits(kCookieDigits), now + kLasts};

@@ -24,7 +24,7 @@ std::string CellOf(const char* field, const std::string& name, Encoding encoding
 std::string PagerIn(const ApiCall& call, const Json& object, Encoding encoding) {
     std::string name;
     ReadText(object, "pager", name);
-    const std::string cell = CellOf("pager", name, encoding);
+    std::string cell = CellOf("pager", name, encoding);
     if (FindPagers(call.connection, cell).size() != 1) {
         throw BadField("pager", "there is none of this name, or there are several");
     }
@@ -34,7 +34,7 @@ std::string PagerIn(const ApiCall& call, const Json& object, Encoding encoding) 
 std::string LineIn(const ApiCall& call, const Json& object, Encoding encoding) {
     std::string name;
     ReadText(object, "line", name);
-    const std::string cell = CellOf("line", name, encoding);
+    std::string cell = CellOf("line", name, encoding);
     if (!cell.empty() && !FindSiteLine(call.connection, cell)) {
         throw BadField("line", "there is none of this name");
     }

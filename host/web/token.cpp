@@ -109,7 +109,7 @@ std::optional<Token> TokenFor(Connection& connection, std::string_view text, std
     }
     const std::string id(text.substr(kPrefix.size(), kIdLength));
     const std::string secret(text.substr(kLength - kSecretLength));
-    const std::optional<Token> token = FindToken(connection, id);
+    std::optional<Token> token = FindToken(connection, id);
     if (!token || (token->expires != 0 && token->expires <= now)) {
         return std::nullopt;
     }

@@ -96,11 +96,11 @@ pagers = ["tech"]
         return host::BesideName(database) + "-lines";
     }
 
-    static void MakeSite(const std::string& database, const std::string& site) {
+    static void MakeSite(const std::string& in, const std::string& site) {
         WriteFile("site.toml", site);
-        RunProgram({PAGERFWD_PROGRAM, "--database", database, "init"});
+        RunProgram({PAGERFWD_PROGRAM, "--database", in, "init"});
         const ProgramRun run =
-            RunProgram({PAGERFWD_PROGRAM, "--database", database, "import", "site.toml"});
+            RunProgram({PAGERFWD_PROGRAM, "--database", in, "import", "site.toml"});
         EXPECT_EQ(0, run.exit_code) << run.err;
     }
 
@@ -110,7 +110,7 @@ pagers = ["tech"]
         return RaiseAlarm(connection, {group, "1", "pumps", "x"}, raised);
     }
     static void Execute(const std::string& sql) {
-        host::Connection(database).Execute(sql.c_str());
+        host::Connection(database).Execute(sql);
     }
     static std::vector<std::string> Rows(const std::string& sql) {
         std::vector<std::string> rows;

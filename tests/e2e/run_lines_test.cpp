@@ -13,7 +13,6 @@ using ::testing::ContainsRegex;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::Le;
 using ::testing::Not;
 using ::testing::Pair;
@@ -389,7 +388,7 @@ TEST_F(RunLines, SendAStormsFirstPagesAsFastAsTheLinesCanAndTheSevereFirst) {
     const std::string sends = " FROM Host_Sends WHERE outcome = 'sent' AND row_id > " + before;
     EXPECT_THAT(Rows("count(DISTINCT alarm)" + sends), ElementsAre("100"));
     const double took = static_cast<double>(std::stol(Rows("max(at)" + sends).front()) - begun);
-    EXPECT_THAT(took, Le(kAlarms / kLines * page * 1.1));
+    EXPECT_THAT(took, Le(double{kAlarms} / kLines * page * 1.1));
     // Ten are critical; the last of them leaves when each line has had its share.
     const std::string critical = sends +
                                  " AND alarm IN (SELECT alarmlogID FROM AlarmLog"

@@ -85,7 +85,7 @@ TEST_F(RunPages, GoToTheOtherLineWhenTheirsIsPausedBetweenTwoTries) {
 TEST_F(RunPages, AreThoseThatAnOlderMakeHasLeft) {
     RunProgram({"/bin/rm", "-f", "pagerfwd.db"});
     host::Connection("pagerfwd.db", host::Connection::Mode::kCreate)
-        .Execute(ReadFile(DATABASES "/version_2.sql").c_str());
+        .Execute(ReadFile(DATABASES "/version_2.sql"));
     EXPECT_EQ(0, RunProgram({PAGERFWD_PROGRAM, "init"}).exit_code);
     Execute("UPDATE AlarmFwd_PagerSetting SET numretries = '1', retrydelay = '1'");
     const ProgramRun run = RunUntilDone();

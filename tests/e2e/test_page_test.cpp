@@ -16,6 +16,7 @@ using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 
+constexpr const char* kExchange = EXAMPLES "/exchange.toml";
 constexpr const char* kModem = "[[line]]\nport = \"COM 1\"\n";
 constexpr const char* kTap =
     "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
@@ -61,8 +62,8 @@ class TestPageOfEachType : public TestPage, public ::testing::WithParamInterface
 
 TEST_P(TestPageOfEachType, Arrives) {
     const ProgramRun run =
-        RunProgram({PAGERSIM_PROGRAM, "--quiet", "--exchange", EXAMPLES "/exchange.toml",
-                    "--expect", GetParam().page, "--", PAGERFWD_PROGRAM, "test", GetParam().pager});
+        RunProgram({PAGERSIM_PROGRAM, "--quiet", "--exchange", kExchange, "--expect",
+                    GetParam().page, "--", PAGERFWD_PROGRAM, "test", GetParam().pager});
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;
     EXPECT_THAT(run.out, HasSubstr("sent\n"));
 }
@@ -76,10 +77,10 @@ INSTANTIATE_TEST_SUITE_P(
                       Arrival{"Osaka office", "ntt:5550103=4/TESTSERVER"}));
 
 TEST_F(TestPage, LeavesWhateverTheHours) {
-    const ProgramRun run = RunProgram(
-        {PAGERSIM_PROGRAM, "--quiet", "--start", "2001-01-07 03:00:00", "--exchange",
-         EXAMPLES "/exchange.toml", "--expect", "plain:3003=TEST/Informational/TESTSERVER/test",
-         "--", PAGERFWD_PROGRAM, "test", "engineer"});
+    const ProgramRun run =
+        RunProgram({PAGERSIM_PROGRAM, "--quiet", "--start", "2001-01-07 03:00:00", "--exchange",
+                    kExchange, "--expect", "plain:3003=TEST/Informational/TESTSERVER/test", "--",
+                    PAGERFWD_PROGRAM, "test", "engineer"});
     EXPECT_EQ(0, run.exit_code) << run.out << run.err;
 }
 

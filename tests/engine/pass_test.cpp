@@ -7,7 +7,6 @@
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 using Answer = PagingModem::Answer;
 

@@ -3,8 +3,6 @@
 
 namespace {
 
-using ::testing::AllOf;
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

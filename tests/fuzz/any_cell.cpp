@@ -83,7 +83,7 @@ void MakeTemplate() {
         }
     }
     connection.Execute("INSERT INTO AlarmFwd_TMSetting (description) VALUES ('w')");
-    connection.Execute(("UPDATE AlarmFwd_TMSetting SET description = 'w'" + open).c_str());
+    connection.Execute("UPDATE AlarmFwd_TMSetting SET description = 'w'" + open);
 }
 
 void PutTemplate() {

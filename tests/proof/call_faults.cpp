@@ -98,6 +98,7 @@ using proof::Next;
 // A call whose arguments are fixed: it fails with -1.
 #define PROOF_CALL(kind, result, name, parameters, arguments)       \
     result name parameters {                                        \
+        /* A type: NOLINTNEXTLINE(bugprone-macro-parentheses) */    \
         static const auto next = Next<result(*) parameters>(#name); \
         return Fails(kind, CALLER) ? -1 : next arguments;           \
     }

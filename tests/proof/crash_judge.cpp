@@ -172,7 +172,9 @@ void JudgePage(const Story& story, const PageKey& key, const Page& page,
 // The fold of an alarm's pages is written after the row: a crash between the two leaves this alarm
 // as being paged, though nothing is owed any more.
 void JudgeAlarms(const Story& story, std::vector<std::string>& complaints) {
-    for (const auto& [alarm, state] : story.alarm_states) {
+    for (const auto& alarm_state : story.alarm_states) {
+        const auto alarm = alarm_state.first;
+        const auto state = alarm_state.second;
         const bool may_lag = story.kill && story.kill->unfolded == alarm;
         const bool asked_for = std::any_of(
             story.pages.begin(), story.pages.end(),

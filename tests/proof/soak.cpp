@@ -39,7 +39,6 @@ using namespace std::chrono_literals;
 constexpr unsigned kSeed = 20010108;
 constexpr const char* kDatabase = "site.db";
 constexpr int kHour = 3600;
-constexpr int kDay = 24 * kHour;
 constexpr int kAlarmEverySeconds = 470;  // on average
 constexpr auto kStep = 100ms;            // ten times the usual one: fewer looks at a quiet line
 constexpr long kHandleRecord = 2 * sizeof(void*);  // kept for each opening of a port, by rule
@@ -258,6 +257,11 @@ int main(int argc, char** argv) {
     // One for all threads: how many the C library takes, as one worker ends and the next begins,
     // and what each keeps, would hide what really grows.
     mallopt(M_ARENA_MAX, 1);
-    const auto leak = static_cast<size_t>(argc == 3 ? std::atol(argv[2]) : 0);
-    return proof::soak::RunSoak(std::atoi(argv[1]), leak) ? 0 : 1;
+    try {
+        const size_t leak = argc == 3 ? std::stoul(argv[2]) : 0;
+        return proof::soak::RunSoak(std::stoi(argv[1]), leak) ? 0 : 1;
+    } catch (const std::exception& error) {
+        std::cerr << "soak: " << error.what() << "\n";
+        return 2;
+    }
 }

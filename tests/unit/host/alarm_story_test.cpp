@@ -117,8 +117,7 @@ class AlarmState : public AlarmStory {
  protected:
     std::string State() { return OutcomeOf(connection, *FindAlarm(connection, "7")); }
     void SetState(const char* state) {
-        connection.Execute(
-            ("UPDATE AlarmLog SET pagerstate = '" + std::string(state) + "'").c_str());
+        connection.Execute("UPDATE AlarmLog SET pagerstate = '" + std::string(state) + "'");
     }
 };
 

@@ -62,9 +62,7 @@ class CliFixture : public ::testing::Test {
         ASSERT_EQ(0, run.exit_code) << run.err;
     }
 
-    static void Execute(const std::string& sql) {
-        host::Connection("site.db").Execute(sql.c_str());
-    }
+    static void Execute(const std::string& sql) { host::Connection("site.db").Execute(sql); }
 
     // Every row of every table, but what SQLite keeps for itself.
     static std::vector<std::string> Dump() {

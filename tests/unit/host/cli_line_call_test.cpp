@@ -23,7 +23,7 @@ class CliLineCall : public CliFixture {
         while (!host::Statement(engine_does, "SELECT 1 FROM Host_TestPages").Step()) {
             usleep(1000);
         }
-        engine_does.Execute(("UPDATE Host_TestPages SET " + cells).c_str());
+        engine_does.Execute("UPDATE Host_TestPages SET " + cells);
     }
 };
 

@@ -26,7 +26,7 @@ TEST_F(CliSite, MakesADatabaseOnce) {
 
 TEST_F(CliSite, BringsADatabaseUpToDateThatNoEngineServes) {
     host::Connection("site.db", host::Connection::Mode::kCreate)
-        .Execute(ReadFile(DATABASES "/version_2.sql").c_str());
+        .Execute(ReadFile(DATABASES "/version_2.sql"));
     EXPECT_THAT(Run({"status"}).err, HasSubstr("bring it up to date with: pagerfwd init"));
     ChildProcess engine({STORE_PROCESS, "site.db", "engine"});
     ASSERT_EQ("taken", engine.ReadLine());

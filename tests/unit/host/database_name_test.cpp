@@ -69,7 +69,7 @@ TEST(NameOfADatabase, HasItsFilesBesideItOrInTheStatesFolder) {
 
 TEST(NameOfADatabase, IsTheOnlyThingToldOfAServerThatCantBeReached) {
     try {
-        Connection("postgresql://anna:secret@/site?host=/nowhere");
+        const Connection connection("postgresql://anna:secret@/site?host=/nowhere");
         FAIL() << "there is no such server";
     } catch (const StoreError& error) {
         EXPECT_EQ(std::string::npos, std::string(error.what()).find("secret")) << error.what();

@@ -11,9 +11,6 @@
 
 namespace {
 
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-
 class RoomTest : public ServiceTest {
  protected:
     void Minute(uint64_t bytes) {

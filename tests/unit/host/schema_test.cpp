@@ -152,7 +152,7 @@ std::vector<std::string> Anatomy(Connection& connection) {
 
 class OldDatabase : public HostTest {
  protected:
-    void Run(const std::string& sql) { old.Execute(sql.c_str()); }
+    void Run(const std::string& sql) { old.Execute(sql); }
 
     std::vector<std::string> Rows(const std::string& sql) {
         std::vector<std::string> rows;

@@ -18,7 +18,7 @@ class ServiceTest : public HostTest {
  protected:
     static constexpr time_t kNow = pagersim::VirtualClock::kDefaultStart;
 
-    void Execute(const std::string& sql) { connection.Execute(sql.c_str()); }
+    void Execute(const std::string& sql) { connection.Execute(sql); }
 
     // The cells of every row, "a|b|c".
     std::vector<std::string> Rows(const std::string& sql) {

@@ -145,7 +145,7 @@ TEST_F(WholeFile, LeavesNothingBehindWhereItCantBeWritten) {
 
 TEST_F(WholeFile, LeavesTheOneBeforeWhereTheDiskIsFullInItsMiddle) {
     WriteWhole("f", "good\n", 0644);
-    for (const rlim_t room : {0, 5}) {
+    for (const rlim_t room : {0U, 5U}) {
         const RoomFor some(room);
         EXPECT_THROW(WriteWhole("f", "one that is longer\n", 0644), FileError) << room;
     }

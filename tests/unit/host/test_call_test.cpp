@@ -135,8 +135,8 @@ TEST(ADialString, IsWhatAModemDials) {
         EXPECT_TRUE(IsDialString(number)) << number;
     }
     for (const char* none : {"", ",", "duty", "1;", "1\r", "1\nATZ", "1\"",
-                             "\xC3\xA4"
-                             "1",
+                             ("\xC3\xA4"
+                              "1"),
                              "=1"}) {
         EXPECT_FALSE(IsDialString(none)) << none;
     }

@@ -100,7 +100,7 @@ TEST(TraceEntries, KeepABoundedPartOfALongText) {
 TEST(TraceEntries, KeepTheEndOfALongTextInPiecesOfAnySize) {
     const std::string begin(EntrySplitter::kKept - EntrySplitter::kEndKept, 'a');
     const std::string end(EntrySplitter::kEndKept - 1, 'z');
-    for (const size_t more : {0, 1, 2, 1500, 70000}) {
+    for (const size_t more : {0U, 1U, 2U, 1500U, 70000U}) {
         const std::string text = " 0: 0: 1\t" + begin + std::string(more, 'b') + end + "\n";
         for (const size_t piece : {size_t{999}, size_t{65000}, text.size()}) {
             Entries entries;

@@ -17,6 +17,7 @@ std::string AsTheAreaShowsIt(const std::string& bytes) {
     std::vector<char> area(bytes.size() * 4 + 16);
     size_t place = 0;
     for (const char c : bytes) {
+        // As on the platform. NOLINTNEXTLINE(bugprone-signed-char-misuse)
         const int value = static_cast<signed char>(c);
         if (value > 32) {
             area[place++] = c;

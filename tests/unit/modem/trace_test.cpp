@@ -21,10 +21,8 @@
 namespace {
 
 using test_support::TraceEntries;
-using test_support::TraceSwitch;
 using test_support::TraceText;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using namespace std::chrono_literals;
 
 class TraceWriter : public HandlerTest {

@@ -14,7 +14,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 const std::string kSession =
     "\r\x1bPG1\r\x02"

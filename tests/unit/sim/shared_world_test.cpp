@@ -12,7 +12,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
-using ::testing::StartsWith;
 
 class SharedWorld : public PagersimTest {
  protected:

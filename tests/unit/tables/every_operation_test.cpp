@@ -1,5 +1,9 @@
 // What holds for every operation of every table class: what a failed open leads to, and that each
 // call that can fail leaves nothing open, held or lost.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <ostream>
 
 #include "tests/support/store_test.h"

@@ -175,8 +175,8 @@ TEST_F(PagerFwdEvents, NewRowIsBuiltInTheOrderOfItsColumns) {
         "AddElement(AlarmFwd_PagerEvents, PagerRetries, 'i', 5)",
         "AddElement(AlarmFwd_PagerEvents, Severity, 'i', 2)",
         "AddElement(AlarmFwd_PagerEvents, ServerN, 't', \"srv\")",
-        "Set(AlarmFwd_PagerEvents, {AlmLogID = 7, AlmGroup = \"ops\", PagerDescr = \"anna\", "
-        "PagerState = 2, PagerRetries = 5, Severity = 2, ServerN = \"srv\"}, 'y', 'y', 'y')",
+        ("Set(AlarmFwd_PagerEvents, {AlmLogID = 7, AlmGroup = \"ops\", PagerDescr = \"anna\", "
+         "PagerState = 2, PagerRetries = 5, Severity = 2, ServerN = \"srv\"}, 'y', 'y', 'y')"),
         "Close()"};
     EXPECT_EQ(expected, store.Calls());
 }
@@ -249,8 +249,8 @@ TEST_F(PagerFwdEvents, StateIsSetByTheWholeKey) {
     const Lines expected = {
         "Open(alarms, 'n')", "TableOpen(AlarmFwd_PagerEvents)",
         "AddElement(AlarmFwd_PagerEvents, PagerState, 'i', 3)",
-        "SQLConditionSet(AlarmFwd_PagerEvents, WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND "
-        "PagerDescr = \"anna\", {PagerState = 3}, 'y', 'y') -> 1",
+        ("SQLConditionSet(AlarmFwd_PagerEvents, WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND "
+         "PagerDescr = \"anna\", {PagerState = 3}, 'y', 'y') -> 1"),
         "Close()"};
     EXPECT_EQ(expected, store.Calls());
 }
@@ -267,8 +267,8 @@ TEST_F(PagerFwdEvents, KeepsTheLowerCaseSOfSetPagerForwarded) {
         "TableOpen(AlarmFwd_PagerEvents)",
         "AddElement(AlarmFwd_PagerEvents, Pagerstate, 'i', 4)",
         "AddElement(AlarmFwd_PagerEvents, PagerRetries, 'i', 4)",
-        "SQLConditionSet(AlarmFwd_PagerEvents, WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND "
-        "PagerDescr = \"anna\", {Pagerstate = 4, PagerRetries = 4}, 'y', 'y') -> 1",
+        ("SQLConditionSet(AlarmFwd_PagerEvents, WHERE AlmGroup = \"ops\" AND AlmLogID = 7 AND "
+         "PagerDescr = \"anna\", {Pagerstate = 4, PagerRetries = 4}, 'y', 'y') -> 1"),
         "Close()"};
     EXPECT_EQ(expected, store.Calls());
 }
