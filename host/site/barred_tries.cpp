@@ -6,7 +6,7 @@
 namespace host {
 namespace {
 
-constexpr int64_t kMinutesInWeek = int64_t{kDaysInWeek} * kHoursInDay * kMinutesInHour;
+constexpr int64_t kMinutesInWeek = kDaysInWeek * kHoursInDay * kMinutesInHour;
 
 bool IsAllowed(const Week& week, int64_t minute) {
     return week.test(static_cast<size_t>(minute % kMinutesInWeek / kMinutesInHour));

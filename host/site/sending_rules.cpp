@@ -19,7 +19,7 @@ namespace {
 constexpr int64_t kAround = 2 + 13 + 120 + 10;
 
 // Hours that one dead number may cost before it is worth a warning.
-constexpr int64_t kMuch = int64_t{2} * 60 * 60;
+constexpr int64_t kMuch = 2 * 60 * 60;
 
 // Beyond it the number is a mistake of its own.
 constexpr int64_t kMostRetries = std::numeric_limits<int32_t>::max();
@@ -32,9 +32,9 @@ int64_t LongestTransfer(const Port* port, const Pager& pager) {
     }
     const SmsService* const service = port == nullptr ? nullptr : ServiceOf(*port, pager);
     if (service == nullptr) {
-        return int64_t{3} * 30;  // a plain service: question, number, hang-up
+        return 3 * 30;  // a plain service: question, number, hang-up
     }
-    return service->protocol.value == "UCP" ? 13 + 30 : int64_t{6} * 30;
+    return service->protocol.value == "UCP" ? 13 + 30 : 6 * 30;
 }
 
 bool IsAscii(std::string_view text) {

@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-constexpr int64_t kDay = int64_t{24} * 60 * 60;
+constexpr int64_t kDay = 24 * 60 * 60;
 constexpr size_t kDateSize = 10;
 
 [[noreturn]] void Refuse(std::string_view text) {

@@ -36,7 +36,7 @@ using Protocol = asio::generic::stream_protocol;
 using Stream = beast::basic_stream<Protocol>;
 
 constexpr uint32_t kLargestHeader = 8 * 1024;
-constexpr uint64_t kLargestBody = uint64_t{1024} * 1024;
+constexpr uint64_t kLargestBody = 1024 * 1024;
 constexpr size_t kLargestRead = 64 * 1024;
 constexpr size_t kHandlers = 2;
 constexpr std::chrono::seconds kLinger{2};
