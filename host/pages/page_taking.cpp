@@ -1,5 +1,9 @@
 // Pages taken from lines. Tested by tests/unit/host/page_owner_test.cpp.
+#include <cstdint>
+#include <map>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "host/pages/page_owner.h"
 #include "host/pages/page_taking.h"
@@ -72,14 +76,17 @@ void OpenPageAgain(Connection& connection, const PageKey& page, int64_t tries) {
     OpenAgain(connection, *delivery, tries);
 }
 
-// Over all lines together, at most twice as often as on one. One that is on its first has come to
-// less.
+// Over all lines together: twice as often as on one.
+int64_t MostTries(Connection& connection, const std::string& pager) {
+    return 2 * (LimitsOf(connection, pager).retries + 1);
+}
+
+// One that is on its first line has come to less.
 bool IsOverspent(Connection& connection, const PageKey& page) {
     const std::optional<PendingEvent> event = FindEvent(connection, page);
     const std::optional<Delivery> delivery = FindDelivery(connection, page);
-    const int64_t allowed = LimitsOf(connection, page.pager).retries + 1;
     return event && delivery && delivery->tries > 0 &&
-           event->tries + delivery->tries >= 2 * allowed;
+           event->tries + delivery->tries >= MostTries(connection, page.pager);
 }
 
 constexpr const char* kOverspent = "tried twice as often as its pager allows, by several lines";
@@ -119,6 +126,9 @@ Taken TakeOrGiveUp(Connection& connection, const PageKey& page, const std::strin
     return Take(connection, page, why);
 }
 
+namespace {
+
+// Those that the line has in its library, and those that it has still to hand over.
 std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line) {
     std::vector<PageKey> pages = PendingEvents(connection, line);
     for (const Delivery& delivery : OpenDeliveriesOf(connection, line)) {
@@ -129,6 +139,8 @@ std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line
     }
     return pages;
 }
+
+}  // namespace
 
 Taken TakePage(Connection& connection, const PageKey& page, const std::string& why) {
     WriteTransaction transaction(connection);
@@ -172,9 +184,14 @@ bool MovePage(Connection& connection, const PageKey& page, const std::string& to
 // Only pages that were taken from a line before are looked at.
 std::vector<PageKey> OverspentPages(Connection& connection, const std::string& line) {
     std::vector<PageKey> overspent;
-    for (const PageKey& page : PendingMovedEvents(connection, line)) {
-        if (IsOverspent(connection, page)) {
-            overspent.push_back(page);
+    std::map<std::string, int64_t> most;  // of a pager
+    for (const MovedEvent& event : PendingMovedEvents(connection, line)) {
+        const auto [known, is_new] = most.try_emplace(event.page.pager);
+        if (is_new) {
+            known->second = MostTries(connection, event.page.pager);
+        }
+        if (event.tries >= known->second) {
+            overspent.push_back(event.page);
         }
     }
     return overspent;

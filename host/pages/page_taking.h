@@ -6,14 +6,10 @@
 #define PAGERFWD_HOST_PAGES_PAGE_TAKING_H
 
 #include <string>
-#include <vector>
 
 #include "host/pages/page_owner.h"
 
 namespace host {
-
-// Those that the line has in its library, and those that it has still to hand over.
-std::vector<PageKey> PagesOfLine(Connection& connection, const std::string& line);
 
 // As TakePage.
 Taken TakeOrGiveUp(Connection& connection, const PageKey& page, const std::string& why);

@@ -9,56 +9,55 @@
 #include "host/store/tables/history.h"
 #include "host/store/tables/lines.h"
 #include "host/store/tables/nodes.h"
+#include "host/store/tables/pages_of_node.h"
 #include "host/store/tables/states.h"
-#include "host/trace/traced_page.h"
 
 namespace host {
 namespace {
 
-bool IsOnLine(const PageKey& page, const PageOnLine& on_line) {
-    return (on_line.alarm.empty() || page.alarm == on_line.alarm) &&
-           page.pager.substr(0, kTracedTextKept) == on_line.pager &&
-           page.group.substr(0, kTracedTextKept) == on_line.group;
-}
-
+// Those of a dead node: singly where something is to be said or decided of each, which are few, and
+// then all others at once.
 class Taker {
  public:
-    Taker(Connection& connection, std::string node)
+    Taker(Connection& connection, const std::string& node)
         : connection_(connection),
-          node_(std::move(node)),
+          gone_("node \"" + node + "\" is gone"),
           asks_(AsksForUnknownOutcomes(connection)) {}
 
-    void TakeAllOf(const std::string& line) {
+    void TakeThoseOnTheLine(const std::string& line) {
         const PageOnLine on_line = FindPageOnLine(connection_, line);
-        for (const PageKey& page : PagesOfLine(connection_, line)) {
-            // What has not been handed over has no event, and was on no line.
-            const bool may_have_left =
-                IsOnLine(page, on_line) && FindEvent(connection_, page).has_value();
-            Take(page, may_have_left);
+        // What has not been handed over has no event, and was on no line.
+        for (const PageKey& page : PendingTracedEvents(
+                 connection_, line, {on_line.alarm, on_line.group, on_line.pager})) {
+            if (Take(page, gone_ + "; this page was on its line, and may have been sent")) {
+                taken_.may_have_left.push_back(page);
+                SetUnknown(connection_, *FindDelivery(connection_, page), asks_);
+            }
         }
     }
 
-    TakenOver Result() const { return taken_; }
+    void GiveUpOverspent(const std::string& line) {
+        for (const PageKey& page : OverspentPages(connection_, line)) {
+            Take(page, gone_);
+        }
+    }
+
+    TakenOver TakeAllOthersOf(const std::string& node) {
+        taken_.pages += static_cast<int32_t>(TakePagesOfNode(connection_, node, gone_));
+        return taken_;
+    }
 
  private:
-    void Take(const PageKey& page, bool may_have_left) {
-        const std::string gone = "node \"" + node_ + "\" is gone";
-        const Taken how = TakeOrGiveUp(
-            connection_, page,
-            may_have_left ? gone + "; this page was on its line, and may have been sent" : gone);
+    // Whether it waits for another line.
+    bool Take(const PageKey& page, const std::string& why) {
+        const Taken how = TakeOrGiveUp(connection_, page, why);
         taken_.given_up += how == Taken::kGivenUp ? 1 : 0;
-        if (how != Taken::kFree) {
-            return;
-        }
-        ++taken_.pages;
-        if (may_have_left) {
-            taken_.may_have_left.push_back(page);
-            SetUnknown(connection_, *FindDelivery(connection_, page), asks_);
-        }
+        taken_.pages += how == Taken::kFree ? 1 : 0;
+        return how == Taken::kFree;
     }
 
     Connection& connection_;
-    const std::string node_;
+    const std::string gone_;
     const bool asks_;
     TakenOver taken_;
 };
@@ -69,10 +68,12 @@ std::optional<TakenOver> Take(Connection& connection, const std::string& node, i
     }
     Taker taker(connection, node);
     for (const std::string& line : ClaimedLines(connection, node)) {
-        taker.TakeAllOf(line);
+        taker.TakeThoseOnTheLine(line);
+        taker.GiveUpOverspent(line);
     }
+    const TakenOver taken = taker.TakeAllOthersOf(node);
     FreeLinesOf(connection, node);
-    return taker.Result();
+    return taken;
 }
 
 // Of which an operator is asked. None: nobody asks about this page.

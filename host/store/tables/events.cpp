@@ -113,17 +113,34 @@ std::vector<PageKey> PendingEvents(Connection& connection, const std::string& li
     return KeysIn(statement.Bind(line));
 }
 
-// Asked every second: the deliveries lead, of which few were moved.
-std::vector<PageKey> PendingMovedEvents(Connection& connection, const std::string& line) {
+std::vector<PageKey> PendingTracedEvents(Connection& connection, const std::string& line,
+                                         const PageKey& traced) {
     Statement statement(connection,
-                        "SELECT moved.alarm, moved.alarm_group, moved.pager"
+                        "SELECT AlmLogID, AlmGroup, PagerDescr FROM AlarmFwd_PagerEvents"
+                        " WHERE PagerState = '2' AND line = ? AND ? IN ('', AlmLogID) AND " +
+                            Traced("AlmGroup") + " = CAST(? AS BLOB) AND " + Traced("PagerDescr") +
+                            " = CAST(? AS BLOB) ORDER BY row_id");
+    statement.Bind(line).Bind(traced.alarm).Bind(traced.group).Bind(traced.pager);
+    return KeysIn(statement);
+}
+
+// Asked every second: the deliveries lead, of which few were moved.
+std::vector<MovedEvent> PendingMovedEvents(Connection& connection, const std::string& line) {
+    std::vector<MovedEvent> moved;
+    Statement statement(connection,
+                        "SELECT moved.alarm, moved.alarm_group, moved.pager,"
+                        " moved.tries + CAST(event.PagerRetries AS INTEGER)"
                         " FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents AS event"
                         " WHERE event.AlmLogID = moved.alarm"
                         " AND event.AlmGroup = moved.alarm_group"
                         " AND event.PagerDescr = moved.pager"
                         " AND moved.tries > 0 AND event.line = ?"
                         " AND event.PagerState || '' = '2'");
-    return KeysIn(statement.Bind(line));
+    statement.Bind(line);
+    while (statement.Step()) {
+        moved.push_back({KeyIn(statement), statement.Number(3)});
+    }
+    return moved;
 }
 
 bool HasPagesOf(Connection& connection, const std::string& line) {

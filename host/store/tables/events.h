@@ -51,8 +51,15 @@ std::vector<int64_t> PendingRows(Connection& connection, const std::string& alar
 
 // --- Those of a line, in order; of no line, where it is empty.
 std::vector<PageKey> PendingEvents(Connection& connection, const std::string& line);
-// Those that another line had before.
-std::vector<PageKey> PendingMovedEvents(Connection& connection, const std::string& line);
+// Those that are called so in the trace, which cuts long texts off. No alarm: any.
+std::vector<PageKey> PendingTracedEvents(Connection& connection, const std::string& line,
+                                         const PageKey& traced);
+// Those that another line had before, with their tries over all lines.
+struct MovedEvent {
+    PageKey page;
+    int64_t tries;
+};
+std::vector<MovedEvent> PendingMovedEvents(Connection& connection, const std::string& line);
 // Whether a line's process has pages that its library goes through once a minute.
 bool HasPagesOf(Connection& connection, const std::string& line);
 

@@ -17,11 +17,6 @@ int64_t Now() {
     return static_cast<int64_t>(std::time(nullptr));
 }
 
-// A column as the trace has it.
-std::string Traced(const std::string& column) {
-    return "substr(CAST(" + column + " AS BLOB), 1, " + std::to_string(kTracedTextKept) + ")";
-}
-
 }  // namespace
 
 void WriteHistory(Connection& connection, const HistoryRow& row) {
@@ -141,6 +136,10 @@ std::vector<PageKey> PagesNotOwed(Connection& connection, int64_t count) {
         "   GROUP BY alarm, alarm_group, pager ORDER BY last DESC LIMIT ?) AS ended"
         " ORDER BY last");
     return KeysIn(statement.Bind(count));
+}
+
+std::string Traced(const std::string& column) {
+    return "substr(CAST(" + column + " AS BLOB), 1, " + std::to_string(kTracedTextKept) + ")";
 }
 
 bool HadPage(Connection& connection, const PageKey& traced) {

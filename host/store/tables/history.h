@@ -80,6 +80,8 @@ std::vector<PageKey> PagesChangedBetween(Connection& connection, int64_t first, 
 // The last so many of those that are neither pending nor owed any more, the oldest first.
 std::vector<PageKey> PagesNotOwed(Connection& connection, int64_t count);
 
+// A column as the trace has its text, which cuts long ones off: for conditions.
+std::string Traced(const std::string& column);
 // Whether the alarm had a page of this group to this pager. As the library's trace has them, which
 // cuts long texts off.
 bool HadPage(Connection& connection, const PageKey& traced);

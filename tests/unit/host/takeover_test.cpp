@@ -102,7 +102,7 @@ TEST_F(AGoneNode, HasThePageNamedThatMayHaveLeft) {
     ASSERT_EQ(1U, taken.may_have_left.size());
     EXPECT_EQ("night", taken.may_have_left[0].pager);
     EXPECT_THAT(Notes(),
-                ElementsAre("duty: node \"north\" is gone", std::string("night: ") + kOnItsLine));
+                ElementsAre(std::string("night: ") + kOnItsLine, "duty: node \"north\" is gone"));
     EXPECT_THAT(States(), ElementsAre("duty waiting", "night waiting", "tech waiting"));
 }
 
@@ -167,6 +167,68 @@ TEST_F(AGoneNode, EndsItsAlarmWhereItsLastPageIsCountedAsSent) {
     Take();
     EXPECT_TRUE(CountAsSent(connection, {"7", "ops", "night"}, "seen"));
     EXPECT_EQ("4", StateOf("7"));
+}
+
+// --- What becomes of pages that need more than another line.
+
+TEST_F(AGoneNode, HasItsTriesCounted) {
+    Execute("UPDATE AlarmFwd_PagerEvents SET PagerRetries = '2' WHERE PagerDescr = 'night'");
+    Take();
+    EXPECT_EQ(0, At(0).tries);
+    EXPECT_EQ(2, At(1).tries);
+    EXPECT_THAT(Rows("change || ' ' || tries || ' ' || line FROM Host_History"
+                     " WHERE pager = 'night' ORDER BY row_id DESC LIMIT 1"),
+                ElementsAre("moved 2 N"));
+}
+
+TEST_F(AGoneNode, HasAPageGivenUpThatAllLinesHaveTriedTooOften) {
+    Execute("UPDATE Host_Deliveries SET tries = 4");
+    Execute("UPDATE AlarmFwd_PagerEvents SET PagerRetries = '2' WHERE PagerDescr = 'night'");
+    const TakenOver taken = Take();
+    EXPECT_EQ(2, taken.pages);
+    EXPECT_EQ(1, taken.given_up);
+    EXPECT_THAT(States(), ElementsAre("duty waiting", "tech waiting"));
+}
+
+TEST_F(AGoneNode, LeavesNoPageOfAnAlarmThatIsAcknowledged) {
+    Execute("UPDATE AlarmLog SET alarmack = '1', pagerstate = '1'");
+    EXPECT_EQ(1, Take().pages) << "that was still to be handed over, and is closed at its turn";
+    EXPECT_THAT(Rows("change || ' ' || pager FROM Host_History WHERE note <> '' ORDER BY row_id"),
+                ElementsAre("removed duty", "removed night"));
+    EXPECT_EQ(kQueued, At(0).answer);
+    EXPECT_THAT(Rows("row_id FROM AlarmFwd_PagerEvents"), IsEmpty());
+}
+
+TEST_F(AGoneNode, LeavesPagesOfAnotherProgramToo) {
+    Execute("DELETE FROM Host_Deliveries WHERE place < 2");
+    EXPECT_EQ(3, Take().pages);
+    EXPECT_THAT(Rows("place || ' ' || pager || line FROM Host_Deliveries WHERE answer IS NULL"
+                     " ORDER BY place"),
+                ElementsAre("2 tech", "3 duty", "4 night"));
+    EXPECT_FALSE(WasEverQueued(connection, At(1)));
+}
+
+// Of two rows of one page the library knows both; it is owed once.
+TEST_F(AGoneNode, LeavesAPageThatStandsTwiceOnce) {
+    Execute(
+        "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState, line)"
+        " SELECT AlmLogID, AlmGroup, PagerDescr, PagerState, line FROM AlarmFwd_PagerEvents");
+    EXPECT_EQ(3, Take().pages);
+    EXPECT_THAT(States(), ElementsAre("duty waiting", "night waiting", "tech waiting"));
+}
+
+TEST_F(AGoneNode, LeavesThePagesOfAllItsLinesAndOfNoOther) {
+    AddAlarm("8", "2");
+    AddAlarm("9", "2");
+    for (const char* line : {"N2", "S"}) {
+        EXPECT_TRUE(ClaimLine(connection, line, *line == 'S' ? "south" : "north"));
+    }
+    AddDelivery("8", 0, "duty");
+    AddDelivery("9", 0, "duty");
+    GiveToLine(connection, DeliveriesOf(connection, "8").at(0), "N2");
+    GiveToLine(connection, DeliveriesOf(connection, "9").at(0), "S");
+    EXPECT_EQ(4, Take().pages);
+    EXPECT_THAT(CountByLine(connection), ElementsAre(Pair("S", 1)));
 }
 
 TEST_F(AGoneNode, CanBeForgotten) {
