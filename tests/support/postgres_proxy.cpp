@@ -85,10 +85,10 @@ class ProxyProcess {
                 look.push_back({call.stalled ? -1 : call.server, events, 0});
             }
             constexpr int kMoment = 20;  // ms; the plan may change meanwhile
-            poll(look.data(), look.size(), kMoment);
+            poll(look.data(), plan_.stalls ? 0 : look.size(), kMoment);
             if (plan_.refuses) {
                 CutAll();
-            } else {
+            } else if (!plan_.stalls) {
                 Work(look);
             }
         }
@@ -205,8 +205,8 @@ class ProxyProcess {
     std::list<Call> calls_;
 };
 
-PostgresProxy::PostgresProxy(const fs::path& server)
-    : folder_(server / "proxy"),
+PostgresProxy::PostgresProxy(const fs::path& server, const std::string& name)
+    : folder_(server / name),
       plan_(new (mmap(nullptr, sizeof(Plans), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
                       -1, 0)) Plans) {
     fs::create_directory(folder_);

@@ -22,8 +22,8 @@ class PostgresProxy {
         kStall,      // nothing comes or goes any more, and nobody closes
     };
 
-    // Before the server whose socket is in this folder; its own is in one within.
-    explicit PostgresProxy(const std::filesystem::path& server);
+    // Before the server whose socket is in this folder; its own is in one of this name within.
+    explicit PostgresProxy(const std::filesystem::path& server, const std::string& name = "proxy");
     ~PostgresProxy();
     PostgresProxy(const PostgresProxy&) = delete;
     PostgresProxy& operator=(const PostgresProxy&) = delete;
@@ -37,7 +37,9 @@ class PostgresProxy {
 
     // Takes no call any more, and cuts those that there are; takes them again.
     void Refuse(bool refuses);
-    // The same, from the failure that is planned on.
+    // Nothing comes or goes any more, and nobody closes, until it does again.
+    void Stall(bool stalls) { plan_->stalls = stalls; }
+    // The same as Refuse, from the failure that is planned on.
     void RefuseOnceFailed(bool refuses);
 
  private:
@@ -48,6 +50,7 @@ class PostgresProxy {
         std::atomic<int> count{0};
         std::atomic<bool> failed{false};
         std::atomic<bool> refuses{false};
+        std::atomic<bool> stalls{false};
         std::atomic<bool> refuses_once_failed{false};
     };
     friend class ProxyProcess;
