@@ -6,9 +6,11 @@
 
 #include "host/cli/program.h"
 #include "host/process/database_locks.h"
+#include "host/site/site_tables.h"
 #include "host/store/copy_site.h"
 #include "host/store/database_name.h"
 #include "host/store/schema.h"
+#include "host/store/tables/nodes.h"
 #include "host/text/printable.h"
 
 namespace host {
@@ -28,6 +30,17 @@ void RefuseWhileServed(const std::string& database) {
     }
 }
 
+// On whichever host.
+void RefuseWhileHeld(Connection& connection) {
+    for (const NodeState& node : ReadNodes(connection)) {
+        if (node.lives) {
+            throw Failure(kNo, connection.Name() + ": node \"" +
+                                   Decode(node.node, EncodingOf(connection)) +
+                                   "\" serves it: " + node.holder + "; end that, and copy then");
+        }
+    }
+}
+
 void RefusePassword(const std::string& database) {
     if (HasPassword(database)) {
         throw Failure(kUsage, kPasswordShown);
@@ -41,9 +54,12 @@ ExitCode Copy(const CopyOptions& options) {
     Connection from(options.from);
     RequireTables(from);
     Connection to(options.to, Connection::Mode::kCreate);
-    RefuseWhileServed(options.from);
-    RefuseWhileServed(options.to);
+    for (const Connection* const site : {&from, &to}) {
+        RefuseWhileServed(site->Path());
+    }
+    RefuseWhileHeld(from);
     CreateTables(to);
+    RefuseWhileHeld(to);
     for (const CopiedTable& table : CopySite(from, to)) {
         std::cout << table.name << ": " << table.rows << (table.rows == 1 ? " row\n" : " rows\n");
     }

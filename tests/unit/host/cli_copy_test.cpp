@@ -3,6 +3,7 @@
 
 #include "host/process/database_locks.h"
 #include "host/store/rights.h"
+#include "host/store/tables/nodes.h"
 #include "tests/unit/host/cli_fixture.h"
 
 namespace host {
@@ -41,6 +42,17 @@ TEST_F(CopyCommand, RefusesADatabaseThatIsServed) {
     const ProgramRun run = Run({"copy", "site.db", "other.db"});
     EXPECT_EQ(1, run.exit_code);
     EXPECT_THAT(run.err, HasSubstr("site.db: served by "));
+}
+
+// On whichever host, of which no lock here tells anything.
+TEST_F(CopyCommand, RefusesADatabaseThatANodeSomewhereHolds) {
+    Connection site("site.db");
+    const auto tenure = TakeLease(site, "north", "a host, process 7", std::chrono::hours(1));
+    const ProgramRun run = Run({"copy", "site.db", "other.db"});
+    EXPECT_EQ(1, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("site.db: node \"north\" serves it: a host, process 7"));
+    EndLease(site, *tenure);
+    EXPECT_EQ(0, Run({"copy", "site.db", "other.db"}).exit_code);
 }
 
 TEST_F(CopyCommand, RefusesWhatIsNoSite) {
