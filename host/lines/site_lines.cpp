@@ -36,6 +36,14 @@ bool SiteLine::CanDialFor(const std::string& type) const {
     return modem && !dial.empty();
 }
 
+bool SiteLine::Fits(const PagerRow& pager) const {
+    if (!pager.port.empty()) {
+        return name == pager.port;
+    }
+    const bool is_there = pager.node.empty() || node.empty() || node == pager.node;
+    return is_there && CanDialFor(pager.type);
+}
+
 std::vector<SiteLine> SiteLines(Connection& connection) {
     std::vector<SiteLine> lines;
     for (PortRow& port : ReadPorts(connection)) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/store/connection.h"
+#include "host/store/tables/pagers.h"
 
 namespace host {
 
@@ -28,6 +29,9 @@ struct SiteLine {
 
     // type: as the tables have it.
     bool CanDialFor(const std::string& type) const;
+    // Whether the pager can have its pages from it: from the line that it names, or from any that
+    // can dial for its type, of the node that it names, if it names one.
+    bool Fits(const PagerRow& pager) const;
 };
 
 // In the order of the site.

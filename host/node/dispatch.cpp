@@ -1,24 +1,16 @@
-// Dispatch. Tested by tests/e2e/run_lines_test.cpp.
+// Dispatch. Tested by tests/unit/host/dispatch_test.cpp and tests/e2e/run_lines_test.cpp.
 #include "host/node/dispatch.h"
 #include "host/store/tables/pagers.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/pages/delivery_words.h"
 #include "host/pages/page_owner.h"
+#include "host/process/clock_jumps.h"
 
 namespace host {
 namespace {
-
-// Whether the pager can have its pages from the line: from the one that it names, or from any that
-// can dial for its type, of the node that it names, if it names one.
-bool Fits(const SiteLine& line, const PagerRow& pager) {
-    if (!pager.port.empty()) {
-        return line.name == pager.port;
-    }
-    const bool is_there = pager.node.empty() || line.node.empty() || line.node == pager.node;
-    return is_there && line.CanDialFor(pager.type);
-}
 
 bool CanBeRead(Connection& connection, const Delivery& delivery) {
     try {
@@ -31,23 +23,28 @@ bool CanBeRead(Connection& connection, const Delivery& delivery) {
 
 }  // namespace
 
-void Dispatch::Run(Connection& connection, const Role& role) {
+void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
     size_t unreadable = 0;
     const std::vector<Delivery> deliveries = OpenDeliveries(connection, &unreadable);
     for (size_t number = 1; number <= unreadable; ++number) {
         aside_.Add("open delivery " + std::to_string(number) + " that can't be read",
                    SetAside::kTooLarge);
     }
+    Pass pass{role, now, std::exchange(left_, {}), {}, {}};
     if (deliveries.empty()) {
         return;
     }
     loads_.Read(connection);
+    role.alone ? others_.Forget() : others_.Read(connection, lines_, loads_);
+    if (role.leads) {
+        pass.settled = SettledDeliveries(connection);
+    }
     for (const Delivery& delivery : deliveries) {
         if (!delivery.line.empty() || delivery.unknown) {
             continue;
         }
         try {
-            Give(connection, delivery, role);
+            Look(connection, delivery, pass);
         } catch (const RowTooLarge& error) {
             aside_.Add(NameOf(delivery, encoding_), error.what());
         }
@@ -62,28 +59,74 @@ bool Dispatch::IsDone(Connection& connection) const {
     });
 }
 
-void Dispatch::Give(Connection& connection, const Delivery& delivery, const Role& role) {
-    const std::optional<Alarm> alarm = FindAlarm(connection, delivery.alarm);
-    if (const auto answer = AnswerWithoutLine(connection, delivery, alarm)) {
-        if (role.leads) {
-            Close(connection, delivery, alarm, *answer);
-        }
+// Thousands may wait: what one asks the tables for each is asked only where something is done.
+void Dispatch::Look(Connection& connection, const Delivery& delivery, Pass& pass) {
+    auto known = pass.pagers.find(delivery.pager);
+    if (known == pass.pagers.end()) {
+        known = pass.pagers.emplace(delivery.pager, FindPagers(connection, delivery.pager)).first;
+    }
+    const std::vector<PagerRow>& pagers = known->second;
+    const bool is_known = pagers.size() == 1;
+    if ((!is_known || MayNeedNoLine(delivery, pass)) &&
+        (CloseIfSettled(connection, delivery, pass) || !is_known)) {
         return;
     }
-    const PagerRow pager = FindPagers(connection, delivery.pager).front();
+    const PagerRow& pager = pagers.front();
     ServedLine* const line = LineFor(pager);
     if (line == nullptr) {
-        if (role.alone && LineOfSite(pager) == nullptr) {
-            TellThatNoneHas(delivery.pager);
+        if (pass.role.alone && LineOfSite(pager) == nullptr) {
+            TellThatNoneHas(pager);
         }
-    } else if (loads_.Of(line->Line().name).ahead < kMostAhead) {
-        without_line_.erase(delivery.pager);
-        if (!GiveToLine(connection, delivery, line->Line().name)) {
-            return;  // another node was faster
-        }
-        loads_.Give(line->Line().name);
-        line->Ring();
+    } else if (loads_.Of(line->Line().name).ahead < kMostAhead &&
+               !CloseIfSettled(connection, delivery, pass)) {
+        Give(connection, delivery, pager, *line, pass);
     }
+}
+
+bool Dispatch::MayNeedNoLine(const Delivery& delivery, const Pass& pass) {
+    return !IsLibraryNumber(delivery.alarm) ||
+           pass.settled.count({delivery.alarm, delivery.place}) != 0;
+}
+
+// Whether it needs no line. Closed by who leads.
+bool Dispatch::CloseIfSettled(Connection& connection, const Delivery& delivery, const Pass& pass) {
+    const std::optional<Alarm> alarm = FindAlarm(connection, delivery.alarm);
+    const std::optional<int32_t> answer = AnswerWithoutLine(connection, delivery, alarm);
+    if (answer && pass.role.leads) {
+        NoteAnswer(connection, delivery, *answer);
+        TellAnswer(log_, NameOf(delivery, encoding_), *answer);
+        if (alarm && !NeedsNoPaging(*alarm)) {
+            CloseAlarm(connection, *alarm);
+        }
+    }
+    return answer.has_value();
+}
+
+void Dispatch::Give(Connection& connection, const Delivery& delivery, const PagerRow& pager,
+                    ServedLine& line, const Pass& pass) {
+    const std::string& name = line.Line().name;
+    without_line_.erase(pager.description);
+    if (loads_.Of(name).ahead > 0 && IsLeft(delivery, pager, pass)) {
+        loads_.Give(name);                                // its place is kept
+    } else if (GiveToLine(connection, delivery, name)) {  // else another node was faster
+        loads_.Give(name);
+        line.Ring();
+    }
+}
+
+// A row of theirs may be out of date, so this ends.
+bool Dispatch::IsLeft(const Delivery& delivery, const PagerRow& pager, const Pass& pass) {
+    if (!others_.AnyIdleFor(pager)) {
+        return false;
+    }
+    const Page page{delivery.alarm, delivery.place};
+    const auto before = pass.left.find(page);
+    const std::time_t since = before == pass.left.end() ? pass.now : before->second;
+    if (HasCome(since + kLeftFor, pass.now, kLeftFor)) {
+        return false;
+    }
+    left_.emplace(page, since);
+    return true;
 }
 
 std::optional<int32_t> Dispatch::AnswerWithoutLine(Connection& connection, const Delivery& delivery,
@@ -102,19 +145,10 @@ std::optional<int32_t> Dispatch::AnswerWithoutLine(Connection& connection, const
                : std::optional<int32_t>(kPagerUnknown);
 }
 
-void Dispatch::Close(Connection& connection, const Delivery& delivery,
-                     const std::optional<Alarm>& alarm, int32_t answer) {
-    NoteAnswer(connection, delivery, answer);
-    TellAnswer(log_, NameOf(delivery, encoding_), answer);
-    if (alarm && !NeedsNoPaging(*alarm)) {
-        CloseAlarm(connection, *alarm);
-    }
-}
-
 ServedLine* Dispatch::LineFor(const PagerRow& pager) const {
     ServedLine* best = nullptr;
     for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
-        if (Fits(line->Line(), pager) && line->IsServed() &&
+        if (line->Line().Fits(pager) && line->IsServed() &&
             (best == nullptr ||
              IsLessBusy(loads_.Of(line->Line().name), loads_.Of(best->Line().name)))) {
             best = line.get();
@@ -125,16 +159,16 @@ ServedLine* Dispatch::LineFor(const PagerRow& pager) const {
 
 ServedLine* Dispatch::LineOfSite(const PagerRow& pager) const {
     for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
-        if (Fits(line->Line(), pager) && line->IsWanted()) {
+        if (line->Line().Fits(pager) && line->IsWanted()) {
             return line.get();
         }
     }
     return nullptr;
 }
 
-void Dispatch::TellThatNoneHas(const std::string& pager) {
-    if (without_line_.insert(pager).second) {
-        log_.Error("pager \"" + Decode(pager, encoding_) +
+void Dispatch::TellThatNoneHas(const PagerRow& pager) {
+    if (without_line_.insert(pager.description).second) {
+        log_.Error("pager \"" + Decode(pager.description, encoding_) +
                    "\": no line that can have its pages is in service; they wait");
     }
 }

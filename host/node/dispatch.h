@@ -5,16 +5,26 @@
 // dial for its type, the least busy first. Severe alarms go before mild ones, and old before new; a
 // page that waits for its line holds up no other.
 //
+// Where there are other nodes, each gives pages to its own lines. One that would only be a line's
+// next is left to them while a line of theirs stands idle that could send it now; it keeps its
+// place here meanwhile, so that no milder one comes before it. A node that takes it not within a
+// few seconds is not waited for.
+//
 // Threads    One.
 // Errors     StoreError. What was not given to a line stays open in the tables.
 #ifndef PAGERFWD_HOST_NODE_DISPATCH_H
 #define PAGERFWD_HOST_NODE_DISPATCH_H
 
+#include <ctime>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "host/node/line_loads.h"
+#include "host/node/other_lines.h"
 #include "host/node/served_lines.h"
 #include "host/node/set_aside.h"
 #include "host/process/operator_log.h"
@@ -37,7 +47,9 @@ class Dispatch {
         bool alone = true;
     };
     // Gives open deliveries to lines, and closes those that need none.
-    void Run(Connection& connection, const Role& role);
+    void Run(Connection& connection, const Role& role, std::time_t now);
+    // Whether it is to be run again soon though nothing changes: others have been left a page.
+    bool IsWaiting() const { return !left_.empty(); }
 
     // Whether none is open but what was set aside.
     bool IsDone(Connection& connection) const;
@@ -50,20 +62,37 @@ class Dispatch {
 
     // Not yet tried pages that a line has at most: one on the line, one next.
     static constexpr int kMostAhead = 2;
+    // So long a page is left to others, in seconds: they look for it once a second.
+    static constexpr std::time_t kLeftFor = 3;
 
  private:
-    void Give(Connection& connection, const Delivery& delivery, const Role& role);
+    using Page = std::pair<std::string, int64_t>;  // the alarm, and the place within it
+
+    struct Pass {
+        const Role& role;
+        std::time_t now;
+        std::map<Page, std::time_t> left;  // to others, until now
+        std::set<Page> settled;            // that may need no line, for who leads
+        std::map<std::string, std::vector<PagerRow>> pagers;  // as far as they were asked for
+    };
+
+    void Look(Connection& connection, const Delivery& delivery, Pass& pass);
+    static bool MayNeedNoLine(const Delivery& delivery, const Pass& pass);
+    void Give(Connection& connection, const Delivery& delivery, const PagerRow& pager,
+              ServedLine& line, const Pass& pass);
     std::optional<int32_t> AnswerWithoutLine(Connection& connection, const Delivery& delivery,
                                              const std::optional<Alarm>& alarm) const;
-    void Close(Connection& connection, const Delivery& delivery, const std::optional<Alarm>& alarm,
-               int32_t answer);
-    void TellThatNoneHas(const std::string& pager);
+    bool CloseIfSettled(Connection& connection, const Delivery& delivery, const Pass& pass);
+    bool IsLeft(const Delivery& delivery, const PagerRow& pager, const Pass& pass);
+    void TellThatNoneHas(const PagerRow& pager);
 
     const ServedLines& lines_;
     const Encoding encoding_;
     OperatorLog& log_;
     SetAside aside_;
     LineLoads loads_;
+    OtherLines others_;
+    std::map<Page, std::time_t> left_;    // to others, and since when
     std::set<std::string> without_line_;  // pagers of which that has been said
 };
 

@@ -148,6 +148,16 @@ void Membership::TakeOverFrom(Connection& connection, const NodeState& node) {
     listener_(node.node, *taken, AsksForUnknownOutcomes(connection));
 }
 
+int64_t Membership::ToldUpTo(Connection& connection) const {
+    return lease_ == nullptr ? 0 : host::ToldUpTo(connection);
+}
+
+void Membership::NoteTold(Connection& connection, int64_t row) const {
+    if (lease_ != nullptr) {
+        host::NoteTold(connection, lease_->Term(), row);
+    }
+}
+
 void Membership::WasFoundLost() {
     if (lease_ != nullptr) {
         lease_->WasFoundLost();

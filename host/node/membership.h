@@ -57,6 +57,10 @@ class Membership {
     // Of a site of several hosts; empty: it is the only one.
     const std::string& Name() const { return name_; }
     bool Leads() const { return leads_; }
+    // Up to which row of the history anybody has told how pages ended, for who leads next; 0:
+    // nobody ever did, or the node is the only one of a file.
+    int64_t ToldUpTo(Connection& connection) const;
+    void NoteTold(Connection& connection, int64_t row) const;
     // Whether another has taken its lease away: everything is to begin anew, by Join.
     bool IsLost() const { return lease_ != nullptr && lease_->IsLost(); }
     // A write was refused for that.

@@ -17,7 +17,6 @@
 #include <chrono>
 #include <ctime>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -28,9 +27,11 @@
 #include "host/node/figures.h"
 #include "host/node/intake.h"
 #include "host/node/membership.h"
+#include "host/node/named_file.h"
 #include "host/node/new_sends.h"
 #include "host/node/pace.h"
 #include "host/node/page_ends.h"
+#include "host/node/page_moves.h"
 #include "host/node/room.h"
 #include "host/node/served_lines.h"
 #include "host/process/operator_log.h"
@@ -65,37 +66,31 @@ class Node {
     End Run(StopSignal& stop);
 
  private:
-    bool Join(StopSignal& stop);
-    void Leave();
-    void Serve(StopSignal& stop);
+    // From the start on: node.cpp.
     bool WaitForLinesBefore(StopSignal& stop);
-    void EmptyCells();
-    void LookAtPendingPages();
-    void LookAtFile();
+    bool Join(StopSignal& stop);
+    void Serve(StopSignal& stop);
+    void Begin();
+
+    // Once a second: node_work.cpp.
     void StepOrReport();
     std::string StepOrReason();
     std::string Failed(const StoreError& failure);
     void Step();
+    void WantAll();
     bool HasWorkDue(std::time_t now) const;
     void Work(std::time_t now);
     void ReadAnew();
-    void LookAtSpool();
     void LookAtSends(std::time_t now);
     void LookAtEnds(std::time_t now);
-    void AdoptPages();
-    void MovePages(std::time_t now);
-    bool IsNobodys(const std::string& line);
-    bool IsInCharge(const std::string& line);
-    void MovePagesOf(const std::string& line, const std::string& why);
-    void HoldLines();
-    void CarryOutRequests(std::set<std::string>& held);
-    void Ring(const std::string& name) const;
-    void GiveUpOverspent(std::set<std::string>& held);
-    bool IsAtRest(const std::string& name) const;
+    void ForgetOldHistory(std::time_t now);
+
+    // At the end: node_end.cpp.
+    bool IsDone();
+    void EndInOrder();
     void EndLines();
     void TellLastThings();
-    bool IsDone();
-    void ForgetOldHistory(std::time_t now);
+    void Leave();
 
     const NodeOptions options_;
     OperatorLog& log_;
@@ -106,10 +101,12 @@ class Node {
     const Spool spool_;
     LockFile engine_;  // which the lines inherit
     Membership member_;
+    NamedFile file_;
     std::string why_idle_;  // of the lines
     ServedLines lines_;
     Intake intake_;
     Dispatch dispatch_;
+    PageMoves moves_;
     NewSends sends_;
     PageEnds ends_;
     Figures figures_;
@@ -117,12 +114,10 @@ class Node {
     Alerts alerts_;
     Heartbeat heartbeat_;
     Changes changes_;
-    Pace ends_pace_;
-    Pace moves_pace_;
-    Pace alarms_pace_;
-    Pace history_pace_;
-    bool gone_ = false;      // the database has no name
-    bool replaced_ = false;  // its name leads to another file
+    bool told_ends_ = false;  // by this node, as of its last look
+    Pace ends_pace_{3};       // a line records its sending a moment behind the end of the page
+    Pace alarms_pace_{60};
+    Pace history_pace_{24 * 60 * 60};
 };
 
 }  // namespace host

@@ -1,6 +1,7 @@
 // Ends of pages, for the operator. Tested by tests/unit/host/page_ends_test.cpp.
 #include "host/node/page_ends.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -39,9 +40,16 @@ void PageEnds::Skip() {
     seen_ = marked_;
 }
 
-void PageEnds::Look() {
+// A site that was copied from elsewhere may have fewer rows by now.
+void PageEnds::GoOnBehind(int64_t row) {
+    if (row > 0) {
+        seen_ = std::min(row, seen_);
+    }
+}
+
+bool PageEnds::Look() {
     LookAtAcknowledgements();
-    LookAtPages();
+    return LookAtPages();
 }
 
 // Others acknowledge: the database's version tells whether there is anything to look for.
@@ -67,15 +75,16 @@ void PageEnds::Tell(const Alarm& alarm) {
               "): " + (EndedByWithdrawal(alarm) ? "resolved" : "acknowledged by " + by));
 }
 
-void PageEnds::LookAtPages() {
+bool PageEnds::LookAtPages() {
     if (marked_ <= seen_) {
-        return;
+        return false;
     }
     const std::vector<PageStory> pages = PagesEndedBetween(connection_, seen_, marked_);
     seen_ = marked_;
     for (const PageStory& page : pages) {
         Tell(page);
     }
+    return !pages.empty();
 }
 
 void PageEnds::Tell(const PageStory& page) {

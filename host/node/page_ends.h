@@ -32,9 +32,14 @@ class PageEnds {
     // Remembers what there is now. What has ended by then is told by the look behind: between the
     // two, lines record their sendings, which tell how far the pages came.
     void Mark();
-    void Look();
+    // Returns whether it has told anything.
+    bool Look();
     // What has ended by now is told by another.
     void Skip();
+    // ... who has told it up to this row of the history, and is gone; 0: nobody ever did.
+    void GoOnBehind(int64_t row);
+    // Up to which row of the history all is told.
+    int64_t Seen() const { return seen_; }
     // Whether something behind the last look has been remembered.
     bool HaveMark() const { return marked_ > seen_; }
 
@@ -44,7 +49,7 @@ class PageEnds {
     uint64_t GivenUp() const { return given_up_; }
 
  private:
-    void LookAtPages();
+    bool LookAtPages();
     void LookAtAcknowledgements();
     void Tell(const Alarm& alarm);
     void Tell(const PageStory& page);

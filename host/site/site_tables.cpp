@@ -9,6 +9,7 @@
 #include "host/site/words.h"
 #include "host/store/rows.h"
 #include "host/store/schema.h"
+#include "host/store/tables/lines.h"
 #include "host/store/tables/nodes.h"
 #include "host/store/tables/pagers.h"
 #include "host/store/tables/ports.h"
@@ -151,6 +152,7 @@ void StorePlaces(Connection& connection, const Site& site) {
         nodes.push_back(encoded(node.name));
     }
     StoreNodes(connection, nodes);
+    ForgetPausesOfFormerLines(connection);
 }
 
 }  // namespace

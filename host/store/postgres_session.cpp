@@ -20,10 +20,10 @@ namespace {
 
 using Clock = std::chrono::system_clock;
 
-// A server that lost us lets go of our locks as soon as we of it.
+// A server that lost us lets go of our locks before a node's lease is over.
 constexpr const char* kSettings =
     "SET statement_timeout = '20s'; SET lock_timeout = '10s';"
-    "SET idle_in_transaction_session_timeout = '60s';"
+    "SET idle_in_transaction_session_timeout = '5s';"
     "SET tcp_keepalives_idle = 5; SET tcp_keepalives_interval = 2; SET tcp_keepalives_count = 3;"
     "SET tcp_user_timeout = '10s'; SET standard_conforming_strings = on;"
     // What is committed is on the server's disk.

@@ -12,7 +12,7 @@ namespace host {
 namespace {
 
 // How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 7;
+constexpr int64_t kVersion = 8;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -141,6 +141,13 @@ constexpr const char* kNodeParts =
     " valid_until INTEGER NOT NULL DEFAULT 0, leads INTEGER NOT NULL DEFAULT 0,"
     " drained INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;";
 
+// Of a node:
+//   renewals   of its lease, so far, see postgres_questions.cpp
+//   told       the last row of the history of which it has told how pages ended
+constexpr const char* kRenewalParts =
+    "ALTER TABLE Host_Nodes ADD COLUMN renewals INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE Host_Nodes ADD COLUMN told INTEGER NOT NULL DEFAULT 0;";
+
 // They wrote the history.
 constexpr const char* kFormerTriggers =
     "DROP TRIGGER IF EXISTS Events_Written;"
@@ -204,6 +211,9 @@ std::vector<std::string> StepsFrom(int64_t version, const std::string& stays_ack
         if (!makes_clock.empty()) {
             steps.push_back(makes_clock);
         }
+    }
+    if (version < 8) {
+        steps.emplace_back(kRenewalParts);
     }
     return steps;
 }

@@ -154,6 +154,24 @@ std::vector<Delivery> OwedDeliveries(Connection& connection) {
     return ReadDeliveries(statement);
 }
 
+std::set<std::pair<std::string, int64_t>> SettledDeliveries(Connection& connection) {
+    std::set<std::pair<std::string, int64_t>> settled;
+    Statement statement(connection,
+                        "SELECT alarm, place FROM Host_Deliveries AS owed"
+                        " WHERE answer IS NULL AND line = '' AND unknown = 0 AND"
+                        " ((SELECT count(*) <> 1 OR max(CASE WHEN alarmack IN ('', '0')"
+                        "   AND pagerstate <> '1' THEN 0 ELSE 1 END) = 1 FROM AlarmLog"
+                        "   WHERE alarmlogID = owed.alarm)"
+                        "  OR EXISTS (SELECT 1 FROM Host_History AS history"
+                        "   WHERE history.alarm = owed.alarm AND history.pager = owed.pager"
+                        "   AND history.alarm_group = owed.alarm_group"
+                        "   AND history.row_id > owed.since))");
+    while (statement.Step()) {
+        settled.emplace(statement.Text(0), statement.Number(1));
+    }
+    return settled;
+}
+
 std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm) {
     return Statement(connection,
                      "SELECT place FROM Host_Deliveries WHERE alarm = ? AND answer IS NULL"

@@ -9,7 +9,9 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/store/connection.h"
@@ -58,6 +60,9 @@ std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string
 
 // Those whose alarm still needs paging, and which lines may have.
 std::vector<Delivery> OwedDeliveries(Connection& connection);
+// Of open ones without a line: those that may need none any more, since their alarm isn't there or
+// needs no paging, or since a library has had the page. However many are open, at little cost.
+std::set<std::pair<std::string, int64_t>> SettledDeliveries(Connection& connection);
 // The places of an alarm's open ones.
 std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm);
 

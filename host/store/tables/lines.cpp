@@ -126,6 +126,13 @@ void SetPaused(Connection& connection, const std::string& line, bool paused) {
     LineChange(connection, line, "paused = ?2").With(int64_t{paused}).Commit();
 }
 
+void ForgetPausesOfFormerLines(Connection& connection) {
+    Statement(connection,
+              "UPDATE Host_Lines SET paused = 0 WHERE paused <> 0"
+              " AND line NOT IN (SELECT Description FROM AlarmFwd_COMProperties)")
+        .Run();
+}
+
 void SetDoing(Connection& connection, const std::string& line, const std::string& doing,
               std::time_t now) {
     LineChange(connection, line, "doing = ?2, doing_since = ?3")

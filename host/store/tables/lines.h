@@ -47,6 +47,10 @@ void SetDoing(Connection& connection, const std::string& line, const std::string
 // 0: it has ended; it does nothing then.
 void SetProcess(Connection& connection, const std::string& line, int64_t process);
 
+// Requires a write transaction. A port that comes back to the site is in service: whoever paused a
+// line of that name meant one that is no more.
+void ForgetPausesOfFormerLines(Connection& connection);
+
 // --- On a site of several hosts.
 
 // Which node serves a line, one at a time. False: another does.

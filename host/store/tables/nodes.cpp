@@ -89,8 +89,9 @@ std::optional<Tenure> TakeLease(Connection& connection, const std::string& node,
 }
 
 bool RenewLease(Connection& connection, const Tenure& tenure, std::chrono::milliseconds validity) {
-    Statement(connection, "UPDATE Host_Nodes SET valid_until = " + connection.Clock() +
-                              " + ? WHERE node = ? AND term = ? AND holder <> ''")
+    Statement(connection,
+              "UPDATE Host_Nodes SET renewals = renewals + 1, valid_until = " + connection.Clock() +
+                  " + ? WHERE node = ? AND term = ? AND holder <> ''")
         .Bind(int64_t{validity.count()})
         .Bind(tenure.node)
         .Bind(tenure.term)
@@ -144,6 +145,20 @@ bool TakeLead(Connection& connection, const Tenure& tenure) {
     const bool taken = connection.Changes() > 0;
     transaction.Commit();
     return taken;
+}
+
+int64_t ToldUpTo(Connection& connection) {
+    return Statement(connection, "SELECT coalesce(max(told), 0) FROM Host_Nodes").FirstNumber();
+}
+
+void NoteTold(Connection& connection, const Tenure& tenure, int64_t row) {
+    WriteTransaction transaction(connection);
+    Statement(connection, "UPDATE Host_Nodes SET told = ? WHERE node = ? AND term = ?")
+        .Bind(row)
+        .Bind(tenure.node)
+        .Bind(tenure.term)
+        .Run();
+    transaction.Commit();
 }
 
 bool AnyNodeLives(Connection& connection) {

@@ -7,6 +7,8 @@
 //   valid_until  by the database's clock: until then nobody else may take it
 //   leads        whether it does what is done once a site
 //   drained      an operator has taken it out of service
+//   renewals     how often its lease was renewed
+//   told         of how pages ended, up to this row of the history
 //
 // A lease is renewed by a single statement, which waits for nobody who writes something else. It is
 // taken, and taken away, in a transaction: at its end no write of an earlier term can come any
@@ -75,6 +77,10 @@ void RequireTenure(Connection& connection, const Tenure& tenure);
 
 // Whether this node does it; it does from now on where nobody does.
 bool TakeLead(Connection& connection, const Tenure& tenure);
+// Up to which row of the history the operator knows how pages ended, whoever told it; 0: none ever
+// did. Who leads notes what it has told: the next goes on behind that.
+int64_t ToldUpTo(Connection& connection);
+void NoteTold(Connection& connection, const Tenure& tenure, int64_t row);
 
 // --- By hand.
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/store/tables/nodes.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -40,6 +41,50 @@ TEST_F(TheChanges, AreNoneWhereSomebodyOnlyReads) {
     Statement(connection, "DELETE FROM AlarmLog WHERE alarmlogID = ''").Run();
     EXPECT_FALSE(AreThere());
 }
+
+#ifdef PAGERFWD_TEST_ON_POSTGRES
+// Every node of a site renews its lease each second: nobody has to look at anything for that.
+TEST_F(TheChanges, AreNoneWhereNodesOnlyRenewTheirLeases) {
+    Connection keeper(database);
+    const auto north = TakeLease(keeper, "north", "a process", std::chrono::hours(1));
+    const auto south = TakeLease(keeper, "south", "a process", std::chrono::hours(1));
+    EXPECT_TRUE(AreThere());
+    for (int second = 0; second < 10; ++second) {
+        EXPECT_TRUE(RenewLease(keeper, *north, std::chrono::hours(1)));
+        EXPECT_TRUE(RenewLease(keeper, *south, std::chrono::hours(1)));
+        EXPECT_FALSE(AreThere());
+    }
+}
+
+TEST_F(TheChanges, AreSeenBesideRenewals) {
+    Connection keeper(database);
+    const auto north = TakeLease(keeper, "north", "a process", std::chrono::hours(1));
+    AreThere();
+    RenewLease(keeper, *north, std::chrono::hours(1));
+    Connection(database).Execute("INSERT INTO AlarmLog (alarmlogID) VALUES ('7')");
+    RenewLease(keeper, *north, std::chrono::hours(1));
+    EXPECT_TRUE(AreThere());
+    EXPECT_FALSE(AreThere());
+}
+
+// A change is under way while leases are renewed, and ends behind them.
+TEST_F(TheChanges, AreSeenThatEndBehindRenewals) {
+    Connection keeper(database);
+    const auto north = TakeLease(keeper, "north", "a process", std::chrono::hours(1));
+    Connection other(database);
+    AreThere();
+    {
+        WriteTransaction change(other);
+        other.Execute("INSERT INTO AlarmLog (alarmlogID) VALUES ('7')");
+        RenewLease(keeper, *north, std::chrono::hours(1));
+        AreThere();
+        RenewLease(keeper, *north, std::chrono::hours(1));
+        change.Commit();
+    }
+    EXPECT_TRUE(AreThere());
+    EXPECT_FALSE(AreThere());
+}
+#endif
 
 TEST_F(TheChanges, ThatWereForgottenAreThereAgain) {
     AreThere();

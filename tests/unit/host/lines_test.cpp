@@ -68,5 +68,18 @@ TEST_F(Lines, DoNothingWithoutAProcess) {
     EXPECT_EQ("", South().doing);
 }
 
+TEST_F(Lines, ThatComeBackToTheSiteAreInService) {
+    SetPaused(connection, "south", true);
+    SetPaused(connection, "north", true);  // no port of the site any more
+    {
+        WriteTransaction transaction(connection);
+        ForgetPausesOfFormerLines(connection);
+        transaction.Commit();
+    }
+    EXPECT_TRUE(South().paused);
+    Execute("INSERT INTO AlarmFwd_COMProperties (Description) VALUES ('north')");
+    EXPECT_FALSE(FindLine(connection, "north")->paused);
+}
+
 }  // namespace
 }  // namespace host

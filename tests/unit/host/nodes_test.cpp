@@ -248,5 +248,19 @@ TEST_F(ANode, CanBeTakenOutOfService) {
     EXPECT_FALSE(SetDrained(connection, "west", true));
 }
 
+// Who leads next goes on behind what was told, whoever told it.
+TEST_F(ANode, NotesUpToWhereItHasToldHowPagesEnded) {
+    EXPECT_EQ(0, ToldUpTo(connection));
+    const Tenure north = Take("north");
+    const Tenure south = Take("south");
+    NoteTold(connection, north, 7);
+    NoteTold(connection, south, 5);
+    EXPECT_EQ(7, ToldUpTo(connection));
+    Pass(6);
+    TakeAway(north);
+    NoteTold(connection, north, 9);
+    EXPECT_EQ(7, ToldUpTo(connection)) << "its term is over";
+}
+
 }  // namespace
 }  // namespace host

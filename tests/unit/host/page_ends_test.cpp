@@ -128,5 +128,33 @@ TEST_F(Ends, TellTheWordOfWhoGaveAPageUp) {
     EXPECT_THAT(Look(), ::testing::HasSubstr(": a drill\n"));
 }
 
+// --- Of two nodes one tells, and the other goes on behind it.
+
+TEST_F(Ends, AreToldByWhoGoesOnForOneThatIsGone) {
+    const int64_t told = ends->Seen();
+    RewriteEvent(7, "duty", 3, 6);
+    ends->Skip();  // while the other lived
+    ends->GoOnBehind(told);
+    EXPECT_NE("", Look());
+    EXPECT_EQ("", Look()) << "once";
+}
+
+TEST_F(Ends, AreNotToldAgainThatTheOneThatIsGoneHasTold) {
+    RewriteEvent(7, "duty", 3, 6);
+    EXPECT_NE("", Look());
+    const int64_t told = ends->Seen();
+    PageEnds next(engine, Encoding::kLatin1, log);
+    next.GoOnBehind(told);
+    next.Mark();
+    EXPECT_FALSE(next.Look());
+}
+
+TEST_F(Ends, AreNotToldOfAllThatEverWasWhereNobodyHasToldAny) {
+    RewriteEvent(7, "duty", 3, 6);
+    ends->Skip();
+    ends->GoOnBehind(0);
+    EXPECT_EQ("", Look());
+}
+
 }  // namespace
 }  // namespace host
