@@ -76,6 +76,8 @@ TwoHosts::TwoHosts() {
     Until("the lines", [] { return access("lines/ttyS1", F_OK) == 0; });
 }
 
+// Eight data bits: a pty has no others, and one that a killed process has left set refuses settings
+// that would change nothing else.
 void TwoHosts::MakeSite(const std::string& more) {
     std::string site = more;
     int device = 0;
@@ -83,7 +85,7 @@ void TwoHosts::MakeSite(const std::string& more) {
         site += "[[node]]\nname = \"" + node + "\"\n[[port]]\nname = \"" + node + "\"\nnode = \"" +
                 node + "\"\ndevice = \"" + std::filesystem::current_path().string() +
                 "/lines/ttyS" + std::to_string(device++) +
-                "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\n";
+                "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\ndata = 8\nparity = \"none\"\n";
     }
     WriteFile("site.toml", site +
                                "[[pager]]\ndescription = \"duty\"\ntype = \"sms1\"\n"
