@@ -1,0 +1,123 @@
+// A site of several hosts.
+#include "bench/hosts_site.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include "host/store/schema.h"
+#include "tests/unit/host/child_process.h"
+
+namespace bench {
+
+HostsSite::HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines)
+    : programs_(programs), lines_(lines) {
+    setenv("PAGERFWD_DATABASE", database_.c_str(), 1);
+    setenv("PAGERFWD_STATE", folder_.Path().c_str(), 1);
+    std::ofstream exchange(folder_.File("exchange.toml"));
+    for (size_t line = 1; line <= nodes.size() * static_cast<size_t>(lines); ++line) {
+        exchange << "[[line]]\nport = \"COM " << line << "\"\n";
+    }
+    exchange << "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
+    exchange.close();
+    exchange_ = StartProgram({programs_.pagersim, "serve", "--links", "lines"}, "exchange.log");
+    Until("an exchange", [this] { return access(folder_.File("lines/ttyS0").c_str(), F_OK) == 0; });
+    host::Connection connection(database_);
+    host::CreateTables(connection);
+    Import(nodes);
+}
+
+HostsSite::~HostsSite() {
+    while (!running_.empty()) {
+        Kill(running_.begin()->first);
+    }
+    kill(-exchange_, SIGKILL);
+    waitpid(exchange_, nullptr, 0);
+}
+
+void HostsSite::Import(const std::vector<std::string>& nodes) const {
+    std::ofstream site(folder_.File("site.toml"));
+    int device = 0;
+    for (const std::string& node : nodes) {
+        site << "[[node]]\nname = \"" << node << "\"\n";
+        for (int line = 1; line <= lines_; ++line) {
+            site << "[[port]]\nname = \"" << node << ' ' << line << "\"\nnode = \"" << node
+                 << "\"\ndevice = \"" << folder_.File("lines/ttyS" + std::to_string(device++))
+                 << "\"\n[port.sms1]\ndial = \"ATDT0,5550101\"\ndata = 8\nparity = \"none\"\n";
+        }
+    }
+    site << "[[pager]]\ndescription = \"duty\"\ntype = \"sms1\"\nnumber = \"5550111\"\n"
+            "retries = 1\ndelay = 1\n[[route]]\npagers = [\"duty\"]\n";
+    site.close();
+    const ProgramRun run = RunProgram({programs_.pagerfwd, "import", folder_.File("site.toml")});
+    if (run.exit_code != 0) {
+        throw std::runtime_error(run.err);
+    }
+}
+
+std::string HostsSite::Ask(const std::string& sql) const {
+    return test_support::OwnPostgres::Ask(database_, sql);
+}
+
+void HostsSite::Start(const std::string& node, const std::string& database) {
+    const std::string state = folder_.File(node);
+    std::filesystem::create_directory(state);
+    running_[node] =
+        StartProgram({programs_.pagerfwd, "--database", database.empty() ? database_ : database,
+                      "--state", state, "--locks", state, "run", "--node", node},
+                     node + ".log");
+    Until("the lines of " + node, [&] {
+        return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0 AND node = '" + node + "'") ==
+               std::to_string(lines_);
+    });
+}
+
+void HostsSite::Kill(const std::string& node) {
+    const pid_t process = running_.extract(node).mapped();
+    kill(-process, SIGKILL);
+    waitpid(process, nullptr, 0);
+}
+
+pid_t HostsSite::StartProgram(std::vector<std::string> words, const std::string& log) const {
+    const std::string output = folder_.File(log);
+    const pid_t process = fork();
+    if (process == 0) {
+        setpgid(0, 0);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        FILE* const opened = std::freopen(output.c_str(), "a", stderr);
+        if (opened == nullptr || dup2(STDERR_FILENO, STDOUT_FILENO) < 0 ||
+            chdir(folder_.Path().c_str()) != 0) {
+            _exit(1);
+        }
+        std::vector<char*> pointers;
+        for (std::string& word : words) {
+            pointers.push_back(word.data());
+        }
+        pointers.push_back(nullptr);
+        execv(pointers[0], pointers.data());
+        _exit(1);
+    }
+    setpgid(process, process);
+    return process;
+}
+
+void HostsSite::Until(const std::string& what, const std::function<bool()>& is_so) {
+    constexpr std::chrono::minutes kLongest{5};
+    const auto begin = std::chrono::steady_clock::now();
+    while (!is_so()) {
+        if (std::chrono::steady_clock::now() - begin > kLongest) {
+            throw std::runtime_error("waited in vain for " + what);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+}  // namespace bench
