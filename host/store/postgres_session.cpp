@@ -26,6 +26,8 @@ constexpr const char* kSettings =
     "SET idle_in_transaction_session_timeout = '5s';"
     "SET tcp_keepalives_idle = 5; SET tcp_keepalives_interval = 2; SET tcp_keepalives_count = 3;"
     "SET tcp_user_timeout = '10s'; SET standard_conforming_strings = on;"
+    // To compile a statement takes longer than any of these, and is asked for where many rows are.
+    "SELECT set_config('jit', 'off', false) WHERE current_setting('jit', true) = 'on';"
     // What is committed is on the server's disk.
     "SELECT set_config('synchronous_commit', 'on', false)"
     " WHERE current_setting('synchronous_commit') = 'off';"
