@@ -7,6 +7,7 @@
 
 #include "host/store/driver.h"
 #include "host/store/hidden_rows.h"
+#include "host/store/tables/nodes.h"
 
 namespace host {
 namespace {
@@ -268,6 +269,29 @@ std::string Quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
+namespace {
+
+constexpr int64_t kFirstWithNodes = 7;
+
+// A node that runs knows the tables as they are. One that died is over in a moment.
+void RefuseWhileOldNodesRun(Connection& connection, int64_t version) {
+    if (version < kFirstWithNodes) {
+        return;
+    }
+    std::string running;
+    for (const NodeState& node : ReadNodes(connection)) {
+        if (node.lives) {
+            running += (running.empty() ? "\"" : ", \"") + node.node + "\" (" + node.holder + ")";
+        }
+    }
+    if (!running.empty()) {
+        throw StoreError(connection.Name() + ": an older pagerfwd still serves it: node " +
+                         running + "; end that first, and then: pagerfwd init");
+    }
+}
+
+}  // namespace
+
 Made CreateTables(Connection& connection) {
     WriteTransaction transaction(connection);
     const int64_t version = connection.MadeBy();
@@ -278,6 +302,7 @@ Made CreateTables(Connection& connection) {
     if (version == 0 && connection.HasTables()) {
         throw StoreError(connection.Name() + ": holds tables of another program");
     }
+    RefuseWhileOldNodesRun(connection, version);
     for (const std::string& step :
          StepsFrom(version, connection.StaysAcknowledged(), connection.MakesClock())) {
         connection.Execute(step);

@@ -51,7 +51,8 @@ inline constexpr const char* kCancelled = "cancelled";  // given up by hand
 inline constexpr const char* kEngineStarts = "engine starts";
 
 // Makes the tables in a new database, or what a database of an older make lacks.
-// Throws StoreError where the database is another program's.
+// Throws StoreError where the database is another program's, or where a node still runs that knows
+// only the older tables.
 enum class Made { kNothing, kTables, kNewerParts };
 Made CreateTables(Connection& connection);
 

@@ -13,12 +13,14 @@
 
 #include "host/pages/backlog.h"
 #include "host/pages/page_requests.h"
+#include "host/pages/takeover.h"
 #include "host/store/line_view.h"
 #include "host/store/once.h"
 #include "host/store/patience.h"
 #include "host/store/postgres_session.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/page_requests.h"
 #include "host/store/tables/sends.h"
 #include "host/store/tables/test_pages.h"
@@ -209,6 +211,66 @@ TEST_F(ALostConnection, BeforeAnyStatementOfAPagesLifeChangesNothing) {
 
 TEST_F(ALostConnection, BehindAnyStatementOfAPagesLifeChangesNothing) {
     ExpectNoDifference(Fault::kCutBehind);
+}
+
+// A node that takes over what another has left behind: two pages that a library had, of which one
+// was on the line, and one that was still to be handed over.
+class ALostTakeover : public ALostConnection {
+ protected:
+    void LeavePages() {
+        Empty();
+        Execute("DELETE FROM Host_Nodes");
+        west = TakeLease(connection, "west", "a process", std::chrono::seconds(0)).value();
+        ClaimLine(connection, "north", "west");
+        AddAlarm("7", "2");
+        for (const char* pager : {"a", "b", "c"}) {
+            AddDelivery("7", *pager - 'a', pager);
+            GiveToLine(connection, DeliveriesOf(connection, "7").back(), "north");
+        }
+        for (const char* pager : {"a", "b"}) {
+            WriteEvent(7, pager, 2, 0);
+        }
+        SetPageOnLine(connection, "north", {"7", "ops", "b"});
+    }
+    void TakeOverAndHaveAll(const std::string& name) {
+        std::optional<Connection> site;
+        Repeat([&] { site.emplace(name); });
+        // A try whose commit took effect finds nothing to take any more.
+        Repeat([&] { TakeOver(*site, "west", west.term); });
+    }
+    std::vector<std::string> All() {
+        std::vector<std::string> all = Site();
+        for (std::string& node : Rows("term || holder FROM Host_Nodes")) {
+            all.push_back(std::move(node));
+        }
+        return all;
+    }
+    void ExpectTheSameOver(Fault fault) {
+        LeavePages();
+        const std::vector<std::string> left = All();
+        TakeOverAndHaveAll(ByProxy());
+        const int statements = proxy.Statements();
+        const std::vector<std::string> undisturbed = All();
+        EXPECT_GT(statements, 15);
+        EXPECT_NE(left, undisturbed);
+        for (int statement = 1; statement <= statements; ++statement) {
+            LeavePages();
+            proxy.Plan(fault, statement);
+            TakeOverAndHaveAll(ByProxy());
+            EXPECT_TRUE(proxy.HasFailed()) << statement;
+            EXPECT_EQ(undisturbed, All()) << "at statement " << statement;
+        }
+    }
+
+    Tenure west;
+};
+
+TEST_F(ALostTakeover, BeforeAnyOfItsStatementsIsRepeated) {
+    ExpectTheSameOver(Fault::kCutBefore);
+}
+
+TEST_F(ALostTakeover, BehindAnyOfItsStatementsIsWholeOrRepeated) {
+    ExpectTheSameOver(Fault::kCutBehind);
 }
 
 // The server still has the session, and its right to write: both are ended.

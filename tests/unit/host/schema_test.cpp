@@ -1,5 +1,6 @@
 // The tables of a new database.
 #include "host/store/schema.h"
+#include "host/store/tables/nodes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -217,6 +218,30 @@ TEST_P(AnyOldDatabase, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
     EXPECT_THROW(CreateTables(old), StoreError);
     EXPECT_EQ(before, Anatomy(old));
     EXPECT_THROW(RequireTables(old), StoreError);
+}
+
+// A database as the version before has it, with a node's row as that one writes it.
+TEST_F(OldDatabase, IsBroughtUpToDateWhenTheLastNodeThatKnowsOnlyItHasGone) {
+    CreateTables(old);
+    Run("ALTER TABLE Host_Nodes DROP COLUMN renewals; ALTER TABLE Host_Nodes DROP COLUMN told;"
+        " PRAGMA user_version = 7");
+    Run("INSERT INTO Host_Nodes (node, term, holder, valid_until) VALUES ('north', 3,"
+        " 'a host, process 7', " +
+        old.Clock() + " + 5000)");
+    const std::vector<std::string> before = Anatomy(old);
+    try {
+        CreateTables(old);
+        FAIL();
+    } catch (const StoreError& refused) {
+        EXPECT_STREQ(
+            "old.db: an older pagerfwd still serves it: node \"north\" (a host, process 7);"
+            " end that first, and then: pagerfwd init",
+            refused.what());
+    }
+    EXPECT_EQ(before, Anatomy(old));
+    Run("UPDATE Host_Nodes SET holder = ''");  // at its orderly end
+    EXPECT_EQ(Made::kNewerParts, CreateTables(old));
+    EXPECT_EQ(3, FindNode(old, "north")->term);
 }
 
 TEST_F(OldDatabase, OfVersionOneKeepsWhatItHolds) {
