@@ -1,4 +1,4 @@
-// Signals through a pipe. Tested by tests/e2e/run_test.cpp.
+// Signals through a pipe. Tested by tests/unit/host/stop_signal_test.cpp.
 #include "host/process/stop_signal.h"
 
 #include <fcntl.h>

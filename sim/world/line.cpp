@@ -40,8 +40,6 @@ Pty::Pty() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
         return;
     }
     slave_name_ = name;
-    const termios raw = FreshSettings();
-    Real().tcsetattr(master_, TCSANOW, &raw);
     const int high = fcntl(master_, F_DUPFD_CLOEXEC, kFirstOfOurs);
     if (high >= 0) {
         Real().close(master_);

@@ -143,7 +143,8 @@ TEST_F(ThreadsTest, WaitingForEachOtherForEverIsReported) {
             std::thread other([&] { mutex.lock(); });
             other.join();
         },
-        "all threads wait for each other(.|\n)*waits for the end of thread(.|\n)*waits for lock");
+        "pagersim: after 0 ms all threads wait for each other, for ever:\n"
+        "(.|\n)*waits for the end of thread(.|\n)*waits for lock");
 }
 
 // A thread that waits when the clock goes away isn't left behind.
