@@ -11,7 +11,6 @@
 #include "host/cli/names.h"
 #include "host/cli/numbers.h"
 #include "host/cli/program.h"
-#include "host/cli/times.h"
 #include "host/pages/page_words.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
@@ -19,6 +18,7 @@
 #include "host/store/tables/alarm_log.h"
 #include "host/text/json.h"
 #include "host/text/text_table.h"
+#include "host/text/times.h"
 
 namespace host {
 namespace {

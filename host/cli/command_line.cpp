@@ -1,6 +1,7 @@
 // pagerfwd line: lines taken out of service and put back. Tested by
 // tests/unit/host/cli_line_test.cpp.
 #include <CLI/CLI.hpp>
+#include <ctime>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -9,6 +10,8 @@
 #include "host/cli/lines_view.h"
 #include "host/cli/names.h"
 #include "host/cli/program.h"
+#include "host/cli/user_name.h"
+#include "host/lines/pausing.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/store/pool.h"
@@ -24,12 +27,11 @@ ExitCode Pause(const Program& program, const std::string& name, bool pause) {
     const Encoding encoding = EncodingOf(connection);
     const std::string cell = FindNamedLine(connection, name, encoding).name;
     const std::string shown = "line \"" + Printable(name) + "\": ";
-    if (FindLine(connection, cell)->paused == pause) {
+    if (PauseLine(connection, cell, pause, {UserName(), std::time(nullptr)})) {
+        std::cout << shown << (pause ? "paused\n" : "in service again\n");
+    } else {
         std::cout << shown << (pause ? "was paused before\n" : "was not paused\n");
-        return kDone;
     }
-    SetPaused(connection, cell, pause);
-    std::cout << shown << (pause ? "paused\n" : "in service again\n");
     return kDone;
 }
 

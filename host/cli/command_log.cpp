@@ -8,12 +8,12 @@
 
 #include "host/cli/names.h"
 #include "host/cli/program.h"
-#include "host/cli/times.h"
 #include "host/pages/alarm_story.h"
 #include "host/site/site_tables.h"
 #include "host/store/look.h"
 #include "host/text/json.h"
 #include "host/text/text_table.h"
+#include "host/text/times.h"
 
 namespace host {
 namespace {

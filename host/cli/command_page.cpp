@@ -13,7 +13,6 @@
 
 #include "host/cli/names.h"
 #include "host/cli/program.h"
-#include "host/cli/times.h"
 #include "host/cli/user_name.h"
 #include "host/pages/history.h"
 #include "host/pages/page_requests.h"
@@ -31,6 +30,7 @@
 #include "host/text/nearest.h"
 #include "host/text/printable.h"
 #include "host/text/text_table.h"
+#include "host/text/times.h"
 
 namespace host {
 namespace {

@@ -10,12 +10,12 @@
 #include "host/cli/one_pager.h"
 #include "host/cli/program.h"
 #include "host/cli/running_engine.h"
-#include "host/cli/test_results.h"
 #include "host/line/own_line.h"
 #include "host/line/send_test_page.h"
 #include "host/lines/site_lines.h"
 #include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
+#include "host/status/test_results.h"
 #include "host/store/pool.h"
 #include "host/store/tables/pagers.h"
 #include "host/store/tables/test_pages.h"
@@ -81,8 +81,13 @@ const TestResult& MeaningOf(int32_t code, const PagerRow& pager) {
     return *result;
 }
 
+// The library's results are exit codes, too, but for the one that is none.
+ExitCode ExitOf(const TestResult& result) {
+    return result.code < 0 ? kUsage : static_cast<ExitCode>(result.code);
+}
+
 ExitCode Report(const TestResult& result, bool traced) {
-    if (result.exit == kDone) {
+    if (result.code == kDone) {
         std::cout << result.meaning << "\n";
         return kDone;
     }
@@ -92,11 +97,11 @@ ExitCode Report(const TestResult& result, bool traced) {
     message += traced ? "\n    The trace of the dialogue: pagerfwd trace pageprot.txt"
                       : "\n    To see every step of the dialogue, add: --trace";
     std::cerr << "pagerfwd: " << message << "\n";
-    return result.exit;
+    return ExitOf(result);
 }
 
 ExitCode ReportAsJson(const TestResult& result, const std::string& name, bool dial_is_page) {
-    const bool went_well = result.exit == kDone;
+    const bool went_well = result.code == kDone;
     std::cout << Written({{"pager", name},
                           {"sent", went_well && !dial_is_page},
                           {"dialled", went_well && dial_is_page},
@@ -104,7 +109,7 @@ ExitCode ReportAsJson(const TestResult& result, const std::string& name, bool di
                           {"meaning", result.meaning},
                           {"remedy", result.remedy}})
               << "\n";
-    return result.exit;
+    return ExitOf(result);
 }
 
 ExitCode Test(const Program& program, const Asked& asked) {

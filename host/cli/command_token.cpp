@@ -8,7 +8,6 @@
 
 #include "host/cli/numbers.h"
 #include "host/cli/program.h"
-#include "host/cli/times.h"
 #include "host/cli/user_name.h"
 #include "host/store/look.h"
 #include "host/store/pool.h"
@@ -17,6 +16,7 @@
 #include "host/text/json.h"
 #include "host/text/printable.h"
 #include "host/text/text_table.h"
+#include "host/text/times.h"
 #include "host/web/token.h"
 
 namespace host {

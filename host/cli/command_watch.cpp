@@ -9,8 +9,8 @@
 #include "host/cli/program.h"
 #include "host/cli/screen.h"
 #include "host/cli/status_view.h"
-#include "host/cli/times.h"
 #include "host/process/stop_signal.h"
+#include "host/text/times.h"
 
 namespace host {
 namespace {

@@ -2,19 +2,10 @@
 #include "host/cli/nodes_view.h"
 
 #include "host/cli/names.h"
+#include "host/status/engine_words.h"
 #include "host/text/text_table.h"
 
 namespace host {
-namespace {
-
-// "runs, drained": one that has ended in order has given its lease back.
-std::string StateOf(const NodeState& node) {
-    const char* const runs = node.lives ? "runs" : node.holder.empty() ? "not running" : "gone";
-    return std::string(runs) + (node.drained ? ", drained" : "") +
-           (node.of_site ? "" : ", not in the site file");
-}
-
-}  // namespace
 
 std::string NodesAsTable(const std::vector<NodeState>& nodes, Encoding encoding) {
     TextTable table({"NODE", "STATE", "PROCESS", "TERM", "LEADS"});

@@ -6,15 +6,14 @@
 #include <utility>
 
 #include "host/cli/names.h"
-#include "host/cli/times.h"
 #include "host/pages/page_words.h"
-#include "host/process/database_locks.h"
 #include "host/site/site_tables.h"
+#include "host/status/engine_words.h"
 #include "host/store/look.h"
-#include "host/store/tables/nodes.h"
 #include "host/text/json.h"
 #include "host/text/printable.h"
 #include "host/text/text_table.h"
+#include "host/text/times.h"
 
 namespace host {
 namespace {
@@ -37,10 +36,6 @@ const char* WordOf(PageEnd end) {
             break;
     }
     return "dropped";
-}
-
-std::string TriesOf(const PageStory& page) {
-    return std::to_string(page.tries) + " of " + std::to_string(page.retries + 1);
 }
 
 Json ToJson(const PageStory& page, Encoding encoding) {
@@ -84,41 +79,19 @@ size_t RowsIn(size_t lines) {
     return lines > 0 ? lines - 1 : 0;
 }
 
-std::string NameOf(const LockFile& lock) {
-    const std::string words = lock.Words();
-    return words.empty() ? lock.Holder() : words;
-}
-
-}  // namespace
-
-namespace {
-
-// Of several hosts: "node "north" (a, process 12), node "south" (b, process 7)".
-std::string LivingNodes(const std::vector<NodeState>& nodes, Encoding encoding) {
-    std::string living;
-    for (const NodeState& node : nodes) {
-        if (node.lives) {
-            living += (living.empty() ? "" : ", ") + std::string("node \"") +
-                      Decode(node.node, encoding) + "\" (" + Decode(node.holder, encoding) + ")";
-        }
-    }
-    return living;
-}
-
 }  // namespace
 
 EngineStatus ReadStatus(const std::string& database, int64_t ended) {
-    const LockFile lock = NodeLock(database);
     return Look(database, [&](Connection& connection) {
         std::vector<PageStory> pending = PendingPages(connection);
         const size_t all_pending = pending.size();
         const Encoding encoding = EncodingOf(connection);
-        std::string engine = LivingNodes(ReadNodes(connection), encoding);
-        if (engine.empty() && lock.IsTaken()) {
-            engine = NameOf(lock);
-        }
-        return EngineStatus{encoding,           std::move(engine), ReadLineStatus(connection),
-                            std::move(pending), all_pending,       EndedPages(connection, ended)};
+        return EngineStatus{encoding,
+                            EngineOf(connection, database, encoding),
+                            ReadLineStatus(connection),
+                            std::move(pending),
+                            all_pending,
+                            EndedPages(connection, ended)};
     });
 }
 

@@ -6,7 +6,6 @@
 
 #include "host/store/schema.h"
 #include "host/store/tables/alarm_log.h"
-#include "host/store/tables/events.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/page_key.h"
 #include "host/store/tables/pagers.h"
@@ -89,16 +88,20 @@ std::vector<PageStory> StoriesOf(Connection& connection, const std::vector<PageK
 
 }  // namespace
 
+PageStory PendingPage(Connection& connection, const OwedPage& owed) {
+    PageStory story = StoryOf(connection, owed.page);
+    story.line = owed.line;
+    story.unknown = owed.unknown;
+    if (owed.waits) {
+        Wait(connection, story);
+    }
+    return story;
+}
+
 std::vector<PageStory> PendingPages(Connection& connection) {
     std::vector<PageStory> pages;
     for (const OwedPage& owed : OwedPages(connection)) {
-        PageStory story = StoryOf(connection, owed.page);
-        story.line = owed.line;
-        story.unknown = owed.unknown;
-        if (owed.waits) {
-            Wait(connection, story);
-        }
-        pages.push_back(std::move(story));
+        pages.push_back(PendingPage(connection, owed));
     }
     return pages;
 }

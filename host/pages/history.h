@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "host/store/connection.h"
+#include "host/store/tables/events.h"
 #include "host/store/tables/history.h"
 
 namespace host {
@@ -63,6 +64,8 @@ bool IsUndelivered(const PageStory& page);
 // acknowledged, was withdrawn, or isn't paged any more.
 PageStory TellStory(const std::vector<PageChange>& changes, int64_t delay, PageEnd removed);
 
+// The story of one that is owed.
+PageStory PendingPage(Connection& connection, const OwedPage& owed);
 // Every page of which an event is in state 2, in the order in which they were queued, and behind
 // them, alarm by alarm, those that wait for a line.
 std::vector<PageStory> PendingPages(Connection& connection);

@@ -86,6 +86,10 @@ const char* StateOf(const PageStory& page) {
     return WordsFor(page).state;
 }
 
+std::string TriesOf(const PageStory& page) {
+    return std::to_string(page.tries) + " of " + std::to_string(page.retries + 1);
+}
+
 std::string StateOf(const Alarm& alarm) {
     if (alarm.withdrawn != 0) {
         return "resolved";

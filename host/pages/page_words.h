@@ -13,6 +13,9 @@ namespace host {
 // One word or two, of a state: "pending", "undelivered".
 const char* StateOf(const PageStory& page);
 
+// "1 of 6": counted tries, of those that it may have.
+std::string TriesOf(const PageStory& page);
+
 // Of an alarm, as the alarm log has it.
 std::string StateOf(const Alarm& alarm);
 

@@ -1,33 +1,11 @@
 // Shapes of a picture. Tested by tests/unit/host/trace_view_test.cpp.
 #include "host/trace_view/svg_writer.h"
 
+#include "host/text/markup.h"
 #include "host/text/printable.h"
 
 namespace host {
 namespace {
-
-std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
-    }
-    return escaped;
-}
 
 // The first so many characters.
 std::string_view Cut(std::string_view text, size_t most) {
@@ -47,7 +25,7 @@ std::string Attribute(const char* name, const char* value) {
 }
 
 std::string Title(std::string_view title) {
-    return title.empty() ? std::string() : "<title>" + Escaped(title) + "</title>";
+    return title.empty() ? std::string() : "<title>" + EscapedMarkup(title) + "</title>";
 }
 
 }  // namespace
@@ -77,7 +55,7 @@ void SvgWriter::Text(int x, int y, std::string_view text, size_t most, const cha
     const bool whole = cut.size() == text.size();
     body_ += "<text" + Attribute("x", x) + Attribute("y", y) + Attribute("fill", colour) +
              Attribute("text-anchor", anchor) + (*style == '\0' ? "" : Attribute("style", style)) +
-             ">" + Escaped(cut) + (whole ? "" : "\xE2\x80\xA6" + Title(text)) + "</text>\n";
+             ">" + EscapedMarkup(cut) + (whole ? "" : "\xE2\x80\xA6" + Title(text)) + "</text>\n";
 }
 
 std::string SvgWriter::Document(int width, int height) const {

@@ -1,91 +1,123 @@
-// HTML. Tested by tests/unit/host/web_pages_test.cpp.
+// HTML. Tested by tests/unit/host/web_html_test.cpp.
 #include "host/web/html.h"
 
-#include <array>
-
+#include "host/text/markup.h"
 #include "host/text/printable.h"
+#include "host/text/times.h"
 
 namespace host {
+namespace {
 
-const char* const kStyleSheet = R"css(:root { color-scheme: light dark; }
-body { font: 1rem/1.5 system-ui, sans-serif; margin: 0 auto; max-width: 75rem; padding: 1rem; }
-nav { display: flex; flex-wrap: wrap; gap: 1rem; align-items: center; }
-.wide { overflow-x: auto; }
-table { border-collapse: collapse; width: 100%; margin: 1rem 0; }
-caption { font-weight: bold; text-align: left; padding: .25rem 0; }
-th, td { border-bottom: 1px solid GrayText; padding: .25rem .5rem; text-align: left; vertical-align: top; overflow-wrap: anywhere; }
-form { margin: .5rem 0; }
-label { display: block; margin: .5rem 0; }
-input, button { font: inherit; min-height: 2rem; max-width: 100%; }
-:focus-visible { outline: 3px solid Highlight; outline-offset: 2px; }
-)css";
+bool IsPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || c == '.' || c == '~';
+}
+
+// A table that is shown as blocks is one all the same to whoever has it read aloud: by its roles.
+std::string Row(const std::vector<std::string>& columns, const std::vector<std::string>& cells) {
+    std::string html = "<tr role=\"row\">";
+    for (size_t i = 0; i < cells.size(); ++i) {
+        const std::string cell = "<div>" + (cells[i].empty() ? "-" : cells[i]) + "</div>";
+        const std::string label = " data-label=\"" + Escaped(columns.at(i)) + "\">";
+        html += i == 0 ? "<th scope=\"row\" role=\"rowheader\"" + label + cell + "</th>"
+                       : "<td role=\"cell\"" + label + cell + "</td>";
+    }
+    return html + "</tr>\n";
+}
+
+const char* ClassOf(Tone tone) {
+    switch (tone) {
+        case Tone::kGood:
+            return "good";
+        case Tone::kDoubtful:
+            return "doubtful";
+        case Tone::kBad:
+            return "bad";
+        case Tone::kPlain:
+            break;
+    }
+    return "plain";
+}
+
+}  // namespace
 
 std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char c : Printable(text)) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\'':
-                escaped += "&#39;";
-                break;
-            default:
-                escaped += c;
+    return EscapedMarkup(Printable(text));
+}
+
+std::string UrlPart(std::string_view text) {
+    constexpr const char* kDigits = "0123456789ABCDEF";
+    std::string part;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        part += IsPlain(c) ? std::string(1, c)
+                           : std::string{'%', kDigits[byte / 16], kDigits[byte % 16]};
+    }
+    return part;
+}
+
+std::string Url(const std::string& path, const UrlQuery& query) {
+    std::string url = path;
+    char before = '?';
+    for (const auto& [name, value] : query) {
+        if (!value.empty()) {
+            url += before + name + "=" + UrlPart(value);
+            before = '&';
         }
     }
-    return escaped;
+    return url;
+}
+
+std::string LinkTo(const std::string& url, const std::string& text) {
+    return "<a href=\"" + Escaped(url) + "\">" + Escaped(text) + "</a>";
 }
 
 std::string HtmlTable(const std::string& caption, const std::vector<std::string>& columns,
                       const std::vector<std::vector<std::string>>& rows) {
-    // By the keyboard, too, where it is wider than the screen.
-    std::string html = "<div class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=\"" +
-                       Escaped(caption) + "\"><table><caption>" + Escaped(caption) +
-                       "</caption><thead><tr>";
+    std::string html = "<table role=\"table\"><caption>" + Escaped(caption) +
+                       "</caption><thead role=\"rowgroup\"><tr role=\"row\">";
     for (const std::string& column : columns) {
-        html += "<th scope=\"col\">" + Escaped(column) + "</th>";
+        html += R"(<th scope="col" role="columnheader">)" + Escaped(column) + "</th>";
     }
-    html += "</tr></thead><tbody>\n";
+    html += "</tr></thead><tbody role=\"rowgroup\">\n";
     for (const std::vector<std::string>& row : rows) {
-        html += "<tr>";
-        for (const std::string& cell : row) {
-            html += "<td>" + cell + "</td>";
-        }
-        html += "</tr>\n";
+        html += Row(columns, row);
     }
-    return html + "</tbody></table></div>\n";
+    return html + "</tbody></table>\n";
+}
+
+std::string HtmlFacts(const std::vector<HtmlFact>& facts) {
+    std::string html = "<dl>";
+    for (const auto& [name, value] : facts) {
+        html += "<dt>" + Escaped(name) + "</dt><dd>" + value + "</dd>\n";
+    }
+    return html + "</dl>\n";
+}
+
+std::string HtmlState(const std::string& words, Tone tone) {
+    return std::string("<span class=\"state ") + ClassOf(tone) + "\">" + Escaped(words) + "</span>";
 }
 
 std::string HtmlTime(std::time_t instant) {
-    std::tm parts{};
-    std::array<char, 64> text{};
-    if (instant == 0 || localtime_r(&instant, &parts) == nullptr ||
-        std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S %Z", &parts) == 0) {
-        return "-";
-    }
-    return Escaped(text.data());
+    return "<span class=\"time\">" + Escaped(LocalTimeWithZone(instant)) + "</span>";
 }
 
-std::string HtmlPage(const std::string& title, const std::string& navigation,
+std::string HtmlPage(const std::string& title, const std::string& header,
                      const std::string& content) {
     return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
            "<title>" +
            Escaped(title) +
-           " - PagerFwd</title><link rel=\"stylesheet\" href=\"/style.css\"></head><body>\n"
-           "<nav aria-label=\"PagerFwd\">" +
-           navigation + "</nav>\n<main><h1>" + Escaped(title) + "</h1>\n" + content +
-           "</main></body></html>\n";
+           " - PagerFwd</title><link rel=\"stylesheet\" href=\"/style.css\">"
+           "<script src=\"/page.js\" defer></script></head><body>\n"
+           "<a class=\"skip\" href=\"#main\">Skip to the content</a>\n<header>" +
+           (header.empty() ? "<span class=\"name\">PagerFwd</span>" : header) +
+           "</header>\n<main id=\"main\" tabindex=\"-1\"><h1>" + Escaped(title) + "</h1>\n" +
+           content + "</main></body></html>\n";
+}
+
+std::string Refreshed(const std::string& html) {
+    return "<div id=\"refreshed\">\n" + html + "</div>\n";
 }
 
 }  // namespace host

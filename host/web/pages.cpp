@@ -1,13 +1,14 @@
 // Pages. Tested by tests/unit/host/web_pages_test.cpp.
 #include "host/web/pages.h"
 
-#include <charconv>
+#include <algorithm>
 #include <ctime>
 #include <optional>
 
-#include "host/alarms/raising.h"
+#include "host/site/site_tables.h"
 #include "host/store/pool.h"
 #include "host/web/html.h"
+#include "host/web/page_changes.h"
 #include "host/web/page_views.h"
 #include "host/web/token.h"
 
@@ -17,13 +18,12 @@ namespace {
 constexpr std::string_view kCookie = "pagerfwd_session=";
 constexpr const char* kHtml = "text/html; charset=utf-8";
 constexpr int kSecondsAway = 5;
-constexpr size_t kLongestComment = 1000;
 
 WebAnswer Page(int status, std::string html) {
     WebAnswer answer{status, std::move(html), kHtml};
     answer.policy =
-        "default-src 'none'; style-src 'self'; form-action 'self'; base-uri 'none'; "
-        "frame-ancestors 'none'";
+        "default-src 'none'; style-src 'self'; script-src 'self'; connect-src 'self'; "
+        "img-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
     return answer;
 }
 
@@ -62,14 +62,6 @@ std::string FieldIn(const std::map<std::string, std::string>& form, const char* 
     return found == form.end() ? std::string() : found->second;
 }
 
-std::optional<int64_t> NumberIn(const std::string& text) {
-    int64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    return read.ec == std::errc() && read.ptr == end && number > 0 ? std::optional<int64_t>(number)
-                                                                   : std::nullopt;
-}
-
 // The token of a session, as it is now: it may have been revoked.
 std::optional<Token> TokenOf(Connection& connection, const WebSession& session, std::time_t now) {
     const std::optional<Token> token = FindToken(connection, session.token);
@@ -80,57 +72,56 @@ WebAnswer NotAllowed() {
     return Page(403, MistakePage("Not allowed", "Your token is not good for this."));
 }
 
-struct Change {
-    Connection& connection;
-    const Token& token;
-    int64_t alarm;
-    std::string comment;
-    std::time_t now;
+struct View {
+    const char* path;
+    std::string (*page)(const PageAsked&);
+    const char* type;
+};
+constexpr const char* kSvg = "image/svg+xml; charset=utf-8";
+constexpr View kViews[] = {
+    {"/", OverviewPage, kHtml},      {"/pages", PendingPagesPage, kHtml},
+    {"/failed", FailedPage, kHtml},  {"/alarms", AlarmsPage, kHtml},
+    {"/alarm", AlarmPage, kHtml},    {"/call", CallPage, kHtml},
+    {"/picture", CallPicture, kSvg}, {"/hours", HoursPage, kHtml},
+    {"/tests", TestsPage, kHtml},    {"/test", TestPage, kHtml},
+    {"/trail", TrailPage, kHtml},
 };
 
-WebAnswer Acknowledge(const Change& change) {
-    if (!May(change.token, kMayAcknowledge)) {
-        return NotAllowed();
+const View& ViewOf(const std::string& path) {
+    for (const View& view : kViews) {
+        if (view.path == path) {
+            return view;
+        }
     }
-    WriteTransaction transaction(change.connection);
-    AcknowledgeBy(change.connection, change.alarm,
-                  {change.token.name, change.now, change.comment.substr(0, kLongestComment)});
-    transaction.Commit();
-    return Redirect("/alarm?number=" + std::to_string(change.alarm));
+    throw NotFound();
 }
 
-WebAnswer Withdraw(const Change& change) {
-    if (!May(change.token, kMayRaise)) {
-        return NotAllowed();
+// One cell that is too large hides no page.
+std::string Made(const View& view, const PageAsked& asked) {
+    try {
+        return view.page(asked);
+    } catch (const RowTooLarge&) {
+        const Connection::AnyLength any_length(asked.connection);
+        return view.page(asked);
     }
-    WriteTransaction transaction(change.connection);
-    WithdrawBy(change.connection, std::to_string(change.alarm), {change.token.name, change.now});
-    transaction.Commit();
-    return Redirect("/alarm?number=" + std::to_string(change.alarm));
 }
 
-WebAnswer Show(Connection& connection, const WebTarget& target, const Viewer& viewer) {
-    if (!May(viewer.token, kMayLook)) {
+WebAnswer Show(const PageAsked& asked) {
+    if (!May(asked.viewer.token, kMayLook)) {
         return NotAllowed();
     }
-    if (target.path == "/") {
-        return Page(200, OverviewPage(connection, viewer));
-    }
-    const std::optional<std::string> page =
-        target.path == "/alarm" ? AlarmPage(connection, viewer, FieldIn(target.query, "number"))
-                                : std::nullopt;
-    return page ? Page(200, *page)
-                : Page(404, MistakePage("Not found", "There is nothing of this name."));
+    const View& view = ViewOf(asked.target.path);
+    WebAnswer answer = Page(200, Made(view, asked));
+    answer.type = view.type;
+    return answer;
 }
 
-WebAnswer DoAsAsked(Connection& connection, const WebTarget& target, const Token& token,
-                    const std::map<std::string, std::string>& form) {
-    const std::optional<int64_t> alarm = NumberIn(FieldIn(form, "alarm"));
-    if (!alarm || (target.path != "/acknowledge" && target.path != "/withdraw")) {
-        return Page(404, MistakePage("Not found", "There is nothing of this name."));
+WebAnswer DoAsAsked(const std::string& path, const FormSent& sent) {
+    const FormAction* const change = FindFormAction(path);
+    if (change == nullptr) {
+        throw NotFound();
     }
-    const Change change{connection, token, *alarm, FieldIn(form, "comment"), std::time(nullptr)};
-    return target.path == "/acknowledge" ? Acknowledge(change) : Withdraw(change);
+    return May(sent.token, change->right) ? Redirect(change->change(sent)) : NotAllowed();
 }
 
 }  // namespace
@@ -138,6 +129,8 @@ WebAnswer DoAsAsked(Connection& connection, const WebTarget& target, const Token
 WebAnswer WebPages::Answer(const WebRequest& request) {
     try {
         return Serve(request);
+    } catch (const PageMistake& mistake) {
+        return Page(mistake.Status(), MistakePage(mistake.Title(), mistake.what()));
     } catch (const std::exception& error) {
         log_.Error(error.what());
         WebAnswer answer = Page(503, MistakePage("Not now",
@@ -155,6 +148,9 @@ WebAnswer WebPages::Serve(const WebRequest& request) {
     }
     if (target->path == "/style.css") {
         return {200, kStyleSheet, "text/css; charset=utf-8"};
+    }
+    if (target->path == "/page.js") {
+        return {200, kScript, "text/javascript; charset=utf-8"};
     }
     if (target->path == "/sign-in") {
         return request.method == "POST" ? SignIn(request) : Page(200, SignInPage(""));
@@ -205,8 +201,11 @@ WebAnswer WebPages::ServeSignedIn(const WebRequest& request, const WebTarget& ta
     if (!token) {
         return SignOut(request);
     }
+    const std::time_t now = std::time(nullptr);
     if (request.method == "GET") {
-        return Show(lease.Database(), target, {*token, session.form});
+        const Viewer viewer{*token, session.form};
+        return Show({lease.Database(), database_, target, viewer, watchman_, now,
+                     EncodingOf(lease.Database())});
     }
     const std::map<std::string, std::string> form = FormIn(request.body);
     if (request.method != "POST" || !AreSameSecrets(FieldIn(form, "form"), session.form)) {
@@ -217,7 +216,7 @@ WebAnswer WebPages::ServeSignedIn(const WebRequest& request, const WebTarget& ta
     if (target.path == "/sign-out") {
         return SignOut(request);
     }
-    return DoAsAsked(lease.Database(), target, *token, form);
+    return DoAsAsked(target.path, {lease.Database(), lease.Owners(), *token, form, now});
 }
 
 }  // namespace host

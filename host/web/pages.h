@@ -1,5 +1,5 @@
-// What a person sees in a browser: whether paging is alive, what is pending, and alarms, to be
-// acknowledged or said to be over. Plain HTML, which needs no script.
+// What a person sees and does in a browser: who is let in, and to which page or change
+// (page_views.h, page_changes.h). Plain HTML, which needs no script.
 //
 // A person signs in with a token, and gets a cookie. Whatever changes anything is a form with a
 // secret of the session in it.
@@ -15,6 +15,7 @@
 #include "host/web/http.h"
 #include "host/web/rate.h"
 #include "host/web/sessions.h"
+#include "host/web/watchman.h"
 
 namespace host {
 
@@ -35,6 +36,7 @@ class WebPages {
     const std::string database_;
     OperatorLog& log_;
     WebSessions sessions_;
+    Watchman watchman_;
     std::mutex mutex_;                                      // guards tries_
     RateLimit tries_{10, std::chrono::milliseconds(5000)};  // to sign in, by source
 };

@@ -26,7 +26,7 @@ failures_in_sources() {
 without_rest() { sed 's/[: ]*$//'; }
 
 results_in_sources() {
-    sed -n 's/^ *{\(-\{0,1\}[0-9]*\), k[A-Za-z]*, ".*/\1/p' host/cli/test_results.cpp
+    sed -n 's/^ *{\(-\{0,1\}[0-9]*\), ".*/\1/p' host/status/test_results.cpp
 }
 
 # "FUNCTION KEY DEFAULT" for every key that the reader of the site file asks for.

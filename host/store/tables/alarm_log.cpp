@@ -99,6 +99,30 @@ std::vector<std::string> AlarmNumbers(Connection& connection, const std::string&
         .Texts();
 }
 
+// The states in words: a condition each.
+struct WordCondition {
+    std::string_view word;
+    const char* condition;
+};
+constexpr WordCondition kStates[] = {
+    {"new", "pagerstate IN ('', '0') AND alarmack IN ('', '0') AND withdrawn = 0"},
+    {"being paged", "pagerstate = '2' AND alarmack IN ('', '0') AND withdrawn = 0"},
+    {"acknowledged", "(pagerstate = '1' OR alarmack NOT IN ('', '0')) AND withdrawn = 0"},
+    {"resolved", "withdrawn <> 0"},
+    {"off limit", "pagerstate = '3' AND alarmack IN ('', '0') AND withdrawn = 0"},
+    {"done", "pagerstate = '4' AND alarmack IN ('', '0') AND withdrawn = 0"},
+};
+
+// One that isn't a state fits none.
+std::string InState(std::string_view word) {
+    for (const WordCondition& state : kStates) {
+        if (state.word == word) {
+            return std::string(" AND ") + state.condition;
+        }
+    }
+    return word.empty() ? "" : " AND 0 = 1";
+}
+
 bool IsUsed(Connection& connection, int64_t number) {
     const std::string text = std::to_string(number);
     Statement statement(connection, "SELECT 1 FROM AlarmLog WHERE alarmlogID = ?");
@@ -192,6 +216,27 @@ std::vector<Alarm> LastAlarms(Connection& connection, int64_t count) {
 std::vector<Alarm> AlarmsBehind(Connection& connection, int64_t row, int64_t count) {
     return AlarmsWhere(connection, "WHERE row_id > " + std::to_string(row) +
                                        " ORDER BY row_id LIMIT " + std::to_string(count));
+}
+
+std::vector<Alarm> FindAlarms(Connection& connection, const AlarmsWanted& wanted) {
+    const bool of_pager = !wanted.pager.empty();
+    Statement statement(
+        connection,
+        kSelectAlarm + "WHERE row_id < ? AND CAST(timestamp AS INTEGER) BETWEEN ? AND ?" +
+            InState(wanted.state) +
+            (of_pager ? " AND (EXISTS (SELECT 1 FROM Host_History WHERE alarm = alarmlogID"
+                        "  AND pager = ?) OR EXISTS (SELECT 1 FROM Host_Deliveries"
+                        "  WHERE alarm = alarmlogID AND pager = ?))"
+                      : "") +
+            " ORDER BY row_id DESC LIMIT ?");
+    statement.Bind(wanted.before)
+        .Bind(static_cast<int64_t>(wanted.since))
+        .Bind(wanted.until == 0 ? INT64_MAX : static_cast<int64_t>(wanted.until));
+    if (of_pager) {
+        statement.Bind(wanted.pager).Bind(wanted.pager);
+    }
+    statement.Bind(wanted.count);
+    return ReadAlarms(statement);
 }
 
 std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable) {

@@ -79,6 +79,16 @@ std::vector<Alarm> LastAlarms(Connection& connection, int64_t count);
 // unreadable: gets the rows that are too large to be read, if it is given. They hide no others.
 // At most so many of the rows behind this one, in order.
 std::vector<Alarm> AlarmsBehind(Connection& connection, int64_t row, int64_t count);
+// Some of them, the newest first. Texts as the tables have them.
+struct AlarmsWanted {
+    int64_t before = INT64_MAX;  // only rows before this one
+    int64_t count = 0;           // at most
+    std::string state;           // as StateOf (page_words.h) calls it; empty: any
+    std::string pager;           // that has had, or is owed, a page of it; empty: any
+    std::time_t since = 0;       // raised then or later
+    std::time_t until = 0;       // raised then or before; 0: whenever
+};
+std::vector<Alarm> FindAlarms(Connection& connection, const AlarmsWanted& wanted);
 std::vector<Alarm> NewAlarms(Connection& connection, std::vector<int64_t>* unreadable = nullptr);
 // None: there isn't exactly one of this number.
 std::optional<Alarm> FindAlarm(Connection& connection, const std::string& number);

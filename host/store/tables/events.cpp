@@ -206,7 +206,7 @@ std::vector<OwedPage> OwedPages(Connection& connection) {
     std::vector<OwedPage> pages;
     Statement statement(
         connection,
-        "SELECT alarm, alarm_group, pager, waits, line, unknown FROM"
+        "SELECT alarm, alarm_group, pager, waits, line, unknown, place FROM"
         " (SELECT AlmLogID AS alarm, AlmGroup AS alarm_group, PagerDescr AS pager, 0 AS waits,"
         "   row_id AS place, line, 0 AS unknown FROM AlarmFwd_PagerEvents WHERE PagerState = '2' "
         "UNION ALL"
@@ -216,7 +216,7 @@ std::vector<OwedPage> OwedPages(Connection& connection) {
             " ORDER BY CAST(alarm AS INTEGER), waits, place");
     while (statement.Step()) {
         pages.push_back({KeyIn(statement), statement.Number(3) != 0, std::string(statement.Text(4)),
-                         statement.Number(5) != 0});
+                         statement.Number(5) != 0, statement.Number(6)});
     }
     return pages;
 }
@@ -238,6 +238,19 @@ Backlog LookAtBacklog(Connection& connection) {
         " WHERE alarm.pagerstate = '2'");
     statement.Step();
     return {statement.Number(0), static_cast<std::time_t>(statement.Number(1))};
+}
+
+std::time_t OldestUntried(Connection& connection) {
+    return static_cast<std::time_t>(
+        Statement(connection,
+                  "SELECT coalesce(min(CAST(alarm.timestamp AS INTEGER)), 0) FROM"
+                  " (SELECT AlmLogID AS number, PagerDescr AS pager FROM AlarmFwd_PagerEvents"
+                  "   WHERE PagerState = '2'"
+                  "  UNION ALL SELECT alarm, pager FROM Host_Deliveries WHERE answer IS NULL)"
+                  " AS owed JOIN AlarmLog AS alarm ON alarm.alarmlogID = number"
+                  " WHERE alarm.pagerstate = '2' AND NOT EXISTS (SELECT 1 FROM Host_Sends AS sent"
+                  "  WHERE sent.alarm = owed.number AND sent.pager = owed.pager)")
+            .FirstNumber());
 }
 
 std::vector<std::string> PagersWithPages(Connection& connection) {

@@ -105,6 +105,7 @@ struct OwedPage {
     bool waits;  // no library has it yet, or any more
     std::string line;
     bool unknown = false;  // it may have left, and waits for an operator
+    int64_t place = 0;     // among those of its alarm that wait, or that don't
 };
 // Alarm by alarm; in the order in which they were queued, and behind them those that wait.
 std::vector<OwedPage> OwedPages(Connection& connection);
@@ -119,6 +120,9 @@ struct Backlog {
     std::time_t oldest = 0;  // 0: there is none
 };
 Backlog LookAtBacklog(Connection& connection);
+
+// When the oldest alarm was raised of which a page has never been tried; 0: all have been.
+std::time_t OldestUntried(Connection& connection);
 
 // Pagers for which pages are owed, of alarms that nobody has acknowledged.
 std::vector<std::string> PagersWithPages(Connection& connection);

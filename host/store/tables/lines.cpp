@@ -53,14 +53,18 @@ std::vector<LineState> ReadWhere(Connection& connection, const std::string& cond
     return lines;
 }
 
+void AddRow(Connection& connection, const std::string& line) {
+    Statement(connection, "INSERT INTO Host_Lines (line) VALUES (?) ON CONFLICT DO NOTHING")
+        .Bind(line)
+        .Run();
+}
+
 // Sets columns of a line's row, "health = ?2, since = ?3"; the line is ?1.
 class LineChange {
  public:
     LineChange(Connection& connection, const std::string& line, const std::string& columns)
         : transaction_(connection) {
-        Statement(connection, "INSERT INTO Host_Lines (line) VALUES (?) ON CONFLICT DO NOTHING")
-            .Bind(line)
-            .Run();
+        AddRow(connection, line);
         statement_.emplace(connection, "UPDATE Host_Lines SET " + columns + " WHERE line = ?1");
         statement_->Bind(line);
     }
@@ -123,7 +127,11 @@ void SetHealth(Connection& connection, const std::string& line, Health health,
 }
 
 void SetPaused(Connection& connection, const std::string& line, bool paused) {
-    LineChange(connection, line, "paused = ?2").With(int64_t{paused}).Commit();
+    AddRow(connection, line);
+    Statement(connection, "UPDATE Host_Lines SET paused = ?2 WHERE line = ?1")
+        .Bind(line)
+        .Bind(int64_t{paused})
+        .Run();
 }
 
 void ForgetPausesOfFormerLines(Connection& connection) {
@@ -149,9 +157,7 @@ void SetProcess(Connection& connection, const std::string& line, int64_t process
 
 bool ClaimLine(Connection& connection, const std::string& line, const std::string& node) {
     WriteTransaction transaction(connection);
-    Statement(connection, "INSERT INTO Host_Lines (line) VALUES (?) ON CONFLICT DO NOTHING")
-        .Bind(line)
-        .Run();
+    AddRow(connection, line);
     Statement(connection, "UPDATE Host_Lines SET node = ?2 WHERE line = ?1 AND node IN ('', ?2)")
         .Bind(line)
         .Bind(node)

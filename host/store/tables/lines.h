@@ -38,10 +38,12 @@ std::vector<std::string> LineNames(Connection& connection);
 // None: the site has no such port.
 std::optional<LineState> FindLine(Connection& connection, const std::string& line);
 
+// Requires a write transaction.
+void SetPaused(Connection& connection, const std::string& line, bool paused);
+
 // Each is a transaction of its own.
 void SetHealth(Connection& connection, const std::string& line, Health health,
                const std::string& reason, std::time_t now);
-void SetPaused(Connection& connection, const std::string& line, bool paused);
 void SetDoing(Connection& connection, const std::string& line, const std::string& doing,
               std::time_t now);
 // 0: it has ended; it does nothing then.

@@ -23,15 +23,31 @@ Outcome OutcomeFor(std::string_view word) {
 }
 
 constexpr const char* kSelectSend =
-    "SELECT at, seconds, alarm, pager, port, outcome, result, reason FROM Host_Sends ";
+    "SELECT at, seconds, alarm, pager, port, outcome, result, reason, row_id FROM Host_Sends ";
+
+Send SendIn(const Statement& row) {
+    return {static_cast<std::time_t>(row.Number(0)),
+            row.Number(1),
+            std::string(row.Text(2)),
+            std::string(row.Text(3)),
+            std::string(row.Text(4)),
+            OutcomeFor(row.Text(5)),
+            row.Number(6),
+            std::string(row.Text(7))};
+}
 
 std::vector<Send> ReadSends(Statement& statement) {
     std::vector<Send> sends;
     while (statement.Step()) {
-        sends.push_back({static_cast<std::time_t>(statement.Number(0)), statement.Number(1),
-                         std::string(statement.Text(2)), std::string(statement.Text(3)),
-                         std::string(statement.Text(4)), OutcomeFor(statement.Text(5)),
-                         statement.Number(6), std::string(statement.Text(7))});
+        sends.push_back(SendIn(statement));
+    }
+    return sends;
+}
+
+std::vector<RecordedSend> ReadRecorded(Statement& statement) {
+    std::vector<RecordedSend> sends;
+    while (statement.Step()) {
+        sends.push_back({statement.Number(8), SendIn(statement)});
     }
     return sends;
 }
@@ -97,6 +113,34 @@ std::vector<Send> SendsOf(Connection& connection, const std::string& alarm) {
     Statement statement(connection, std::string(kSelectSend) + "WHERE alarm = ? ORDER BY row_id");
     statement.Bind(alarm);
     return ReadSends(statement);
+}
+
+std::optional<RecordedSend> FindSend(Connection& connection, int64_t row) {
+    Statement statement(connection, std::string(kSelectSend) + "WHERE row_id = ?");
+    statement.Bind(row);
+    const std::vector<RecordedSend> found = ReadRecorded(statement);
+    return found.empty() ? std::nullopt : std::optional<RecordedSend>(found.front());
+}
+
+std::vector<RecordedSend> RecordedSendsOf(Connection& connection, const std::string& alarm) {
+    Statement statement(connection, std::string(kSelectSend) + "WHERE alarm = ? ORDER BY row_id");
+    return ReadRecorded(statement.Bind(alarm));
+}
+
+std::vector<RecordedSend> FailedSends(Connection& connection, const FailedWanted& wanted) {
+    const bool of_pager = !wanted.pager.empty();
+    Statement statement(connection, std::string(kSelectSend) +
+                                        "WHERE row_id < ? AND at BETWEEN ? AND ?"
+                                        " AND outcome IN ('not sent', 'cut off')" +
+                                        (of_pager ? " AND pager = ?" : "") +
+                                        " ORDER BY row_id DESC LIMIT ?");
+    statement.Bind(wanted.before)
+        .Bind(static_cast<int64_t>(wanted.since))
+        .Bind(wanted.until == 0 ? INT64_MAX : static_cast<int64_t>(wanted.until));
+    if (of_pager) {
+        statement.Bind(wanted.pager);
+    }
+    return ReadRecorded(statement.Bind(wanted.count));
 }
 
 int64_t LastSend(Connection& connection) {

@@ -37,6 +37,25 @@ std::optional<std::time_t> RecordedUntil(Connection& connection, const std::stri
 // In the order in which they ended.
 std::vector<Send> SendsOf(Connection& connection, const std::string& alarm);
 
+// A row of the record, by its number.
+struct RecordedSend {
+    int64_t row = 0;
+    Send send;
+};
+std::optional<RecordedSend> FindSend(Connection& connection, int64_t row);
+// As SendsOf.
+std::vector<RecordedSend> RecordedSendsOf(Connection& connection, const std::string& alarm);
+
+// Those that came to nothing, the last first.
+struct FailedWanted {
+    int64_t before = INT64_MAX;  // only rows before this one
+    int64_t count = 0;           // at most
+    std::string pager;           // empty: any
+    std::time_t since = 0;
+    std::time_t until = 0;  // 0: whenever
+};
+std::vector<RecordedSend> FailedSends(Connection& connection, const FailedWanted& wanted);
+
 // The last row of the record; 0 where there is none.
 int64_t LastSend(Connection& connection);
 // Those of the rows behind the first, up to the second.

@@ -2,6 +2,21 @@
 #include "host/store/tables/trail.h"
 
 namespace host {
+namespace {
+
+constexpr const char* kSelectTrail = "SELECT row_id, at, who, what, alarm, note FROM Host_Trail ";
+
+std::vector<TrailEntry> ReadTrail(Statement& statement) {
+    std::vector<TrailEntry> trail;
+    while (statement.Step()) {
+        trail.push_back({statement.Number(0), static_cast<std::time_t>(statement.Number(1)),
+                         std::string(statement.Text(2)), std::string(statement.Text(3)),
+                         std::string(statement.Text(4)), std::string(statement.Text(5))});
+    }
+    return trail;
+}
+
+}  // namespace
 
 void NoteInTrail(Connection& connection, const TrailEntry& entry) {
     Statement(connection,
@@ -15,17 +30,14 @@ void NoteInTrail(Connection& connection, const TrailEntry& entry) {
 }
 
 std::vector<TrailEntry> TrailOf(Connection& connection, const std::string& alarm) {
-    std::vector<TrailEntry> trail;
-    Statement statement(connection,
-                        "SELECT row_id, at, who, what, alarm, note FROM Host_Trail"
-                        " WHERE alarm = ? ORDER BY row_id");
-    statement.Bind(alarm);
-    while (statement.Step()) {
-        trail.push_back({statement.Number(0), static_cast<std::time_t>(statement.Number(1)),
-                         std::string(statement.Text(2)), std::string(statement.Text(3)),
-                         std::string(statement.Text(4)), std::string(statement.Text(5))});
-    }
-    return trail;
+    Statement statement(connection, std::string(kSelectTrail) + "WHERE alarm = ? ORDER BY row_id");
+    return ReadTrail(statement.Bind(alarm));
+}
+
+std::vector<TrailEntry> TrailBefore(Connection& connection, int64_t row, int64_t count) {
+    Statement statement(
+        connection, std::string(kSelectTrail) + "WHERE row_id < ? ORDER BY row_id DESC LIMIT ?");
+    return ReadTrail(statement.Bind(row).Bind(count));
 }
 
 void ForgetTrail(Connection& connection, std::time_t before) {

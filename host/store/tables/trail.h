@@ -32,6 +32,9 @@ void NoteInTrail(Connection& connection, const TrailEntry& entry);
 // Of an alarm, in order.
 std::vector<TrailEntry> TrailOf(Connection& connection, const std::string& alarm);
 
+// The last so many before this row, the last first.
+std::vector<TrailEntry> TrailBefore(Connection& connection, int64_t row, int64_t count);
+
 // Requires a write transaction.
 void ForgetTrail(Connection& connection, std::time_t before);
 

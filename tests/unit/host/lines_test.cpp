@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/lines/pausing.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -49,7 +50,7 @@ TEST_F(Lines, HaveAHealthAndItsReason) {
 }
 
 TEST_F(Lines, KeepWhatOthersHaveWritten) {
-    SetPaused(connection, "south", true);
+    EXPECT_TRUE(PauseLine(connection, "south", true, {"maria", kNow}));
     SetProcess(connection, "south", 4711);
     SetDoing(connection, "south", "page of alarm 7", kNow);
     SetHealth(connection, "south", Health::kWell, "", kNow + 1);
@@ -57,8 +58,17 @@ TEST_F(Lines, KeepWhatOthersHaveWritten) {
     EXPECT_EQ(4711, South().process);
     EXPECT_EQ("page of alarm 7", South().doing);
     EXPECT_EQ(kNow, South().doing_since);
-    SetPaused(connection, "south", false);
+    EXPECT_TRUE(PauseLine(connection, "south", false, {"maria", kNow + 2}));
     EXPECT_FALSE(South().paused);
+}
+
+TEST_F(Lines, ArePausedBySomebody) {
+    EXPECT_TRUE(PauseLine(connection, "south", true, {"maria", kNow}));
+    EXPECT_FALSE(PauseLine(connection, "south", true, {"anna", kNow})) << "it is already";
+    EXPECT_FALSE(PauseLine(connection, "west", true, {"anna", kNow})) << "there is none";
+    EXPECT_TRUE(PauseLine(connection, "south", false, {"anna", kNow + 60}));
+    EXPECT_EQ((std::vector<std::string>{"maria|line paused|south", "anna|line resumed|south"}),
+              Rows("who || '|' || what || '|' || note FROM Host_Trail ORDER BY row_id"));
 }
 
 TEST_F(Lines, DoNothingWithoutAProcess) {

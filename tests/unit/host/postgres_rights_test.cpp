@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/alarms/raising.h"
+#include "host/lines/pausing.h"
 #include "host/node/intake.h"
 #include "host/pages/backlog.h"
 #include "host/pages/history.h"
@@ -173,7 +174,7 @@ TEST_F(AnAdministratorsSite, LetsEachRoleDoItsPartOfAPagesLife) {
     RecordSend(line_site, {978948000, 20, number, "a", "north", TracedPage::Outcome::kSent, 0, ""});
     SetDoing(line_site, "north", "idle", 978948000);
 
-    SetPaused(web, "north", true);
+    EXPECT_TRUE(PauseLine(web, "north", true, {"maria", 978948000}));
     AskForPage(web, {0, {number, "ops", "b"}, "", "cancelled"});
     for (const PageRequest& request : OpenRequests(node)) {
         CarryOut(node, request);
