@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/cli/program.h"
+#include "host/cli/web_demo.h"
 #include "host/process/operator_log.h"
 #include "host/process/systemd.h"
 #include "host/store/database_name.h"
@@ -68,6 +69,16 @@ ExitCode Serve(const Program& program, const std::vector<std::string>& addresses
     return kDone;
 }
 
+ExitCode ServeDemo(Program& program, const std::vector<std::string>& addresses) {
+    const WebDemo demo(program.library);
+    program.database = demo.Database();
+    std::cout << "open http://" << (addresses.empty() ? kUsualAddress : addresses.front())
+              << "/ and sign in with this token:\n  " << demo.Token()
+              << "\nCtrl-C ends it, and leaves nothing behind.\n"
+              << std::flush;
+    return Serve(program, addresses);
+}
+
 }  // namespace
 
 void AddWeb(CLI::App& app, Program& program) {
@@ -79,6 +90,10 @@ void AddWeb(CLI::App& app, Program& program) {
                      "Where (without it: 127.0.0.1:8420, or the sockets of the service manager): "
                      "ADDRESS:PORT or unix:PATH; may be given again")
         ->type_name("ADDRESS");
+    const auto demo = std::make_shared<bool>(false);
+    command->add_flag("--demo", *demo,
+                      "Show a site that is made for the occasion: a month of it, simulated, which "
+                      "goes on alive");
     command->footer(
         "Until SIGTERM or Ctrl-C. A process of its own: paging goes on whatever becomes of it. "
         "Who\n"
@@ -86,10 +101,13 @@ void AddWeb(CLI::App& app, Program& program) {
         "/api/v1/openapi.json. It speaks no TLS: to be reached from outside, a reverse proxy "
         "stands\n"
         "in front.\n\n"
-        "Example:\n"
-        "  pagerfwd web --listen unix:/run/pagerfwd/web.sock\n");
-    command->callback([addresses, &program] {
-        program.command = [addresses, &program] { return Serve(program, *addresses); };
+        "Examples:\n"
+        "  pagerfwd web --listen unix:/run/pagerfwd/web.sock\n"
+        "  pagerfwd web --demo\n");
+    command->callback([addresses, demo, &program] {
+        program.command = [addresses, demo, &program] {
+            return *demo ? ServeDemo(program, *addresses) : Serve(program, *addresses);
+        };
     });
 }
 

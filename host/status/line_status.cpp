@@ -20,15 +20,26 @@ Value ValueFor(const std::map<std::string, Value>& values, const std::string& li
     return found == values.end() ? Value() : found->second;
 }
 
+// The line that each pager is bound to; none where it isn't, or where there are two of its name.
+std::map<std::string, std::string> Bindings(Connection& connection) {
+    std::map<std::string, std::string> lines;
+    for (const PagerRow& pager : ReadPagers(connection)) {
+        const bool is_first = lines.emplace(pager.description, pager.port).second;
+        if (!is_first) {
+            lines[pager.description].clear();
+        }
+    }
+    return lines;
+}
+
 // Of pagers that are bound to a line which is out of service: it has not been given them.
 void AddThoseThatWait(Connection& connection, std::map<std::string, int64_t>& pages) {
+    const std::map<std::string, std::string> bindings = Bindings(connection);
     for (const Delivery& delivery : OpenDeliveries(connection)) {
-        if (!delivery.line.empty()) {
-            continue;
-        }
-        const std::vector<PagerRow> pagers = FindPagers(connection, delivery.pager);
-        if (pagers.size() == 1 && !pagers.front().port.empty()) {
-            ++pages[pagers.front().port];
+        const std::string line =
+            delivery.line.empty() ? ValueFor(bindings, delivery.pager) : std::string();
+        if (!line.empty()) {
+            ++pages[line];
         }
     }
 }

@@ -97,8 +97,8 @@ std::string Dialogue(const PageAsked& asked, const Call& call) {
     const std::string picture = Url("/picture", {{"send", InAddress(asked.target, "send")}});
     return "<h2>What was said</h2>\n<pre tabindex=\"0\" aria-label=\"Dialogue\">" +
            EscapedMarkup(PageText(asked.encoding, Colours(false)).Dialogue(*call.page)) +
-           "</pre>\n<h2>Picture</h2>\n<p><a href=\"" + Escaped(picture) + "\"><img src=\"" +
-           Escaped(picture) +
+           "</pre>\n<h2>Picture</h2>\n<p class=\"picture\"><a href=\"" + Escaped(picture) +
+           "\"><img src=\"" + Escaped(picture) +
            "\" alt=\"Timeline of the call: who spoke, who waited, for how long; "
            "all of it stands in the dialogue above\"></a></p>\n";
 }

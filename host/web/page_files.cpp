@@ -39,7 +39,7 @@ th, td { border-bottom: 1px solid var(--rule); padding: .35rem .75rem .35rem 0; 
 thead th { color: var(--faint); font-weight: normal; overflow-wrap: normal; }
 tbody th { font-weight: normal; }
 .time { white-space: nowrap; font-variant-numeric: tabular-nums; }
-.state { font-weight: bold; display: inline-block; min-width: 8rem; }
+.state { font-weight: bold; display: inline-block; min-width: 9.5rem; }
 .verdict .state, dd .state { min-width: 0; }
 .state.plain { font-weight: normal; }
 .good { color: var(--good); }
@@ -55,12 +55,13 @@ dt { color: var(--faint); }
 dd { margin: 0; overflow-wrap: anywhere; }
 form { margin: .5rem 0; }
 td form { margin: 0; }
-fieldset { border: 1px solid var(--rule); margin: 1rem 0; padding: .5rem 1rem 1rem; max-width: 40rem; }
+fieldset { min-width: 0; border: 1px solid var(--rule); margin: 1rem 0; padding: .5rem 1rem 1rem; max-width: 40rem; }
 legend { padding: 0 .5rem; font-weight: bold; }
-label { display: block; margin: .5rem 0; }
+label { display: block; margin: .5rem 0; max-width: 40rem; }
 label input, label select { display: block; width: 100%; }
-.filter { background: var(--block); display: flex; flex-wrap: wrap; gap: .25rem 1rem; align-items: end; padding: .5rem 1rem; }
+.filter { background: var(--block); display: flex; flex-wrap: wrap; gap: .25rem 1rem; align-items: end; padding: .5rem; }
 .filter label { flex: 1 1 11rem; max-width: 18rem; }
+.filter [type=datetime-local] { font-size: .85rem; }
 .filter button { margin: .5rem 0; }
 input, select, button { font: inherit; min-height: 2.25rem; padding: .25rem .5rem; max-width: 100%; border: 1px solid var(--faint); border-radius: .25rem; background: var(--paper); color: var(--ink); }
 button { background: var(--button); border-color: var(--button); color: var(--on); cursor: pointer; padding: .25rem .9rem; }
@@ -69,7 +70,8 @@ button { background: var(--button); border-color: var(--button); color: var(--on
 .week { font-family: ui-monospace, monospace; white-space: pre; }
 .week b { color: var(--good); }
 pre { background: var(--block); overflow-x: auto; padding: .75rem; }
-img { background: #fff; max-width: 100%; height: auto; }
+.picture { overflow-x: auto; }
+img { background: #fff; }
 @media (max-width: 72rem) {
   thead { clip-path: inset(50%); height: 1px; overflow: hidden; position: absolute; width: 1px; }
   table, caption, tbody, th, td { display: block; }
