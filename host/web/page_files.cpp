@@ -25,7 +25,7 @@ nav a[aria-current] { color: var(--ink); font-weight: bold; }
 .name { font-weight: bold; }
 a { color: var(--link); }
 th a, td a { display: inline-block; min-height: 1.5rem; }
-tbody th a { white-space: nowrap; }
+tbody a { white-space: nowrap; }
 h1 { font-size: 1.6rem; line-height: 1.2; margin: .5rem 0; }
 h2 { font-size: 1.25rem; line-height: 1.2; margin: 2rem 0 .5rem; }
 main:focus { outline: none; }
@@ -35,6 +35,7 @@ main:focus { outline: none; }
 table { border-collapse: collapse; width: 100%; margin: .5rem 0 1rem; }
 caption { color: var(--faint); text-align: left; padding: .25rem 0; }
 th > div, td > div { min-width: 5.5rem; }
+td:last-child > div { min-width: 10rem; }
 th, td { border-bottom: 1px solid var(--rule); padding: .35rem .75rem .35rem 0; text-align: left; vertical-align: top; overflow-wrap: anywhere; }
 thead th { color: var(--faint); font-weight: normal; overflow-wrap: normal; }
 tbody th { font-weight: normal; }
@@ -77,7 +78,7 @@ img { background: #fff; }
   table, caption, tbody, th, td { display: block; }
   tr { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 18rem), 1fr)); gap: 0 1.5rem; background: var(--block); border-left: .25rem solid var(--rule); margin: 0 0 .75rem; padding: .35rem .6rem; }
   th, td { border: 0; display: grid; grid-template-columns: 6.5rem 1fr; gap: .5rem; padding: .15rem 0; }
-  th > div, td > div { min-width: 0; }
+  th > div, td > div, td:last-child > div { min-width: 0; }
   th[data-label]::before, td[data-label]::before { color: var(--faint); content: attr(data-label); content: attr(data-label) / ""; }
   .time { white-space: normal; }
   .state { min-width: 0; }

@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 constexpr size_t kPendingShown = 20;
-constexpr int64_t kFailedShown = 10;
+constexpr int64_t kFailedShown = 5;
 constexpr int64_t kAlarmsShown = 20;
 
 // What there is to say of whether paging is alive.

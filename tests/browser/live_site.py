@@ -126,9 +126,10 @@ def free_port():
 
 
 class Site:
-    def __init__(self, binaries, libraries):
+    def __init__(self, binaries, libraries, database=""):
         self.binaries, self.library = binaries, f"{libraries}/libPagerFwd.so"
         self.folder = tempfile.mkdtemp(prefix="pagerfwd-browser-")
+        self.database = database or f"{self.folder}/site.db"
         self.processes = []
         self.address = f"http://127.0.0.1:{free_port()}"
 
@@ -157,7 +158,8 @@ class Site:
     def environment(self):
         return {
             **os.environ,
-            "PAGERFWD_DATABASE": f"{self.folder}/site.db",
+            "PAGERFWD_DATABASE": self.database,
+            "PAGERFWD_STATE": self.folder,
             "PAGERFWD_LOCKS": self.folder,
             "TZ": "Europe/Berlin",
         }

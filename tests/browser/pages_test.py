@@ -17,6 +17,7 @@ import unittest
 from selenium.webdriver.common.keys import Keys
 
 from browser import Browser
+from live_server import Server
 from live_site import Site, free_port, until
 
 TELEPHONE, TABLET, WALL = 320, 900, 1920
@@ -285,6 +286,31 @@ class Crowd(Case):
         return time.monotonic() - begun
 
 
+class OnAServer(Case):
+    def test_the_server_is_stopped_and_comes_back(self):
+        server = Server()
+        try:
+            with Site(BINARIES, LIBRARIES, server.database) as other:
+                self.see_it_stop(server, other)
+        finally:
+            server.remove()
+
+    def see_it_stop(self, server, other):
+        other.run("alarm", "raise", "--group", "OPS/1", "kept on a server")
+        browser.open(f"{other.address}/sign-in")
+        browser.one("[name=token]").send_keys(other.token("maria", "look"))
+        browser.press("Sign in")
+        until(lambda: "kept on a server" in browser.text())
+        server.stop()
+        until(lambda: "is old" in browser.text(".refresh"), 40)
+        self.assertIn("kept on a server", browser.text())
+        browser.open(f"{other.address}/alarms")
+        until(lambda: "The database is away" in browser.text("[role=alert]"), 40)
+        server.start()
+        browser.open(other.address)
+        until(lambda: browser.driver.refresh() or "kept on a server" in browser.text(), 60)
+
+
 class Demo(Case):
     def test_a_month_is_there_to_click_through_and_nothing_is_left_of_it(self):
         folder = tempfile.mkdtemp(prefix="pagerfwd-browser-")
@@ -299,7 +325,7 @@ class Demo(Case):
             self.click_through(f"http://{address}", token)
         finally:
             demo.send_signal(signal.SIGINT)
-            demo.wait(60)
+            demo.communicate(timeout=60)
         self.assertEqual([], os.listdir(folder))
         os.rmdir(folder)
 
