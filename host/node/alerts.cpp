@@ -1,6 +1,7 @@
 // Notices, their sources and the heartbeat, together. Tested by tests/e2e/alerts_test.cpp.
 #include "host/node/alerts.h"
 
+#include "host/site/site_tables.h"
 #include "host/site/stored_commands.h"
 
 namespace host {
@@ -13,6 +14,7 @@ Alerts::Alerts(const std::string& database, Encoding encoding, OperatorLog& log)
 
 void Alerts::ReadCommands(Connection& connection) {
     notices_.SetCommand(ReadCommand(connection, kNotifyCommand));
+    news_.TellAnswers(TellsAnswers(connection));
     heartbeat_.SetCommand(ReadCommand(connection, kHeartbeatCommand));
 }
 

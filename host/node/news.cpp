@@ -10,6 +10,7 @@
 #include "host/store/tables/events.h"
 #include "host/store/tables/lines.h"
 #include "host/store/tables/nodes.h"
+#include "host/store/tables/sends.h"
 #include "host/store/tables/states.h"
 
 namespace host {
@@ -19,6 +20,16 @@ constexpr std::time_t kBetweenLooks = 5;
 
 // A line records its sending a moment behind the end of the page.
 constexpr std::time_t kUntilRecorded = 5;
+
+// Far back enough to know of alarms that are followed whether a page got through before the start.
+constexpr int64_t kFollowedSends = 10 * kFollowedAlarms;
+
+void NameKey(Notice& notice, const Alarm& alarm) {
+    if (!alarm.key.empty()) {
+        notice.source = alarm.source;
+        notice.key = alarm.key;
+    }
+}
 
 bool IsOver(const Alarm& alarm) {
     return !alarm.acknowledged && (alarm.state == kStateOffLimit || alarm.state == kStateDone);
@@ -116,7 +127,10 @@ void News::PageEnded(const PageStory& page, std::time_t now) {
 
 void News::LookAtAlarms(Connection& connection, std::time_t now, std::time_t until_recorded) {
     std::set<int64_t> rows;
-    for (const Alarm& alarm : LastAlarms(connection, kFollowedAlarms)) {
+    const std::vector<Alarm> alarms = LastAlarms(connection, kFollowedAlarms);
+    LookAtAcknowledged(alarms, now);
+    LookAtDelivered(connection, alarms, now);
+    for (const Alarm& alarm : alarms) {
         rows.insert(alarm.row);
         LookAtAlarm(connection, alarm, now, until_recorded);
         if (alarm.acknowledged) {
@@ -164,7 +178,64 @@ void News::SayOfAlarm(const Alarm& alarm, bool over, const std::string& what, st
                          "alarm " + Decode(alarm.number, encoding_) + " (" +
                              Decode(alarm.group, encoding_) + ") " + what);
     notice.alarm = Decode(alarm.number, encoding_);
+    NameKey(notice, alarm);
     SayOfSite(notice, now);
+}
+
+void News::SayOfKey(NoticeKind kind, const Alarm& alarm, const std::string& what, std::time_t now) {
+    if (!tells_answers_ || first_) {
+        return;
+    }
+    Notice notice = Made(kind, false,
+                         "alarm " + Decode(alarm.number, encoding_) + " (" +
+                             Decode(alarm.group, encoding_) + ") " + what);
+    notice.alarm = Decode(alarm.number, encoding_);
+    NameKey(notice, alarm);
+    SayOfSite(notice, now);
+}
+
+void News::LookAtAcknowledged(const std::vector<Alarm>& alarms, std::time_t now) {
+    std::set<std::string> acknowledged;
+    for (const Alarm& alarm : alarms) {
+        if (alarm.key.empty() || !alarm.acknowledged || EndedByWithdrawal(alarm)) {
+            continue;
+        }
+        if (acknowledged_.count(alarm.number) == 0) {
+            const std::string by = Decode(alarm.acknowledged_by, encoding_);
+            SayOfKey(NoticeKind::kAcknowledged, alarm,
+                     "was acknowledged" + (by.empty() ? "" : " by " + by), now);
+        }
+        acknowledged.insert(alarm.number);
+    }
+    acknowledged_ = std::move(acknowledged);
+}
+
+void News::LookAtDelivered(Connection& connection, const std::vector<Alarm>& alarms,
+                           std::time_t now) {
+    const int64_t last = LastSend(connection);
+    const int64_t first = first_ ? std::max<int64_t>(last - kFollowedSends, 0) : last_send_;
+    std::map<std::string, std::string> sent;  // pagers, by the alarm's number
+    for (const Send& send : SendsBetween(connection, first, last)) {
+        if (send.outcome == TracedPage::Outcome::kSent ||
+            send.outcome == TracedPage::Outcome::kDialled) {
+            sent.try_emplace(send.alarm, send.pager);
+        }
+    }
+    last_send_ = last;
+    std::set<std::string> delivered;
+    for (const Alarm& alarm : alarms) {
+        const auto page = sent.find(alarm.number);
+        const bool before = delivered_.count(alarm.number) != 0;
+        if (alarm.key.empty() || (!before && page == sent.end())) {
+            continue;
+        }
+        if (!before) {
+            SayOfKey(NoticeKind::kDelivered, alarm,
+                     "got through to \"" + Decode(page->second, encoding_) + "\"", now);
+        }
+        delivered.insert(alarm.number);
+    }
+    delivered_ = std::move(delivered);
 }
 
 void News::Acknowledged(const Alarm& alarm, std::time_t now) {

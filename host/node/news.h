@@ -33,6 +33,10 @@ class News {
     // Whether what concerns the whole site is said here; what there is, is known all the same.
     void SetLeads(bool leads) { leads_ = leads; }
 
+    // Whether it is told that alarms with a key are acknowledged, and that a page of one got
+    // through.
+    void TellAnswers(bool tell) { tells_answers_ = tell; }
+
     // When the tables have changed, or it is due; first before the node begins its work. Looks
     // every five seconds at most.
     void Look(Connection& connection, std::time_t now);
@@ -70,6 +74,9 @@ class News {
                      std::time_t until_recorded);
     void EndedIn(Connection& connection, const Alarm& alarm, Ended& ended, std::time_t now);
     void Acknowledged(const Alarm& alarm, std::time_t now);
+    void LookAtAcknowledged(const std::vector<Alarm>& alarms, std::time_t now);
+    void LookAtDelivered(Connection& connection, const std::vector<Alarm>& alarms, std::time_t now);
+    void SayOfKey(NoticeKind kind, const Alarm& alarm, const std::string& what, std::time_t now);
     void LookAtWaitingPagers(Connection& connection, std::time_t now);
     void SayOfSite(const Notice& notice, std::time_t now);
     bool WaitForTime() const;
@@ -80,9 +87,13 @@ class News {
     Notices& notices_;
     Pace pace_;
     bool leads_ = true;
+    bool tells_answers_ = false;
     bool first_ = true;
     std::set<std::string> sick_;                             // lines
     std::map<int64_t, Ended> ended_;                         // alarms
+    std::set<std::string> acknowledged_;                     // alarms with a key, by their numbers
+    std::set<std::string> delivered_;                        // ... of which a page got through
+    int64_t last_send_ = 0;                                  // the row of the record
     std::map<std::string, std::set<std::string>> given_up_;  // pagers, by the alarm's number
     std::map<std::string, std::time_t> waiting_;             // pagers without a line, since when
     std::set<std::string> told_waiting_;

@@ -42,6 +42,10 @@ const char* WordOf(NoticeKind kind) {
             return "node-gone";
         case NoticeKind::kOutcomeUnknown:
             return "outcome-unknown";
+        case NoticeKind::kAcknowledged:
+            return "acknowledged";
+        case NoticeKind::kDelivered:
+            return "delivered";
         case NoticeKind::kNotAsItShouldBe:
             return "not-as-it-should-be";
     }
@@ -62,10 +66,9 @@ std::string AsJson(const Notice& notice, const NoticeOrigin& origin, std::time_t
                  {"over", notice.over},
                  {"text", notice.text},
                  {"at", InUtc(at)}};
-    const std::pair<const char*, const std::string&> objects[] = {{"alarm", notice.alarm},
-                                                                  {"pager", notice.pager},
-                                                                  {"line", notice.line},
-                                                                  {"node", notice.node}};
+    const std::pair<const char*, const std::string&> objects[] = {
+        {"alarm", notice.alarm}, {"pager", notice.pager},   {"line", notice.line},
+        {"node", notice.node},   {"source", notice.source}, {"key", notice.key}};
     for (const auto& [key, object] : objects) {
         if (!object.empty()) {
             json[key] = object;

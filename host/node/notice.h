@@ -17,6 +17,8 @@ enum class NoticeKind {
     kDiskFull,          // of the database
     kNodeGone,          // a host died: others have taken its pages
     kOutcomeUnknown,    // a page may have left when its node died, and waits for an operator
+    kAcknowledged,      // an alarm with a key
+    kDelivered,         // the first page of one
     kNotAsItShouldBe,   // an alarm or a page, by the heartbeat's own reckoning
 };
 
@@ -34,6 +36,8 @@ struct Notice {
     std::string pager;
     std::string line;
     std::string node;
+    std::string source;  // of an alarm with a key: whose it is, and which
+    std::string key;
 };
 
 // Where notices come from.

@@ -251,6 +251,7 @@ ReadBack ReadSiteBack(Connection& connection, StoredTables& tables) {
     read.site.encoding.value = WordFor(encoding);
     read.site.unknown_outcome.value = AsksForUnknownOutcomes(connection) ? kAsk : kSendAgain;
     read.site.notify = CommandOf(connection, kNotifyCommand);
+    read.site.answers.value = TellsAnswers(connection);
     read.site.heartbeat = CommandOf(connection, kHeartbeatCommand);
     read.site.page_resolved.value = PagesResolved(connection);
     read.site.alertmanager = AlertmanagerOf(connection);

@@ -110,8 +110,9 @@ struct Site {
     Said<bool>
         page_resolved;  // whether who was paged for an alarm is told by a page that it is over
     SaidText unknown_outcome;
-    Command notify;     // told of what an operator should hear of
-    Command heartbeat;  // run while all is as it should be
+    Command notify;      // told of what an operator should hear of
+    Said<bool> answers;  // whether it is told, too, what became of alarms with a key
+    Command heartbeat;   // run while all is as it should be
     AlertmanagerPart alertmanager;
     std::vector<SiteNode> nodes;
     std::vector<Port> ports;

@@ -112,9 +112,10 @@ SaidText ReadUnknownOutcome(TomlReader& document) {
     return reader.Text("unknown_outcome", kSendAgain);
 }
 
-Command ReadNotify(TomlReader& document) {
+void ReadNotify(TomlReader& document, Site& site) {
     TomlReader reader = document.Part("notify");
-    return reader.Texts("command");
+    site.notify = reader.Texts("command");
+    site.answers = reader.Flag("answers", false);
 }
 
 Command ReadHeartbeat(TomlReader& document) {
@@ -147,7 +148,7 @@ void ReadDocument(std::string_view text, ReadSite& read) {
                             "Begin with a copy of the example, examples/site.toml.");
     }
     read.site.encoding = reader.Text("encoding", "latin1");
-    read.site.notify = ReadNotify(reader);
+    ReadNotify(reader, read.site);
     read.site.heartbeat = ReadHeartbeat(reader);
     read.site.page_resolved = ReadResolved(reader);
     read.site.alertmanager = ReadAlertmanager(reader);

@@ -19,6 +19,7 @@ namespace host {
 namespace {
 
 constexpr const char* kEncodingSetting = "encoding";
+constexpr const char* kAnswersSetting = "notify of answers";
 constexpr const char* kPageResolvedSetting = "page resolved";
 constexpr const char* kUnknownOutcome = "unknown_outcome";
 
@@ -190,6 +191,7 @@ void StoreSite(Connection& connection, const Site& site) {
     WriteSetting(connection, kUnknownOutcome,
                  site.unknown_outcome.value == kAsk ? kAsk : kSendAgain);
     StoreCommand(connection, kNotifyCommand, site.notify);
+    WriteSetting(connection, kAnswersSetting, site.answers.value ? "1" : "");
     StoreCommand(connection, kHeartbeatCommand, site.heartbeat);
     StoreAlertTemplates(connection, site.alertmanager);
     WriteSetting(connection, kPageResolvedSetting, site.page_resolved.value ? "1" : "");
@@ -202,6 +204,10 @@ bool AsksForUnknownOutcomes(Connection& connection) {
 
 Encoding EncodingOf(Connection& connection) {
     return EncodingNamed(ReadSetting(connection, kEncodingSetting)).value_or(Encoding::kLatin1);
+}
+
+bool TellsAnswers(Connection& connection) {
+    return !ReadSetting(connection, kAnswersSetting).empty();
 }
 
 bool PagesResolved(Connection& connection) {

@@ -31,6 +31,9 @@ bool AsksForUnknownOutcomes(Connection& connection);
 // The encoding that the texts in the tables have.
 Encoding EncodingOf(Connection& connection);
 
+// Whether the command of [notify] is told what became of alarms with a key.
+bool TellsAnswers(Connection& connection);
+
 // Whether who was paged for an alarm is told by a page that it is over.
 bool PagesResolved(Connection& connection);
 

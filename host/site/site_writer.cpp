@@ -129,6 +129,16 @@ void WriteCommand(TomlWriter& writer, const char* header, const Command& command
     }
 }
 
+void WriteNotify(TomlWriter& writer, const Site& site) {
+    WriteCommand(writer, "[notify]", site.notify);
+    if (site.answers.value) {
+        if (site.notify.empty()) {
+            writer.Table("[notify]");
+        }
+        writer.Key("answers", site.answers);
+    }
+}
+
 // Only what isn't as usual.
 void WriteAlertmanager(TomlWriter& writer, const AlertmanagerPart& part) {
     const std::tuple<const char*, const SaidText&, const char*> keys[] = {
@@ -178,7 +188,7 @@ std::string TomlText(std::string_view utf8) {
 std::string WriteSite(const Site& site) {
     TomlWriter writer;
     writer.Key("encoding", site.encoding);
-    WriteCommand(writer, "[notify]", site.notify);
+    WriteNotify(writer, site);
     WriteCommand(writer, "[heartbeat]", site.heartbeat);
     WriteAlertmanager(writer, site.alertmanager);
     if (site.page_resolved.value) {

@@ -91,4 +91,68 @@ TEST_F(CliNotify, LogsByTheExample) {
                 StartsWith("<-t><pagerfwd-notice><-p><daemon.warning>\n{\"kind\":\"line-sick\","));
 }
 
+// --- The example that answers Icinga, which a server of a few lines stands for: it keeps one
+// request.
+
+class AnswersToIcinga : public CliNotify {
+ protected:
+    // What Icinga is asked after a notice; empty: nothing.
+    static std::string Asked(const std::string& notice) {
+        WriteFile(
+            "icinga.pl",
+            "use IO::Socket::INET; $| = 1;"
+            "my $s = IO::Socket::INET->new(Listen => 1, LocalAddr => '127.0.0.1') or die;"
+            "print $s->sockport, \"\\n\"; alarm 20; my $c = $s->accept; my ($all, $n) = ('', 0);"
+            "while (<$c>) { $all .= $_; $n = $1 if /^Content-Length: (\\d+)/i; last if /^\\r$/ }"
+            "read $c, my $body, $n;"
+            "print $c \"HTTP/1.1 200 OK\\r\\nContent-Length: 2\\r\\n\\r\\n{}\";"
+            "open my $f, '>', 'asked'; print $f $all, $body;");
+        WriteFile("notice", notice);
+        ChildProcess icinga({"/usr/bin/perl", "icinga.pl"});
+        const std::string port = icinga.ReadLine();
+        const ProgramRun run =
+            RunProgram({"/bin/sh", "-c",
+                        "ICINGA=http://127.0.0.1:" + port.substr(0, port.find('\n')) +
+                            " ICINGA_USER=pages ICINGA_PASSWORD=secret ICINGA_SETTINGS=/dev/null "
+                            "exec " EXAMPLES "/notify/icinga <notice"});
+        EXPECT_EQ(0, run.exit_code) << run.err;
+        if (notice.find("\"line-sick\"") == std::string::npos) {
+            icinga.Finish();
+        }
+        return ReadFile("asked");
+    }
+    static std::string Notice(const std::string& kind, const std::string& key) {
+        return "{\"kind\": \"" + kind +
+               "\", \"over\": false, \"text\": \"alarm 7 was acknowledged by maria\", \"source\":"
+               " \"monitoring\", \"key\": \"" +
+               key + "\"}";
+    }
+    static nlohmann::json BodyOf(const std::string& asked) {
+        return nlohmann::json::parse(asked.substr(asked.find("\r\n\r\n") + 4));
+    }
+};
+
+TEST_F(AnswersToIcinga, AcknowledgeTheServiceThere) {
+    const std::string asked = Asked(Notice("acknowledged", "web1!disk"));
+    EXPECT_THAT(asked, AllOf(StartsWith("POST /v1/actions/acknowledge-problem HTTP/1.1\r\n"),
+                             HasSubstr("Authorization: Basic cGFnZXM6c2VjcmV0\r\n")));
+    const nlohmann::json body = BodyOf(asked);
+    EXPECT_EQ("Service", body["type"]);
+    EXPECT_EQ("host.name == h && service.name == s", body["filter"]);
+    EXPECT_EQ("web1", body["filter_vars"]["h"]);
+    EXPECT_EQ("disk", body["filter_vars"]["s"]);
+    EXPECT_EQ("alarm 7 was acknowledged by maria", body["comment"]);
+}
+
+TEST_F(AnswersToIcinga, CommentOnTheHostThere) {
+    const std::string asked = Asked(Notice("delivered", "web1!"));
+    EXPECT_THAT(asked, StartsWith("POST /v1/actions/add-comment HTTP/1.1\r\n"));
+    EXPECT_EQ("Host", BodyOf(asked)["type"]);
+    EXPECT_EQ("host.name == h", BodyOf(asked)["filter"]);
+}
+
+TEST_F(AnswersToIcinga, AreNoneWhereIcingaDidNotAsk) {
+    EXPECT_EQ("", Asked(R"({"kind": "line-sick", "over": false, "text": "x"})"));
+}
+
 }  // namespace

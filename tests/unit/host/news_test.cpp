@@ -6,6 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/store/tables/alarm_keys.h"
+#include "host/store/tables/sends.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -245,6 +247,75 @@ TEST_F(SomeNews, AreADiskThatIsFull) {
     EXPECT_THAT(Pass(3), ElementsAre("disk-full: the disk of site.db is full"));
     news.DiskIs(false, "site.db", now);
     EXPECT_THAT(Pass(3), ElementsAre("over: disk-full: the disk of site.db has room again"));
+}
+
+// --- What became of alarms with a key.
+
+class Answers : public SomeNews {
+ protected:
+    Answers() {
+        news.TellAnswers(true);
+        AddAlarm("7", "2");
+        SetAlarm("alarm_source = 'icinga', alarm_key = 'web1!disk'");
+        Pass(10);
+    }
+    void RecordSent() {
+        Send send;
+        send.at = now;
+        send.alarm = "7";
+        send.pager = "duty";
+        send.outcome = TracedPage::Outcome::kSent;
+        RecordSend(connection, send);
+    }
+};
+
+TEST_F(Answers, TellWhoHasAcknowledgedOnce) {
+    AcknowledgeAlarm(connection, 7, now, "maria");
+    EXPECT_THAT(Pass(10), ElementsAre("acknowledged: alarm 7 (ops) was acknowledged by maria"));
+    EXPECT_THAT(Pass(10), IsEmpty());
+}
+
+TEST_F(Answers, TellThatTheFirstPageGotThrough) {
+    RecordSent();
+    EXPECT_THAT(Pass(10), ElementsAre("delivered: alarm 7 (ops) got through to \"duty\""));
+    RecordSent();
+    EXPECT_THAT(Pass(10), IsEmpty());
+}
+
+TEST_F(Answers, AreOnlyForWhoAsks) {
+    news.TellAnswers(false);
+    RecordSent();
+    AcknowledgeAlarm(connection, 7, now, "maria");
+    EXPECT_THAT(Pass(10), IsEmpty());
+}
+
+TEST_F(Answers, AreOfAlarmsWithAKeyAlone) {
+    SetAlarm("alarm_key = ''");
+    RecordSent();
+    AcknowledgeAlarm(connection, 7, now, "maria");
+    EXPECT_THAT(Pass(10), IsEmpty());
+}
+
+TEST_F(Answers, AreNotToldAgainAfterAStart) {
+    RecordSent();
+    AcknowledgeAlarm(connection, 7, now, "maria");
+    Pass(10);
+    News next(Encoding::kLatin1, notices);
+    next.TellAnswers(true);
+    next.Look(connection, now += 10);
+    RecordSent();
+    next.Look(connection, now += 10);
+    notices.Look(now);
+    EXPECT_THAT(runner.told, IsEmpty());
+}
+
+TEST_F(Answers, TellNothingOfWhatMonitoringHasEndedItself) {
+    {
+        WriteTransaction transaction(connection);
+        Withdraw(connection, "7", now);
+        transaction.Commit();
+    }
+    EXPECT_THAT(Pass(10), IsEmpty());
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ class RandomSite {
         shift_jis_ = Below(4) == 0;
         site.encoding.value = shift_jis_ ? "shift_jis" : "latin1";
         site.notify = MakeCommand();
+        site.answers.value = Below(2) == 0;
         site.heartbeat = MakeCommand();
         site.page_resolved.value = Below(2) == 0;
         for (size_t i = Below(3); i > 0; --i) {
