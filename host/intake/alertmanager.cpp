@@ -107,8 +107,14 @@ class Reader {
         read.alarm.server = Cut(server_.Fill(values));
         read.alarm.text = Cut(text_.Fill(values));
         read.alarm.source = kAlertmanagerSource;
-        read.alarm.key = Required(alert, "fingerprint");
-        read.alarm.key += " " + Required(alert, "startsAt");
+        read.fingerprint = Required(alert, "fingerprint");
+        const std::string starts = Required(alert, "startsAt");
+        read.began = ReadInstant(starts);
+        read.ended =
+            read.resolved ? ReadInstant(TextIn(alert, "endsAt").value_or("")) : std::nullopt;
+        // Peers may write one instant in several zones.
+        read.alarm.key =
+            KeysOfAlert(read.fingerprint) + (read.began ? Written(*read.began) : starts);
         if (read.alarm.text.find_first_not_of(" \t\r\n") == std::string::npos) {
             read.alarm.text = "an alert without a text";
         }
@@ -123,6 +129,14 @@ class Reader {
 };
 
 }  // namespace
+
+std::string KeysOfAlert(const std::string& fingerprint) {
+    return fingerprint + " ";
+}
+
+std::optional<AlertInstant> BeganByKey(const std::string& key) {
+    return ReadInstant(std::string_view(key).substr(std::min(key.rfind(' ') + 1, key.size())));
+}
 
 std::string WhyNoAlertTemplate(const std::string& text) {
     try {

@@ -29,6 +29,7 @@ constexpr Endpoint kEndpoints[] = {
     {"GET", "/api/v1/alarms", kMayLook, ShowAlarms},
     {"GET", "/api/v1/pages", kMayLook, ShowPages},
     {"GET", "/api/v1/lines", kMayLook, ShowLines},
+    {"GET", "/api/v1/nodes", kMayLook, ShowNodes},
     {"GET", "/api/v1/history", kMayLook, ShowHistory},
     {"POST", "/api/v1/test", kMayManage, AskForTest},
 };

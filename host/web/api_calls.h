@@ -46,6 +46,7 @@ Json ShowAlarms(const ApiCall& call);
 Json ShowAlarm(const ApiCall& call, const std::string& number);
 Json ShowPages(const ApiCall& call);
 Json ShowLines(const ApiCall& call);
+Json ShowNodes(const ApiCall& call);
 Json ShowHistory(const ApiCall& call);
 
 // A test page, which the node has a line send; and what came of it.

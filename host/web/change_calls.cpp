@@ -2,9 +2,9 @@
 #include <limits>
 #include <optional>
 
+#include "host/alarms/alerts.h"
 #include "host/alarms/raising.h"
 #include "host/intake/alarm_json.h"
-#include "host/intake/alertmanager.h"
 #include "host/intake/json_input.h"
 #include "host/site/site_tables.h"
 #include "host/site/stored_alerts.h"
@@ -108,24 +108,13 @@ Json TakeAlerts(const ApiCall& call) {
     const std::vector<Alert> alerts =
         AlertsFromJson(call.body, ReadAlertTemplates(call.connection));
     const Encoding encoding = EncodingOf(call.connection);
-    int64_t raised = 0;
-    int64_t known = 0;
-    int64_t resolved = 0;
+    const Doer doer{call.token.name, call.now};
+    AlertCounts counts;
     WriteTransaction transaction(call.connection);
-    ForEachOf(alerts.size(), [&](size_t i) {
-        const NewAlarm alarm = Checked(alerts[i].alarm, encoding);
-        if (alerts[i].resolved) {
-            resolved += WithdrawBy(call.connection, AlarmKey{alarm.source, alarm.key},
-                                   {call.token.name, call.now})
-                            ? 1
-                            : 0;
-        } else {
-            const bool is_new = Raise(call.connection, alarm, call.now, KeyUse::kOnce).is_new;
-            ++(is_new ? raised : known);
-        }
-    });
+    ForEachOf(alerts.size(),
+              [&](size_t i) { TakeAlert(call.connection, alerts[i], encoding, doer, counts); });
     transaction.Commit();
-    return {{"raised", raised}, {"known", known}, {"resolved", resolved}};
+    return {{"raised", counts.raised}, {"known", counts.known}, {"resolved", counts.resolved}};
 }
 
 }  // namespace host

@@ -1,6 +1,8 @@
 // Calls that look. Tested by tests/unit/host/web_api_test.cpp.
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 
 #include "host/alarms/mending.h"
 #include "host/intake/alarm_json.h"
@@ -12,6 +14,7 @@
 #include "host/store/tables/alarm_log.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/lines.h"
+#include "host/store/tables/nodes.h"
 #include "host/store/tables/states.h"
 #include "host/web/api_calls.h"
 
@@ -116,6 +119,49 @@ Json PageAsJson(const PageStory& page, Encoding encoding) {
             {"line", TextOrNull(page.line, encoding)}};
 }
 
+// Pages in the order in which their alarms came, to be gone through alarm by alarm: pages end
+// meanwhile, and a place in their list would lead past others.
+class PagesByAlarm {
+ public:
+    explicit PagesByAlarm(std::vector<PageStory> pages) : pages_(std::move(pages)) {
+        std::stable_sort(pages_.begin(), pages_.end(),
+                         [](const PageStory& left, const PageStory& right) {
+                             return NumberOf(left) < NumberOf(right);
+                         });
+    }
+
+    const std::vector<PageStory>& Pages() const { return pages_; }
+    int64_t AlarmOf(size_t page) const { return NumberOf(pages_[page]); }
+
+    // From which to which: those of one alarm together, be they more than are asked for.
+    std::pair<size_t, size_t> Behind(const Cursor& cursor) const {
+        const size_t begin = cursor.after == 0 ? 0 : EndOfAlarm(cursor.after);
+        const auto count = static_cast<size_t>(cursor.count);
+        if (count == 0 || pages_.size() - begin <= count) {
+            return {begin, count == 0 ? begin : pages_.size()};
+        }
+        size_t end = begin + count;
+        while (end > begin && AlarmOf(end - 1) == AlarmOf(end)) {
+            --end;
+        }
+        return {begin, end > begin ? end : EndOfAlarm(AlarmOf(begin))};
+    }
+
+ private:
+    // 0 for what only another program can have written.
+    static int64_t NumberOf(const PageStory& page) {
+        return IsLibraryNumber(page.alarm) ? std::stoll(page.alarm) : 0;
+    }
+    size_t EndOfAlarm(int64_t alarm) const {
+        const auto end = std::upper_bound(
+            pages_.begin(), pages_.end(), alarm,
+            [](int64_t wanted, const PageStory& page) { return wanted < NumberOf(page); });
+        return static_cast<size_t>(end - pages_.begin());
+    }
+
+    std::vector<PageStory> pages_;
+};
+
 }  // namespace
 
 Json ShowAlarms(const ApiCall& call) {
@@ -147,15 +193,16 @@ Json ShowPages(const ApiCall& call) {
     RefuseOthers(call.target, {"after", "count"});
     const Cursor cursor(call.target);
     const Encoding encoding = EncodingOf(call.connection);
-    const std::vector<PageStory> pending = PendingPages(call.connection);
-    const auto all = static_cast<int64_t>(pending.size());
-    const int64_t begin = std::min(cursor.after, all);
-    const int64_t end = begin + std::min(cursor.count, all - begin);
+    const PagesByAlarm pending(PendingPages(call.connection));
+    const auto [begin, end] = pending.Behind(cursor);
     Json pages = Json::array();
-    for (int64_t i = begin; i < end; ++i) {
-        pages.push_back(PageAsJson(pending[static_cast<size_t>(i)], encoding));
+    for (size_t i = begin; i < end; ++i) {
+        pages.push_back(PageAsJson(pending.Pages()[i], encoding));
     }
-    return {{"pages", pages}, {"pending", all}, {"next", end < all ? Json(end) : Json()}};
+    return {{"pages", pages},
+            {"pending", pending.Pages().size()},
+            {"next", begin < end && end < pending.Pages().size() ? Json(pending.AlarmOf(end - 1))
+                                                                 : Json()}};
 }
 
 Json ShowHistory(const ApiCall& call) {
@@ -190,9 +237,25 @@ Json ShowLines(const ApiCall& call) {
                          {"since", Instant(line.since)},
                          {"reason", Decode(line.reason, encoding)},
                          {"paused", line.paused},
-                         {"doing", Decode(line.doing, encoding)}});
+                         {"doing", Decode(line.doing, encoding)},
+                         {"node", TextOrNull(line.node, encoding)}});
     }
     return {{"lines", lines}};
+}
+
+Json ShowNodes(const ApiCall& call) {
+    RefuseOthers(call.target, {});
+    const Encoding encoding = EncodingOf(call.connection);
+    Json nodes = Json::array();
+    for (const NodeState& node : ReadNodes(call.connection)) {
+        nodes.push_back({{"node", Decode(node.node, encoding)},
+                         {"runs", node.lives},
+                         {"leads", node.leads},
+                         {"drained", node.drained},
+                         {"in_site_file", node.of_site},
+                         {"process", TextOrNull(node.holder, encoding)}});
+    }
+    return {{"nodes", nodes}};
 }
 
 }  // namespace host

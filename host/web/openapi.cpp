@@ -46,6 +46,7 @@ const char* const kOpenApi = R"json({
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -60,6 +61,7 @@ const char* const kOpenApi = R"json({
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
           "404": {"$ref": "#/components/responses/Mistake"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -83,6 +85,8 @@ const char* const kOpenApi = R"json({
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "413": {"$ref": "#/components/responses/TooLarge"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -105,6 +109,8 @@ const char* const kOpenApi = R"json({
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "413": {"$ref": "#/components/responses/TooLarge"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -130,20 +136,23 @@ const char* const kOpenApi = R"json({
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "413": {"$ref": "#/components/responses/TooLarge"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
     },
     "/api/v1/pages": {
       "get": {
-        "summary": "Pending pages, in the order in which they were queued",
-        "description": "Right: look.",
+        "summary": "Pending pages, alarm by alarm",
+        "description": "Those of one alarm come together, be they more than are asked for. Right: look.",
         "parameters": [{"$ref": "#/components/parameters/after"}, {"$ref": "#/components/parameters/count"}],
         "responses": {
-          "200": {"description": "Pages, how many there are in all, and where to go on", "content": {"application/json": {"schema": {"type": "object", "properties": {"pages": {"type": "array", "items": {"type": "object"}}, "pending": {"type": "integer"}, "next": {"type": "integer", "nullable": true}}}}}},
+          "200": {"description": "Pages, how many there are in all, and where to go on", "content": {"application/json": {"schema": {"type": "object", "properties": {"pages": {"type": "array", "items": {"$ref": "#/components/schemas/Page"}}, "pending": {"type": "integer"}, "next": {"type": "integer", "nullable": true}}}}}},
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -154,10 +163,11 @@ const char* const kOpenApi = R"json({
         "description": "Right: look.",
         "parameters": [{"$ref": "#/components/parameters/after"}, {"$ref": "#/components/parameters/count"}],
         "responses": {
-          "200": {"description": "Changes, and where to go on; next is null behind the last", "content": {"application/json": {"schema": {"type": "object", "properties": {"history": {"type": "array", "items": {"type": "object"}}, "next": {"type": "integer", "nullable": true}}}}}},
+          "200": {"description": "Changes, and where to go on; next is null behind the last", "content": {"application/json": {"schema": {"type": "object", "properties": {"history": {"type": "array", "items": {"$ref": "#/components/schemas/Change"}}, "next": {"type": "integer", "nullable": true}}}}}},
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -180,6 +190,8 @@ const char* const kOpenApi = R"json({
           "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "413": {"$ref": "#/components/responses/TooLarge"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -193,6 +205,7 @@ const char* const kOpenApi = R"json({
           "200": {"description": "Whether it is done; then whether it was sent, and the library's result", "content": {"application/json": {"schema": {"type": "object", "properties": {"test": {"type": "integer"}, "done": {"type": "boolean"}, "sent": {"type": "boolean"}, "result": {"type": "integer"}}}}}},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -202,9 +215,23 @@ const char* const kOpenApi = R"json({
         "summary": "Lines: their health, and what they do",
         "description": "Right: look.",
         "responses": {
-          "200": {"description": "The lines", "content": {"application/json": {"schema": {"type": "object", "properties": {"lines": {"type": "array", "items": {"type": "object"}}}}}}},
+          "200": {"description": "The lines", "content": {"application/json": {"schema": {"type": "object", "properties": {"lines": {"type": "array", "items": {"$ref": "#/components/schemas/Line"}}}}}}},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
+          "503": {"$ref": "#/components/responses/Away"}
+        }
+      }
+    },
+    "/api/v1/nodes": {
+      "get": {
+        "summary": "Nodes: which run, and which leads",
+        "description": "Right: look.",
+        "responses": {
+          "200": {"description": "The nodes", "content": {"application/json": {"schema": {"type": "object", "properties": {"nodes": {"type": "array", "items": {"$ref": "#/components/schemas/Node"}}}}}}},
+          "401": {"$ref": "#/components/responses/NoToken"},
+          "403": {"$ref": "#/components/responses/NoRight"},
+          "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
       }
@@ -246,6 +273,57 @@ const char* const kOpenApi = R"json({
           "acknowledged": {"type": "object", "nullable": true},
           "resolved": {"type": "string", "format": "date-time", "nullable": true},
           "story": {"type": "array", "items": {"type": "object"}}
+        }
+      },
+      "Page": {
+        "type": "object",
+        "properties": {
+          "alarm": {"type": "integer"},
+          "group": {"type": "string"},
+          "pager": {"type": "string"},
+          "state": {"type": "string"},
+          "tries": {"type": "integer"},
+          "of": {"type": "integer", "description": "how many tries there are at most"},
+          "queued": {"type": "string", "format": "date-time", "nullable": true},
+          "due": {"type": "string", "format": "date-time", "nullable": true},
+          "line": {"type": "string", "nullable": true}
+        }
+      },
+      "Line": {
+        "type": "object",
+        "properties": {
+          "line": {"type": "string"},
+          "health": {"type": "string"},
+          "since": {"type": "string", "format": "date-time", "nullable": true},
+          "reason": {"type": "string"},
+          "paused": {"type": "boolean"},
+          "doing": {"type": "string"},
+          "node": {"type": "string", "nullable": true}
+        }
+      },
+      "Node": {
+        "type": "object",
+        "properties": {
+          "node": {"type": "string"},
+          "runs": {"type": "boolean"},
+          "leads": {"type": "boolean"},
+          "drained": {"type": "boolean"},
+          "in_site_file": {"type": "boolean"},
+          "process": {"type": "string", "nullable": true}
+        }
+      },
+      "Change": {
+        "type": "object",
+        "properties": {
+          "at": {"type": "string", "format": "date-time"},
+          "alarm": {"type": "integer"},
+          "group": {"type": "string"},
+          "pager": {"type": "string"},
+          "change": {"type": "string"},
+          "state": {"type": "string"},
+          "tries": {"type": "integer"},
+          "line": {"type": "string", "nullable": true},
+          "note": {"type": "string"}
         }
       },
       "Error": {

@@ -10,11 +10,19 @@ namespace {
 
 using fuzz::Expect;
 
+void CheckInstant(const std::optional<host::AlertInstant>& instant) {
+    const auto again = instant ? host::ReadInstant(host::Written(*instant)) : std::nullopt;
+    Expect(!again || (!(*again < *instant) && !(*instant < *again)),
+           "an instant that was written is read again");
+}
+
 void CheckAlerts(std::string_view message, const host::AlertTemplates& templates) {
     try {
         for (const host::Alert& alert : host::AlertsFromJson(message, templates)) {
             Expect(!alert.alarm.key.empty(), "an alert has a key");
             host::Checked(alert.alarm, host::Encoding::kLatin1);
+            CheckInstant(alert.began);
+            CheckInstant(alert.ended);
         }
     } catch (const host::BadField& error) {
         Expect(*error.what() != '\0', "a refusal has a reason");

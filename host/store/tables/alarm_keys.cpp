@@ -24,6 +24,20 @@ std::optional<std::string> LastAlarmOf(Connection& connection, const AlarmKey& k
     return NumberBy(connection, key, " ORDER BY row_id DESC LIMIT 1");
 }
 
+std::vector<KeyedAlarm> AlarmsOfKeys(Connection& connection, const AlarmKey& begin) {
+    Statement statement(connection,
+                        "SELECT alarmlogID, alarm_key, withdrawn FROM AlarmLog"
+                        " WHERE alarm_source = ? AND alarm_key <> ''"
+                        " AND substr(alarm_key, 1, length(?)) = ? ORDER BY row_id");
+    statement.Bind(begin.source).Bind(begin.key).Bind(begin.key);
+    std::vector<KeyedAlarm> alarms;
+    while (statement.Step()) {
+        alarms.push_back({std::string(statement.Text(0)), std::string(statement.Text(1)),
+                          statement.Number(2) == 0});
+    }
+    return alarms;
+}
+
 void RaiseAgain(Connection& connection, const std::string& number, const std::string& details,
                 std::time_t now) {
     Statement(connection,

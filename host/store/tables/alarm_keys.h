@@ -35,6 +35,14 @@ std::optional<std::string> OpenAlarmOf(Connection& connection, const AlarmKey& k
 // The last that there was of it, be it open or not.
 std::optional<std::string> LastAlarmOf(Connection& connection, const AlarmKey& key);
 
+struct KeyedAlarm {
+    std::string number;
+    std::string key;
+    bool open = true;
+};
+// All of a source whose key begins so, in order.
+std::vector<KeyedAlarm> AlarmsOfKeys(Connection& connection, const AlarmKey& begin);
+
 // Counts that it was raised again. Its text is another from now on, unless it is over.
 void RaiseAgain(Connection& connection, const std::string& number, const std::string& details,
                 std::time_t now);

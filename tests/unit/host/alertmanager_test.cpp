@@ -158,5 +158,50 @@ TEST_F(StoredAlerts, AreTheUsualOnesWhereTheyAreNone) {
     }
 }
 
+// --- Instants.
+
+TEST(AnInstant, IsTheSameInEveryZone) {
+    const std::map<std::string, std::string> instants = {
+        {"2001-01-08T10:00:00Z", "2001-01-08T10:00:00Z"},
+        {"2001-01-08T11:00:00+01:00", "2001-01-08T10:00:00Z"},
+        {"2001-01-08T00:15:30.5-09:30", "2001-01-08T09:45:30.5Z"},
+        {"2001-01-08T10:00:00.120000000Z", "2001-01-08T10:00:00.12Z"},
+        {"2001-01-08T10:00:00.0000000019Z", "2001-01-08T10:00:00.000000001Z"},
+        {"2000-02-29T23:59:60Z", "2000-03-01T00:00:00Z"},
+        {"0001-01-01T00:00:00Z", "0001-01-01T00:00:00Z"}};
+    for (const auto& [text, written] : instants) {
+        const std::optional<AlertInstant> instant = ReadInstant(text);
+        ASSERT_TRUE(instant) << text;
+        EXPECT_EQ(written, Written(*instant)) << text;
+    }
+}
+
+TEST(AnInstant, IsNoneWhereItCannotBeRead) {
+    for (const char* wrong :
+         {"", "x", "2001-01-08", "2001-01-08T10:00:00", "2001-13-08T10:00:00Z",
+          "2001-01-08T24:00:00Z", "2001-01-08T10:00:00.Z", "2001-01-08T10:00:00+1:00",
+          "2001-01-08T10:00:00Zx", "2001-01-08 10:00:00Z", "-001-01-08T10:00:00Z",
+          "2001-01-08T10:00:00+01:60"}) {
+        EXPECT_FALSE(ReadInstant(wrong)) << wrong;
+    }
+}
+
+TEST(AnInstant, IsBeforeAnother) {
+    EXPECT_TRUE(*ReadInstant("2001-01-08T10:00:00Z") < *ReadInstant("2001-01-08T10:00:00.5Z"));
+    EXPECT_TRUE(*ReadInstant("2001-01-08T10:00:00Z") < *ReadInstant("2001-01-08T10:00:01Z"));
+    EXPECT_FALSE(*ReadInstant("2001-01-08T10:00:00Z") < *ReadInstant("2001-01-08T11:00:00+01:00"));
+}
+
+TEST(AnAlert, HasAKeyThatSaysWhenItBegan) {
+    const std::string alert =
+        R"({"version": "4", "alerts": [{"status": "firing", "fingerprint": "a b", "startsAt": ")";
+    const Alert read = AlertsFromJson(alert + R"(2001-01-08T11:00:00+01:00"}]})", {}).front();
+    EXPECT_EQ("a b 2001-01-08T10:00:00Z", read.alarm.key);
+    EXPECT_EQ("2001-01-08T10:00:00Z", Written(*BeganByKey(read.alarm.key)));
+    const Alert other = AlertsFromJson(alert + "some day\"}]}", {}).front();
+    EXPECT_EQ("a b some day", other.alarm.key) << "a key all the same";
+    EXPECT_FALSE(BeganByKey(other.alarm.key));
+}
+
 }  // namespace
 }  // namespace host

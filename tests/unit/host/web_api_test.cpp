@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "host/store/tables/test_pages.h"
@@ -83,6 +85,7 @@ TEST_F(TheApi, LetsATokenDoWhatItIsFor) {
         {"look", "GET", "/api/v1/alarms/" + number, ""},
         {"look", "GET", "/api/v1/pages", ""},
         {"look", "GET", "/api/v1/lines", ""},
+        {"look", "GET", "/api/v1/nodes", ""},
         {"look", "GET", "/api/v1/history", ""},
     };
     for (const char* may : {"raise", "acknowledge", "look"}) {
@@ -182,11 +185,12 @@ std::string Message(const std::string& alerts) {
 }
 
 std::string AlertOf(const std::string& status, const std::string& starts = "2001-01-08T10:00:00Z",
-                    const std::string& summary = "Disk full") {
+                    const std::string& summary = "Disk full",
+                    const std::string& ends = "0001-01-01T00:00:00Z") {
     return R"({"status": ")" + status +
            R"(", "labels": {"alertname": "Disk", "severity": "warning", "instance": "web1"},)" +
            R"( "annotations": {"summary": ")" + summary + R"("}, "startsAt": ")" + starts +
-           R"(", "fingerprint": "c5d0"})";
+           R"(", "endsAt": ")" + ends + R"(", "fingerprint": "c5d0"})";
 }
 
 TEST_F(TheApi, TakesAlertsAsAlarms) {
@@ -207,7 +211,6 @@ TEST_F(TheApi, RaisesAnAlertThatComesAgainOnce) {
 
 TEST_F(TheApi, KnowsAnAlertThatComesLateAgain) {
     const std::string target = "/api/v1/alertmanager";
-    EXPECT_EQ(0, Asked("POST", target, Message(AlertOf("resolved")))["resolved"]) << "before it";
     EXPECT_EQ(1, Asked("POST", target, Message(AlertOf("firing")))["raised"]);
     EXPECT_EQ(1, Asked("POST", target, Message(AlertOf("resolved")))["resolved"]);
     EXPECT_EQ(0, Asked("POST", target, Message(AlertOf("resolved")))["resolved"]) << "twice";
@@ -216,6 +219,45 @@ TEST_F(TheApi, KnowsAnAlertThatComesLateAgain) {
     EXPECT_EQ(1,
               Asked("POST", target, Message(AlertOf("firing", "2001-01-08T11:00:00Z")))["raised"])
         << "it fires anew";
+}
+
+TEST_F(TheApi, PagesNobodyForAnAlertThatWasOverBeforeItCame) {
+    const std::string target = "/api/v1/alertmanager";
+    EXPECT_EQ(0, Asked("POST", target, Message(AlertOf("resolved")))["resolved"]);
+    EXPECT_THAT(NewAlarms(connection), IsEmpty());
+    EXPECT_EQ(1, Asked("POST", target, Message(AlertOf("firing")))["known"]);
+    EXPECT_EQ(1, Asked("POST", target, Message(AlertOf("firing", "2001-01-08T09:59:00Z")))["known"])
+        << "of an older time";
+    EXPECT_THAT(NewAlarms(connection), IsEmpty());
+    EXPECT_THAT(Rows("details || ' ' || times_raised FROM AlarmLog"), ElementsAre("Disk full 3"));
+    EXPECT_EQ(1,
+              Asked("POST", target, Message(AlertOf("firing", "2001-01-08T10:00:01Z")))["raised"])
+        << "it fires anew";
+}
+
+TEST_F(TheApi, KnowsAnAlertThatAPeerSawBegin) {
+    const std::string target = "/api/v1/alertmanager";
+    EXPECT_EQ(1, Asked("POST", target, Message(AlertOf("firing")))["raised"]);
+    EXPECT_EQ(1,
+              Asked("POST", target, Message(AlertOf("firing", "2001-01-08T09:59:58.5Z")))["known"])
+        << "another Prometheus saw it earlier";
+    EXPECT_EQ(
+        1, Asked("POST", target, Message(AlertOf("firing", "2001-01-08T11:00:00+01:00")))["known"])
+        << "the same instant";
+    EXPECT_EQ(1, Asked("POST", target,
+                       Message(AlertOf("resolved", "2001-01-08T09:59:58.5Z", "Disk full",
+                                       "2001-01-08T10:05:00Z")))["resolved"])
+        << "what was open when it ended";
+    EXPECT_THAT(Rows("times_raised || ' ' || pagerstate FROM AlarmLog"), ElementsAre("3 1"));
+}
+
+TEST_F(TheApi, LeavesOpenWhatBeganAfterTheEnd) {
+    const std::string target = "/api/v1/alertmanager";
+    Asked("POST", target, Message(AlertOf("firing", "2001-01-08T10:10:00Z")));
+    EXPECT_EQ(0, Asked("POST", target,
+                       Message(AlertOf("resolved", "2001-01-08T10:00:00Z", "Disk full",
+                                       "2001-01-08T10:05:00Z")))["resolved"]);
+    EXPECT_THAT(Rows("withdrawn || '' FROM AlarmLog"), ElementsAre("0"));
 }
 
 TEST_F(TheApi, TakesAWholeGroupOfAlerts) {
@@ -282,6 +324,34 @@ TEST_F(TheApi, ShowsPendingPages) {
     EXPECT_EQ(0U, Asked("GET", "/api/v1/pages?after=9223372036854775807")["pages"].size());
 }
 
+TEST_F(TheApi, ShowsPendingPagesThoughSomeEndMeanwhile) {
+    for (const int32_t alarm : {7, 8, 9}) {
+        WriteEvent(alarm, "duty", 2);
+    }
+    const nlohmann::json first = Asked("GET", "/api/v1/pages?count=1");
+    DeleteEvent(7, "duty");
+    const nlohmann::json second =
+        Asked("GET", "/api/v1/pages?count=1&after=" + first["next"].dump());
+    EXPECT_EQ(8, second["pages"][0]["alarm"]);
+    EXPECT_EQ(8, second["next"]);
+}
+
+TEST_F(TheApi, ShowsThePagesOfAnAlarmTogether) {
+    for (const char* pager : {"a", "b", "c"}) {
+        WriteEvent(8, pager, 2);
+    }
+    WriteEvent(7, "a", 2);
+    nlohmann::json pages = Asked("GET", "/api/v1/pages?count=2");
+    EXPECT_EQ(1U, pages["pages"].size());
+    EXPECT_EQ(7, pages["next"]);
+    pages = Asked("GET", "/api/v1/pages?count=2&after=7");
+    EXPECT_EQ(3U, pages["pages"].size()) << "more than were asked for";
+    EXPECT_EQ(nullptr, pages["next"]);
+    pages = Asked("GET", "/api/v1/pages?count=0");
+    EXPECT_EQ(0U, pages["pages"].size());
+    EXPECT_EQ(4, pages["pending"]);
+}
+
 TEST_F(TheApi, ShowsTheHistoryOfPages) {
     WriteEvent(7, "duty", 2);
     WriteEvent(8, "boss", 2, 1);
@@ -337,6 +407,15 @@ TEST_F(TheApi, ShowsLines) {
     EXPECT_EQ(nullptr, lines[0]["since"]);
 }
 
+TEST_F(TheApi, ShowsNodes) {
+    Execute("INSERT INTO Host_Nodes (node, place, holder) VALUES ('east', 0, 'web1, process 7')");
+    const nlohmann::json nodes = Asked("GET", "/api/v1/nodes")["nodes"];
+    ASSERT_EQ(1U, nodes.size());
+    EXPECT_EQ("east", nodes[0]["node"]);
+    EXPECT_EQ(false, nodes[0]["runs"]);
+    EXPECT_EQ("web1, process 7", nodes[0]["process"]);
+}
+
 TEST_F(TheApi, ShowsNoPathAndNoReason) {
     Execute("DROP TABLE Host_Trail");
     const std::string number = RaiseOne();
@@ -350,9 +429,11 @@ TEST_F(TheApi, ShowsNoPathAndNoReason) {
 
 // --- Its document.
 
-nlohmann::json Resolved(const nlohmann::json& document, const nlohmann::json& part) {
-    return part.contains("$ref") ? document.at(nlohmann::json::json_pointer(
-                                       part["$ref"].get<std::string>().substr(1)))
+// Also of a document in its own order.
+template <typename Document>
+Document Resolved(const Document& document, const Document& part) {
+    return part.contains("$ref") ? document.at(typename Document::json_pointer(
+                                       part["$ref"].template get<std::string>().substr(1)))
                                  : part;
 }
 
@@ -398,7 +479,57 @@ TEST_F(TheApi, AnswersEveryExampleOfItsDocument) {
             }
         }
     }
-    EXPECT_EQ(11, examples);
+    EXPECT_EQ(12, examples);
+}
+
+// "`alarm`, `new`": what an object of this kind has, or each of a list.
+std::string FieldsOf(const nlohmann::ordered_json& document, const nlohmann::ordered_json& schema) {
+    const nlohmann::ordered_json part = Resolved(document, schema);
+    if (part.contains("oneOf") || part.contains("items")) {
+        return FieldsOf(document, part.contains("oneOf") ? part["oneOf"][0] : part["items"]);
+    }
+    const nlohmann::ordered_json properties =
+        part.value("properties", nlohmann::ordered_json::object());
+    std::string fields;
+    for (const auto& [name, value] : properties.items()) {
+        fields += (fields.empty() ? "`" : ", `") + name + "`";
+    }
+    return fields.empty() ? "-" : fields;
+}
+
+std::string ContentOf(const nlohmann::ordered_json& document,
+                      const nlohmann::ordered_json& message) {
+    return FieldsOf(document, message["content"]["application/json"]["schema"]);
+}
+
+std::string RowOf(const nlohmann::ordered_json& document, const std::string& call,
+                  const nlohmann::ordered_json& operation) {
+    const std::string description = operation["description"];
+    const std::string before = "Right: ";
+    const size_t at = description.find(before) + before.size();
+    return "| `" + call + "` | `" + description.substr(at, description.find('.', at) - at) +
+           "` | " + operation["summary"].get<std::string>() + " | " +
+           (operation.contains("requestBody") ? ContentOf(document, operation["requestBody"])
+                                              : "-") +
+           " | " + ContentOf(document, operation["responses"]["200"]) + " |\n";
+}
+
+TEST_F(TheApi, IsInTheGuideAsItsDocumentHasIt) {
+    const nlohmann::ordered_json document = nlohmann::ordered_json::parse(kOpenApi);
+    std::string calls;
+    for (const auto& [path, operations] : document["paths"].items()) {
+        for (const auto& [method, operation] : operations.items()) {
+            calls += RowOf(document, (method == "get" ? "GET " : "POST ") + path, operation);
+        }
+    }
+    std::string objects;
+    for (const auto& [name, schema] : document["components"]["schemas"].items()) {
+        objects += "| " + name + " | " + FieldsOf(document, schema) + " |\n";
+    }
+    std::ifstream file(API_GUIDE);
+    const std::string guide{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_THAT(guide, HasSubstr("\n" + calls + "\n"));
+    EXPECT_THAT(guide, HasSubstr("\n" + objects + "\n"));
 }
 
 TEST_F(TheApi, HasADocumentWhoseReferencesLeadSomewhere) {
