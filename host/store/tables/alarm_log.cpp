@@ -129,11 +129,28 @@ bool IsUsed(Connection& connection, int64_t number) {
     return statement.Bind(text).Step();
 }
 
+// That of the last alarm; 0: it is no number of ours.
+int64_t LastNumber(Connection& connection) {
+    Statement statement(connection, "SELECT alarmlogID FROM AlarmLog ORDER BY row_id DESC LIMIT 1");
+    const std::string number(statement.Step() ? statement.Text(0) : "");
+    return IsLibraryNumber(number) ? std::stoll(number) : 0;
+}
+
+// Where to look for a free number. Alarms that come faster than one a second have the numbers
+// behind one another: each would be asked for, and more from alarm to alarm.
+int64_t BeginOfSearch(Connection& connection, int64_t first) {
+    constexpr int64_t kFew = 16;
+    constexpr int64_t kLongestBurst = 1000000;
+    const int64_t ahead = LastNumber(connection) - first;
+    return ahead >= kFew && ahead < kLongestBurst && IsUsed(connection, first) ? first + ahead
+                                                                               : first;
+}
+
 // The library's numbers have 32 bits.
 int32_t FreeNumber(Connection& connection, std::time_t now) {
     constexpr int64_t kLast = std::numeric_limits<int32_t>::max();
     const int64_t first = now > 0 && now <= kLast ? static_cast<int64_t>(now) : 1;
-    int64_t number = first;
+    int64_t number = BeginOfSearch(connection, first);
     while (IsUsed(connection, number)) {
         number = number == kLast ? 1 : number + 1;
         if (number == first) {

@@ -46,6 +46,17 @@ TEST_F(Alarms, TakeTheNextNumberThatIsFree) {
     EXPECT_EQ(978948004, Raise(978948001));
 }
 
+TEST_F(Alarms, OfABurstTakeTheNumberBehindTheLast) {
+    for (int i = 0; i < 40; ++i) {
+        EXPECT_EQ(978948000 + i, Raise(978948000));
+    }
+    Execute("DELETE FROM AlarmLog WHERE alarmlogID = '978948020'");
+    EXPECT_EQ(978948040, Raise(978948000)) << "no number is looked at that is surely used";
+    AddAlarm("979999999");
+    EXPECT_EQ(978948020, Raise(978948000)) << "one from elsewhere is no burst";
+    EXPECT_EQ(978947999, Raise(978947999)) << "nor are they behind a clock that was set back";
+}
+
 TEST_F(Alarms, KeepTo32Bits) {
     EXPECT_EQ(kLast, Raise(kLast));
     EXPECT_EQ(1, Raise(kLast));
