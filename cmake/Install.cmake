@@ -57,36 +57,42 @@ endfunction()
 function(install_host)
     install(TARGETS pagerfwd COMPONENT host)
     install_man(pagerfwd.1 host)
+    install_man(pagerfwd-web.1 host)
     install(DIRECTORY docs/ DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd COMPONENT host
             PATTERN man EXCLUDE)
     install(FILES examples/site.toml DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples
             COMPONENT host)
-    install(PROGRAMS examples/notify/mail examples/notify/log
+    install(PROGRAMS examples/notify/icinga examples/notify/mail examples/notify/log
             DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/notify COMPONENT host)
     install(PROGRAMS examples/monitoring/mail examples/monitoring/notify
                      examples/monitoring/rsyslog examples/monitoring/snmptrap
             DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/monitoring COMPONENT host)
-    install(FILES examples/monitoring/alertmanager.yml
+    install(FILES examples/monitoring/alertmanager.yml examples/monitoring/icinga2.conf
+                  examples/monitoring/nagios.cfg examples/monitoring/nginx.conf
+                  examples/monitoring/rsyslog.conf examples/monitoring/snmptrapd.conf
             DESTINATION ${PAGERFWD_DOC_ROOT}/pagerfwd/examples/monitoring COMPONENT host)
     install(FILES packaging/78-pagerfwd.rules DESTINATION lib/udev/rules.d COMPONENT host)
     install(FILES packaging/pagerfwd.sysusers DESTINATION lib/sysusers.d RENAME pagerfwd.conf
             COMPONENT host)
-    install_unit()
+    install_unit(pagerfwd.service)
+    install_unit(pagerfwd-web.service)
+    install(FILES packaging/pagerfwd-snpp.socket packaging/pagerfwd-web.socket
+            DESTINATION lib/systemd/system COMPONENT host)
     install(FILES host/completion/pagerfwd.bash RENAME pagerfwd COMPONENT host
             DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
 endfunction()
 
 # A unit names program and library by the whole path, which is known only when the prefix is.
-function(install_unit)
+function(install_unit name)
     install(CODE "
-        file(READ \"${PROJECT_SOURCE_DIR}/packaging/pagerfwd.service\" unit)
+        file(READ \"${PROJECT_SOURCE_DIR}/packaging/${name}\" unit)
         string(REPLACE /usr/bin/pagerfwd \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/pagerfwd\"
                unit \"\${unit}\")
         string(REPLACE /usr/lib/libPagerFwd.so
                \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/libPagerFwd.so\" unit \"\${unit}\")
-        file(WRITE \"${PROJECT_BINARY_DIR}/pagerfwd.service\" \"\${unit}\")"
+        file(WRITE \"${PROJECT_BINARY_DIR}/${name}\" \"\${unit}\")"
         COMPONENT host)
-    install(FILES ${PROJECT_BINARY_DIR}/pagerfwd.service DESTINATION lib/systemd/system
+    install(FILES ${PROJECT_BINARY_DIR}/${name} DESTINATION lib/systemd/system
             COMPONENT host)
 endfunction()
 

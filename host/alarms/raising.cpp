@@ -28,11 +28,8 @@ std::set<std::string> PagersThatHadAPage(Connection& connection, const Alarm& al
 // An alarm for each pager, so that each ends when its own page has been sent.
 void SayLastWord(Connection& connection, const Alarm& alarm, const std::string& pager,
                  std::time_t now) {
-    const std::string number = std::to_string(
-        AddAlarm(connection,
-                 {alarm.group, kInformational, alarm.server, "resolved: " + alarm.details}, now));
-    MakeLastWord(connection, number, alarm.number);
-    WriteDeliveries(connection, FindAlarm(connection, number).value(), {pager});
+    const NewAlarm word{alarm.group, kInformational, alarm.server, "resolved: " + alarm.details};
+    MakeLastWord(connection, RaiseTo(connection, word, {pager}, now), alarm.number);
 }
 
 void SayLastWords(Connection& connection, const std::string& number, std::time_t now) {
@@ -62,6 +59,13 @@ Raised Raise(Connection& connection, const NewAlarm& alarm, std::time_t now, Key
     }
     RaiseAgain(connection, *before, alarm.details, now);
     return {*before, false};
+}
+
+std::string RaiseTo(Connection& connection, const NewAlarm& alarm,
+                    const std::vector<std::string>& pagers, std::time_t now) {
+    std::string number = std::to_string(AddAlarm(connection, alarm, now));
+    WriteDeliveries(connection, FindAlarm(connection, number).value(), pagers);
+    return number;
 }
 
 Acknowledged AcknowledgeBy(Connection& connection, int64_t number, const Doer& doer) {

@@ -13,6 +13,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/store/tables/alarm_keys.h"
 #include "host/store/tables/alarm_log.h"
@@ -31,6 +32,11 @@ enum class KeyUse { kAgainAndAgain, kOnce };
 
 Raised Raise(Connection& connection, const NewAlarm& alarm, std::time_t now,
              KeyUse use = KeyUse::kAgainAndAgain);
+
+// One that goes to these pagers, whatever the routes say: as the tables have them. Returns its
+// number.
+std::string RaiseTo(Connection& connection, const NewAlarm& alarm,
+                    const std::vector<std::string>& pagers, std::time_t now);
 
 // Who does something to an alarm, when, and what he says to it. In UTF-8.
 struct Doer {

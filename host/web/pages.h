@@ -11,9 +11,9 @@
 #include <mutex>
 #include <string>
 
+#include "host/net/rate.h"
 #include "host/process/operator_log.h"
 #include "host/web/http.h"
-#include "host/web/rate.h"
 #include "host/web/sessions.h"
 #include "host/web/watchman.h"
 

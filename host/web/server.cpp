@@ -1,18 +1,11 @@
-// The HTTP server, by Boost.Beast: the one file that includes it. Tested by
+// The HTTP server, by Boost.Beast. Tested by
 // tests/unit/host/web_server_test.cpp.
 #include "host/web/server.h"
 
-#include <sys/socket.h>
-
-#include <netinet/in.h>
 #include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/generic/stream_protocol.hpp>
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/address.hpp>
-#include <boost/asio/posix/stream_descriptor.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/thread_pool.hpp>
 #include <boost/beast/core/basic_stream.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -23,7 +16,8 @@
 #include <string>
 #include <utility>
 
-#include "host/web/rate.h"
+#include "host/net/acceptor.h"
+#include "host/net/rate.h"
 
 namespace host {
 namespace {
@@ -32,7 +26,7 @@ namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = beast::http;
 using Error = boost::system::error_code;
-using Protocol = asio::generic::stream_protocol;
+using Protocol = Acceptor::Protocol;
 using Stream = beast::basic_stream<Protocol>;
 
 constexpr uint32_t kLargestHeader = 8 * 1024;
@@ -40,7 +34,6 @@ constexpr uint64_t kLargestBody = 1024 * 1024;
 constexpr size_t kLargestRead = 64 * 1024;
 constexpr size_t kHandlers = 2;
 constexpr std::chrono::seconds kLinger{2};
-constexpr std::chrono::milliseconds kWhenFull{100};
 constexpr int kSoon = 1;  // seconds
 
 WebAnswer Refusal(int status, const char* why) {
@@ -63,21 +56,6 @@ std::optional<WebAnswer> RefusalFor(const Error& error) {
     return Refusal(400, "this is no HTTP request");
 }
 
-// Whose fault it would be.
-std::string SourceOf(const sockaddr_storage& address) {
-    if (address.ss_family == AF_INET) {
-        const auto& in = reinterpret_cast<const sockaddr_in&>(address);
-        return asio::ip::address_v4(ntohl(in.sin_addr.s_addr)).to_string();
-    }
-    if (address.ss_family == AF_INET6) {
-        const auto& in = reinterpret_cast<const sockaddr_in6&>(address);
-        asio::ip::address_v6::bytes_type bytes;
-        std::copy(std::begin(in.sin6_addr.s6_addr), std::end(in.sin6_addr.s6_addr), bytes.begin());
-        return asio::ip::address_v6(bytes).to_string();
-    }
-    return "unix";
-}
-
 std::string TokenOf(const http::request<http::string_body>& request) {
     const beast::string_view field = request[http::field::authorization];
     constexpr const char* kScheme = "Bearer ";
@@ -95,11 +73,11 @@ class WebServer::Impl {
         : handler_(std::move(handler)),
           limits_(limits),
           rate_(limits.burst, limits.every),
-          signals_(io_, SIGTERM, SIGINT) {
-        for (Descriptor& listener : listeners) {
-            accepting_.push_back(std::make_unique<Listener>(io_, std::move(listener)));
-        }
-    }
+          signals_(io_, SIGTERM, SIGINT),
+          acceptor_(io_, std::move(listeners),
+                    [this](Protocol::socket socket, const std::string& source) {
+                        Begin(std::move(socket), source);
+                    }) {}
 
     void Run() {
         signals_.async_wait([this](const Error& error, int) {
@@ -107,9 +85,7 @@ class WebServer::Impl {
                 End();
             }
         });
-        for (const auto& listener : accepting_) {
-            Await(*listener);
-        }
+        acceptor_.Start();
         io_.run();
         handlers_.join();
     }
@@ -121,55 +97,12 @@ class WebServer::Impl {
  private:
     class Session;
 
-    struct Listener {
-        Listener(asio::io_context& io, Descriptor descriptor)
-            : socket(std::move(descriptor)), readable(io, socket.Number()), again(io) {}
-        ~Listener() { readable.release(); }
-        Listener(const Listener&) = delete;
-        Listener& operator=(const Listener&) = delete;
-
-        const Descriptor socket;
-        asio::posix::stream_descriptor readable;
-        asio::steady_timer again;
-    };
-
-    void Await(Listener& listener) {
-        listener.readable.async_wait(asio::posix::stream_descriptor::wait_read,
-                                     [this, &listener](const Error& error) {
-                                         if (!error) {
-                                             Accept(listener);
-                                         }
-                                     });
-    }
-
-    // What is too many, or has no descriptor, waits a little in the system's own queue.
-    void Accept(Listener& listener) {
-        sockaddr_storage address{};
-        socklen_t size = sizeof address;
-        const int accepted =
-            accept4(listener.socket.Number(), reinterpret_cast<sockaddr*>(&address), &size,
-                    SOCK_NONBLOCK | SOCK_CLOEXEC);
-        if (accepted >= 0) {
-            Begin(accepted, address);
-            return Await(listener);
-        }
-        listener.again.expires_after(kWhenFull);
-        listener.again.async_wait([this, &listener](const Error& error) {
-            if (!error) {
-                Await(listener);
-            }
-        });
-    }
-
-    void Begin(int accepted, const sockaddr_storage& address);
+    void Begin(Protocol::socket socket, const std::string& source);
 
     void End() {
         ending_ = true;
         signals_.cancel();
-        for (const auto& listener : accepting_) {
-            listener->readable.cancel();
-            listener->again.cancel();
-        }
+        acceptor_.Stop();
         EndIdle();
     }
     void EndIdle();
@@ -181,7 +114,7 @@ class WebServer::Impl {
     asio::thread_pool handlers_{kHandlers};
     RateLimit rate_;  // by the thread that runs, as all that follows
     asio::signal_set signals_;
-    std::vector<std::unique_ptr<Listener>> accepting_;
+    Acceptor acceptor_;
     bool ending_ = false;
 };
 
@@ -252,9 +185,11 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
                          source_,
                          std::string(request[http::field::cookie])};
         asio::post(server_.handlers_, [self = shared_from_this(), asked = std::move(asked),
-                                       work = asio::make_work_guard(server_.io_)] {
+                                       work = asio::make_work_guard(server_.io_)]() mutable {
             WebAnswer answer = self->server_.handler_(asked);
-            asio::post(self->server_.io_, [self, answer = std::move(answer)]() mutable {
+            asio::io_context& io = self->server_.io_;
+            // Moved, so that the session ends in the thread that knows all of them.
+            asio::post(io, [self = std::move(self), answer = std::move(answer)]() mutable {
                 self->Write(std::move(answer));
             });
         });
@@ -330,16 +265,9 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
     int discarded_ = 0;
 };
 
-void WebServer::Impl::Begin(int accepted, const sockaddr_storage& address) {
-    Protocol::socket socket(io_);
-    Error error;
-    socket.assign(Protocol(address.ss_family, 0), accepted, error);
-    if (error) {
-        return;
-    }
+void WebServer::Impl::Begin(Protocol::socket socket, const std::string& source) {
     const bool full = sessions_.size() >= limits_.connections;
-    const auto session =
-        std::make_shared<Session>(*this, Stream(std::move(socket)), SourceOf(address));
+    const auto session = std::make_shared<Session>(*this, Stream(std::move(socket)), source);
     if (full) {
         WebAnswer answer = Refusal(503, "too many connections");
         answer.retry_after = kSoon;

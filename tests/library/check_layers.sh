@@ -46,10 +46,16 @@ while IFS=: read -r file include; do
         host/web/watchman.h:\ host/node/reckoning.h) continue ;;
         host/line/*:\ host/node/* | host/line/*:\ host/cli/* | host/node/*:\ host/line/* | \
             host/node/*:\ host/cli/* | host/web/*:\ host/line/* | host/web/*:\ host/node/* | \
-            host/web/*:\ host/cli/*) ;;
+            host/web/*:\ host/cli/* | host/web/*:\ host/snpp/* | host/snpp/*:\ host/line/* | \
+            host/snpp/*:\ host/node/* | host/snpp/*:\ host/cli/* | host/net/*:\ host/web/* | \
+            host/net/*:\ host/snpp/*) ;;
         host/web/*:\ host/web/* | host/cli/command_web.cpp:\ host/web/* | \
-            host/cli/command_token.cpp:\ host/web/* | host/cli/web_demo.cpp:\ host/web/token.h) continue ;;
-        host/*:\ host/web/*) ;;
+            host/cli/command_token.cpp:\ host/web/* | host/snpp/desk.cpp:\ host/web/token.h | \
+            host/cli/web_demo.cpp:\ host/web/token.h) continue ;;
+        host/web/*:\ host/net/* | host/snpp/*:\ host/net/* | host/net/*:\ host/net/* | \
+            host/snpp/*:\ host/snpp/* | host/cli/command_web.cpp:\ host/snpp/* | \
+            host/cli/command_web.cpp:\ host/net/*) continue ;;
+        host/*:\ host/web/* | host/*:\ host/snpp/* | host/*:\ host/net/*) ;;
         host/cli/command_test.cpp:\ host/line/* | host/cli/command_serve_line.cpp:\ host/line/* | \
             host/cli/command_line_test.cpp:\ host/line/* | \
             host/cli/program.cpp:\ host/line/trace_switch.h) continue ;;

@@ -25,12 +25,16 @@ diff -u <(expected | sort) \
 
 # The unit runs the program that is installed with it.
 DESTDIR=$root/elsewhere cmake --install "$build" --prefix /opt/pages --component host >/dev/null
-unit=$root/elsewhere/opt/pages/lib/systemd/system/pagerfwd.service
+units=$root/elsewhere/opt/pages/lib/systemd/system
+unit=$units/pagerfwd.service
 [ "$(grep -c '^Exec.*=/opt/pages/bin/pagerfwd ' "$unit")" = 2 ]
 grep -q "^ExecStart=.* --library /opt/pages/${library#usr/}/libPagerFwd.so run" "$unit"
 grep -q '^Exec.*=/usr/bin/chmod ' "$unit"
+grep -q '^ExecStart=/opt/pages/bin/pagerfwd .* web$' "$units/pagerfwd-web.service"
 rm -r "$root/elsewhere"
-"$here/unit_test.sh" "$root/usr/lib/systemd/system/pagerfwd.service"
+for unit in pagerfwd pagerfwd-web; do
+    "$here/unit_test.sh" "$root/usr/lib/systemd/system/$unit.service"
+done
 
 # No path of the build folder or of the root in what is text.
 if grep -rIlE "$(dirname "$build")|$root" "$root"; then

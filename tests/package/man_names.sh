@@ -53,6 +53,7 @@ differ=0
     all "$bin/pagerfwd"
     statuses "$bin/pagerfwd"
 } | grep -vxE 'alarm|hours|line|node|page|token' | same pagerfwd || differ=1  # these alone do nothing
+options "$bin/pagerfwd" web | sed 's/^web //' | grep -vx -- --help | same pagerfwd-web || differ=1
 all "$bin/pagersim" | same pagersim || differ=1
 diff -u --label "exported" <(sort "$exported") --label "the library's manual" <(
     sed -n '/^\.Sh SYNOPSIS/,/^\.Sh DESCRIPTION/s/^\.F[no] \([A-Za-z]*\).*/\1/p' "$man/libPagerFwd.3" |

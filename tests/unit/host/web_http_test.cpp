@@ -1,8 +1,8 @@
 // What requests say, and how often they may come.
 #include <gtest/gtest.h>
 
+#include "host/net/rate.h"
 #include "host/web/http.h"
-#include "host/web/rate.h"
 
 namespace host {
 namespace {

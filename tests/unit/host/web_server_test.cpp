@@ -3,16 +3,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <atomic>
-#include <cstring>
 #include <thread>
 
-#include "host/web/listen.h"
+#include "host/net/listen.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/host/raw_client.h"
 
 namespace host {
 namespace {
@@ -22,54 +19,6 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-// A client that sends what it likes.
-class Client {
- public:
-    explicit Client(const std::string& path)
-        : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strncpy(&address.sun_path[0], path.c_str(), sizeof address.sun_path - 1);
-        timeval patience{20, 0};
-        setsockopt(socket_.Number(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        EXPECT_EQ(0, connect(socket_.Number(), reinterpret_cast<const sockaddr*>(&address),
-                             sizeof address));
-    }
-
-    void Send(std::string_view bytes) const {
-        while (!bytes.empty()) {
-            const ssize_t sent = send(socket_.Number(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
-            if (sent <= 0) {
-                return;
-            }
-            bytes.remove_prefix(static_cast<size_t>(sent));
-        }
-    }
-    void EndSending() const { shutdown(socket_.Number(), SHUT_WR); }
-
-    // All until the server ends the connection.
-    std::string ReceiveAll() const {
-        std::string all;
-        char buffer[4096];
-        for (ssize_t count = 0; (count = recv(socket_.Number(), buffer, sizeof buffer, 0)) > 0;) {
-            all.append(buffer, static_cast<size_t>(count));
-        }
-        return all;
-    }
-    // Up to these bytes.
-    std::string ReceiveUntil(std::string_view end) const {
-        std::string all;
-        char c = 0;
-        while (all.find(end) == std::string::npos && recv(socket_.Number(), &c, 1, 0) == 1) {
-            all += c;
-        }
-        return all;
-    }
-
- private:
-    const Descriptor socket_;
-};
 
 class TheServer : public ::testing::Test {
  protected:
@@ -90,7 +39,7 @@ class TheServer : public ::testing::Test {
         }
     }
     static std::string AnswerTo(const std::string& bytes) {
-        const Client client("web.sock");
+        const RawClient client("web.sock");
         client.Send(bytes);
         return client.ReceiveAll();
     }
@@ -123,92 +72,11 @@ TEST_F(TheServer, HandsOverWhatIsAsked) {
 
 TEST_F(TheServer, KeepsAConnectionForTheNextRequest) {
     Start();
-    const Client client("web.sock");
+    const RawClient client("web.sock");
     client.Send("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.ReceiveUntil(" unix"), HasSubstr("GET /1"));
     client.Send("GET /2 HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.ReceiveUntil(" unix"), HasSubstr("GET /2"));
-}
-
-TEST_F(TheServer, AnswersRequestsThatComeAtOnceInTheirOrder) {
-    Start();
-    const std::string answers = AnswerTo(std::string("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n") +
-                                         "GET /2 HTTP/1.1\r\n" + kClose + "\r\n");
-    EXPECT_LT(answers.find("GET /1"), answers.find("GET /2"));
-    EXPECT_NE(std::string::npos, answers.find("GET /2"));
-}
-
-TEST_F(TheServer, AnswersWhoHasEndedSending) {
-    Start();
-    const Client client("web.sock");
-    client.Send("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n");
-    client.EndSending();
-    EXPECT_THAT(client.ReceiveAll(), HasSubstr("GET /1"));
-}
-
-struct Hostile {
-    const char* name;
-    std::string bytes;
-    const char* answer;  // how it begins; empty: none
-};
-
-std::string Repeated(const std::string& text, size_t times) {
-    std::string all;
-    for (size_t i = 0; i < times; ++i) {
-        all += text;
-    }
-    return all;
-}
-
-TEST_F(TheServer, EndsAllKindsOfHostileClients) {
-    Start();
-    const std::string head = std::string("POST / HTTP/1.1\r\n") + kClose;
-    const std::vector<Hostile> clients = {
-        {"says nothing sensible", "hello\r\n\r\n", "HTTP/1.1 400 "},
-        {"speaks TLS", std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\r\n\r\n", 15),
-         "HTTP/1.1 400 "},
-        {"sends zero bytes", std::string(64, '\0'), "HTTP/1.1 400 "},
-        {"has a zero byte in a field", head + std::string("A: b\0c\r\n\r\n", 10), "HTTP/1.1 400 "},
-        {"folds a line", head + "A: b\r\n c\r\n\r\n", ""},
-        {"has a header without end", "GET / HTTP/1.1\r\n" + Repeated("A: 0123456789\r\n", 1000),
-         "HTTP/1.1 431 "},
-        {"has an address without end", "GET /" + std::string(9000, 'a'), "HTTP/1.1 431 "},
-        {"announces too much", head + "Content-Length: 1048577\r\n\r\n", "HTTP/1.1 413 "},
-        {"announces more than there is", head + "Content-Length: 99999999999999999999999\r\n\r\n",
-         "HTTP/1.1 400 "},
-        {"announces less than nothing", head + "Content-Length: -1\r\n\r\n", "HTTP/1.1 400 "},
-        {"announces two lengths", head + "Content-Length: 1\r\nContent-Length: 2\r\n\r\nab",
-         "HTTP/1.1 400 "},
-        {"announces a length and pieces",
-         head + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
-         "HTTP/1.1 400 "},
-        {"sends pieces without end",
-         head + "Transfer-Encoding: chunked\r\n\r\n" +
-             Repeated("10000\r\n" + std::string(65536, 'x') + "\r\n", 17),
-         "HTTP/1.1 413 "},
-        {"sends a piece of no length", head + "Transfer-Encoding: chunked\r\n\r\nxyz\r\n",
-         "HTTP/1.1 400 "},
-        {"speaks another version", "GET / HTTP/9.9\r\n\r\n", "HTTP/1.1 400 "},
-    };
-    for (const Hostile& client : clients) {
-        const std::string answer = AnswerTo(client.bytes);
-        if (*client.answer != '\0') {
-            EXPECT_THAT(answer, StartsWith(client.answer)) << client.name;
-        }
-        EXPECT_THAT(answer, Not(HasSubstr("boost"))) << client.name;
-    }
-    EXPECT_THAT(AnswerTo(std::string("GET /still HTTP/1.1\r\n") + kClose + "\r\n"),
-                HasSubstr("GET /still"));
-}
-
-TEST_F(TheServer, CutsSlowClients) {
-    WebLimits limits;
-    limits.header = limits.body = std::chrono::milliseconds(50);
-    Start(limits);
-    EXPECT_EQ("", AnswerTo("GET / HT")) << "in its header";
-    EXPECT_EQ("", AnswerTo("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 5\r\n\r\nab"))
-        << "in its body";
-    EXPECT_EQ("", AnswerTo("")) << "before it says anything";
 }
 
 TEST_F(TheServer, RefusesASourceThatAsksTooOften) {
@@ -228,9 +96,9 @@ TEST_F(TheServer, RefusesConnectionsBeyondItsMost) {
     WebLimits limits;
     limits.connections = 2;
     Start(limits);
-    const Client first("web.sock");
-    const Client second("web.sock");
-    for (const Client* client : {&first, &second}) {
+    const RawClient first("web.sock");
+    const RawClient second("web.sock");
+    for (const RawClient* client : {&first, &second}) {
         client->Send("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n");
         client->ReceiveUntil(" unix");
     }
@@ -256,7 +124,7 @@ TEST_F(TheServer, AnswersOthersWhileOneWaits) {
         return WebAnswer{200, request.target};
     };
     Start();
-    const Client slow("web.sock");
+    const RawClient slow("web.sock");
     slow.Send(std::string("GET /slow HTTP/1.1\r\n") + kClose + "\r\n");
     EXPECT_THAT(AnswerTo(std::string("GET /quick HTTP/1.1\r\n") + kClose + "\r\n"),
                 EndsWith("/quick"));
@@ -275,8 +143,8 @@ TEST_F(TheServer, AnswersWhatHasComeWholeBeforeItEnds) {
         return WebAnswer{200, "done"};
     };
     Start();
-    const Client idle("web.sock");
-    const Client client("web.sock");
+    const RawClient idle("web.sock");
+    const RawClient client("web.sock");
     client.Send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1\r\n\r\nx");
     while (!asked) {
         std::this_thread::yield();

@@ -1,5 +1,5 @@
 // Listening. Tested by tests/unit/host/web_server_test.cpp and cli_web_test.cpp.
-#include "host/web/listen.h"
+#include "host/net/listen.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -9,6 +9,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -118,21 +119,25 @@ Descriptor Listen(const std::string& text) {
     return made;
 }
 
-std::vector<Descriptor> SocketsOfManager() {
+std::vector<NamedSocket> SocketsOfManager() {
     constexpr int kFirst = 3;
     constexpr int kMost = 16;
     const char* const process = std::getenv("LISTEN_PID");
     const char* const count = std::getenv("LISTEN_FDS");
-    std::vector<Descriptor> sockets;
+    std::vector<NamedSocket> sockets;
     if (process == nullptr || count == nullptr || std::to_string(getpid()) != process) {
         return sockets;
     }
+    const char* const given = std::getenv("LISTEN_FDNAMES");
+    std::string_view names = given == nullptr ? "" : given;
     const std::optional<uint16_t> number = PortIn(count);
     for (int i = 0; number && i < *number && i < kMost; ++i) {
         const int descriptor = kFirst + i;
         static_cast<void>(fcntl(descriptor, F_SETFD, FD_CLOEXEC));
         static_cast<void>(fcntl(descriptor, F_SETFL, O_NONBLOCK));
-        sockets.emplace_back(descriptor);
+        const size_t end = std::min(names.find(':'), names.size());
+        sockets.push_back({std::string(names.substr(0, end)), Descriptor(descriptor)});
+        names.remove_prefix(std::min(end + 1, names.size()));
     }
     return sockets;
 }

@@ -1,5 +1,5 @@
 // Rates. Tested by tests/unit/host/web_http_test.cpp.
-#include "host/web/rate.h"
+#include "host/net/rate.h"
 
 #include <algorithm>
 

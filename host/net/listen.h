@@ -1,8 +1,8 @@
-// Sockets that the web process listens on.
+// Sockets that a server listens on.
 //
 // Errors     ListenError, naming the address.
-#ifndef PAGERFWD_HOST_WEB_LISTEN_H
-#define PAGERFWD_HOST_WEB_LISTEN_H
+#ifndef PAGERFWD_HOST_NET_LISTEN_H
+#define PAGERFWD_HOST_NET_LISTEN_H
 
 #include <stdexcept>
 #include <string>
@@ -21,8 +21,13 @@ class ListenError : public std::runtime_error {
 // left behind is removed, one that is listened on is not. Port 0: one that is free.
 Descriptor Listen(const std::string& address);
 
-// Those that the service manager has opened for this process; none without one.
-std::vector<Descriptor> SocketsOfManager();
+// Those that the service manager has opened for this process; none without one. The name is that
+// which the manager gives to a socket: "snpp", say; empty where it gives none.
+struct NamedSocket {
+    std::string name;
+    Descriptor socket;
+};
+std::vector<NamedSocket> SocketsOfManager();
 
 // What a socket listens on: as above.
 std::string AddressOf(const Descriptor& socket);

@@ -1,8 +1,8 @@
 // How often each source may ask: a bucket of tokens each, filled at a steady rate.
 //
 // Threads    One.
-#ifndef PAGERFWD_HOST_WEB_RATE_H
-#define PAGERFWD_HOST_WEB_RATE_H
+#ifndef PAGERFWD_HOST_NET_RATE_H
+#define PAGERFWD_HOST_NET_RATE_H
 
 #include <chrono>
 #include <map>
