@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <string>
+#include <vector>
 
 #include "tests/unit/host/cli_fixture.h"
 
@@ -62,6 +66,69 @@ TEST_F(Monitoring, PagesNobodyForOtherNotifications) {
         RunExample(std::string("notify ") + kind + " web1 disk CRITICAL x");
     }
     EXPECT_THAT(Alarms(), IsEmpty());
+}
+
+// --- The commands of the examples' configuration, run as Icinga 2 and Nagios run them.
+
+std::string WithMacros(std::string text, const std::map<std::string, std::string>& macros) {
+    for (const auto& [name, value] : macros) {
+        for (size_t at = 0; (at = text.find("$" + name + "$", at)) != std::string::npos;) {
+            text.replace(at, name.size() + 2, value);
+            at += value.size();
+        }
+    }
+    return text;
+}
+
+// Nagios gives a line to a shell.
+TEST_F(Monitoring, IsCalledByNagios) {
+    const std::string config = ReadFile(EXAMPLES "/monitoring/nagios.cfg");
+    const std::map<std::string, std::string> macros = {
+        {"HOSTNAME", "web1"},         {"SERVICEDESC", "disk"}, {"SERVICEOUTPUT", "95 % full"},
+        {"SERVICESTATE", "CRITICAL"}, {"HOSTSTATE", "DOWN"},   {"HOSTOUTPUT", "no answer"}};
+    const std::regex line("command_line +/usr/local/bin/(notify .*)");
+    std::vector<std::string> commands;
+    for (std::sregex_iterator it(config.begin(), config.end(), line); it != std::sregex_iterator();
+         ++it) {
+        commands.push_back(WithMacros((*it)[1], macros));
+    }
+    ASSERT_EQ(2U, commands.size());
+    for (const std::string& command : commands) {
+        RunExample(WithMacros(command, {{"NOTIFICATIONTYPE", "PROBLEM"}}));
+    }
+    EXPECT_EQ("disk: CRITICAL: 95 % full", Alarms()[0]["details"]);
+    EXPECT_EQ("DOWN: no answer", Alarms()[1]["details"]);
+    for (const std::string& command : commands) {
+        RunExample(WithMacros(command, {{"NOTIFICATIONTYPE", "RECOVERY"}}));
+    }
+    EXPECT_EQ("resolved", Alarms()[0]["state"]);
+    EXPECT_EQ("resolved", Alarms()[1]["state"]);
+}
+
+// Icinga 2 hands over a list.
+TEST_F(Monitoring, IsCalledByIcinga) {
+    const std::string config = ReadFile(EXAMPLES "/monitoring/icinga2.conf");
+    const std::map<std::string, std::string> macros = {
+        {"notification.type", "PROBLEM"},  {"host.name", "web1"},         {"service.name", "disk"},
+        {"service.output", "it's `full`"}, {"service.state", "CRITICAL"}, {"host.state", "DOWN"},
+        {"host.output", "no answer"}};
+    const std::regex list("command = \\[ \"/usr/local/bin/notify\",([^\\]]*)\\]");
+    const std::regex argument("\"([^\"]*)\"");
+    int commands = 0;
+    for (std::sregex_iterator it(config.begin(), config.end(), list); it != std::sregex_iterator();
+         ++it, ++commands) {
+        const std::string text = (*it)[1];
+        std::string command = "notify";
+        for (std::sregex_iterator one(text.begin(), text.end(), argument);
+             one != std::sregex_iterator(); ++one) {
+            const std::string value = WithMacros((*one)[1], macros);
+            command += " '" + std::regex_replace(value, std::regex("'"), "'\\''") + "'";
+        }
+        RunExample(command);
+    }
+    ASSERT_EQ(2, commands);
+    EXPECT_EQ("disk: CRITICAL: it's `full`", Alarms()[0]["details"]);
+    EXPECT_EQ("DOWN: no answer", Alarms()[1]["details"]);
 }
 
 TEST_F(Monitoring, MakesAnAlarmOfAMail) {
