@@ -24,17 +24,20 @@ bool CanBeRead(Connection& connection, const Delivery& delivery) {
 }  // namespace
 
 void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
+    Pass pass{role, now, std::exchange(left_, {}), {}, {}};
+    loads_.Read(connection);
+    if (!role.leads && !role.alone && !HaveRoom()) {
+        return;
+    }
     size_t unreadable = 0;
     const std::vector<Delivery> deliveries = OpenDeliveries(connection, &unreadable);
     for (size_t number = 1; number <= unreadable; ++number) {
         aside_.Add("open delivery " + std::to_string(number) + " that can't be read",
                    SetAside::kTooLarge);
     }
-    Pass pass{role, now, std::exchange(left_, {}), {}, {}};
     if (deliveries.empty()) {
         return;
     }
-    loads_.Read(connection);
     role.alone ? others_.Forget() : others_.Read(connection, lines_, loads_);
     if (role.leads) {
         pass.settled = SettledDeliveries(connection);
@@ -49,6 +52,14 @@ void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
             aside_.Add(NameOf(delivery, encoding_), error.what());
         }
     }
+}
+
+// Whether any line can be given a page at all.
+bool Dispatch::HaveRoom() const {
+    return std::any_of(
+        lines_.All().begin(), lines_.All().end(), [this](const std::unique_ptr<ServedLine>& line) {
+            return line->IsServed() && loads_.Of(line->Line().name).ahead < kMostAhead;
+        });
 }
 
 bool Dispatch::IsDone(Connection& connection) const {

@@ -76,6 +76,7 @@ class Dispatch {
         std::map<std::string, std::vector<PagerRow>> pagers;  // as far as they were asked for
     };
 
+    bool HaveRoom() const;
     void Look(Connection& connection, const Delivery& delivery, Pass& pass);
     static bool MayNeedNoLine(const Delivery& delivery, const Pass& pass);
     void Give(Connection& connection, const Delivery& delivery, const PagerRow& pager,

@@ -145,9 +145,11 @@ constexpr const char* kNodeParts =
 // Of a node:
 //   renewals   of its lease, so far, see postgres_questions.cpp
 //   told       the last row of the history of which it has told how pages ended
+// And an index for the pages that a line is to hand over, however many wait for none.
 constexpr const char* kRenewalParts =
     "ALTER TABLE Host_Nodes ADD COLUMN renewals INTEGER NOT NULL DEFAULT 0;"
-    "ALTER TABLE Host_Nodes ADD COLUMN told INTEGER NOT NULL DEFAULT 0;";
+    "ALTER TABLE Host_Nodes ADD COLUMN told INTEGER NOT NULL DEFAULT 0;"
+    "CREATE INDEX Host_DeliveriesOfLine ON Host_Deliveries (line) WHERE answer IS NULL;";
 
 // They wrote the history.
 constexpr const char* kFormerTriggers =

@@ -74,19 +74,25 @@ const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm
     return pagers.empty() ? kStateOffLimit : kStateBeingPaged;
 }
 
-// line: whose; empty: all.
-constexpr const char* kOpenOnes = "WHERE answer IS NULL AND (?1 = '' OR line = ?1)";
+// Bound to the line; where that is empty: all. An index finds those of a line, however many wait
+// for none.
+constexpr const char* kOpenOnesOfLine = "WHERE answer IS NULL AND line = ?1";
+constexpr const char* kOpenOnes = "WHERE answer IS NULL AND ?1 = ''";
+
+const char* OpenOnesOf(const std::string& line) {
+    return line.empty() ? kOpenOnes : kOpenOnesOfLine;
+}
 
 // One that can't be read doesn't hide the others.
 std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string& line,
                                        size_t* unreadable) {
-    Statement count(connection, std::string("SELECT count(*) FROM Host_Deliveries ") + kOpenOnes);
+    const std::string which = OpenOnesOf(line);
+    Statement count(connection, "SELECT count(*) FROM Host_Deliveries " + which);
     count.Bind(line).Step();
     std::vector<Delivery> deliveries;
     for (int64_t before = 0; before < count.Number(0); ++before) {
         try {
-            Statement statement(connection,
-                                std::string(kSelectDelivery) + kOpenOnes + " LIMIT 1 OFFSET ?2");
+            Statement statement(connection, kSelectDelivery + which + " LIMIT 1 OFFSET ?2");
             statement.Bind(line).Bind(before);
             for (Delivery& delivery : ReadDeliveries(statement)) {
                 deliveries.push_back(std::move(delivery));
@@ -103,7 +109,8 @@ std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string
 std::vector<Delivery> OpenOnes(Connection& connection, const std::string& line,
                                size_t* unreadable) {
     try {
-        Statement statement(connection, std::string(kSelectDelivery) + kOpenOnes + kInTheirOrder);
+        Statement statement(connection,
+                            std::string(kSelectDelivery) + OpenOnesOf(line) + kInTheirOrder);
         statement.Bind(line);
         return ReadDeliveries(statement);
     } catch (const RowTooLarge&) {

@@ -134,6 +134,8 @@ TEST_F(Schema, HasAnIndexForEachQuestion) {
     EXPECT_EQ("", FullReads(connection,
                             "SELECT 1 FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents"
                             " ON AlmLogID = moved.alarm WHERE moved.tries > 0"));
+    EXPECT_EQ("", FullReads(connection,
+                            "SELECT 1 FROM Host_Deliveries WHERE answer IS NULL AND line = 'x'"));
     EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
 }
 
@@ -223,7 +225,8 @@ TEST_P(AnyOldDatabase, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
 // A database as the version before has it, with a node's row as that one writes it.
 TEST_F(OldDatabase, IsBroughtUpToDateWhenTheLastNodeThatKnowsOnlyItHasGone) {
     CreateTables(old);
-    Run("ALTER TABLE Host_Nodes DROP COLUMN renewals; ALTER TABLE Host_Nodes DROP COLUMN told;"
+    Run("ALTER TABLE Host_Nodes DROP COLUMN renewals; ALTER TABLE Host_Nodes DROP COLUMN told; "
+        "DROP INDEX Host_DeliveriesOfLine;"
         " PRAGMA user_version = 7");
     Run("INSERT INTO Host_Nodes (node, term, holder, valid_until) VALUES ('north', 3,"
         " 'a host, process 7', " +
