@@ -38,7 +38,11 @@ void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
     if (deliveries.empty()) {
         return;
     }
-    role.alone ? others_.Forget() : others_.Read(connection, lines_, loads_);
+    if (role.alone) {
+        others_.Forget();
+    } else {
+        others_.Read(connection, lines_, loads_);
+    }
     if (role.leads) {
         pass.settled = SettledDeliveries(connection);
     }

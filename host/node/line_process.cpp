@@ -41,6 +41,7 @@ class Actions {
 
     pid_t Start(std::vector<std::string>& arguments) const {
         std::vector<char*> words;
+        words.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) {
             words.push_back(argument.data());
         }

@@ -39,7 +39,7 @@ std::string Membership::Shown(const std::string& name) const {
 // The one that was asked for, the one that is called as the host, the only one.
 std::string Membership::NameIn(Connection& connection) const {
     const std::vector<std::string> nodes = NodesOfSite(connection);
-    const std::string asked = Encode(wishes_.node, encoding_);
+    std::string asked = Encode(wishes_.node, encoding_);
     if (!asked.empty()) {
         if (!nodes.empty() && !Has(nodes, asked)) {
             throw NoSuchNode("the site has no node \"" + wishes_.node +

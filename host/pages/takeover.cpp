@@ -86,14 +86,14 @@ std::optional<Delivery> FindUnknown(Connection& connection, const PageKey& page)
 
 std::optional<TakenOver> TakeOver(Connection& connection, const std::string& node, int64_t term) {
     WriteTransaction transaction(connection);
-    const std::optional<TakenOver> taken = Take(connection, node, term);
+    std::optional<TakenOver> taken = Take(connection, node, term);
     transaction.Commit();
     return taken;
 }
 
 std::optional<TakenOver> RemoveNode(Connection& connection, const std::string& node, int64_t term) {
     WriteTransaction transaction(connection);
-    const std::optional<TakenOver> taken = Take(connection, node, term);
+    std::optional<TakenOver> taken = Take(connection, node, term);
     if (taken) {
         ForgetNode(connection, node);
     }

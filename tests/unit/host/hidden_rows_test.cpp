@@ -178,9 +178,9 @@ TEST_F(HiddenRows, OfALivingProcessStayHiddenWhenAnotherDies) {
 
 // --- What an engine would take up.
 
-class PendingPages : public HiddenRows {
+class PagesOutOfSight : public HiddenRows {
  protected:
-    PendingPages() {
+    PagesOutOfSight() {
         OpenTable(database, "AlarmLog").Insert({{"alarmlogID", 7}, {"pagerstate", 2}});
         OpenTable(database, "AlarmLog").Insert({{"alarmlogID", 8}, {"pagerstate", 1}});
         OpenTable(database, "AlarmFwd_PagerSetting").Insert({{"description", "duty"}});
@@ -192,7 +192,7 @@ class PendingPages : public HiddenRows {
     }
 };
 
-TEST_F(PendingPages, HaveAnAlarmThatIsPagedAndAPagerThatIsKnown) {
+TEST_F(PagesOutOfSight, HaveAnAlarmThatIsPagedAndAPagerThatIsKnown) {
     EXPECT_EQ(0, Count());
     AddEvent(7, "duty", 2);
     EXPECT_EQ(1, Count());
@@ -203,7 +203,7 @@ TEST_F(PendingPages, HaveAnAlarmThatIsPagedAndAPagerThatIsKnown) {
     EXPECT_EQ(1, Count());
 }
 
-TEST_F(PendingPages, AreInHandUntilTheyAreDroppedToo) {
+TEST_F(PagesOutOfSight, AreInHandUntilTheyAreDroppedToo) {
     const auto in_hand = [this] {
         Connection connection(database);
         return HasPagesInHand(connection);
@@ -219,7 +219,7 @@ TEST_F(PendingPages, AreInHandUntilTheyAreDroppedToo) {
     EXPECT_FALSE(in_hand()) << "as an engine does at its start";
 }
 
-TEST_F(PendingPages, AreCountedWhenTheyAreHiddenToo) {
+TEST_F(PagesOutOfSight, AreCountedWhenTheyAreHiddenToo) {
     AddEvent(7, "duty", 2);
     const Deleter deleter(database);
     EXPECT_EQ(1, Count());

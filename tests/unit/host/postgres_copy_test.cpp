@@ -11,8 +11,6 @@
 namespace host {
 namespace {
 
-using ::testing::ElementsAre;
-
 TEST_F(ServiceTest, ASiteMovesFromAServerToAFileAndBack) {
     AddPager("J\xFCrgen");
     AddAlarm("7", "2");

@@ -299,8 +299,9 @@ TEST_F(ALostConnection, ThatOnlyStallsIsGivenUpAndItsTransactionEnded) {
 }
 
 TEST_F(ALostConnection, WithACommitIsInDoubtUntilTheServerIsBackAndThenKnown) {
-    for (const auto& [fault, took_effect] :
+    for (const auto& [fault, was_made] :
          {std::pair{Fault::kCutBefore, false}, std::pair{Fault::kCutBehind, true}}) {
+        const bool took_effect = was_made;
         Connection site(ByProxy());
         std::optional<StoreInDoubt> doubt;
         {

@@ -29,7 +29,6 @@ namespace host {
 namespace {
 
 using test_support::OwnPostgres;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 class AnAdministratorsSite : public ::testing::Test {
@@ -219,8 +218,8 @@ TEST_F(AnAdministratorsSite, LetsNobodyDoMore) {
                   {"INSERT INTO AlarmLog (alarmlogID) VALUES ('1')",
                    "UPDATE AlarmFwd_PagerSetting SET pgnumber = '1'", "DELETE FROM Host_History",
                    "DELETE FROM Host_Sends", "INSERT INTO Host_Routes VALUES (2, '*', '')",
-                   "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
-                   " VALUES ('1', 0, '', '', 0)"});
+                   ("INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
+                    " VALUES ('1', 0, '', '', 0)")});
     ExpectRefused("node", {"INSERT INTO AlarmFwd_PagerSetting (description) VALUES ('x')",
                            "DELETE FROM AlarmLog", "INSERT INTO Host_Routes VALUES (2, '*', '')",
                            "UPDATE Host_Settings SET value = ''", "DROP TABLE AlarmLog",
