@@ -33,6 +33,7 @@ constexpr std::chrono::seconds kRun{5};
 
 // Runs the program; its output goes to a file of this name.
 pid_t Start(const std::vector<std::string>& command, const char* output) {
+    std::fflush(nullptr);  // or the child would write it again
     const pid_t process = fork();
     if (process == 0) {
         if (std::freopen(output, "w", stdout) == nullptr ||
