@@ -2,8 +2,6 @@
 #include "host/intake/alert_instant.h"
 
 #include <algorithm>
-#include <array>
-#include <ctime>
 
 namespace host {
 namespace {
@@ -45,20 +43,53 @@ class Reading {
     bool good_ = true;
 };
 
+// Days since 1970 of the Gregorian calendar, and back: time_t ends in 2038 where it has 32 bits,
+// and an alert that hasn't ended says that it ends in the year 1. Years begin in March here, so
+// that a leap day is a year's last, and repeat after 400 of them.
+struct Date {
+    int64_t year = 0;
+    int64_t month = 0;
+    int64_t day = 0;
+};
+constexpr int64_t kDaysOf400Years = 146097;
+constexpr int64_t kDaysFromMarchOfYear0To1970 = 719468;
+constexpr int64_t kSecondsOfDay = 86400;
+
+int64_t DayOfYear(int64_t month, int64_t day) {
+    return (153 * ((month + 9) % 12) + 2) / 5 + day - 1;
+}
+
+int64_t DaysTo(const Date& date) {
+    const int64_t year = date.year - (date.month <= 2 ? 1 : 0) + 400;  // of none below 0
+    const int64_t of_400 = year % 400;
+    return (year / 400 - 1) * kDaysOf400Years + of_400 * 365 + of_400 / 4 - of_400 / 100 +
+           DayOfYear(date.month, date.day) - kDaysFromMarchOfYear0To1970;
+}
+
+Date DateOf(int64_t days) {
+    const int64_t from_0 = days + kDaysFromMarchOfYear0To1970 + kDaysOf400Years;
+    const int64_t day = from_0 % kDaysOf400Years;
+    const int64_t of_400 = (day - day / 1460 + day / 36524 - day / 146096) / 365;
+    const int64_t of_year = day - (of_400 * 365 + of_400 / 4 - of_400 / 100);
+    const int64_t month = (5 * of_year + 2) / 153;  // from March on
+    const int64_t year = (from_0 / kDaysOf400Years - 1) * 400 + of_400 + (month >= 10 ? 1 : 0);
+    return {year, month < 10 ? month + 3 : month - 9, of_year - (153 * month + 2) / 5 + 1};
+}
+
 int64_t SecondsIn(Reading& reading) {
-    std::tm parts{};
-    parts.tm_year = reading.Number(kDigitsOfYear, 1, 9999) - 1900;
+    Date date;
+    date.year = reading.Number(kDigitsOfYear, 1, 9999);
     reading.Sign('-');
-    parts.tm_mon = reading.Number(2, 1, 12) - 1;
+    date.month = reading.Number(2, 1, 12);
     reading.Sign('-');
-    parts.tm_mday = reading.Number(2, 1, 31);
+    date.day = reading.Number(2, 1, 31);
     reading.Sign('T');
-    parts.tm_hour = reading.Number(2, 0, 23);
+    const int hours = reading.Number(2, 0, 23);
     reading.Sign(':');
-    parts.tm_min = reading.Number(2, 0, 59);
+    const int minutes = reading.Number(2, 0, 59);
     reading.Sign(':');
-    parts.tm_sec = reading.Number(2, 0, 60);
-    return timegm(&parts);
+    const int seconds = reading.Number(2, 0, 60);
+    return DaysTo(date) * kSecondsOfDay + (hours * 60 + minutes) * 60 + seconds;
 }
 
 int64_t NanosecondsIn(Reading& reading) {
@@ -107,16 +138,13 @@ std::optional<AlertInstant> ReadInstant(std::string_view text) {
 }
 
 std::string Written(const AlertInstant& instant) {
-    std::tm parts{};
-    std::array<char, 32> text{};
-    const auto seconds = static_cast<std::time_t>(instant.seconds);
-    if (gmtime_r(&seconds, &parts) == nullptr) {
-        return {};
-    }
-    static_cast<void>(std::strftime(text.data(), text.size(), "-%m-%dT%H:%M:%S", &parts));
+    const int64_t second = (instant.seconds % kSecondsOfDay + kSecondsOfDay) % kSecondsOfDay;
+    const Date date = DateOf((instant.seconds - second) / kSecondsOfDay);
     std::string fraction = Digits(instant.nanoseconds, kDigitsOfNanoseconds);
     fraction.resize(fraction.find_last_not_of('0') + 1);
-    return Digits(parts.tm_year + 1900, kDigitsOfYear) + text.data() +
+    return Digits(date.year, kDigitsOfYear) + "-" + Digits(date.month, 2) + "-" +
+           Digits(date.day, 2) + "T" + Digits(second / 3600, 2) + ":" +
+           Digits(second / 60 % 60, 2) + ":" + Digits(second % 60, 2) +
            (fraction.empty() ? "" : "." + fraction) + "Z";
 }
 

@@ -168,11 +168,28 @@ TEST(AnInstant, IsTheSameInEveryZone) {
         {"2001-01-08T10:00:00.120000000Z", "2001-01-08T10:00:00.12Z"},
         {"2001-01-08T10:00:00.0000000019Z", "2001-01-08T10:00:00.000000001Z"},
         {"2000-02-29T23:59:60Z", "2000-03-01T00:00:00Z"},
-        {"0001-01-01T00:00:00Z", "0001-01-01T00:00:00Z"}};
+        {"2100-02-28T23:00:00-01:00", "2100-03-01T00:00:00Z"},
+        {"2038-01-19T03:14:08Z", "2038-01-19T03:14:08Z"},
+        {"9999-12-31T23:59:59Z", "9999-12-31T23:59:59Z"},
+        {"0001-01-01T00:00:00Z", "0001-01-01T00:00:00Z"},
+        {"0001-01-01T00:00:00+01:00", "0000-12-31T23:00:00Z"}};
     for (const auto& [text, written] : instants) {
         const std::optional<AlertInstant> instant = ReadInstant(text);
         ASSERT_TRUE(instant) << text;
         EXPECT_EQ(written, Written(*instant)) << text;
+    }
+}
+
+TEST(AnInstant, IsReadAsItIsWrittenOverTenThousandYears) {
+    constexpr int64_t kBegin = -62135596800;  // of the year 1
+    constexpr int64_t kEnd = 253402300800;    // of the year 9999
+    constexpr int64_t kStep = 97 * 86400 + 3661;
+    EXPECT_EQ(kBegin, ReadInstant("0001-01-01T00:00:00Z")->seconds);
+    EXPECT_EQ(int64_t{1} << 31U, ReadInstant("2038-01-19T03:14:08Z")->seconds);
+    for (int64_t second = kBegin; second < kEnd; second += kStep) {
+        const std::optional<AlertInstant> instant = ReadInstant(Written({second, 0}));
+        ASSERT_TRUE(instant) << second;
+        ASSERT_EQ(second, instant->seconds) << Written({second, 0});
     }
 }
 
