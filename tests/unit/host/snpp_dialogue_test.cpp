@@ -218,8 +218,7 @@ TEST_F(SnppSession, TakesLettersOfEitherEncoding) {
     Say("PAGE duty", "250");
     Say("MESS caf\xe9", "250");
     Say("SEND", "250");
-    EXPECT_THAT(Rows("hex(CAST(details AS BLOB)) FROM AlarmLog ORDER BY row_id"),
-                ElementsAre("636166E92020", "636166E9"));
+    EXPECT_THAT(Rows("details FROM AlarmLog ORDER BY row_id"), ElementsAre("caf\xe9  ", "caf\xe9"));
 }
 
 // --- Who is let in.
