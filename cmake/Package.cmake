@@ -2,6 +2,9 @@
 
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+    set(word_size 32)
+else()
+    set(word_size 64)
 endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -48,13 +51,13 @@ set(CPACK_COMPONENT_HOST_DESCRIPTION "pages people about alarms, over modems
 A service with a command line that takes alarms, finds the pagers and mobile
 phones that they concern, minds the hours of each, and sends the pages by
 modem until somebody acknowledges. Ports, pagers, hours and routes stand in a
-site file; alarms and pages are kept in an SQLite database.")
+site file; alarms and pages are kept in a database.")
 
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_NAME pagersim)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_ENHANCES pagerfwd)
 set(CPACK_COMPONENT_SIMULATOR_DESCRIPTION "simulated modems and paging centres under a virtual clock
-Runs a 32-bit program, such as pagerfwd, on simulated serial lines: Hayes
+Runs a ${word_size}-bit program, such as pagerfwd, on simulated serial lines: Hayes
 modems, and TAP, UCP, plain and NTT paging centres that behave well or
 badly. Waiting takes no real time. Reports what each centre has understood.")
 
