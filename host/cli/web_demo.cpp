@@ -45,7 +45,8 @@ void Prepare(const std::string& folder, const std::string& database) {
 }
 
 bool IsInPath(const std::string& program) {
-    std::string folders = std::getenv("PATH");
+    const char* const path = std::getenv("PATH");
+    std::string folders = path == nullptr ? "" : path;
     while (!folders.empty()) {
         const size_t end = std::min(folders.find(':'), folders.size());
         if (access((folders.substr(0, end) + "/" + program).c_str(), X_OK) == 0) {
