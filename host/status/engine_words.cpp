@@ -32,7 +32,7 @@ std::string StateOf(const NodeState& node) {
 }
 
 std::string EngineOf(Connection& connection, const std::string& database, Encoding encoding) {
-    const std::string living = LivingNodes(ReadNodes(connection), encoding);
+    std::string living = LivingNodes(ReadNodes(connection), encoding);
     if (!living.empty()) {
         return living;
     }

@@ -19,8 +19,8 @@ std::string Row(const std::vector<std::string>& columns, const std::vector<std::
     for (size_t i = 0; i < cells.size(); ++i) {
         const std::string cell = "<div>" + (cells[i].empty() ? "-" : cells[i]) + "</div>";
         const std::string label = " data-label=\"" + Escaped(columns.at(i)) + "\">";
-        html += i == 0 ? "<th scope=\"row\" role=\"rowheader\"" + label + cell + "</th>"
-                       : "<td role=\"cell\"" + label + cell + "</td>";
+        html += i == 0 ? "<th scope=\"row\" role=\"rowheader\"" : "<td role=\"cell\"";
+        html.append(label).append(cell).append(i == 0 ? "</th>" : "</td>");
     }
     return html + "</tr>\n";
 }

@@ -70,7 +70,7 @@ std::string CellIn(const FormSent& sent, const char* field) {
 }
 
 std::string LineIn(const FormSent& sent) {
-    const std::string line = CellIn(sent, "line");
+    std::string line = CellIn(sent, "line");
     if (!FindSiteLine(sent.connection, line)) {
         throw NotFound();
     }

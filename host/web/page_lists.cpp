@@ -97,6 +97,7 @@ std::string TrailPage(const PageAsked& asked) {
     const std::vector<TrailEntry> trail =
         TrailBefore(asked.connection, Before(asked), static_cast<int64_t>(kRowsAPage));
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(trail.size());
     for (const TrailEntry& entry : trail) {
         rows.push_back({HtmlTime(entry.at), Escaped(entry.who), Escaped(entry.what),
                         entry.alarm.empty() ? "-" : LinkToAlarm(asked, entry.alarm),

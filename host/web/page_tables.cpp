@@ -61,6 +61,7 @@ std::string AlarmsTable(const PageAsked& asked, const std::string& caption,
 std::string PendingTable(const PageAsked& asked, const std::string& caption,
                          const std::vector<PageStory>& pages) {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(pages.size());
     for (const PageStory& page : pages) {
         rows.push_back({LinkToAlarm(asked, page.alarm), Shown(asked, page.group),
                         Shown(asked, page.pager), HtmlState(StateOf(page), ToneOf(page)),
@@ -77,6 +78,7 @@ std::string PendingTable(const PageAsked& asked, const std::string& caption,
 std::string FailedTable(const PageAsked& asked, const std::string& caption,
                         const std::vector<RecordedSend>& sends) {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(sends.size());
     for (const auto& [row, send] : sends) {
         rows.push_back(
             {LinkTo(Url("/call", {{"send", std::to_string(row)}}), "Call " + std::to_string(row)),
