@@ -7,9 +7,9 @@
 //   time                 a minute for a line, or to take an answer; ten minutes in all: then it is
 //                        closed
 //
-// Threads    Run serves in the calling thread, and has a few of its own for the dialogues, which
-// may
+// Threads    Run serves in the calling thread, and has a few of its own for dialogues, which may
 //            wait for the database.
+// Ownership  The listeners are closed when the server ends.
 // Errors     None leave Run.
 #ifndef PAGERFWD_HOST_SNPP_SERVER_H
 #define PAGERFWD_HOST_SNPP_SERVER_H
