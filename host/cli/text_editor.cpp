@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 
 #include "host/cli/program.h"
+#include "host/cli/temporary_name.h"
 
 namespace host {
 namespace {
@@ -42,8 +42,7 @@ int Run(const std::string& editor, const std::string& path) {
 
 }  // namespace
 
-EditedText::EditedText(const std::string& text)
-    : path_((std::filesystem::temp_directory_path() / "pagerfwd-XXXXXX").string()) {
+EditedText::EditedText(const std::string& text) : path_(TemporaryName("pagerfwd-XXXXXX")) {
     const int file = mkstemp(path_.data());
     if (file < 0) {
         throw Failure(kCannot, path_ + ": can't be made: " + std::strerror(errno));

@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "host/cli/program.h"
+#include "host/cli/temporary_name.h"
 #include "host/cli/web_demo_story.h"
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
@@ -86,7 +87,7 @@ void End(pid_t process) {
 
 }  // namespace
 
-WebDemo::Folder::Folder() : path_((fs::temp_directory_path() / "pagerfwd-demo-XXXXXX").string()) {
+WebDemo::Folder::Folder() : path_(TemporaryName("pagerfwd-demo-XXXXXX")) {
     if (mkdtemp(path_.data()) == nullptr) {
         throw Failure(kCannot, path_ + ": can't be made: " + std::strerror(errno));
     }

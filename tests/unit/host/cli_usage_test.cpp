@@ -129,6 +129,13 @@ TEST_P(HelpOfCommand, HasExamplesThatAreUnderstood) {
     }
 }
 
+TEST(ADemonstration, IsNoneWhereNoFolderIsForWhatIsTemporary) {
+    const ProgramRun run =
+        RunProgram({"/bin/sh", "-c", "TMPDIR=/nowhere " PAGERFWD_PROGRAM " web --demo"});
+    EXPECT_EQ(3, run.exit_code);
+    EXPECT_EQ("pagerfwd: TMPDIR names no folder: No such file or directory\n", run.err);
+}
+
 TEST_P(HelpOf, SaysHowTheCommandIsCalled) {
     EXPECT_THAT(Help(), HasSubstr("Usage: pagerfwd " + std::string(GetParam())));
 }
