@@ -1,10 +1,12 @@
-// Several hosts over one PostgreSQL of its own, in real time: what a node costs that waits, how
-// soon a dead one's pages are taken over, and how long that takes where it leaves many.
+// Several hosts over one PostgreSQL of its own, in real time: what a node costs that waits, what a
+// site gains by more of them, how soon a dead one's pages are taken over, and how long that takes
+// where it leaves many.
 //   bench_hosts PAGERFWD PAGERSIM [KILLS [PAGES]]
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <string>
 #include <thread>
@@ -12,6 +14,7 @@
 
 #include "bench/hosts_site.h"
 #include "host/store/connection.h"
+#include "host/store/tables/alarm_log.h"
 #include "host/store/tables/lines.h"
 #include "host/store/tables/nodes.h"
 #include "tests/support/postgres_proxy.h"
@@ -45,6 +48,31 @@ void MeasureWaiting(const HostPrograms& programs) {
     std::this_thread::sleep_for(std::chrono::seconds(kSeconds));
     Row("statements a second of a node with 4 lines, beside another, that waits",
         static_cast<double>(proxy.Statements()) / kSeconds, "/s");
+}
+
+// Each line has the same number of pages to send, so on paper all of these take equally long.
+void MeasureGrowth(const HostPrograms& programs) {
+    constexpr int kPagesALine = 4;
+    const std::vector<std::string> names = {"a", "b", "c", "d", "e", "f", "g", "h"};
+    std::printf("pages a minute of a site whose nodes have a line each, %d pages a line:\n",
+                kPagesALine);
+    for (const int count : {1, 2, 4, 8}) {
+        const std::vector<std::string> nodes(names.begin(), names.begin() + count);
+        HostsSite site(programs, nodes, 1);
+        for (const std::string& node : nodes) {
+            site.Start(node);
+        }
+        host::Connection connection(site.Database());
+        const auto begin = Clock::now();
+        for (int page = 0; page < count * kPagesALine; ++page) {
+            host::RaiseAlarm(connection, {"ops/1", "2", "SRV", "x"}, std::time(nullptr));
+        }
+        HostsSite::Until("the end of all pages", [&] {
+            return site.Ask("SELECT count(*) FROM AlarmLog WHERE pagerstate <> '4'") == "0";
+        });
+        const std::string what = "  of " + std::to_string(count) + " node(s)";
+        Row(what.c_str(), 60.0 * count * kPagesALine / SecondsSince(begin), "/min");
+    }
 }
 
 void MeasureKills(const HostPrograms& programs, int kills) {
@@ -124,11 +152,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     const auto number = [&](int place, int otherwise) {
-        return argc > place ? std::max(0, std::atoi(argv[place])) : otherwise;
+        return argc > place ? std::stoi(argv[place]) : otherwise;
     };
     try {
         const bench::HostPrograms programs{argv[1], argv[2]};
         bench::MeasureWaiting(programs);
+        bench::MeasureGrowth(programs);
         if (const int pages = number(4, 100'000); pages > 0) {
             bench::MeasureManyPages(programs, pages);
         }

@@ -1,9 +1,6 @@
 // A site of several hosts.
 #include "bench/hosts_site.h"
 
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -11,7 +8,6 @@
 #include <fstream>
 #include <stdexcept>
 #include <thread>
-#include <utility>
 
 #include "host/store/schema.h"
 #include "tests/unit/host/child_process.h"
@@ -28,19 +24,14 @@ HostsSite::HostsSite(const HostPrograms& programs, const std::vector<std::string
     }
     exchange << "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n";
     exchange.close();
-    exchange_ = StartProgram({programs_.pagersim, "serve", "--links", "lines"}, "exchange.log");
+    exchange_ = std::make_unique<StartedProgram>(
+        std::vector<std::string>{programs_.pagersim, "serve", "--exchange",
+                                 folder_.File("exchange.toml"), "--links", folder_.File("lines")},
+        folder_.File("exchange.log"));
     Until("an exchange", [this] { return access(folder_.File("lines/ttyS0").c_str(), F_OK) == 0; });
     host::Connection connection(database_);
     host::CreateTables(connection);
     Import(nodes);
-}
-
-HostsSite::~HostsSite() {
-    while (!running_.empty()) {
-        Kill(running_.begin()->first);
-    }
-    kill(-exchange_, SIGKILL);
-    waitpid(exchange_, nullptr, 0);
 }
 
 void HostsSite::Import(const std::vector<std::string>& nodes) const {
@@ -70,43 +61,16 @@ std::string HostsSite::Ask(const std::string& sql) const {
 void HostsSite::Start(const std::string& node, const std::string& database) {
     const std::string state = folder_.File(node);
     std::filesystem::create_directory(state);
-    running_[node] =
-        StartProgram({programs_.pagerfwd, "--database", database.empty() ? database_ : database,
-                      "--state", state, "--locks", state, "run", "--node", node},
-                     node + ".log");
+    running_.try_emplace(
+        node,
+        std::vector<std::string>{programs_.pagerfwd, "--database",
+                                 database.empty() ? database_ : database, "--state", state,
+                                 "--locks", state, "run", "--node", node},
+        folder_.File(node + ".log"));
     Until("the lines of " + node, [&] {
         return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0 AND node = '" + node + "'") ==
                std::to_string(lines_);
     });
-}
-
-void HostsSite::Kill(const std::string& node) {
-    const pid_t process = running_.extract(node).mapped();
-    kill(-process, SIGKILL);
-    waitpid(process, nullptr, 0);
-}
-
-pid_t HostsSite::StartProgram(std::vector<std::string> words, const std::string& log) const {
-    const std::string output = folder_.File(log);
-    const pid_t process = fork();
-    if (process == 0) {
-        setpgid(0, 0);
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        FILE* const opened = std::freopen(output.c_str(), "a", stderr);
-        if (opened == nullptr || dup2(STDERR_FILENO, STDOUT_FILENO) < 0 ||
-            chdir(folder_.Path().c_str()) != 0) {
-            _exit(1);
-        }
-        std::vector<char*> pointers;
-        for (std::string& word : words) {
-            pointers.push_back(word.data());
-        }
-        pointers.push_back(nullptr);
-        execv(pointers[0], pointers.data());
-        _exit(1);
-    }
-    setpgid(process, process);
-    return process;
 }
 
 void HostsSite::Until(const std::string& what, const std::function<bool()>& is_so) {

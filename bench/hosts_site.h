@@ -5,15 +5,15 @@
 #ifndef PAGERFWD_BENCH_HOSTS_SITE_H
 #define PAGERFWD_BENCH_HOSTS_SITE_H
 
-#include <sys/types.h>
-
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "bench/folder.h"
 #include "tests/support/own_postgres.h"
+#include "tests/unit/host/started_program.h"
 
 namespace bench {
 
@@ -26,9 +26,6 @@ class HostsSite {
  public:
     // Nodes of these names, with as many lines each, "north 1" and so on.
     HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines);
-    ~HostsSite();
-    HostsSite(const HostsSite&) = delete;
-    HostsSite& operator=(const HostsSite&) = delete;
 
     const std::string& Database() const { return database_; }
     std::string Ask(const std::string& sql) const;
@@ -36,20 +33,19 @@ class HostsSite {
     // database: its name as this node is to have it; empty: as it is. Until its lines are served.
     void Start(const std::string& node, const std::string& database = "");
     // With its lines.
-    void Kill(const std::string& node);
+    void Kill(const std::string& node) { running_.erase(node); }
 
     static void Until(const std::string& what, const std::function<bool()>& is_so);
 
  private:
-    pid_t StartProgram(std::vector<std::string> words, const std::string& log) const;
     void Import(const std::vector<std::string>& nodes) const;
 
     const Folder folder_;
     const HostPrograms programs_;
     const int lines_;
     const std::string database_ = test_support::TheServer().MakeDatabase();
-    std::map<std::string, pid_t> running_;
-    pid_t exchange_ = -1;
+    std::unique_ptr<StartedProgram> exchange_;
+    std::map<std::string, StartedProgram> running_;
 };
 
 }  // namespace bench

@@ -1,15 +1,12 @@
-// What it costs to take alarms over HTTP, beside what the database itself takes for as many; and
-// how long `alarm raise` keeps whoever calls it.
+// What it costs to take alarms over HTTP, beside what the database itself takes for as many; how
+// long `alarm raise` keeps whoever calls it; and what pages have of an attack.
 //   bench_web PAGERFWD [DATABASE]   the program; a database of PostgreSQL, or none for one of
 //   SQLite
 #include <sys/socket.h>
-#include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -20,9 +17,11 @@
 #include <thread>
 #include <vector>
 
-#include "host/files/descriptor.h"
+#include "bench/web_client.h"
 #include "host/store/connection.h"
 #include "host/store/tables/alarm_log.h"
+#include "tests/unit/host/child_process.h"
+#include "tests/unit/host/started_program.h"
 
 namespace {
 
@@ -31,57 +30,17 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr std::chrono::seconds kRun{5};
 
-// Runs the program; its output goes to a file of this name.
-pid_t Start(const std::vector<std::string>& command, const char* output) {
-    std::fflush(nullptr);  // or the child would write it again
-    const pid_t process = fork();
-    if (process == 0) {
-        if (std::freopen(output, "w", stdout) == nullptr ||
-            dup2(STDOUT_FILENO, STDERR_FILENO) < 0) {
-            _exit(127);
-        }
-        std::vector<char*> arguments;
-        for (const std::string& argument : command) {
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        }
-        arguments.push_back(nullptr);
-        execv(arguments[0], arguments.data());
-        _exit(127);
+void Run(const std::vector<std::string>& command) {
+    const ProgramRun run = RunProgram(command);
+    if (run.exit_code != 0) {
+        throw std::runtime_error("failed: " + command[1] + ": " + run.err);
     }
-    return process;
-}
-
-void Run(const std::vector<std::string>& command, const char* output) {
-    int status = 0;
-    waitpid(Start(command, output), &status, 0);
-    if (status != 0) {
-        throw std::runtime_error("failed: " + command[1]);
-    }
-}
-
-std::string FirstLine(const char* path) {
-    char line[256] = "";
-    std::FILE* const file = std::fopen(path, "r");
-    const bool read = file != nullptr && std::fgets(line, sizeof line, file) != nullptr;
-    if (file != nullptr) {
-        std::fclose(file);
-    }
-    return read ? std::string(line, std::strcspn(line, "\n")) : "";
 }
 
 // A connection that is kept, and posts one alarm after the other.
 class Poster {
  public:
-    explicit Poster(std::string token)
-        : token_(std::move(token)), socket_(socket(AF_UNIX, SOCK_STREAM, 0)) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strcpy(&address.sun_path[0], "web.sock");
-        if (connect(socket_.Number(), reinterpret_cast<const sockaddr*>(&address),
-                    sizeof address) != 0) {
-            throw std::runtime_error("nobody listens");
-        }
-    }
+    explicit Poster(std::string token) : token_(std::move(token)), socket_(bench::ConnectToWeb()) {}
 
     void Post() const {
         const std::string body = R"({"text": "No water", "group": "plant/17"})";
@@ -105,6 +64,7 @@ class Poster {
 double BareInsertsASecond(const std::string& database) {
     std::vector<int> counts(2);
     std::vector<std::thread> threads;
+    threads.reserve(counts.size());
     for (int& count : counts) {
         threads.emplace_back([&count, &database] {
             host::Connection connection(database);
@@ -123,6 +83,7 @@ double BareInsertsASecond(const std::string& database) {
 double PostsASecond(const std::string& token, size_t clients) {
     std::vector<int> counts(clients);
     std::vector<std::thread> threads;
+    threads.reserve(clients);
     for (int& count : counts) {
         threads.emplace_back([&count, &token] {
             const Poster poster(token);
@@ -156,6 +117,7 @@ std::vector<double> Latencies(const std::string& token, int a_second) {
     std::mutex mutex;
     std::vector<double> all;
     std::vector<std::thread> threads;
+    threads.reserve(kClients);
     for (int client = 0; client < kClients; ++client) {
         threads.emplace_back([&, client] {
             const Poster poster(token);
@@ -180,7 +142,7 @@ std::vector<double> RaiseTimes(const std::vector<std::string>& command) {
     std::vector<double> all;
     for (int i = 0; i < 50; ++i) {
         const Clock::time_point begin = Clock::now();
-        Run(command, "raise.out");
+        Run(command);
         all.push_back(Milliseconds(Clock::now() - begin).count());
     }
     return all;
@@ -188,16 +150,17 @@ std::vector<double> RaiseTimes(const std::vector<std::string>& command) {
 
 void Measure(const std::string& program, const std::string& database) {
     setenv("PAGERFWD_DATABASE", database.c_str(), 1);
-    Run({program, "init"}, "init.out");
-    Run({program, "token", "add", "bench", "--may", "raise"}, "token.out");
-    std::string token = FirstLine("token.out");
+    Run({program, "init"});
+    const std::string said = RunProgram({program, "token", "add", "bench", "--may", "raise"}).out;
+    const std::string token = said.substr(0, said.find('\n'));
     if (token.compare(0, 9, "pagerfwd_") != 0) {
         throw std::runtime_error("no token: " + token);
     }
-    const pid_t web = Start({program, "web", "--listen", "unix:web.sock"}, "web.out");
+    const StartedProgram web({program, "web", "--listen", "unix:web.sock"}, "web.out");
     while (!std::filesystem::exists("web.sock")) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+    bench::ComparePages(program);
     const double bare = BareInsertsASecond(database);
     const double posted = PostsASecond(token, 8);
     std::printf("%-44s %8.0f a second\n", "alarms inserted, each committed", bare);
@@ -206,8 +169,6 @@ void Measure(const std::string& program, const std::string& database) {
     Show("an answer at 100 alarms a second", Latencies(token, 100));
     Show("alarm raise", RaiseTimes({program, "alarm", "raise", "No water"}));
     Show("alarm raise --spool", RaiseTimes({program, "alarm", "raise", "--spool", "No water"}));
-    kill(web, SIGTERM);
-    waitpid(web, nullptr, 0);
 }
 
 }  // namespace

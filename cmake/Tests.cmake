@@ -18,8 +18,9 @@ target_precompile_headers(pagerfwd_test_headers PRIVATE <gmock/gmock.h> <gtest/g
 # under a sanitizer, which finds nothing else there.
 # REAL: neither simulated lines nor virtual clock, for tests with a server that knows none.
 # LONG: begun before the others, so that none is left alone at the end.
+# PARTS: so many runs side by side, each of a part of its tests: it takes longer than all others.
 function(pagerfwd_test name)
-    cmake_parse_arguments(ARG "ALONE;SUMMER;REAL;LONG" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE;SUMMER;REAL;LONG" "PARTS" "SOURCES;LINKS" ${ARGN})
     set(simulation -Wl,--no-as-needed pagersim_preload -Wl,--as-needed)
     if(ARG_REAL)
         set(simulation)
@@ -31,14 +32,30 @@ function(pagerfwd_test name)
     target_precompile_headers(${name} REUSE_FROM pagerfwd_test_headers)
     set_target_properties(${name} PROPERTIES UNITY_BUILD ${PAGERFWD_UNITY})
     # The program whole, not each of its tests: most of them take less time than its start.
-    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 1800 RUN_SERIAL ${ARG_ALONE})
+    set(runs ${name})
+    if(ARG_PARTS)
+        set(runs)
+        foreach(part RANGE 1 ${ARG_PARTS})
+            math(EXPR index "${part} - 1")
+            pagerfwd_test_run(${name}_${part} ${name} GTEST_TOTAL_SHARDS=${ARG_PARTS}
+                              GTEST_SHARD_INDEX=${index})
+            list(APPEND runs ${name}_${part})
+        endforeach()
+    else()
+        pagerfwd_test_run(${name} ${name})
+    endif()
+    set_tests_properties(${runs} PROPERTIES RUN_SERIAL ${ARG_ALONE})
     if(ARG_LONG)
-        set_tests_properties(${name} PROPERTIES COST 100)
+        set_tests_properties(${runs} PROPERTIES COST 100)
     endif()
     if(ARG_SUMMER AND NOT PAGERFWD_SANITIZE)
-        add_test(NAME ${name}_in_summer_zone COMMAND ${name} --gtest_brief=1)
-        set_tests_properties(${name}_in_summer_zone PROPERTIES TIMEOUT 1800
-                             ENVIRONMENT "PAGERFWD_TEST_ZONE=GMT0BST,M3.5.0/1,M10.5.0")
+        pagerfwd_test_run(${name}_in_summer_zone ${name}
+                          PAGERFWD_TEST_ZONE=GMT0BST,M3.5.0/1,M10.5.0)
     endif()
+endfunction()
+
+# A run of a test program; what follows is of its environment.
+function(pagerfwd_test_run run program)
+    add_test(NAME ${run} COMMAND ${program} --gtest_brief=1)
+    set_tests_properties(${run} PROPERTIES TIMEOUT 1800 ENVIRONMENT "${ARGN}")
 endfunction()

@@ -28,6 +28,30 @@ build() {
     say "built $preset"
 }
 
+# Runs the tests of a preset that is built; options: of ctest. They wait for disks and for processes of
+# theirs more than they work: more of them at once than there are cores.
+run_tests() {
+    (
+        cd "$root"
+        leave_in_memory
+        ctest --preset "$1" -j "$((2 * jobs))" --progress "${@:2}"
+    )
+}
+
+# From here on, what tests leave: none needs that a disk keeps anything.
+leave_in_memory() {
+    if [ -z "${TMPDIR:-}" ] && has_room /dev/shm; then
+        export TMPDIR=/dev/shm
+    fi
+}
+
+# For all that tests leave for a while; they run programs there, too.
+has_room() {
+    local kib
+    kib=$(df --output=avail -k "$1" 2>/dev/null | tail -n 1) || return 1
+    ((kib >= 2 * 1024 * 1024)) && [[ $(findmnt -no OPTIONS --target "$1") != *noexec* ]]
+}
+
 # "[12/230]" of the build tool.
 show_progress() {
     local step

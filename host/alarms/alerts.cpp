@@ -1,4 +1,4 @@
-// Alerts. Tested by tests/unit/host/web_api_test.cpp.
+// Alerts. Tested by tests/unit/host/web_alertmanager_test.cpp.
 #include "host/alarms/alerts.h"
 
 namespace host {

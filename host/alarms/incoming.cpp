@@ -56,6 +56,11 @@ NewAlarm Checked(const IncomingAlarm& alarm, Encoding encoding) {
     return checked;
 }
 
+void CheckComment(const std::string& by, const std::string& comment) {
+    CheckName("by", by, kLongestComment);
+    RefuseLonger("comment", comment, kLongestComment);
+}
+
 AlarmKey CheckedKey(const std::string& source, const std::string& key) {
     CheckName("source", source, kLongestSource);
     CheckName("key", key, kLongestKey);

@@ -36,10 +36,14 @@ class BadField : public std::runtime_error {
 inline constexpr size_t kLongestText = 128 * 1024;  // a group and a server, too
 inline constexpr size_t kLongestSource = 128;
 inline constexpr size_t kLongestKey = 512;
+inline constexpr size_t kLongestComment = 1000;  // the name of who makes it, too
 
 // As the tables have it: in the nearest letters of the encoding, see EncodeNearest. Throws BadField
 // where the text is empty, the severity is none, or something is too long.
 NewAlarm Checked(const IncomingAlarm& alarm, Encoding encoding);
+
+// Throws BadField where what somebody says to an alarm is too long, or the name that he gives.
+void CheckComment(const std::string& by, const std::string& comment);
 
 // Throws BadField where the key is empty or either is too long or has control characters.
 AlarmKey CheckedKey(const std::string& source, const std::string& key);

@@ -38,6 +38,7 @@ struct ToEnd {
 };
 
 Doer DoerOf(const Chosen& chosen) {
+    CheckComment(chosen.by, chosen.comment);
     return {chosen.by.empty() ? UserName() : chosen.by, std::time(nullptr), chosen.comment};
 }
 
@@ -181,7 +182,9 @@ void AddAlarmAck(CLI::App& alarm, Program& program) {
         "  pagerfwd alarm ack 978944400\n"
         "  pagerfwd alarm ack --group \"plant/*\" --by maria --comment \"on my way\"\n");
     command->callback([chosen, &program] {
-        program.command = [chosen, &program] { return Ack(program, *chosen); };
+        program.command = [chosen, &program] {
+            return WithBadInputSaid([&] { return Ack(program, *chosen); });
+        };
     });
 }
 

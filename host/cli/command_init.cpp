@@ -9,6 +9,7 @@
 #include "host/store/database_name.h"
 #include "host/store/rights.h"
 #include "host/store/schema.h"
+#include "host/store/tables/nodes.h"
 #include "host/text/printable.h"
 
 namespace host {
@@ -20,6 +21,9 @@ const char* Describe(Made made) {
             return "made, without any ports or pagers yet; add them with: pagerfwd import";
         case Made::kNewerParts:
             return "brought up to date";
+        case Made::kLater:
+            return "is brought up to date by the nodes as soon as none of an older pagerfwd runs; "
+                   "until then all work on it as it is. Still older: ";
         case Made::kNothing:
             break;
     }
@@ -29,7 +33,8 @@ const char* Describe(Made made) {
 // An engine goes on with the tables as it knows them.
 void RefuseWhileServed(Connection& connection, const std::string& database) {
     const LockFile lock = EngineLock(database);
-    if (IsOutdated(connection) && lock.IsTaken()) {
+    const bool may_wait = connection.Can().spans_hosts && !LacksTables(connection);
+    if (IsOutdated(connection) && !may_wait && lock.IsTaken()) {
         throw Failure(kCannot, ShownName(database) + ": an older pagerfwd serves it (" +
                                    lock.Holder() + "); end that, and bring it up to date then");
     }
@@ -43,8 +48,12 @@ ExitCode Init(const Program& program, bool print) {
     MakeRoomToOpen(program.database);
     Connection connection(program.database, Connection::Mode::kCreate);
     RefuseWhileServed(connection, program.database);
-    std::cout << Printable(ShownName(program.database)) << ": "
-              << Describe(CreateTables(connection)) << "\n";
+    const Made made = CreateTables(connection);
+    std::cout << Printable(ShownName(program.database)) << ": " << Describe(made)
+              << (made == Made::kLater
+                      ? Printable(Joined(NodesThatDontKnow(connection, NewestTables())))
+                      : "")
+              << "\n";
     return kDone;
 }
 

@@ -24,18 +24,15 @@ bool CanBeRead(Connection& connection, const Delivery& delivery) {
 }  // namespace
 
 void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
-    Pass pass{role, now, std::exchange(left_, {}), {}, {}};
+    const Pass pass{role, now, std::exchange(left_, {})};
     loads_.Read(connection);
-    if (!role.leads && !role.alone && !HaveRoom()) {
+    if (role.leads) {
+        CloseSettled(connection, pass);
+    } else if (!role.alone && !HaveRoom()) {
         return;
     }
-    size_t unreadable = 0;
-    const std::vector<Delivery> deliveries = OpenDeliveries(connection, &unreadable);
-    for (size_t number = 1; number <= unreadable; ++number) {
-        aside_.Add("open delivery " + std::to_string(number) + " that can't be read",
-                   SetAside::kTooLarge);
-    }
-    if (deliveries.empty()) {
+    std::vector<Waiting> first = FirstOfAll(connection, pass);
+    if (first.empty()) {
         return;
     }
     if (role.alone) {
@@ -43,18 +40,96 @@ void Dispatch::Run(Connection& connection, const Role& role, std::time_t now) {
     } else {
         others_.Read(connection, lines_, loads_);
     }
-    if (role.leads) {
-        pass.settled = SettledDeliveries(connection);
+    std::stable_sort(first.begin(), first.end(), [](const Waiting& one, const Waiting& other) {
+        return GoesBefore(one.delivery, other.delivery);
+    });
+    for (const Waiting& waiting : first) {
+        LookOrSetAside(connection, waiting, pass);
     }
-    for (const Delivery& delivery : deliveries) {
-        if (!delivery.line.empty() || delivery.unknown) {
+}
+
+// The next so many: an alarm may be acknowledged, or end, while its pages wait.
+void Dispatch::CloseSettled(Connection& connection, const Pass& pass) {
+    const std::vector<LookedAt> next =
+        LookWhetherSettled(connection, std::exchange(settled_up_to_, {}), kLookedAtInAPass);
+    for (const LookedAt& one : next) {
+        if (!one.settled && IsLibraryNumber(one.delivery.first)) {
             continue;
         }
-        try {
-            Look(connection, delivery, pass);
-        } catch (const RowTooLarge& error) {
-            aside_.Add(NameOf(delivery, encoding_), error.what());
+        for (const Delivery& delivery : DeliveriesOf(connection, one.delivery.first)) {
+            if (delivery.place == one.delivery.second) {
+                CloseOrSetAside(connection, delivery, pass);
+            }
         }
+    }
+    if (next.size() == static_cast<size_t>(kLookedAtInAPass)) {
+        settled_up_to_ = next.back().delivery;
+    }
+}
+
+// Of each pager those that its lines have room for. Those that can't be had now are left where they
+// are.
+std::vector<Dispatch::Waiting> Dispatch::FirstOfAll(Connection& connection, const Pass& pass) {
+    std::vector<Waiting> first;
+    for (const std::string& pager : PagersThatWait(connection)) {
+        try {
+            const std::vector<PagerRow> rows = FindPagers(connection, pager);
+            if (rows.size() != 1) {
+                CloseUnknown(connection, pager, pass);
+            } else {
+                AddFirst(connection, rows.front(), pass, first);
+            }
+        } catch (const RowTooLarge& error) {
+            SetAsideAll(connection, pager, error.what());
+        }
+    }
+    return first;
+}
+
+void Dispatch::AddFirst(Connection& connection, const PagerRow& pager, const Pass& pass,
+                        std::vector<Waiting>& first) {
+    if (LineFor(pager) == nullptr && pass.role.alone && LineOfSite(pager) == nullptr) {
+        TellThatNoneHas(pager);
+    }
+    if (const int64_t room = RoomFor(pager); room > 0) {
+        for (Delivery& delivery : FirstOf(connection, pager.description, room)) {
+            first.push_back({std::move(delivery), pager});
+        }
+    }
+}
+
+void Dispatch::SetAsideAll(Connection& connection, const std::string& pager, const char* why) {
+    for (const Delivery& delivery : FirstWaiting(connection, pager, kLookedAtInAPass)) {
+        aside_.Add(NameOf(delivery, encoding_), why);
+    }
+}
+
+// Some may turn out to need no line, or to be such that nobody can read their alarm.
+std::vector<Delivery> Dispatch::FirstOf(Connection& connection, const std::string& pager,
+                                        int64_t count) {
+    constexpr int64_t kSpare = 8;
+    return FirstWaiting(connection, pager, count + kSpare + static_cast<int64_t>(aside_.Count()));
+}
+
+void Dispatch::CloseUnknown(Connection& connection, const std::string& pager, const Pass& pass) {
+    for (const Delivery& delivery : FirstWaiting(connection, pager, kLookedAtInAPass)) {
+        CloseOrSetAside(connection, delivery, pass);
+    }
+}
+
+void Dispatch::CloseOrSetAside(Connection& connection, const Delivery& delivery, const Pass& pass) {
+    try {
+        CloseIfSettled(connection, delivery, pass);
+    } catch (const RowTooLarge& error) {
+        aside_.Add(NameOf(delivery, encoding_), error.what());
+    }
+}
+
+void Dispatch::LookOrSetAside(Connection& connection, const Waiting& waiting, const Pass& pass) {
+    try {
+        Look(connection, waiting, pass);
+    } catch (const RowTooLarge& error) {
+        aside_.Add(NameOf(waiting.delivery, encoding_), error.what());
     }
 }
 
@@ -66,6 +141,16 @@ bool Dispatch::HaveRoom() const {
         });
 }
 
+int64_t Dispatch::RoomFor(const PagerRow& pager) const {
+    int64_t room = 0;
+    for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
+        if (line->Line().Fits(pager) && line->IsServed()) {
+            room += std::max(0, kMostAhead - loads_.Of(line->Line().name).ahead);
+        }
+    }
+    return room;
+}
+
 bool Dispatch::IsDone(Connection& connection) const {
     const std::vector<Delivery> open = OpenDeliveries(connection);
     return std::all_of(open.begin(), open.end(), [&](const Delivery& delivery) {
@@ -74,33 +159,12 @@ bool Dispatch::IsDone(Connection& connection) const {
     });
 }
 
-// Thousands may wait: what one asks the tables for each is asked only where something is done.
-void Dispatch::Look(Connection& connection, const Delivery& delivery, Pass& pass) {
-    auto known = pass.pagers.find(delivery.pager);
-    if (known == pass.pagers.end()) {
-        known = pass.pagers.emplace(delivery.pager, FindPagers(connection, delivery.pager)).first;
+void Dispatch::Look(Connection& connection, const Waiting& waiting, const Pass& pass) {
+    ServedLine* const line = LineFor(waiting.pager);
+    if (line != nullptr && loads_.Of(line->Line().name).ahead < kMostAhead &&
+        !CloseIfSettled(connection, waiting.delivery, pass)) {
+        Give(connection, waiting.delivery, waiting.pager, *line, pass);
     }
-    const std::vector<PagerRow>& pagers = known->second;
-    const bool is_known = pagers.size() == 1;
-    if ((!is_known || MayNeedNoLine(delivery, pass)) &&
-        (CloseIfSettled(connection, delivery, pass) || !is_known)) {
-        return;
-    }
-    const PagerRow& pager = pagers.front();
-    ServedLine* const line = LineFor(pager);
-    if (line == nullptr) {
-        if (pass.role.alone && LineOfSite(pager) == nullptr) {
-            TellThatNoneHas(pager);
-        }
-    } else if (loads_.Of(line->Line().name).ahead < kMostAhead &&
-               !CloseIfSettled(connection, delivery, pass)) {
-        Give(connection, delivery, pager, *line, pass);
-    }
-}
-
-bool Dispatch::MayNeedNoLine(const Delivery& delivery, const Pass& pass) {
-    return !IsLibraryNumber(delivery.alarm) ||
-           pass.settled.count({delivery.alarm, delivery.place}) != 0;
 }
 
 // Whether it needs no line. Closed by who leads.
@@ -134,7 +198,7 @@ bool Dispatch::IsLeft(const Delivery& delivery, const PagerRow& pager, const Pas
     if (!others_.AnyIdleFor(pager)) {
         return false;
     }
-    const Page page{delivery.alarm, delivery.place};
+    const DeliveryKey page{delivery.alarm, delivery.place};
     const auto before = pass.left.find(page);
     const std::time_t since = before == pass.left.end() ? pass.now : before->second;
     if (HasCome(since + kLeftFor, pass.now, kLeftFor)) {

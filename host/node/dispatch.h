@@ -10,6 +10,10 @@
 // place here meanwhile, so that no milder one comes before it. A node that takes it not within a
 // few seconds is not waited for.
 //
+// However many wait, a pass reads of each pager the first few that its lines have room for; and of
+// all, the next thousand behind those of the pass before, to close those that need no line any
+// more.
+//
 // Threads    One.
 // Errors     StoreError. What was not given to a line stays open in the tables.
 #ifndef PAGERFWD_HOST_NODE_DISPATCH_H
@@ -48,8 +52,9 @@ class Dispatch {
     };
     // Gives open deliveries to lines, and closes those that need none.
     void Run(Connection& connection, const Role& role, std::time_t now);
-    // Whether it is to be run again soon though nothing changes: others have been left a page.
-    bool IsWaiting() const { return !left_.empty(); }
+    // Whether it is to be run again soon though nothing changes: others have been left a page, or
+    // not all that wait have been looked at since something changed.
+    bool IsWaiting() const { return !left_.empty() || !settled_up_to_.first.empty(); }
 
     // Whether none is open but what was set aside.
     bool IsDone(Connection& connection) const;
@@ -62,23 +67,34 @@ class Dispatch {
 
     // Not yet tried pages that a line has at most: one on the line, one next.
     static constexpr int kMostAhead = 2;
+    // Of those that wait, how many are looked at in a pass whether they need a line still.
+    static constexpr int64_t kLookedAtInAPass = 1000;
     // So long a page is left to others, in seconds: they look for it once a second.
     static constexpr std::time_t kLeftFor = 3;
 
  private:
-    using Page = std::pair<std::string, int64_t>;  // the alarm, and the place within it
-
     struct Pass {
         const Role& role;
         std::time_t now;
-        std::map<Page, std::time_t> left;  // to others, until now
-        std::set<Page> settled;            // that may need no line, for who leads
-        std::map<std::string, std::vector<PagerRow>> pagers;  // as far as they were asked for
+        std::map<DeliveryKey, std::time_t> left;  // to others, until now
+    };
+    struct Waiting {
+        Delivery delivery;
+        PagerRow pager;
     };
 
     bool HaveRoom() const;
-    void Look(Connection& connection, const Delivery& delivery, Pass& pass);
-    static bool MayNeedNoLine(const Delivery& delivery, const Pass& pass);
+    int64_t RoomFor(const PagerRow& pager) const;
+    void CloseSettled(Connection& connection, const Pass& pass);
+    std::vector<Waiting> FirstOfAll(Connection& connection, const Pass& pass);
+    void AddFirst(Connection& connection, const PagerRow& pager, const Pass& pass,
+                  std::vector<Waiting>& first);
+    void SetAsideAll(Connection& connection, const std::string& pager, const char* why);
+    void CloseUnknown(Connection& connection, const std::string& pager, const Pass& pass);
+    std::vector<Delivery> FirstOf(Connection& connection, const std::string& pager, int64_t count);
+    void CloseOrSetAside(Connection& connection, const Delivery& delivery, const Pass& pass);
+    void LookOrSetAside(Connection& connection, const Waiting& waiting, const Pass& pass);
+    void Look(Connection& connection, const Waiting& waiting, const Pass& pass);
     void Give(Connection& connection, const Delivery& delivery, const PagerRow& pager,
               ServedLine& line, const Pass& pass);
     std::optional<int32_t> AnswerWithoutLine(Connection& connection, const Delivery& delivery,
@@ -93,8 +109,9 @@ class Dispatch {
     SetAside aside_;
     LineLoads loads_;
     OtherLines others_;
-    std::map<Page, std::time_t> left_;    // to others, and since when
-    std::set<std::string> without_line_;  // pagers of which that has been said
+    DeliveryKey settled_up_to_;                // the last that was looked at; empty: all were
+    std::map<DeliveryKey, std::time_t> left_;  // to others, and since when
+    std::set<std::string> without_line_;       // pagers of which that has been said
 };
 
 }  // namespace host

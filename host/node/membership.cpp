@@ -13,6 +13,7 @@
 #include "host/pages/takeover.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
+#include "host/store/schema.h"
 
 namespace host {
 namespace {
@@ -73,12 +74,14 @@ std::chrono::seconds Membership::LeaseIn(Connection& connection) const {
 bool Membership::Join(Connection& connection,
                       const std::function<bool(std::chrono::milliseconds)>& wait) {
     const std::string name = NameIn(connection);
+    is_outdated_ = IsOutdated(connection);
     if (!connection.Can().spans_hosts) {
         if (NodesOfSite(connection).size() > 1) {
             throw NoSuchNode(connection.Name() +
                              ": a site of several nodes needs a database on a server; this is a "
                              "file, which only programs of one host can have open");
         }
+        BringUpToDate(connection);
         return true;
     }
     name_ = name;
@@ -109,8 +112,10 @@ void Membership::Look(Connection& connection) {
     }
     others_live_ = false;
     bool somebody_leads = false;
+    bool all_know_newest = true;
     for (const NodeState& node : ReadNodes(connection)) {
         somebody_leads = somebody_leads || node.leads;
+        all_know_newest = all_know_newest && (node.holder.empty() || node.speaks >= NewestTables());
         if (node.node == name_) {
             leads_ = node.leads;
             drained_ = node.drained;
@@ -124,6 +129,32 @@ void Membership::Look(Connection& connection) {
     if (!somebody_leads && TakeLead(connection, lease_->Term())) {
         leads_ = true;
         log_.Info("this node takes alarms up and tells the site's notices from now on");
+    }
+    if (leads_ && all_know_newest) {
+        BringUpToDate(connection);
+    }
+}
+
+// When the last node has gone that doesn't know the newer tables. Where the server lets no node
+// change them, an administrator does.
+void Membership::BringUpToDate(Connection& connection) {
+    if (!std::exchange(is_outdated_, false)) {
+        return;
+    }
+    try {
+        const Made made = CreateTables(connection);
+        is_outdated_ = made == Made::kLater;
+        if (made == Made::kNewerParts) {
+            log_.Info("the database is brought up to date: no node of an older pagerfwd is left");
+        }
+    } catch (const StoreAway&) {
+        is_outdated_ = true;
+        throw;
+    } catch (const NotOurs&) {
+        throw;
+    } catch (const StoreError& failure) {
+        log_.Warning("the database can be brought up to date now, by: pagerfwd init (" +
+                     std::string(failure.what()) + ")");
     }
 }
 

@@ -78,6 +78,7 @@ class Membership {
     std::string NameIn(Connection& connection) const;
     std::chrono::seconds LeaseIn(Connection& connection) const;
     void TakeOverFrom(Connection& connection, const NodeState& node);
+    void BringUpToDate(Connection& connection);
     std::string Shown(const std::string& name) const;
 
     const std::string database_;
@@ -90,6 +91,7 @@ class Membership {
     bool leads_ = true;
     bool drained_ = false;
     bool others_live_ = false;
+    bool is_outdated_ = false;  // the database: its tables may be brought up to date
 };
 
 }  // namespace host

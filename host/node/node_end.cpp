@@ -60,9 +60,8 @@ void Node::EndLines() {
 void Node::TellLastThings() {
     try {
         LookAtSends(std::time(nullptr));
-        ends_.Look();
         ends_.Mark();
-        if (ends_.Look()) {
+        if (ends_.LookAtAll()) {
             member_.NoteTold(lease_.Database(), ends_.Seen());
         }
         figures_.ShowNow(ends_);

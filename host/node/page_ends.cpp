@@ -12,6 +12,9 @@
 namespace host {
 namespace {
 
+// Of however many that end at once: the pages that wait for a line wait for this, too.
+constexpr int64_t kMostAtOnce = 500;
+
 std::vector<Alarm> AcknowledgedAlarms(Connection& connection) {
     std::vector<Alarm> acknowledged;
     for (Alarm& alarm : LastAlarms(connection, kFollowedAlarms)) {
@@ -52,6 +55,14 @@ bool PageEnds::Look() {
     return LookAtPages();
 }
 
+bool PageEnds::LookAtAll() {
+    bool told = false;
+    do {
+        told = Look() || told;
+    } while (HaveMark());
+    return told;
+}
+
 // Others acknowledge: the database's version tells whether there is anything to look for.
 void PageEnds::LookAtAcknowledgements() {
     const int64_t version = connection_.Version();
@@ -79,8 +90,9 @@ bool PageEnds::LookAtPages() {
     if (marked_ <= seen_) {
         return false;
     }
-    const std::vector<PageStory> pages = PagesEndedBetween(connection_, seen_, marked_);
-    seen_ = marked_;
+    const int64_t until = BehindEnds(connection_, seen_, marked_, kMostAtOnce);
+    const std::vector<PageStory> pages = PagesEndedBetween(connection_, seen_, until);
+    seen_ = until;
     for (const PageStory& page : pages) {
         Tell(page);
     }

@@ -32,8 +32,9 @@ class PageEnds {
     // Remembers what there is now. What has ended by then is told by the look behind: between the
     // two, lines record their sendings, which tell how far the pages came.
     void Mark();
-    // Returns whether it has told anything.
+    // At so many at once, of however many have ended. Returns whether it has told anything.
     bool Look();
+    bool LookAtAll();
     // What has ended by now is told by another.
     void Skip();
     // ... who has told it up to this row of the history, and is gone; 0: nobody ever did.

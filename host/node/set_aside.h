@@ -19,6 +19,7 @@ class SetAside {
         }
     }
     bool Has(const std::string& what) const { return rows_.count(what) != 0; }
+    size_t Count() const { return rows_.size(); }
 
     static constexpr const char* kTooLarge = "it has a text of more than 1 MiB";
 

@@ -112,7 +112,7 @@ std::vector<PageStory> EndedPages(Connection& connection, int64_t count) {
 
 std::vector<PageStory> PagesEndedBetween(Connection& connection, int64_t first, int64_t last) {
     std::vector<PageStory> ended;
-    for (PageStory& story : StoriesOf(connection, PagesChangedBetween(connection, first, last))) {
+    for (PageStory& story : StoriesOf(connection, PagesThatMayHaveEnded(connection, first, last))) {
         if (story.end != PageEnd::kPending && story.ended_by > first && story.ended_by <= last) {
             ended.push_back(std::move(story));
         }

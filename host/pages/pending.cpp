@@ -86,11 +86,14 @@ PendingFound FindPending(Connection& connection, const PendingWanted& wanted) {
             continue;
         }
         ++found.all;
-        if (PlaceOf(owed) <= after) {
+        const Place place = PlaceOf(owed);
+        if (place <= after) {
             continue;
         }
-        if (found.pages.size() < wanted.count) {
-            last = PlaceOf(owed);
+        const bool belongs =
+            wanted.whole_alarms && !found.pages.empty() && std::get<0>(place) == std::get<0>(last);
+        if (found.pages.size() < wanted.count || belongs) {
+            last = place;
             found.pages.push_back(PendingPage(connection, owed));
         } else if (found.next.empty()) {
             found.next = Written(last);

@@ -24,6 +24,7 @@ struct PendingWanted {
     std::time_t until = 0;                                // ... then or before; 0: whenever
     std::string after;                                    // where to go on; empty: at the first
     size_t count = 0;                                     // at most
+    bool whole_alarms = false;  // all of an alarm's with its first, be they more
 };
 
 struct PendingFound {
@@ -32,7 +33,8 @@ struct PendingFound {
     std::string next;  // where to go on; empty: there are no more
 };
 
-// In the order of PendingPages. Where to go on stays good when pages end meanwhile.
+// In the order of PendingPages. after may also be the number of an alarm: at its first. Where to go
+// on stays good when pages end meanwhile.
 PendingFound FindPending(Connection& connection, const PendingWanted& wanted);
 
 }  // namespace host

@@ -3,31 +3,21 @@
 
 #include <algorithm>
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/post.hpp>
 #include <boost/asio/read_until.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <boost/asio/write.hpp>
-#include <boost/beast/core/basic_stream.hpp>
-#include <set>
 #include <utility>
 
-#include "host/net/acceptor.h"
-#include "host/net/rate.h"
+#include "host/net/server_frame.h"
 
 namespace host {
 namespace {
 
 namespace asio = boost::asio;
-namespace beast = boost::beast;
 using Error = boost::system::error_code;
-using Protocol = Acceptor::Protocol;
-using Stream = beast::basic_stream<Protocol>;
+using Stream = ServerFrame::Stream;
 using Clock = std::chrono::steady_clock;
 
 constexpr size_t kLongestLine = 8 * 1024;
-constexpr size_t kHandlers = 2;
 
 std::string Closing(const char* why) {
     return std::string(kSnppClosing) + why + "\r\n";
@@ -35,89 +25,65 @@ std::string Closing(const char* why) {
 
 }  // namespace
 
+// What all sessions share.
 class SnppServer::Impl {
  public:
     Impl(std::vector<Descriptor> listeners, Greeter greeter, const SnppLimits& limits)
         : greeter_(std::move(greeter)),
           limits_(limits),
-          rate_(limits.burst, limits.every),
-          acceptor_(io_, std::move(listeners),
-                    [this](Protocol::socket socket, const std::string& source) {
-                        Begin(std::move(socket), source);
-                    }) {}
+          frame_(std::move(listeners), limits.sessions, RateLimit(limits.burst, limits.every),
+                 [this](Stream stream, const std::string& source) {
+                     Begin(std::move(stream), source);
+                 }) {}
 
-    void Run() {
-        acceptor_.Start();
-        io_.run();
-        handlers_.join();
-    }
-
-    void Stop() {
-        asio::post(io_, [this] { End(); });
-    }
+    void Run() { frame_.Run(); }
+    void Stop() { frame_.Stop(); }
 
  private:
     class Session;
 
-    void Begin(Protocol::socket socket, const std::string& source);
-    void End();
+    void Begin(Stream stream, const std::string& source);
 
     const Greeter greeter_;
     const SnppLimits limits_;
-    std::set<Session*> sessions_;  // outlives what io_ still holds of them
-    asio::io_context io_{1};
-    asio::thread_pool handlers_{kHandlers};
-    RateLimit rate_;  // by the thread that runs, as all that follows
-    Acceptor acceptor_;
-    bool ending_ = false;
+    ServerFrame frame_;  // ends first: its sessions use the rest
 };
 
 // A connection: a line, what is answered to it, the next line.
-class SnppServer::Impl::Session : public std::enable_shared_from_this<Session> {
+class SnppServer::Impl::Session : public ServerSession {
  public:
-    Session(Impl& server, Stream stream, std::string source)
-        : server_(server),
-          stream_(std::move(stream)),
-          source_(std::move(source)),
-          dialogue_(server.greeter_(source_)),
-          until_(Clock::now() + server.limits_.session) {
-        server_.sessions_.insert(this);
-    }
-    ~Session() { server_.sessions_.erase(this); }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    Session(Impl& server, Stream stream, const std::string& source)
+        : ServerSession(server.frame_, std::move(stream), source),
+          server_(server),
+          dialogue_(server.greeter_(source)),
+          until_(Clock::now() + server.limits_.session) {}
 
     void Write(SnppAnswer answer) {
         answer_ = std::move(answer);
         Limit();
         asio::async_write(stream_, asio::buffer(answer_.text),
-                          [self = shared_from_this()](const Error& error, size_t) {
-                              if (!error && !self->answer_.ends) {
-                                  self->GoOn();
+                          [self = shared_from_this(), this](const Error& error, size_t) {
+                              if (!error && !answer_.ends) {
+                                  GoOn();
                               }
                           });
-    }
-
-    void EndIfIdle() {
-        if (idle_) {
-            stream_.close();
-        }
     }
 
  private:
     void Limit() { stream_.expires_at(std::min(Clock::now() + server_.limits_.line, until_)); }
 
     void GoOn() {
-        if (server_.ending_) {
+        if (frame_.IsEnding()) {
             return Write({Closing("the server ends"), true});
         }
         idle_ = true;
         Limit();
-        asio::async_read_until(stream_, asio::dynamic_buffer(received_, kLongestLine), '\n',
-                               [self = shared_from_this()](const Error& error, size_t length) {
-                                   self->idle_ = false;
-                                   error ? self->Fail(error) : self->Take(length);
-                               });
+        asio::async_read_until(
+            stream_, asio::dynamic_buffer(received_, kLongestLine), '\n',
+            [self = shared_from_this(), this](const Error& error, size_t length) {
+                idle_ = false;
+                error ? Fail(error) : Take(length);
+            });
     }
 
     void Fail(const Error& error) {
@@ -131,49 +97,30 @@ class SnppServer::Impl::Session : public std::enable_shared_from_this<Session> {
         received_.erase(0, length);
         line.erase(line.size() >= 2 && line[line.size() - 2] == '\r' ? line.size() - 2
                                                                      : line.size() - 1);
-        if (!server_.rate_.Take(source_, RateLimit::Clock::now())) {
+        if (!frame_.MayAsk(source_)) {
             return Write({Closing("too many lines from this source"), true});
         }
         Answer(std::move(line));
     }
 
     void Answer(std::string line) {
-        stream_.expires_never();
-        asio::post(server_.handlers_, [self = shared_from_this(), line = std::move(line),
-                                       work = asio::make_work_guard(server_.io_)]() mutable {
-            SnppAnswer answer = self->dialogue_.Hear(line);
-            asio::io_context& io = self->server_.io_;
-            // Moved, so that the session ends in the thread that knows all of them.
-            asio::post(io, [self = std::move(self), answer = std::move(answer)]() mutable {
-                answer.text.empty() ? self->GoOn() : self->Write(std::move(answer));
-            });
-        });
+        Work(
+            [this, line = std::move(line)] { return dialogue_.Hear(line); },
+            [this](SnppAnswer answer) { answer.text.empty() ? GoOn() : Write(std::move(answer)); });
     }
 
     Impl& server_;
-    Stream stream_;
-    const std::string source_;
     SnppDialogue dialogue_;
     const Clock::time_point until_;
     std::string received_;
     SnppAnswer answer_;
-    bool idle_ = false;
 };
 
-void SnppServer::Impl::Begin(Protocol::socket socket, const std::string& source) {
-    const bool full = sessions_.size() >= limits_.sessions;
-    const auto session = std::make_shared<Session>(*this, Stream(std::move(socket)), source);
+void SnppServer::Impl::Begin(Stream stream, const std::string& source) {
+    const bool full = frame_.IsFull();
+    const auto session = std::make_shared<Session>(*this, std::move(stream), source);
     session->Write(full ? SnppAnswer{Closing("too many sessions"), true}
                         : SnppAnswer{kSnppGreeting});
-}
-
-void SnppServer::Impl::End() {
-    ending_ = true;
-    acceptor_.Stop();
-    const std::set<Session*> sessions = sessions_;
-    for (Session* const session : sessions) {
-        session->EndIfIdle();
-    }
 }
 
 SnppServer::SnppServer(std::vector<Descriptor> listeners, Greeter greeter, const SnppLimits& limits)

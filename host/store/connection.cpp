@@ -14,6 +14,11 @@ namespace {
 // text each time would fill the memory.
 constexpr size_t kMostKept = 64;
 
+std::string WordsFor(const Tenure& tenure) {
+    return "pagerfwd, term " + std::to_string(tenure.term) + " of " + tenure.node +
+           (tenure.line.empty() ? "" : ", line " + tenure.line);
+}
+
 }  // namespace
 
 Connection::Connection(const std::string& path, Mode mode)
@@ -73,6 +78,11 @@ void Connection::Execute(const std::string& sql) {
     if (record_ != nullptr) {
         record_->push_back({sql, {}});
     }
+}
+
+void Connection::WriteAs(Tenure tenure) {
+    driver_->SayWhose(WordsFor(tenure));
+    tenure_ = std::move(tenure);
 }
 
 void Connection::LeaveLog() {

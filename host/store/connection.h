@@ -120,8 +120,8 @@ class Connection {
 
     // From now on each transaction begins with the proof that the tenure holds, and throws NotOurs
     // where it doesn't: whoever ends it writes, too, and so can't do so before the transaction
-    // ends.
-    void WriteAs(Tenure tenure) { tenure_ = std::move(tenure); }
+    // ends. A server shows its sessions by this: "pagerfwd, term 3 of north, line north 1".
+    void WriteAs(Tenure tenure);
 
     bool HasTenure() const { return tenure_.has_value(); }
 

@@ -79,6 +79,8 @@ class Driver {
 
     // What only some have; the others do nothing.
     virtual bool IsAtRest() const { return false; }
+    // For who looks at the server's sessions: whose this one is.
+    virtual void SayWhose(const std::string& /*words*/) {}
     virtual void LeaveLog() {}
     virtual void WriteAtCommit() {}
     virtual void AllowAnyLength(bool /*allow*/) {}

@@ -12,6 +12,7 @@ const std::vector<std::string> kOfAlarm = {"alarmlogID", "pagerstate", "timestam
 // Of the history, the texts that come from an event.
 const std::vector<std::string> kOfChange = {"alarm", "alarm_group", "pager", "state",
                                             "tries", "line",        "note"};
+const std::vector<std::string> kOfDelivery = {"alarm", "alarm_group", "pager", "line"};
 
 std::string IsLarge(const std::string& column) {
     return "length(CAST(" + Quoted(column) + " AS BLOB)) > " + std::to_string(kLongestCell);
@@ -77,6 +78,14 @@ void EmptyEvents(Connection& connection, std::vector<std::string>& names) {
     }
 }
 
+// Of a delivery, too, what it is found by: the alarm's other pages are left to it.
+void DropDeliveries(Connection& connection, std::vector<std::string>& names) {
+    Statement(connection, "DELETE FROM Host_Deliveries WHERE " + AnyIsLarge(kOfDelivery)).Run();
+    if (connection.Changes() > 0) {
+        names.push_back(std::to_string(connection.Changes()) + " row(s) of Host_Deliveries");
+    }
+}
+
 // A temporary view goes before the table whose name it has.
 void Cover(Connection& connection, const std::string& table) {
     std::string cells;
@@ -110,6 +119,7 @@ std::vector<std::string> EmptyLargeCells(Connection& connection) {
     WriteTransaction transaction(connection);
     Empty(connection, kAlarmLog, kOfAlarm, "pagerstate", "'3'", names);
     EmptyEvents(connection, names);
+    DropDeliveries(connection, names);
     Statement(connection, "DELETE FROM Host_History WHERE " + AnyIsLarge(kOfChange)).Run();
     transaction.Commit();
     return names;

@@ -75,6 +75,7 @@ class PostgresDriver final : public Driver {
     int32_t Changes() const override { return changes_; }
     int64_t TotalChanges() const override { return total_changes_; }
     void AllowAnyLength(bool allow) override { any_length_ = allow; }
+    void SayWhose(const std::string& words) override { session_.SayWhose(words); }
 
     // --- For its statements.
 

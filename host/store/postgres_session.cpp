@@ -117,6 +117,14 @@ bool PostgresSession::IsThere() const {
 }
 
 void PostgresSession::BeThere() {
+    BeginIfLost();
+    if (said_ != whose_) {
+        Ask("SELECT set_config('application_name', $1, false)", {whose_});
+        said_ = whose_;
+    }
+}
+
+void PostgresSession::BeginIfLost() {
     if (IsThere()) {
         return;
     }
@@ -142,6 +150,7 @@ void PostgresSession::Begin() {
         FailAway(OneLine(PQerrorMessage(connection_.get())));
     }
     ++epoch_;
+    said_.clear();
     PQsetNoticeProcessor(
         connection_.get(), [](void* /*nobody*/, const char* /*said*/) {}, nullptr);
     RequireEncoding();

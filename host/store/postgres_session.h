@@ -42,6 +42,9 @@ class PostgresSession {
     bool IsThere() const;
     // It is, when this returns.
     void BeThere();
+    // Whose it is, for those who look at the server's sessions: said with the next BeThere, and
+    // again whenever it was begun anew. Not while a transaction stands.
+    void SayWhose(const std::string& words) { whose_ = words; }
     // Another whenever it was begun anew: what the server kept of the one before is gone.
     int64_t Epoch() const { return epoch_; }
 
@@ -67,6 +70,7 @@ class PostgresSession {
     void Connect();
     void Begin();
     void EndFormer();
+    void BeginIfLost();
     void RequireName() const;
     void RequireEncoding() const;
     PostgresResult Answer(int sent);
@@ -77,6 +81,8 @@ class PostgresSession {
     const std::string name_;
     const std::string shown_;
     const bool looks_;
+    std::string whose_;  // in words; empty: as the database's name says, or "pagerfwd"
+    std::string said_;   // ... to the server, of this session
     std::unique_ptr<PGconn, Finisher> connection_;
     int64_t epoch_ = 0;
     std::string process_;  // the server's for this session, or for the one before

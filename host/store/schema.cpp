@@ -4,16 +4,15 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <iterator>
 
 #include "host/store/driver.h"
 #include "host/store/hidden_rows.h"
 #include "host/store/tables/nodes.h"
+#include "host/store/waiting_steps.h"
 
 namespace host {
 namespace {
-
-// How many steps have made the database; kept in its own header.
-constexpr int64_t kVersion = 8;
 
 // mon_00 ... sun_23, then the description: the library takes the hours by their place in the row.
 std::vector<std::string> TimeModelColumns() {
@@ -151,6 +150,24 @@ constexpr const char* kRenewalParts =
     "ALTER TABLE Host_Nodes ADD COLUMN told INTEGER NOT NULL DEFAULT 0;"
     "CREATE INDEX Host_DeliveriesOfLine ON Host_Deliveries (line) WHERE answer IS NULL;";
 
+// What many pages need that wait at once: the severity that the alarm of each had when it was taken
+// up, and an index by which the first of a pager are found, however many wait behind them. Those
+// that a line has are apart from them.
+constexpr const char* kOrderParts =
+    "ALTER TABLE Host_Deliveries ADD COLUMN severity INTEGER NOT NULL DEFAULT 9;"
+    "UPDATE Host_Deliveries SET severity = coalesce((SELECT min(nullif(CAST(severity AS INTEGER),"
+    " 0)) FROM AlarmLog WHERE alarmlogID = Host_Deliveries.alarm), 9) WHERE answer IS NULL;"
+    "DROP INDEX Host_DeliveriesOfLine;"
+    "CREATE INDEX Host_DeliveriesOfLine ON Host_Deliveries (line)"
+    " WHERE answer IS NULL AND line > '';"
+    "CREATE INDEX Host_WaitingDeliveries ON Host_Deliveries (pager, severity,"
+    " (CAST(alarm AS INTEGER)), place) WHERE answer IS NULL AND line = '' AND unknown = 0;";
+
+// What nodes need that are upgraded one by one.
+//   speaks   of a node: the newest version of the tables that it knows
+constexpr const char* kVersionParts =
+    "ALTER TABLE Host_Nodes ADD COLUMN speaks INTEGER NOT NULL DEFAULT 0;";
+
 // They wrote the history.
 constexpr const char* kFormerTriggers =
     "DROP TRIGGER IF EXISTS Events_Written;"
@@ -168,8 +185,23 @@ std::string CreateStatement(const Table& table) {
     return sql + ")";
 }
 
+// What makes the tables of a version from those of the one before. The first two are more than a
+// text each: see StepsFrom.
+struct Step {
+    int64_t version;
+    const char* statements;
+};
+constexpr Step kSteps[] = {
+    {3, kLineParts}, {4, kKeyParts},     {5, kSpoolParts}, {6, kTokenParts},
+    {7, kNodeParts}, {8, kRenewalParts}, {9, kOrderParts}, {10, kVersionParts},
+};
+constexpr int64_t kFirstWithNodes = 7;
+
+// Without its tables nothing works.
+constexpr int64_t kNeeded = std::end(kSteps)[-1].version;
+
 void RefuseNewer(Connection& connection, int64_t version) {
-    if (version > kVersion) {
+    if (version > NewestTables()) {
         throw StoreError(connection.Name() +
                          ": made by a newer pagerfwd, which this one doesn't understand");
     }
@@ -197,26 +229,19 @@ std::vector<std::string> StepsFrom(int64_t version, const std::string& stays_ack
     } else if (version < 3) {
         steps.emplace_back(kFormerTriggers);
     }
-    if (version < 3) {
-        steps.emplace_back(kLineParts);
-    }
-    if (version < 4) {
-        steps.emplace_back(kKeyParts);
-    }
-    if (version < 5) {
-        steps.emplace_back(kSpoolParts);
-    }
-    if (version < 6) {
-        steps.emplace_back(kTokenParts);
-    }
-    if (version < 7) {
-        steps.emplace_back(kNodeParts);
-        if (!makes_clock.empty()) {
+    for (const Step& step : kSteps) {
+        if (version < step.version) {
+            steps.emplace_back(step.statements);
+        }
+        if (version < step.version && step.version == kFirstWithNodes && !makes_clock.empty()) {
             steps.push_back(makes_clock);
         }
     }
-    if (version < 8) {
-        steps.emplace_back(kRenewalParts);
+    const std::vector<const char*>& waiting = WaitingSteps();
+    for (size_t step = 0; step < waiting.size(); ++step) {
+        if (version <= kNeeded + static_cast<int64_t>(step)) {
+            steps.emplace_back(waiting[step]);
+        }
     }
     return steps;
 }
@@ -271,45 +296,60 @@ std::string Quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
+int64_t NewestTables() {
+    return kNeeded + static_cast<int64_t>(WaitingSteps().size());
+}
+
 namespace {
 
-constexpr int64_t kFirstWithNodes = 7;
-
 // A node that runs knows the tables as they are. One that died is over in a moment.
-void RefuseWhileOldNodesRun(Connection& connection, int64_t version) {
-    if (version < kFirstWithNodes) {
-        return;
-    }
-    std::string running;
-    for (const NodeState& node : ReadNodes(connection)) {
-        if (node.lives) {
-            running += (running.empty() ? "\"" : ", \"") + node.node + "\" (" + node.holder + ")";
-        }
-    }
+void RefuseWhileOldNodesRun(Connection& connection) {
+    const std::string running = Joined(LivingHolders(connection));
     if (!running.empty()) {
         throw StoreError(connection.Name() + ": an older pagerfwd still serves it: node " +
                          running + "; end that first, and then: pagerfwd init");
     }
 }
 
+// Whether they are to be left as they are until somebody has gone.
+bool MustWait(Connection& connection, int64_t version) {
+    if (version >= kNeeded) {
+        return !NodesThatDontKnow(connection, NewestTables()).empty();
+    }
+    if (version >= kFirstWithNodes) {
+        RefuseWhileOldNodesRun(connection);
+    }
+    return false;
+}
+
 }  // namespace
+
+std::string Joined(const std::vector<std::string>& names) {
+    std::string joined;
+    for (const std::string& name : names) {
+        joined += (joined.empty() ? "" : ", ") + name;
+    }
+    return joined;
+}
 
 Made CreateTables(Connection& connection) {
     WriteTransaction transaction(connection);
     const int64_t version = connection.MadeBy();
     RefuseNewer(connection, version);
-    if (version == kVersion) {
+    if (version == NewestTables()) {
         return Made::kNothing;
     }
     if (version == 0 && connection.HasTables()) {
         throw StoreError(connection.Name() + ": holds tables of another program");
     }
-    RefuseWhileOldNodesRun(connection, version);
+    if (MustWait(connection, version)) {
+        return Made::kLater;
+    }
     for (const std::string& step :
          StepsFrom(version, connection.StaysAcknowledged(), connection.MakesClock())) {
         connection.Execute(step);
     }
-    connection.SetMadeBy(kVersion);
+    connection.SetMadeBy(NewestTables());
     transaction.Commit();
     return version == 0 ? Made::kTables : Made::kNewerParts;
 }
@@ -317,13 +357,17 @@ Made CreateTables(Connection& connection) {
 std::vector<std::string> NewTables(const Questions& questions) {
     std::vector<std::string> steps =
         StepsFrom(0, questions.stays_acknowledged, questions.makes_clock);
-    steps.push_back(questions.set_made_by(kVersion));
+    steps.push_back(questions.set_made_by(NewestTables()));
     return steps;
 }
 
 bool IsOutdated(Connection& connection) {
     const int64_t version = connection.MadeBy();
-    return version > 0 && version < kVersion;
+    return version > 0 && version < NewestTables();
+}
+
+bool LacksTables(Connection& connection) {
+    return connection.MadeBy() < kNeeded;
 }
 
 void RequireTables(Connection& connection) {
@@ -332,7 +376,7 @@ void RequireTables(Connection& connection) {
     if (version == 0) {
         throw StoreError(connection.Name() + ": has no tables yet; make them with: pagerfwd init");
     }
-    if (IsOutdated(connection)) {
+    if (version < kNeeded) {
         throw StoreError(connection.Name() +
                          ": made by an older pagerfwd; bring it up to date with: pagerfwd init");
     }

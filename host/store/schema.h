@@ -50,11 +50,14 @@ inline constexpr const char* kCancelled = "cancelled";  // given up by hand
 // ... and what isn't one, but explains those that follow.
 inline constexpr const char* kEngineStarts = "engine starts";
 
-// Makes the tables in a new database, or what a database of an older make lacks.
-// Throws StoreError where the database is another program's, or where a node still runs that knows
-// only the older tables.
-enum class Made { kNothing, kTables, kNewerParts };
+// Makes the tables in a new database, or what a database of an older make lacks; later, where that
+// may wait (waiting_steps.h) and a node still runs that doesn't know it. Throws StoreError where
+// the database is another program's, or where such a node runs and it may not wait.
+enum class Made { kNothing, kTables, kNewerParts, kLater };
 Made CreateTables(Connection& connection);
+
+// The version that it makes.
+int64_t NewestTables();
 
 // The statements that CreateTables runs in a new database of a kind.
 struct Questions;
@@ -62,9 +65,14 @@ std::vector<std::string> NewTables(const Questions& questions);
 
 // Whether its tables were made by an older pagerfwd, and CreateTables would change them.
 bool IsOutdated(Connection& connection);
+// ... and whether this program can't do without.
+bool LacksTables(Connection& connection);
 
 // Throws StoreError unless the database has tables that this program understands.
 void RequireTables(Connection& connection);
+
+// "one, two".
+std::string Joined(const std::vector<std::string>& names);
 
 // What holds for the whole site, such as the encoding of its texts: kept by the host.
 std::string ReadSetting(Connection& connection, std::string_view name);  // "" when not set

@@ -38,16 +38,10 @@ Json WithdrawOne(const ApiCall& call, ToWithdraw withdrawal) {
 
 // In whose name: a program may say for whom it asks.
 Doer DoerOf(const ApiCall& call, const Json& object) {
-    constexpr size_t kLongest = 1000;
     Doer doer{"", call.now};
     ReadText(object, "by", doer.name);
     ReadText(object, "comment", doer.comment);
-    if (doer.name.size() > kLongest) {
-        throw BadField("by", "it is longer than 1000 bytes");
-    }
-    if (doer.comment.size() > kLongest) {
-        throw BadField("comment", "it is longer than 1000 bytes");
-    }
+    CheckComment(doer.name, doer.comment);
     doer.name = doer.name.empty() ? call.token.name : doer.name + " (" + call.token.name + ")";
     return doer;
 }

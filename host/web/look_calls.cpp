@@ -1,14 +1,14 @@
-// Calls that look. Tested by tests/unit/host/web_api_test.cpp.
+// Calls that look. Tested by tests/unit/host/web_look_test.cpp.
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <utility>
 
 #include "host/alarms/mending.h"
 #include "host/intake/alarm_json.h"
 #include "host/pages/alarm_story.h"
 #include "host/pages/history.h"
 #include "host/pages/page_words.h"
+#include "host/pages/pending.h"
 #include "host/site/site_tables.h"
 #include "host/site/words.h"
 #include "host/store/tables/alarm_log.h"
@@ -119,48 +119,21 @@ Json PageAsJson(const PageStory& page, Encoding encoding) {
             {"line", TextOrNull(page.line, encoding)}};
 }
 
-// Pages in the order in which their alarms came, to be gone through alarm by alarm: pages end
-// meanwhile, and a place in their list would lead past others.
-class PagesByAlarm {
- public:
-    explicit PagesByAlarm(std::vector<PageStory> pages) : pages_(std::move(pages)) {
-        std::stable_sort(pages_.begin(), pages_.end(),
-                         [](const PageStory& left, const PageStory& right) {
-                             return NumberOf(left) < NumberOf(right);
-                         });
-    }
+// 0 for what only another program can have written: such pages are the first.
+int64_t NumberOf(const PageStory& page) {
+    return IsLibraryNumber(page.alarm) ? std::stoll(page.alarm) : 0;
+}
 
-    const std::vector<PageStory>& Pages() const { return pages_; }
-    int64_t AlarmOf(size_t page) const { return NumberOf(pages_[page]); }
-
-    // From which to which: those of one alarm together, be they more than are asked for.
-    std::pair<size_t, size_t> Behind(const Cursor& cursor) const {
-        const size_t begin = cursor.after == 0 ? 0 : EndOfAlarm(cursor.after);
-        const auto count = static_cast<size_t>(cursor.count);
-        if (count == 0 || pages_.size() - begin <= count) {
-            return {begin, count == 0 ? begin : pages_.size()};
-        }
-        size_t end = begin + count;
-        while (end > begin && AlarmOf(end - 1) == AlarmOf(end)) {
-            --end;
-        }
-        return {begin, end > begin ? end : EndOfAlarm(AlarmOf(begin))};
+// Pages end meanwhile, so a client goes on alarm by alarm.
+PendingFound PagesBehind(const ApiCall& call, const Cursor& cursor) {
+    PendingWanted wanted;
+    wanted.count = static_cast<size_t>(cursor.count);
+    wanted.whole_alarms = true;
+    if (call.target.query.count("after") != 0) {
+        wanted.after = std::to_string(static_cast<uint64_t>(cursor.after) + 1);
     }
-
- private:
-    // 0 for what only another program can have written.
-    static int64_t NumberOf(const PageStory& page) {
-        return IsLibraryNumber(page.alarm) ? std::stoll(page.alarm) : 0;
-    }
-    size_t EndOfAlarm(int64_t alarm) const {
-        const auto end = std::upper_bound(
-            pages_.begin(), pages_.end(), alarm,
-            [](int64_t wanted, const PageStory& page) { return wanted < NumberOf(page); });
-        return static_cast<size_t>(end - pages_.begin());
-    }
-
-    std::vector<PageStory> pages_;
-};
+    return FindPending(call.connection, wanted);
+}
 
 }  // namespace
 
@@ -193,16 +166,15 @@ Json ShowPages(const ApiCall& call) {
     RefuseOthers(call.target, {"after", "count"});
     const Cursor cursor(call.target);
     const Encoding encoding = EncodingOf(call.connection);
-    const PagesByAlarm pending(PendingPages(call.connection));
-    const auto [begin, end] = pending.Behind(cursor);
+    const PendingFound found = PagesBehind(call, cursor);
     Json pages = Json::array();
-    for (size_t i = begin; i < end; ++i) {
-        pages.push_back(PageAsJson(pending.Pages()[i], encoding));
+    for (const PageStory& page : found.pages) {
+        pages.push_back(PageAsJson(page, encoding));
     }
+    const bool more = !found.pages.empty() && !found.next.empty();
     return {{"pages", pages},
-            {"pending", pending.Pages().size()},
-            {"next", begin < end && end < pending.Pages().size() ? Json(pending.AlarmOf(end - 1))
-                                                                 : Json()}};
+            {"pending", found.all},
+            {"next", more ? Json(NumberOf(found.pages.back())) : Json()}};
 }
 
 Json ShowHistory(const ApiCall& call) {

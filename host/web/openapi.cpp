@@ -1,5 +1,5 @@
-// What the API can do, for programs that read such. Tested by tests/unit/host/web_api_test.cpp,
-// which runs every example in it.
+// What the API can do, for programs that read such. Tested by
+// tests/unit/host/web_document_test.cpp, which runs every example in it.
 #include "host/web/api.h"
 
 namespace host {
@@ -58,6 +58,7 @@ const char* const kOpenApi = R"json({
         "parameters": [{"name": "alarm", "in": "path", "required": true, "schema": {"type": "integer"}, "example": 978948000}],
         "responses": {
           "200": {"description": "The alarm, with its story", "content": {"application/json": {"schema": {"$ref": "#/components/schemas/Alarm"}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
           "404": {"$ref": "#/components/responses/Mistake"},
@@ -73,7 +74,7 @@ const char* const kOpenApi = R"json({
         "requestBody": {
           "required": true,
           "content": {"application/json": {
-            "schema": {"type": "object", "properties": {"source": {"type": "string"}, "key": {"type": "string"}, "alarm": {"type": "integer"}}},
+            "schema": {"oneOf": [{"$ref": "#/components/schemas/Withdrawal"}, {"type": "array", "maxItems": 1000, "items": {"$ref": "#/components/schemas/Withdrawal"}}]},
             "examples": {
               "key": {"value": {"source": "icinga", "key": "web1!disk"}},
               "many": {"value": [{"key": "water"}, {"alarm": 978948000}]}
@@ -98,7 +99,7 @@ const char* const kOpenApi = R"json({
         "requestBody": {
           "required": true,
           "content": {"application/json": {
-            "schema": {"type": "object", "required": ["alarm"], "properties": {"alarm": {"type": "integer"}, "by": {"type": "string"}, "comment": {"type": "string"}}},
+            "schema": {"oneOf": [{"$ref": "#/components/schemas/Acknowledgement"}, {"type": "array", "maxItems": 1000, "items": {"$ref": "#/components/schemas/Acknowledgement"}}]},
             "examples": {
               "one": {"value": {"alarm": 978948000, "by": "maria", "comment": "on my way"}}
             }
@@ -203,8 +204,10 @@ const char* const kOpenApi = R"json({
         "parameters": [{"name": "test", "in": "path", "required": true, "schema": {"type": "integer"}, "example": 1}],
         "responses": {
           "200": {"description": "Whether it is done; then whether it was sent, and the library's result", "content": {"application/json": {"schema": {"type": "object", "properties": {"test": {"type": "integer"}, "done": {"type": "boolean"}, "sent": {"type": "boolean"}, "result": {"type": "integer"}}}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
+          "404": {"$ref": "#/components/responses/Mistake"},
           "429": {"$ref": "#/components/responses/TooMany"},
           "503": {"$ref": "#/components/responses/Away"}
         }
@@ -216,6 +219,7 @@ const char* const kOpenApi = R"json({
         "description": "Right: look.",
         "responses": {
           "200": {"description": "The lines", "content": {"application/json": {"schema": {"type": "object", "properties": {"lines": {"type": "array", "items": {"$ref": "#/components/schemas/Line"}}}}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
           "429": {"$ref": "#/components/responses/TooMany"},
@@ -229,6 +233,7 @@ const char* const kOpenApi = R"json({
         "description": "Right: look.",
         "responses": {
           "200": {"description": "The nodes", "content": {"application/json": {"schema": {"type": "object", "properties": {"nodes": {"type": "array", "items": {"$ref": "#/components/schemas/Node"}}}}}}},
+          "400": {"$ref": "#/components/responses/Mistake"},
           "401": {"$ref": "#/components/responses/NoToken"},
           "403": {"$ref": "#/components/responses/NoRight"},
           "429": {"$ref": "#/components/responses/TooMany"},
@@ -255,6 +260,25 @@ const char* const kOpenApi = R"json({
           "server": {"type": "string", "description": "without it, the token's name"},
           "source": {"type": "string", "maxLength": 128},
           "key": {"type": "string", "maxLength": 512}
+        }
+      },
+      "Withdrawal": {
+        "type": "object",
+        "additionalProperties": false,
+        "properties": {
+          "source": {"type": "string"},
+          "key": {"type": "string"},
+          "alarm": {"type": "integer"}
+        }
+      },
+      "Acknowledgement": {
+        "type": "object",
+        "required": ["alarm"],
+        "additionalProperties": false,
+        "properties": {
+          "alarm": {"type": "integer"},
+          "by": {"type": "string"},
+          "comment": {"type": "string"}
         }
       },
       "Alarm": {

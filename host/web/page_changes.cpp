@@ -2,24 +2,17 @@
 #include "host/web/page_changes.h"
 
 #include <charconv>
-#include <optional>
 
+#include "host/alarms/incoming.h"
 #include "host/alarms/raising.h"
 #include "host/lines/pausing.h"
-#include "host/lines/site_lines.h"
-#include "host/site/site_tables.h"
-#include "host/store/tables/pagers.h"
-#include "host/store/tables/test_pages.h"
-#include "host/store/tables/trail.h"
 #include "host/web/html.h"
 #include "host/web/page_views.h"
+#include "host/web/test_asking.h"
 #include "host/web/token.h"
 
 namespace host {
 namespace {
-
-constexpr size_t kLongestComment = 1000;
-constexpr size_t kLongestNumber = 60;
 
 int64_t AlarmIn(const FormSent& sent) {
     const std::string text = sent.Field("alarm");
@@ -38,11 +31,10 @@ std::string BackToAlarm(int64_t alarm) {
 
 std::string Acknowledge(const FormSent& sent) {
     const int64_t alarm = AlarmIn(sent);
+    const Doer doer{sent.token.name, sent.now, sent.Field("comment")};
+    CheckComment(doer.name, doer.comment);
     WriteTransaction transaction(sent.connection);
-    if (AcknowledgeBy(
-            sent.connection, alarm,
-            {sent.token.name, sent.now, sent.Field("comment").substr(0, kLongestComment)}) ==
-        Acknowledged::kUnknown) {
+    if (AcknowledgeBy(sent.connection, alarm, doer) == Acknowledged::kUnknown) {
         throw NotFound();
     }
     transaction.Commit();
@@ -60,21 +52,8 @@ std::string WithdrawIt(const FormSent& sent) {
     return BackToAlarm(alarm);
 }
 
-// As the tables have it. What the site's letters can't name is none of its names.
-std::string CellIn(const FormSent& sent, const char* field) {
-    try {
-        return Encode(sent.Field(field), EncodingOf(sent.connection));
-    } catch (const NotEncodable&) {
-        throw NotFound();
-    }
-}
-
 std::string LineIn(const FormSent& sent) {
-    std::string line = CellIn(sent, "line");
-    if (!FindSiteLine(sent.connection, line)) {
-        throw NotFound();
-    }
-    return line;
+    return SiteLineNamed(sent.connection, sent.Field("line"));
 }
 
 std::string PauseIt(const FormSent& sent) {
@@ -87,34 +66,20 @@ std::string ResumeIt(const FormSent& sent) {
     return "/";
 }
 
-void NoteTest(const FormSent& sent, const char* what, const std::string& of) {
-    WriteTransaction transaction(sent.connection);
-    NoteInTrail(sent.connection, {0, sent.now, sent.token.name, what, "", of});
-    transaction.Commit();
+std::string ToTest(int64_t number) {
+    return Url("/test", {{"number", std::to_string(number)}});
+}
+
+TestAsker AskerOf(const FormSent& sent) {
+    return {sent.connection, sent.owners, sent.token, sent.now};
 }
 
 std::string TestAPager(const FormSent& sent) {
-    const std::string pager = CellIn(sent, "pager");
-    const std::string line = sent.Field("line").empty() ? "" : LineIn(sent);
-    if (FindPagers(sent.connection, pager).size() != 1) {
-        throw NotFound();
-    }
-    NoteTest(sent, "test page", sent.Field("pager"));
-    return Url(
-        "/test",
-        {{"number", std::to_string(AskForTestPage(sent.connection, sent.owners, pager, line))}});
+    return ToTest(AskForTestPageBy(AskerOf(sent), sent.Field("pager"), sent.Field("line")));
 }
 
 std::string TestALine(const FormSent& sent) {
-    const std::string line = LineIn(sent);
-    const std::string number = sent.Field("number").substr(0, kLongestNumber);
-    if (number.empty()) {
-        throw PageMistake(400, "Not done", "Say which number is to be dialled.");
-    }
-    NoteTest(sent, "test call", sent.Field("line") + ": " + number);
-    return Url(
-        "/test",
-        {{"number", std::to_string(AskForTestCall(sent.connection, sent.owners, line, number))}});
+    return ToTest(AskForTestCallBy(AskerOf(sent), sent.Field("line"), sent.Field("number")));
 }
 
 constexpr FormAction kChanges[] = {

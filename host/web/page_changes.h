@@ -2,7 +2,8 @@
 //
 // Each is one transaction, with its entry in the trail.
 //
-// Errors     PageMistake (page_views.h); StoreError.
+// Errors     PageMistake (page_views.h) where there is no such alarm; BadField for what a field
+//            says; StoreError.
 #ifndef PAGERFWD_HOST_WEB_PAGE_CHANGES_H
 #define PAGERFWD_HOST_WEB_PAGE_CHANGES_H
 

@@ -66,6 +66,8 @@ label input, label select { display: block; width: 100%; }
 .filter button { margin: .5rem 0; }
 input, select, button { font: inherit; min-height: 2.25rem; padding: .25rem .5rem; max-width: 100%; border: 1px solid var(--faint); border-radius: .25rem; background: var(--paper); color: var(--ink); }
 button { background: var(--button); border-color: var(--button); color: var(--on); cursor: pointer; padding: .25rem .9rem; }
+header button, td button, .refresh button, [action="/withdraw"] button { background: var(--paper); color: var(--link); }
+[action="/withdraw"] { margin-top: 1.5rem; }
 .refresh { background: var(--block); display: flex; flex-wrap: wrap; gap: .25rem 1rem; align-items: center; margin: 0; padding: .35rem 1rem; }
 .refresh p { margin: 0; }
 .week { font-family: ui-monospace, monospace; white-space: pre; }

@@ -71,6 +71,11 @@ std::string TestsPage(const PageAsked& asked) {
 
 std::string TestPage(const PageAsked& asked) {
     const int64_t number = NumberInAddress(asked.target, "number", 0);
+    if (!IsTestAskedFor(asked.connection, number)) {
+        throw PageMistake(404, "Not found",
+                          "Nobody has asked for this test, or this page was served anew since: ask "
+                          "for another one.");
+    }
     const std::optional<TestPageResult> result = TestPageAnswer(asked.connection, number);
     return Framed(asked, "Test " + std::to_string(number),
                   Refreshed("<p role=\"status\">" +

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <optional>
 
+#include "host/alarms/incoming.h"
 #include "host/site/site_tables.h"
 #include "host/store/pool.h"
 #include "host/web/html.h"
@@ -121,7 +122,14 @@ WebAnswer DoAsAsked(const std::string& path, const FormSent& sent) {
     if (change == nullptr) {
         throw NotFound();
     }
-    return May(sent.token, change->right) ? Redirect(change->change(sent)) : NotAllowed();
+    if (!May(sent.token, change->right)) {
+        return NotAllowed();
+    }
+    try {
+        return Redirect(change->change(sent));
+    } catch (const BadField& bad) {
+        throw PageMistake(400, "Not done", bad.Field() + ": " + bad.what());
+    }
 }
 
 }  // namespace

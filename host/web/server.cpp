@@ -2,37 +2,26 @@
 // tests/unit/host/web_server_test.cpp.
 #include "host/web/server.h"
 
-#include <boost/asio/executor_work_guard.hpp>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/post.hpp>
-#include <boost/asio/signal_set.hpp>
-#include <boost/asio/thread_pool.hpp>
-#include <boost/beast/core/basic_stream.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http.hpp>
-#include <csignal>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 
-#include "host/net/acceptor.h"
-#include "host/net/rate.h"
+#include "host/net/server_frame.h"
 
 namespace host {
 namespace {
 
-namespace asio = boost::asio;
 namespace beast = boost::beast;
 namespace http = beast::http;
 using Error = boost::system::error_code;
-using Protocol = Acceptor::Protocol;
-using Stream = beast::basic_stream<Protocol>;
+using Protocol = ServerFrame::Protocol;
+using Stream = ServerFrame::Stream;
 
 constexpr uint32_t kLargestHeader = 8 * 1024;
 constexpr uint64_t kLargestBody = 1024 * 1024;
 constexpr size_t kLargestRead = 64 * 1024;
-constexpr size_t kHandlers = 2;
 constexpr std::chrono::seconds kLinger{2};
 constexpr int kSoon = 1;  // seconds
 
@@ -67,67 +56,37 @@ std::string TokenOf(const http::request<http::string_body>& request) {
 
 }  // namespace
 
+// What all connections share.
 class WebServer::Impl {
  public:
     Impl(std::vector<Descriptor> listeners, WebHandler handler, const WebLimits& limits)
         : handler_(std::move(handler)),
           limits_(limits),
-          rate_(limits.burst, limits.every),
-          signals_(io_, SIGTERM, SIGINT),
-          acceptor_(io_, std::move(listeners),
-                    [this](Protocol::socket socket, const std::string& source) {
-                        Begin(std::move(socket), source);
-                    }) {}
-
-    void Run() {
-        signals_.async_wait([this](const Error& error, int) {
-            if (!error) {
-                End();
-            }
-        });
-        acceptor_.Start();
-        io_.run();
-        handlers_.join();
+          frame_(std::move(listeners), limits.connections, RateLimit(limits.burst, limits.every),
+                 [this](Stream stream, const std::string& source) {
+                     Begin(std::move(stream), source);
+                 }) {
+        frame_.EndAtSignals();
     }
 
-    void Stop() {
-        asio::post(io_, [this] { End(); });
-    }
+    void Run() { frame_.Run(); }
+    void Stop() { frame_.Stop(); }
 
  private:
     class Session;
 
-    void Begin(Protocol::socket socket, const std::string& source);
-
-    void End() {
-        ending_ = true;
-        signals_.cancel();
-        acceptor_.Stop();
-        EndIdle();
-    }
-    void EndIdle();
+    void Begin(Stream stream, const std::string& source);
 
     const WebHandler handler_;
     const WebLimits limits_;
-    std::set<Session*> sessions_;  // outlives what io_ still holds of them
-    asio::io_context io_{1};
-    asio::thread_pool handlers_{kHandlers};
-    RateLimit rate_;  // by the thread that runs, as all that follows
-    asio::signal_set signals_;
-    Acceptor acceptor_;
-    bool ending_ = false;
+    ServerFrame frame_;  // ends first: its sessions use the rest
 };
 
 // A connection: a request, its answer, the next request.
-class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
+class WebServer::Impl::Session : public ServerSession {
  public:
     Session(Impl& server, Stream stream, std::string source)
-        : server_(server), stream_(std::move(stream)), source_(std::move(source)) {
-        server_.sessions_.insert(this);
-    }
-    ~Session() { server_.sessions_.erase(this); }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+        : ServerSession(server.frame_, std::move(stream), std::move(source)), server_(server) {}
 
     void Read() {
         parser_.emplace();
@@ -136,9 +95,9 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
         idle_ = true;
         stream_.expires_after(server_.limits_.header);
         http::async_read_header(stream_, buffer_, *parser_,
-                                [self = shared_from_this()](const Error& error, size_t) {
-                                    self->idle_ = false;
-                                    error ? self->Fail(error) : self->ReadBody();
+                                [self = shared_from_this(), this](const Error& error, size_t) {
+                                    idle_ = false;
+                                    error ? Fail(error) : ReadBody();
                                 });
     }
 
@@ -148,23 +107,17 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
         Write(std::move(answer));
     }
 
-    void EndIfIdle() {
-        if (idle_) {
-            stream_.close();
-        }
-    }
-
  private:
     void ReadBody() {
-        if (!server_.rate_.Take(source_, RateLimit::Clock::now())) {
+        if (!frame_.MayAsk(source_)) {
             WebAnswer answer = Refusal(429, "too many requests from this source");
             answer.retry_after = kSoon;
             return Refuse(std::move(answer));
         }
         stream_.expires_after(server_.limits_.body);
         http::async_read(stream_, buffer_, *parser_,
-                         [self = shared_from_this()](const Error& error, size_t) {
-                             error ? self->Fail(error) : self->Handle();
+                         [self = shared_from_this(), this](const Error& error, size_t) {
+                             error ? Fail(error) : Handle();
                          });
     }
 
@@ -175,24 +128,16 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
     }
 
     void Handle() {
-        stream_.expires_never();
         http::request<http::string_body> request = parser_->release();
-        keep_ = request.keep_alive() && !server_.ending_;
+        keep_ = request.keep_alive() && !frame_.IsEnding();
         WebRequest asked{std::string(request.method_string()),
                          std::string(request.target()),
                          TokenOf(request),
                          std::move(request.body()),
                          source_,
                          std::string(request[http::field::cookie])};
-        asio::post(server_.handlers_, [self = shared_from_this(), asked = std::move(asked),
-                                       work = asio::make_work_guard(server_.io_)]() mutable {
-            WebAnswer answer = self->server_.handler_(asked);
-            asio::io_context& io = self->server_.io_;
-            // Moved, so that the session ends in the thread that knows all of them.
-            asio::post(io, [self = std::move(self), answer = std::move(answer)]() mutable {
-                self->Write(std::move(answer));
-            });
-        });
+        Work([this, asked = std::move(asked)] { return server_.handler_(asked); },
+             [this](WebAnswer answer) { Write(std::move(answer)); });
     }
 
     void Write(WebAnswer answer) {
@@ -220,15 +165,15 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
         answer_.prepare_payload();
         stream_.expires_after(server_.limits_.body);
         http::async_write(stream_, answer_,
-                          [self = shared_from_this()](const Error& error, size_t) {
+                          [self = shared_from_this(), this](const Error& error, size_t) {
                               if (!error) {
-                                  self->GoOn();
+                                  GoOn();
                               }
                           });
     }
 
     void GoOn() {
-        if (keep_ && !server_.ending_) {
+        if (keep_ && !frame_.IsEnding()) {
             Read();
         } else {
             Linger();
@@ -245,9 +190,9 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
     void Discard() {
         buffer_.clear();
         stream_.async_read_some(buffer_.prepare(kLargestRead),
-                                [self = shared_from_this()](const Error& error, size_t) {
-                                    if (!error && ++self->discarded_ < kMostDiscarded) {
-                                        self->Discard();
+                                [self = shared_from_this(), this](const Error& error, size_t) {
+                                    if (!error && ++discarded_ < kMostDiscarded) {
+                                        Discard();
                                     }
                                 });
     }
@@ -255,32 +200,22 @@ class WebServer::Impl::Session : public std::enable_shared_from_this<Session> {
     static constexpr int kMostDiscarded = 64;
 
     Impl& server_;
-    Stream stream_;
-    const std::string source_;
     beast::flat_buffer buffer_{kLargestRead};
     std::optional<http::request_parser<http::string_body>> parser_;
     http::response<http::string_body> answer_;
     bool keep_ = true;
-    bool idle_ = false;
     int discarded_ = 0;
 };
 
-void WebServer::Impl::Begin(Protocol::socket socket, const std::string& source) {
-    const bool full = sessions_.size() >= limits_.connections;
-    const auto session = std::make_shared<Session>(*this, Stream(std::move(socket)), source);
+void WebServer::Impl::Begin(Stream stream, const std::string& source) {
+    const bool full = frame_.IsFull();
+    const auto session = std::make_shared<Session>(*this, std::move(stream), source);
     if (full) {
         WebAnswer answer = Refusal(503, "too many connections");
         answer.retry_after = kSoon;
         session->Refuse(std::move(answer));
     } else {
         session->Read();
-    }
-}
-
-void WebServer::Impl::EndIdle() {
-    const std::set<Session*> sessions = sessions_;
-    for (Session* const session : sessions) {
-        session->EndIfIdle();
     }
 }
 

@@ -56,13 +56,18 @@ bool Has(const std::string& list, std::string_view word) {
     return ("," + list + ",").find("," + std::string(word) + ",") != std::string::npos;
 }
 
+// Whoever only looks is let in though nothing can be written: the disk may be full.
 void NoteUse(Connection& connection, const Token& token, std::time_t now) {
     if (now < token.used + kBetweenNotes && now >= token.used) {
         return;
     }
-    WriteTransaction transaction(connection);
-    SetTokenUsed(connection, token.id, now);
-    transaction.Commit();
+    try {
+        WriteTransaction transaction(connection);
+        SetTokenUsed(connection, token.id, now);
+        transaction.Commit();
+    } catch (const StoreError&) {
+        return;
+    }
 }
 
 }  // namespace

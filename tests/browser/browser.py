@@ -46,11 +46,12 @@ class Browser:
         return self.driver.execute_cdp_cmd(name, arguments)
 
     def picture(self, path):
-        size = self.command("Page.getLayoutMetrics")["cssContentSize"]
+        """Of the whole page: it needs no scroll bar, so it is as wide as the window."""
+        width = self.driver.execute_script("return window.innerWidth")
+        height = self.command("Page.getLayoutMetrics")["cssContentSize"]["height"]
         picture = self.command(
             "Page.captureScreenshot", captureBeyondViewport=True,
-            clip={"x": 0, "y": 0, "width": size["width"], "height": min(size["height"], 8000),
-                  "scale": 1})
+            clip={"x": 0, "y": 0, "width": width, "height": min(height, 8000), "scale": 1})
         with open(path, "wb") as file:
             file.write(base64.b64decode(picture["data"]))
 

@@ -1,7 +1,7 @@
 """A site with all its processes, in real time: modems on ptys, a node, and the pages.
 
     with Site(binaries, libraries) as site:
-        site.raise_alert("web1 disk")
+        site.raise_alarm("disk")
         site.address                    # of the pages
 """
 
@@ -14,6 +14,9 @@ import subprocess
 import tempfile
 import time
 import urllib.request
+from pathlib import Path
+
+ALERTMANAGER = Path(__file__).parents[2] / "examples/monitoring/alertmanager.yml"
 
 SITE = """
 [alertmanager]
@@ -125,6 +128,13 @@ def free_port():
         return taken.getsockname()[1]
 
 
+def is_there(url):
+    try:
+        return urllib.request.urlopen(url, timeout=5).status == 200
+    except OSError:
+        return False
+
+
 class Site:
     def __init__(self, binaries, libraries, database=""):
         self.binaries, self.library = binaries, f"{libraries}/libPagerFwd.so"
@@ -138,7 +148,7 @@ class Site:
         self.write("site.toml", SITE.format(links=f"{self.folder}/lines"))
         self.run("init")
         self.run("import", "site.toml")
-        self.api_token = self.token("alertmanager", "raise")
+        self.tokens = {may: self.token(may, may) for may in ("manage", "look")}
         self.start("pagersim", "serve", "--quiet", "--links", "lines")
         until(lambda: os.path.exists(f"{self.folder}/lines/ttyS1"))
         self.node = self.start("pagerfwd", "--library", self.library, "run")
@@ -165,9 +175,10 @@ class Site:
         }
 
     def start(self, program, *arguments):
-        with open(f"{self.folder}/{program}-{len(self.processes)}.log", "wb") as log:
+        name = os.path.basename(program)
+        with open(f"{self.folder}/{name}-{len(self.processes)}.log", "wb") as log:
             process = subprocess.Popen(
-                [f"{self.binaries}/{program}", *arguments],
+                [f"{self.binaries}/{program}" if "/" not in program else program, *arguments],
                 cwd=self.folder, env=self.environment(), stdout=log, stderr=log,
             )
         self.processes.append(process)
@@ -194,30 +205,46 @@ class Site:
     def token(self, name, may):
         return self.run("token", "add", name, "--may", may).split()[-1]
 
-    def answers(self, address=None):
-        try:
-            url = f"{address or self.address}/sign-in"
-            return urllib.request.urlopen(url, timeout=5).status == 200
-        except OSError:
-            return False
+    def answers(self):
+        return is_there(f"{self.address}/sign-in")
 
-    def raise_alert(self, name, group="OPS/web1", status="firing"):
-        """As Alertmanager posts it."""
+    def raise_alarm(self, name, group="OPS/web1"):
+        """Its number."""
+        return int(self.run("alarm", "raise", "--group", group, "--server", "web1",
+                            f"{name} is full"))
+
+    def start_alertmanager(self):
+        """Its own program, set up as the guide says. Where it takes alerts."""
+        self.write("alertmanager.token", self.token("alertmanager", "raise"))
+        config = ALERTMANAGER.read_text(encoding="utf-8")
+        for as_it_stands, here in {
+            "127.0.0.1:8420": self.address.removeprefix("http://"),
+            "/etc/alertmanager/pagerfwd.token": f"{self.folder}/alertmanager.token",
+            # It would take minutes.
+            "  receiver: pagers\n": "  receiver: pagers\n  group_wait: 0s\n  group_interval: 1s\n",
+        }.items():
+            assert as_it_stands in config, as_it_stands
+            config = config.replace(as_it_stands, here)
+        self.write("alertmanager.yml", config)
+        address = f"127.0.0.1:{free_port()}"
+        self.start("/usr/bin/prometheus-alertmanager", "--config.file=alertmanager.yml",
+                   "--cluster.listen-address=", "--storage.path=alertmanager",
+                   f"--web.listen-address={address}")
+        until(lambda: is_there(f"http://{address}/-/ready"))
+        return f"http://{address}/api/v2/alerts"
+
+    @staticmethod
+    def send_alert(alertmanager, name, group, ends=None):
+        """As Prometheus does: it fires, or has ended."""
         alert = {
-            "status": status,
             "labels": {"alertname": name, "severity": "critical", "group": group},
             "annotations": {"summary": f"{name} is full"},
             "startsAt": "2026-01-01T00:00:00Z",
-            "endsAt": "0001-01-01T00:00:00Z",
-            "fingerprint": f"{hash(name) & 0xFFFFFFFF:08x}",
+            **({"endsAt": ends} if ends else {}),
         }
-        request = urllib.request.Request(
-            f"{self.address}/api/v1/alertmanager",
-            data=json.dumps({"version": "4", "alerts": [alert]}).encode(),
-            headers={"Authorization": f"Bearer {self.api_token}"},
-        )
-        with urllib.request.urlopen(request, timeout=20) as answer:
-            return json.load(answer)
+        request = urllib.request.Request(alertmanager, data=json.dumps([alert]).encode(),
+                                         headers={"Content-Type": "application/json"})
+        urllib.request.urlopen(request, timeout=20).close()
 
     def alarms(self):
         return json.loads(self.run("alarm", "list", "--json"))

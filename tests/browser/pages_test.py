@@ -18,17 +18,16 @@ from selenium.webdriver.common.keys import Keys
 
 from browser import Browser
 from live_server import Server
-from live_site import Site, free_port, until
+from live_site import Site, free_port, is_there, until
 
 TELEPHONE, TABLET, WALL = 320, 900, 1920
 LISTS = ["/", "/pages", "/failed", "/alarms", "/hours", "/tests", "/trail"]
 
 
 def setUpModule():
-    global site, browser, tokens
+    global site, browser
     site = Site(BINARIES, LIBRARIES).__enter__()
     browser = Browser(AXE)
-    tokens = {may: site.token(may, may) for may in ("manage", "look")}
 
 
 def tearDownModule():
@@ -38,22 +37,19 @@ def tearDownModule():
 
 class Case(unittest.TestCase):
     def setUp(self):
+        self.site = site
         browser.look()
         browser.driver.delete_all_cookies()
         browser.complaints()
 
     def sign_in(self, may="manage"):
-        browser.open(f"{site.address}/sign-in")
-        browser.one("[name=token]").send_keys(tokens[may])
+        browser.open(f"{self.site.address}/sign-in")
+        browser.one("[name=token]").send_keys(self.site.tokens[may])
         browser.press("Sign in")
         until(lambda: browser.text("h1") == "Overview")
 
     def open(self, path):
-        browser.open(site.address + path)
-
-    def new_alarm(self, name, group="OPS/web1"):
-        self.assertEqual(1, site.raise_alert(name, group)["raised"])
-        return max(int(alarm["alarm"]) for alarm in site.alarms())
+        browser.open(self.site.address + path)
 
     def state_of(self, alarm):
         return next(a["state"] for a in site.alarms() if int(a["alarm"]) == alarm)
@@ -74,7 +70,7 @@ class Pages(Case):
         until(lambda: "This is no token" in browser.text("[role=alert]"))
 
     def test_who_may_look_sees_no_form_and_is_refused(self):
-        alarm = self.new_alarm("looked at")
+        alarm = site.raise_alarm("looked at")
         self.sign_in("look")
         self.open(f"/alarm?number={alarm}")
         self.assertFalse(browser.has_button("Acknowledge"))
@@ -88,7 +84,7 @@ class Pages(Case):
         self.assertNotIn("acknowledged", self.state_of(alarm))
 
     def test_what_another_site_makes_the_browser_send_is_refused(self):
-        alarm = self.new_alarm("forged")
+        alarm = site.raise_alarm("forged")
         self.sign_in()
         cookie = "; ".join(f"{c['name']}={c['value']}" for c in browser.driver.get_cookies())
         self.assertEqual(403, site.post("/acknowledge", f"alarm={alarm}", cookie))
@@ -108,11 +104,12 @@ class Pages(Case):
 
     # --- What is seen and done.
 
-    def test_an_alarm_is_raised_seen_acknowledged_and_its_pages_end(self):
+    def test_what_alertmanager_sends_is_seen_acknowledged_and_its_pages_end(self):
+        alertmanager = site.start_alertmanager()
         self.sign_in()
-        alarm = self.new_alarm("disk")
-        self.open("/")
+        site.send_alert(alertmanager, "disk", "OPS/web1")
         until(lambda: "disk is full" in browser.text())
+        alarm = max(int(alarm["alarm"]) for alarm in site.alarms())
         browser.follow(str(alarm))
         self.assertIn("disk is full", browser.text())
         until(lambda: "Call " in browser.text(), 120)
@@ -122,12 +119,15 @@ class Pages(Case):
         self.assertFalse(browser.has_button("Acknowledge"))
         self.assertIn("on my way", browser.text())
         until(lambda: all(int(page["alarm"]) != alarm for page in site.status()["pending"]), 120)
+        site.send_alert(alertmanager, "disk", "OPS/web1", ends="2026-01-01T00:05:00Z")
+        until(lambda: "resolved" in browser.text("#refreshed"))
+        self.assertEqual(1, sum(alarm["details"] == "disk is full" for alarm in site.alarms()))
         self.open("/trail")
         self.assertIn("on my way", browser.text())
 
     def test_a_call_has_its_dialogue_and_its_picture(self):
         self.sign_in()
-        alarm = self.new_alarm("call", "DUTY/1")
+        alarm = site.raise_alarm("call", "DUTY/1")
         self.open(f"/alarm?number={alarm}")
         until(lambda: browser.all("a[href^='/call']"), 120)
         browser.one("a[href^='/call']").click()
@@ -150,12 +150,12 @@ class Pages(Case):
 
     def test_what_fails_is_told_with_its_reason(self):
         self.sign_in()
-        self.new_alarm("failing", "BUSY/1")
+        site.raise_alarm("failing", "BUSY/1")
         until(lambda: site.status()["lines"] and self.shows("/failed", "BUSY"), 120)
         self.assertIn("dialling failed: busy, no answer", browser.text())
 
     def test_a_search_is_a_link_that_keeps(self):
-        self.new_alarm("searched", "OPS/kept")
+        site.raise_alarm("searched", "OPS/kept")
         self.sign_in()
         self.open("/alarms")
         browser.one("[name=group]").send_keys("OPS/k*")
@@ -175,7 +175,7 @@ class Pages(Case):
         browser.look(width=800, height=300)
         browser.driver.execute_script("window.scrollTo(0, 200)")
         browser.driver.execute_script("document.getElementById('line-1').focus({preventScroll: true})")
-        alarm = self.new_alarm("refreshed")
+        alarm = site.raise_alarm("refreshed")
         until(lambda: str(alarm) in browser.text(), 15)
         self.assertEqual("line-1", browser.focused().get_attribute("id"))
         self.assertEqual(200, browser.driver.execute_script("return window.scrollY"))
@@ -184,7 +184,7 @@ class Pages(Case):
         self.sign_in()
         browser.press("Stop refreshing")
         self.assertEqual("Refreshing is stopped.", browser.text(".refresh [role=status]"))
-        alarm = self.new_alarm("not seen")
+        alarm = site.raise_alarm("not seen")
         time.sleep(7)  # longer than a round
         self.assertNotIn(str(alarm), browser.text())
         self.open("/alarms")
@@ -193,7 +193,7 @@ class Pages(Case):
         self.assertEqual("Stop refreshing", browser.text("#refreshing"))
 
     def test_without_scripts_all_is_there(self):
-        alarm = self.new_alarm("no script")
+        alarm = site.raise_alarm("no script")
         browser.look(scripts=False)
         self.sign_in()
         self.assertEqual([], browser.all(".refresh"))
@@ -218,9 +218,9 @@ class Pages(Case):
     # --- For everybody.
 
     def test_all_is_reached_by_the_keyboard_alone(self):
-        alarm = self.new_alarm("keys")
+        alarm = site.raise_alarm("keys")
         self.open("/sign-in")
-        browser.tab_to("token").send_keys(tokens["manage"], Keys.ENTER)
+        browser.tab_to("token").send_keys(site.tokens["manage"], Keys.ENTER)
         until(lambda: browser.text("h1") == "Overview")
         browser.type(Keys.TAB)
         self.assertEqual("Skip to the content", browser.focused().text)
@@ -235,7 +235,7 @@ class Pages(Case):
         until(lambda: "acknowledged" in self.state_of(alarm))
 
     def test_every_page_is_without_a_finding_at_all_widths_in_both_schemes(self):
-        alarm = self.new_alarm("seen by all <b>&amp;</b> " + "x" * 80)
+        alarm = site.raise_alarm("seen by all <b>&amp;</b> " + "x" * 80)
         self.open("/sign-in")
         self.see("/sign-in")
         self.sign_in()
@@ -263,14 +263,19 @@ class Pages(Case):
 
 
 class Crowd(Case):
+    def setUp(self):
+        super().setUp()
+        self.site = Site(BINARIES, LIBRARIES).__enter__()
+        self.addCleanup(self.site.__exit__)
+
     def test_ten_thousand_pending_pages_are_shown_quickly(self):
-        site.run("line", "pause", "north")
-        site.run("line", "pause", "south")
+        self.site.run("line", "pause", "north")
+        self.site.run("line", "pause", "south")
         self.sign_in()
         few = self.seconds_to_show()
         alarms = [{"text": f"number {i}", "group": "OPS/many"} for i in range(1000)]
         for _ in range(5):
-            site.run("alarm", "raise", "--json", given=json.dumps(alarms))
+            self.site.run("alarm", "raise", "--json", given=json.dumps(alarms))
         until(lambda: self.shows("/pages", "Pending: 10"), 120)
         many = self.seconds_to_show()
         print(f"\noverview: {few:.2f} s with few pending pages, {many:.2f} s with ten thousand")
@@ -321,7 +326,7 @@ class Demo(Case):
                                 stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         try:
             token = next(line for line in demo.stdout if line.startswith("  pagerfwd_")).strip()
-            until(lambda: site.answers(f"http://{address}"))
+            until(lambda: is_there(f"http://{address}/sign-in"))
             self.click_through(f"http://{address}", token)
         finally:
             demo.send_signal(signal.SIGINT)

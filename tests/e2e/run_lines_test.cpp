@@ -245,6 +245,23 @@ TEST_F(RunLines, TellSinceWhenTheyHaveNothingToDo) {
     }
 }
 
+TEST_F(RunLines, AreStartedAnewOnceWhereTheirSettingsChange) {
+    std::string changed = ReadFile("site.toml");
+    for (size_t at; (at = changed.find("ATDT0,")) != std::string::npos;) {
+        changed.replace(at, 6, "ATDP0,");
+    }
+    WriteFile("changed.toml", changed);
+    At(30, Pagerfwd("import changed.toml >changed") + "; kill -HUP $PPID");
+    At(300, Pagerfwd("line list --json >lines"));
+    At(301, "kill -TERM $PPID");
+    Simulated({"run"});
+    for (const auto& line : nlohmann::json::parse(ReadFile("lines"))) {
+        EXPECT_EQ("idle", line["doing"]);
+        EXPECT_LT("2001-01-08 10:00:29", line["doing_since"].get<std::string>());
+        EXPECT_GT("2001-01-08 10:01:00", line["doing_since"].get<std::string>());
+    }
+}
+
 TEST_F(RunLines, ShowTheLatestReasonWhyTheyAreSick) {
     Modem("COM 2", "there_from = \"2001-01-08 10:02:00\"\npowered = false");
     At(100, Pagerfwd("line list >before"));

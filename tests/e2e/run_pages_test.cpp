@@ -79,6 +79,7 @@ TEST_F(RunPages, GoToTheOtherLineWhenTheirsIsPausedBetweenTwoTries) {
     EXPECT_EQ(0, run.exit_code) << run.err;
     EXPECT_THAT(Sends(), ElementsAre("not sent by COM 1", "sent by COM 2"));
     EXPECT_THAT(Rows("note FROM Host_History WHERE note <> ''"), ElementsAre("it is paused"));
+    EXPECT_THAT(run.err, HasSubstr("1 page(s) taken from line \"COM 1\", to go by another\n"));
 }
 
 // Killed while it dialled; of the porter's pages, one had been tried once already.

@@ -8,14 +8,18 @@
 #include <atomic>
 #include <cstring>
 #include <filesystem>
+#include <future>
+#include <optional>
 #include <thread>
 
+#include "host/process/database_locks.h"
 #include "tests/e2e/run_fixture.h"
 
 namespace {
 
 using ::testing::AllOf;
 using ::testing::Contains;
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -165,6 +169,20 @@ TEST_F(RunService, TriesAgainEverySecondWhatTheDatabaseRefusedAndSaysItOnce) {
     EXPECT_EQ(std::string::npos, run.err.find("not now; trying again", first + 1));
 }
 
+// The page on the line goes on. The line says what the database refuses it, as the node does.
+TEST_F(RunService, TriesAgainWhatIsRefusedWhileSomebodyHoldsTheDatabase) {
+    Raise("DUTY/1");
+    At(12, "sqlite3 pagerfwd.db 'BEGIN IMMEDIATE' '.shell sleep 60' COMMIT");
+    EndAt(100);
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code);
+    const std::string line = "line \"COM 1\": [^\n]*/pagerfwd.db: ";
+    EXPECT_THAT(run.err, AllOf(ContainsRegex(line + "database is locked; trying again\n"),
+                               ContainsRegex(line + "works again\n")));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
+    EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
+}
+
 // Its second byte is that of a backslash: the display shows one question mark for the two.
 TEST_F(RunService, CountsTwoByteCharactersWhereTheSiteIsShiftJis) {
     MakeSite("pagerfwd.db", "encoding = \"shift_jis\"\n" + std::string(kSite) +
@@ -233,6 +251,24 @@ TEST_F(RunService, ServesNewPortsFromSighupOn) {
     EXPECT_EQ(0, run.exit_code);
     EXPECT_THAT(run.err, HasSubstr("the ports have changed\n"));
     EXPECT_TRUE(std::filesystem::exists("pagerfwd-ttyS1"));
+}
+
+// Lines outlive a node that was killed: this process holds what one would hold.
+TEST_F(RunService, WaitsForTheLinesOfTheRunBefore) {
+    Raise("DUTY/1");
+    std::optional<host::LockFile> line_before = host::EngineLock(database);
+    ASSERT_TRUE(line_before->TryTake("run"));
+    At(30, "touch half-a-minute");
+    std::future<ProgramRun> running =
+        std::async(std::launch::async, [this] { return RunUntilDone(); });
+    while (!std::filesystem::exists("half-a-minute") &&
+           running.wait_for(std::chrono::milliseconds(10)) == std::future_status::timeout) {
+    }
+    line_before.reset();
+    const ProgramRun run = running.get();
+    EXPECT_EQ(0, run.exit_code) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("waiting for the lines of the run before"));
+    EXPECT_THAT(pages, ElementsAre(Pair("tap", 1)));
 }
 
 // --- A database that is replaced.

@@ -241,10 +241,12 @@ TEST_F(Run, SendsNoFurtherPageWhenTheAcknowledgementComesWhileARowIsRewritten) {
 
 // --- Old pages.
 
+// The run before is killed while its first page is on the line, the second is queued, and the third
+// waits for the second to be on the line.
 TEST_F(Run, GivesUpOldPagesWhenItIsTold) {
     constexpr time_t kHour = 60 * 60;
     const int32_t old = Raise("ALL/1", kNow - 13 * kHour);
-    At(1, KillAll());
+    At(5, KillAll());
     Simulated({"run"});
     const int32_t untouched = Raise("ALL/2", kNow - 13 * kHour);
     const int32_t young = Raise("DUTY/1", kNow - 11 * kHour);

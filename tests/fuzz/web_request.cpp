@@ -6,13 +6,12 @@
 #include <cstring>
 #include <sstream>
 #include <string>
-#include <thread>
 
-#include "host/net/listen.h"
 #include "host/web/api.h"
 #include "host/web/server.h"
 #include "tests/fuzz/folder.h"
 #include "tests/fuzz/input.h"
+#include "tests/support/serving.h"
 
 namespace {
 
@@ -20,25 +19,7 @@ using fuzz::Expect;
 
 // Serves as long as the program lives.
 class Server {
- public:
-    Server()
-        : server_(
-              Listeners(), [this](const host::WebRequest& asked) { return Answer(asked); },
-              Limits()),
-          thread_([this] { server_.Run(); }) {}
-    ~Server() {
-        server_.Stop();
-        thread_.join();
-    }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
-
  private:
-    static std::vector<host::Descriptor> Listeners() {
-        std::vector<host::Descriptor> listeners;
-        listeners.push_back(host::Listen("unix:web.sock"));
-        return listeners;
-    }
     static host::WebLimits Limits() {
         host::WebLimits limits;
         limits.every = std::chrono::milliseconds(0);
@@ -55,15 +36,15 @@ class Server {
     std::ostringstream said_;
     host::OperatorLog log_{said_, true};
     host::Api api_{"none.db", log_};
-    host::WebServer server_;
-    std::thread thread_;
+    const test_support::Serving<host::WebServer> serving_{
+        [this](const host::WebRequest& asked) { return Answer(asked); }, Limits()};
 };
 
 std::string AnswerTo(std::string_view bytes) {
     const host::Descriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::strcpy(&address.sun_path[0], "web.sock");
+    std::strcpy(&address.sun_path[0], test_support::kServedAt);
     Expect(
         connect(client.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0,
         "it listens");

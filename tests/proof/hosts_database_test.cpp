@@ -1,10 +1,10 @@
 // Two hosts over one database that fails one of them, or both: cut off, stalled, killed and started
 // again, held up by somebody's long transaction.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <libpq-fe.h>
 
 #include <chrono>
+#include <csignal>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,9 +17,7 @@
 namespace proof {
 namespace {
 
-using test_support::OwnPostgres;
 using test_support::PostgresProxy;
-using ::testing::HasSubstr;
 
 // Each node has a way of its own to the server, which can fail.
 class TwoHostsByProxies : public TwoHosts {

@@ -1,69 +1,19 @@
 // Two hosts for tests.
 #include "tests/proof/two_hosts.h"
 
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
 #include <thread>
 
+#include "tests/proof/write_watch.h"
 #include "tests/unit/host/files.h"
 
 namespace proof {
-namespace {
-
-std::vector<char*> Pointers(std::vector<std::string>& words) {
-    std::vector<char*> pointers;
-    for (std::string& word : words) {
-        pointers.push_back(word.data());
-    }
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-}  // namespace
-
-Started::Started(std::vector<std::string> words, const std::string& output,
-                 const std::vector<std::string>& more) {
-    process_ = fork();
-    if (process_ == 0) {
-        setpgid(0, 0);
-        FILE* const opened = std::freopen(output.c_str(), "a", stderr);
-        if (opened == nullptr || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
-            _exit(1);
-        }
-        for (const std::string& setting : more) {
-            const size_t end = setting.find('=');
-            setenv(setting.substr(0, end).c_str(), setting.substr(end + 1).c_str(), 1);
-        }
-        std::vector<char*> pointers = Pointers(words);
-        execv(pointers[0], pointers.data());
-        _exit(1);
-    }
-    setpgid(process_, process_);
-}
-
-Started::~Started() {
-    Signal(SIGKILL, true);
-    Await();
-}
-
-void Started::Signal(int signal, bool group) const {
-    if (process_ > 0) {
-        kill(group ? -process_ : process_, signal);
-    }
-}
-
-void Started::Await() {
-    if (process_ > 0) {
-        waitpid(process_, nullptr, 0);
-        process_ = -1;
-    }
-}
 
 TwoHosts::TwoHosts() {
     setenv("PAGERFWD_DATABASE", database_.c_str(), 1);
@@ -71,7 +21,7 @@ TwoHosts::TwoHosts() {
     WriteFile("exchange.toml",
               "[[line]]\nport = \"COM 1\"\n[[line]]\nport = \"COM 2\"\n"
               "[[centre]]\nname = \"tap\"\nprotocol = \"tap\"\nnumbers = [\"5550101\"]\n");
-    exchange_ = std::make_unique<Started>(
+    exchange_ = std::make_unique<StartedProgram>(
         std::vector<std::string>{PAGERSIM_PROGRAM, "serve", "--links", "lines"}, "exchange.log");
     Until("the lines", [] { return access("lines/ttyS1", F_OK) == 0; });
 }
@@ -92,6 +42,7 @@ void TwoHosts::MakeSite(const std::string& more) {
                                "number = \"5550111\"\nretries = 1\ndelay = 1\n"
                                "[[route]]\npagers = [\"duty\"]\n");
     EXPECT_EQ(0, Pagerfwd({"init"}).exit_code);
+    WatchWrites(database_);
     EXPECT_EQ(0, Pagerfwd({"import", "site.toml"}).exit_code);
 }
 
@@ -100,19 +51,20 @@ ProgramRun TwoHosts::Pagerfwd(std::vector<std::string> arguments) {
     return RunProgram(arguments);
 }
 
-std::unique_ptr<Started> TwoHosts::Run(const std::string& node,
-                                       const std::vector<std::string>& more) {
+std::unique_ptr<StartedProgram> TwoHosts::Run(const std::string& node,
+                                              const std::vector<std::string>& more,
+                                              const std::string& program) {
     const std::string folder = node + "-host";
     std::filesystem::create_directory(folder);
-    return std::make_unique<Started>(
-        std::vector<std::string>{PAGERFWD_PROGRAM, "--state", folder, "--locks", folder, "run",
-                                 "--node", node},
+    return std::make_unique<StartedProgram>(
+        std::vector<std::string>{program, "--state", folder, "--locks", folder, "run", "--node",
+                                 node},
         node + ".log", more);
 }
 
-void TwoHosts::Raise(int count) {
-    for (int alarm = 1; alarm <= count; ++alarm) {
-        Pagerfwd({"alarm", "raise", "alarm " + std::to_string(alarm)});
+void TwoHosts::Raise(int count, const std::string& program) {
+    for (int left = count; left > 0; --left) {
+        RunProgram({program, "alarm", "raise", "alarm " + std::to_string(++raised_)});
     }
 }
 
@@ -186,6 +138,8 @@ void TwoHosts::Judge(int alarms) {
     EXPECT_EQ("0", Ask("SELECT count(*) FROM (SELECT 1 FROM Host_History"
                        " WHERE note LIKE '%may have%' GROUP BY line, at HAVING count(*) > 1) AS s"))
         << "more than one page of a line";
+    EXPECT_EQ("", LateWrites(database_)) << "written behind the end of the writer's term";
+    EXPECT_LT(0, WritesInTerms(database_));
 }
 
 }  // namespace proof

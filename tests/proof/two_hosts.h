@@ -7,7 +7,6 @@
 #define PAGERFWD_TESTS_PROOF_TWO_HOSTS_H
 
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
 #include <functional>
 #include <map>
@@ -18,25 +17,9 @@
 #include "tests/support/own_postgres.h"
 #include "tests/support/temp_dir.h"
 #include "tests/unit/host/child_process.h"
+#include "tests/unit/host/started_program.h"
 
 namespace proof {
-
-// A program of a process group of its own, killed at the end.
-class Started {
- public:
-    // more: of its environment, "NAME=value".
-    Started(std::vector<std::string> words, const std::string& output,
-            const std::vector<std::string>& more = {});
-    ~Started();
-    Started(const Started&) = delete;
-    Started& operator=(const Started&) = delete;
-
-    void Signal(int signal, bool group) const;
-    void Await();
-
- private:
-    pid_t process_ = -1;
-};
 
 class TwoHosts : public ::testing::Test {
  protected:
@@ -45,10 +28,12 @@ class TwoHosts : public ::testing::Test {
     void MakeSite(const std::string& more = "");
 
     static ProgramRun Pagerfwd(std::vector<std::string> arguments);
-    // more: as above.
-    static std::unique_ptr<Started> Run(const std::string& node,
-                                        const std::vector<std::string>& more = {});
-    static void Raise(int count);
+    // more: of its environment, "NAME=value".
+    static std::unique_ptr<StartedProgram> Run(const std::string& node,
+                                               const std::vector<std::string>& more = {},
+                                               const std::string& program = PAGERFWD_PROGRAM);
+    // "alarm 1" and so on, each another.
+    void Raise(int count, const std::string& program = PAGERFWD_PROGRAM);
 
     // Two nodes, each with a page on its line.
     void BeginBoth(const std::vector<std::string>& more_of_north = {},
@@ -70,18 +55,20 @@ class TwoHosts : public ::testing::Test {
     static void Until(const std::string& what, const std::function<bool()>& is_so);
 
     // None lost; one twice only where its history has named it before, and at most one of a line at
-    // a takeover; and nobody of an earlier term has written behind the first of a later one.
+    // a takeover; and nobody has written in a term that was over (write_watch.h).
     void Judge(int alarms);
 
     const test_support::TempDir folder_;
     const std::string database_ = test_support::TheServer().MakeDatabase();
-    std::unique_ptr<Started> exchange_;
-    std::unique_ptr<Started> north_;
-    std::unique_ptr<Started> south_;
+    std::unique_ptr<StartedProgram> exchange_;
+    std::unique_ptr<StartedProgram> north_;
+    std::unique_ptr<StartedProgram> south_;
 
  private:
     // What the centre has received: how often each alarm.
     std::map<std::string, int> Received();
+
+    int raised_ = 0;
 };
 
 }  // namespace proof

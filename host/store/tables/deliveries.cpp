@@ -1,6 +1,9 @@
 // Deliveries. Tested by tests/unit/host/intake_test.cpp and hand_over_test.cpp.
 #include "host/store/tables/deliveries.h"
 
+#include <cstdlib>
+#include <tuple>
+
 #include "host/store/schema.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/states.h"
@@ -11,24 +14,22 @@ namespace {
 
 constexpr const char* kSelectDelivery =
     "SELECT alarm, place, alarm_group, pager, since, answer IS NOT NULL, answer, line,"
-    " tries, unknown FROM "
+    " tries, unknown, severity FROM "
     "Host_Deliveries ";
 
-// An alarm without a severity is the mildest.
-constexpr const char* kInTheirOrder =
-    " ORDER BY coalesce((SELECT min(nullif(CAST(severity AS INTEGER), 0)) FROM AlarmLog"
-    "  WHERE alarmlogID = Host_Deliveries.alarm), 9), CAST(alarm AS INTEGER), place";
+constexpr const char* kInTheirOrder = " ORDER BY severity, CAST(alarm AS INTEGER), place";
 
 std::vector<Delivery> ReadDeliveries(Statement& statement) {
     std::vector<Delivery> deliveries;
     while (statement.Step()) {
         const bool answered = statement.Number(5) != 0;
         const auto answer = static_cast<int32_t>(statement.Number(6));
-        deliveries.push_back(
-            {std::string(statement.Text(0)), statement.Number(1),
-             WithoutControls(statement.Text(2)), WithoutControls(statement.Text(3)),
-             statement.Number(4), answered ? std::optional<int32_t>(answer) : std::nullopt,
-             std::string(statement.Text(7)), statement.Number(8), statement.Number(9) != 0});
+        deliveries.push_back({std::string(statement.Text(0)), statement.Number(1),
+                              WithoutControls(statement.Text(2)),
+                              WithoutControls(statement.Text(3)), statement.Number(4),
+                              answered ? std::optional<int32_t>(answer) : std::nullopt,
+                              std::string(statement.Text(7)), statement.Number(8),
+                              statement.Number(9) != 0, statement.Number(10)});
     }
     return deliveries;
 }
@@ -36,8 +37,9 @@ std::vector<Delivery> ReadDeliveries(Statement& statement) {
 void InsertDelivery(Connection& connection, const Alarm& alarm, int64_t place,
                     const std::string& pager) {
     Statement(connection,
-              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
-              " VALUES (?, ?, ?, ?, (SELECT coalesce(max(row_id), 0) FROM Host_History))")
+              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, severity)"
+              " VALUES (?1, ?2, ?3, ?4, (SELECT coalesce(max(row_id), 0) FROM Host_History), " +
+                  SeverityOf("?1") + ")")
         .Bind(alarm.number)
         .Bind(place)
         .Bind(alarm.group)
@@ -76,7 +78,7 @@ const char* StateWith(const std::vector<std::string>& pagers, const Alarm& alarm
 
 // Bound to the line; where that is empty: all. An index finds those of a line, however many wait
 // for none.
-constexpr const char* kOpenOnesOfLine = "WHERE answer IS NULL AND line = ?1";
+constexpr const char* kOpenOnesOfLine = "WHERE answer IS NULL AND line > '' AND line = ?1";
 constexpr const char* kOpenOnes = "WHERE answer IS NULL AND ?1 = ''";
 
 const char* OpenOnesOf(const std::string& line) {
@@ -84,8 +86,7 @@ const char* OpenOnesOf(const std::string& line) {
 }
 
 // One that can't be read doesn't hide the others.
-std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string& line,
-                                       size_t* unreadable) {
+std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string& line) {
     const std::string which = OpenOnesOf(line);
     Statement count(connection, "SELECT count(*) FROM Host_Deliveries " + which);
     count.Bind(line).Step();
@@ -98,27 +99,44 @@ std::vector<Delivery> OpenOnesOneByOne(Connection& connection, const std::string
                 deliveries.push_back(std::move(delivery));
             }
         } catch (const RowTooLarge&) {
-            if (unreadable != nullptr) {
-                ++*unreadable;
-            }
+            continue;
         }
     }
     return deliveries;
 }
 
-std::vector<Delivery> OpenOnes(Connection& connection, const std::string& line,
-                               size_t* unreadable) {
+std::vector<Delivery> OpenOnes(Connection& connection, const std::string& line) {
     try {
         Statement statement(connection,
                             std::string(kSelectDelivery) + OpenOnesOf(line) + kInTheirOrder);
         statement.Bind(line);
         return ReadDeliveries(statement);
     } catch (const RowTooLarge&) {
-        return OpenOnesOneByOne(connection, line, unreadable);
+        return OpenOnesOneByOne(connection, line);
     }
 }
 
+constexpr const char* kWaits = "answer IS NULL AND line = '' AND unknown = 0";
+
+// On a row of Host_Deliveries, "owed": its alarm isn't there or needs no paging, or a library has
+// had the page.
+constexpr const char* kNeedsNoLine =
+    "(SELECT count(*) <> 1 OR max(CASE WHEN alarmack IN ('', '0')"
+    "   AND pagerstate <> '1' THEN 0 ELSE 1 END) = 1 FROM AlarmLog"
+    "   WHERE alarmlogID = owed.alarm)"
+    " OR EXISTS (SELECT 1 FROM Host_History AS history"
+    "   WHERE history.alarm = owed.alarm AND history.pager = owed.pager"
+    "   AND history.alarm_group = owed.alarm_group"
+    "   AND history.row_id > owed.since)";
+
 }  // namespace
+
+// One without a severity is the mildest.
+std::string SeverityOf(const std::string& alarm) {
+    return "coalesce((SELECT min(nullif(CAST(severity AS INTEGER), 0)) FROM AlarmLog"
+           " WHERE alarmlogID = " +
+           alarm + "), 9)";
+}
 
 void WriteDeliveries(Connection& connection, const Alarm& alarm,
                      const std::vector<std::string>& pagers) {
@@ -144,12 +162,57 @@ std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& al
     return ReadDeliveries(statement);
 }
 
-std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable) {
-    return OpenOnes(connection, "", unreadable);
+std::vector<Delivery> OpenDeliveries(Connection& connection) {
+    return OpenOnes(connection, "");
 }
 
 std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line) {
-    return OpenOnes(connection, line, nullptr);
+    return OpenOnes(connection, line);
+}
+
+// From one pager to the next by the index.
+std::string WaitingPagers() {
+    const std::string first = std::string("SELECT min(pager) FROM Host_Deliveries WHERE ") + kWaits;
+    return "WITH RECURSIVE waiting(pager) AS (" + first + " UNION ALL SELECT (" + first +
+           " AND Host_Deliveries.pager > waiting.pager) FROM waiting"
+           " WHERE waiting.pager IS NOT NULL)"
+           " SELECT pager FROM waiting WHERE pager IS NOT NULL";
+}
+
+std::vector<std::string> PagersThatWait(Connection& connection) {
+    return Statement(connection, WaitingPagers()).Texts();
+}
+
+std::vector<Delivery> FirstWaiting(Connection& connection, const std::string& pager,
+                                   int64_t count) {
+    Statement statement(connection, std::string(kSelectDelivery) + "WHERE " + kWaits +
+                                        " AND pager = ?" + kInTheirOrder + " LIMIT ?");
+    statement.Bind(pager).Bind(count);
+    return ReadDeliveries(statement);
+}
+
+bool GoesBefore(const Delivery& one, const Delivery& other) {
+    const auto order = [](const Delivery& delivery) {
+        return std::make_tuple(delivery.severity, std::strtoll(delivery.alarm.c_str(), nullptr, 10),
+                               delivery.place);
+    };
+    return order(one) < order(other);
+}
+
+std::vector<LookedAt> LookWhetherSettled(Connection& connection, const DeliveryKey& behind,
+                                         int64_t count) {
+    std::vector<LookedAt> looked_at;
+    Statement statement(
+        connection, std::string("SELECT alarm, place, CASE WHEN ") + kNeedsNoLine +
+                        " THEN 1 ELSE 0 END FROM (SELECT * FROM Host_Deliveries WHERE " + kWaits +
+                        " AND (alarm, place) > (?, ?) ORDER BY alarm, place LIMIT ?) AS owed"
+                        " ORDER BY alarm, place");
+    statement.Bind(behind.first).Bind(behind.second).Bind(count);
+    while (statement.Step()) {
+        looked_at.push_back(
+            {{std::string(statement.Text(0)), statement.Number(1)}, statement.Number(2) != 0});
+    }
+    return looked_at;
 }
 
 std::vector<Delivery> OwedDeliveries(Connection& connection) {
@@ -159,24 +222,6 @@ std::vector<Delivery> OwedDeliveries(Connection& connection) {
                                         " WHERE alarmlogID = Host_Deliveries.alarm"
                                         " AND alarmack IN ('', '0') AND pagerstate <> '1')");
     return ReadDeliveries(statement);
-}
-
-std::set<std::pair<std::string, int64_t>> SettledDeliveries(Connection& connection) {
-    std::set<std::pair<std::string, int64_t>> settled;
-    Statement statement(connection,
-                        "SELECT alarm, place FROM Host_Deliveries AS owed"
-                        " WHERE answer IS NULL AND line = '' AND unknown = 0 AND"
-                        " ((SELECT count(*) <> 1 OR max(CASE WHEN alarmack IN ('', '0')"
-                        "   AND pagerstate <> '1' THEN 0 ELSE 1 END) = 1 FROM AlarmLog"
-                        "   WHERE alarmlogID = owed.alarm)"
-                        "  OR EXISTS (SELECT 1 FROM Host_History AS history"
-                        "   WHERE history.alarm = owed.alarm AND history.pager = owed.pager"
-                        "   AND history.alarm_group = owed.alarm_group"
-                        "   AND history.row_id > owed.since))");
-    while (statement.Step()) {
-        settled.emplace(statement.Text(0), statement.Number(1));
-    }
-    return settled;
 }
 
 std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm) {
@@ -239,9 +284,9 @@ void SetUnknown(Connection& connection, const Delivery& delivery, bool unknown) 
 
 void AddDelivery(Connection& connection, const PageKey& page) {
     Statement(connection,
-              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
-              " SELECT ?1, coalesce(max(place) + 1, 0), ?2, ?3, 0 FROM Host_Deliveries"
-              " WHERE alarm = ?1")
+              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, severity)"
+              " SELECT ?1, coalesce(max(place) + 1, 0), ?2, ?3, 0, " +
+                  SeverityOf("?1") + " FROM Host_Deliveries WHERE alarm = ?1")
         .Bind(page.alarm)
         .Bind(page.group)
         .Bind(page.pager)

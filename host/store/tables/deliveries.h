@@ -9,7 +9,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,6 +30,7 @@ struct Delivery {
     std::string line = {};          // that has it, or is to have it; empty: none yet
     int64_t tries = 0;              // by the lines that it was taken from
     bool unknown = false;           // it may have left: no line gets it until an operator says so
+    int64_t severity = 9;           // its alarm's, when it was taken up; 9: it had none
 };
 
 // The library's answers, and the host's own for a call that wasn't needed.
@@ -52,19 +52,40 @@ void PlanDeliveries(Connection& connection, const Alarm& alarm,
                     const std::vector<std::string>& pagers);
 
 std::vector<Delivery> DeliveriesOf(Connection& connection, const std::string& alarm);
-// What is to go first at the head: severe before mild, old before new. unreadable: gets how many
-// are too large to be read, if it is given. They hide no others.
-std::vector<Delivery> OpenDeliveries(Connection& connection, size_t* unreadable = nullptr);
-// Those that a line is to have, in the same order; what is too large to be read is left out.
+// What is to go first at the head: severe before mild, old before new. What is too large to be read
+// is left out.
+std::vector<Delivery> OpenDeliveries(Connection& connection);
+// Those that a line is to have, in the same order.
 std::vector<Delivery> OpenDeliveriesOf(Connection& connection, const std::string& line);
 
 // Those whose alarm still needs paging, and which lines may have.
 std::vector<Delivery> OwedDeliveries(Connection& connection);
-// Of open ones without a line: those that may need none any more, since their alarm isn't there or
-// needs no paging, or since a library has had the page. However many are open, at little cost.
-std::set<std::pair<std::string, int64_t>> SettledDeliveries(Connection& connection);
 // The places of an alarm's open ones.
 std::vector<int64_t> OpenPlaces(Connection& connection, const std::string& alarm);
+
+// --- Those that wait for a line: open ones that none has yet, but for those of unknown outcome. Of
+// however many, each of these reads only what it returns.
+
+// Whose they are; and the query for it, whose column is "pager".
+std::vector<std::string> PagersThatWait(Connection& connection);
+std::string WaitingPagers();
+// The first so many of a pager's.
+std::vector<Delivery> FirstWaiting(Connection& connection, const std::string& pager, int64_t count);
+// Severe before mild, old before new.
+bool GoesBefore(const Delivery& one, const Delivery& other);
+
+using DeliveryKey = std::pair<std::string, int64_t>;  // the alarm, and the place within it
+struct LookedAt {
+    DeliveryKey delivery;
+    bool settled;  // may need no line any more: its alarm isn't there or needs no paging, or a
+                   // library has had the page
+};
+// The next so many behind this one, in the order of their keys.
+std::vector<LookedAt> LookWhetherSettled(Connection& connection, const DeliveryKey& behind,
+                                         int64_t count);
+
+// For statements: the severity of an alarm, whose number this expression is.
+std::string SeverityOf(const std::string& alarm);
 
 std::optional<Delivery> FindDelivery(Connection& connection, const PageKey& page);
 bool IsOpen(const std::optional<Delivery>& delivery);

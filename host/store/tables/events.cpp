@@ -3,6 +3,7 @@
 #include "host/store/tables/events.h"
 
 #include "host/store/schema.h"
+#include "host/store/tables/deliveries.h"
 #include "host/store/tables/history.h"
 #include "host/store/tables/states.h"
 
@@ -255,12 +256,17 @@ std::time_t OldestUntried(Connection& connection) {
 
 std::vector<std::string> PagersWithPages(Connection& connection) {
     return Statement(connection,
-                     "SELECT pager FROM Host_Deliveries"
-                     " JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
-                     " WHERE answer IS NULL AND alarmack IN ('', '0')"
-                     " UNION SELECT PagerDescr FROM AlarmFwd_PagerEvents"
-                     " JOIN AlarmLog ON alarmlogID = AlmLogID"
-                     " WHERE AlarmFwd_PagerEvents.PagerState = '2' AND alarmack IN ('', '0')")
+                     WaitingPagers() +
+                         " AND EXISTS (SELECT 1 FROM Host_Deliveries"
+                         "  JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
+                         "  WHERE Host_Deliveries.pager = waiting.pager AND answer IS NULL"
+                         "  AND line = '' AND unknown = 0 AND alarmack IN ('', '0'))"
+                         " UNION SELECT pager FROM Host_Deliveries"
+                         " JOIN AlarmLog ON alarmlogID = Host_Deliveries.alarm"
+                         " WHERE answer IS NULL AND line > '' AND alarmack IN ('', '0')"
+                         " UNION SELECT PagerDescr FROM AlarmFwd_PagerEvents"
+                         " JOIN AlarmLog ON alarmlogID = AlmLogID"
+                         " WHERE AlarmFwd_PagerEvents.PagerState = '2' AND alarmack IN ('', '0')")
         .Texts();
 }
 
@@ -269,7 +275,7 @@ std::map<std::string, int64_t> CountByLine(Connection& connection) {
     Statement statement(connection,
                         "SELECT line, count(*) FROM (SELECT line FROM AlarmFwd_PagerEvents"
                         "  WHERE PagerState = '2' UNION ALL"
-                        "  SELECT line FROM Host_Deliveries WHERE " +
+                        "  SELECT line FROM Host_Deliveries WHERE line > '' AND " +
                             kWaitsForALibrary +
                             ") AS owed"
                             " WHERE line <> '' GROUP BY line");
@@ -284,7 +290,7 @@ std::map<std::string, LinePages> PagesByLine(Connection& connection) {
     // Two kinds of pages: still to be handed over, and in the library.
     Statement statement(connection,
                         std::string("SELECT line, count(*), count(*) FROM Host_Deliveries"
-                                    " WHERE answer IS NULL GROUP BY line"
+                                    " WHERE answer IS NULL AND line > '' GROUP BY line"
                                     " UNION ALL SELECT line, sum(CASE WHEN ") +
                             kWasSent +
                             " THEN 0 ELSE 1 END), count(*)"

@@ -115,12 +115,27 @@ std::vector<PageKey> PagesInHistory(Connection& connection, const std::string& a
     return KeysIn(statement.Bind(alarm));
 }
 
-std::vector<PageKey> PagesChangedBetween(Connection& connection, int64_t first, int64_t last) {
-    Statement statement(connection,
-                        "SELECT alarm, alarm_group, pager FROM Host_History"
-                        " WHERE row_id > ? AND row_id <= ? AND alarm <> ''"
-                        " GROUP BY alarm, alarm_group, pager ORDER BY max(row_id)");
+namespace {
+
+// Of a row behind another, up to a third: a page may have ended with it.
+constexpr const char* kMayEndPages =
+    "row_id > ? AND row_id <= ? AND alarm <> ''"
+    " AND (state <> '2' OR change IN ('removed', 'cancelled'))";
+
+}  // namespace
+
+std::vector<PageKey> PagesThatMayHaveEnded(Connection& connection, int64_t first, int64_t last) {
+    Statement statement(
+        connection, std::string("SELECT alarm, alarm_group, pager FROM Host_History WHERE ") +
+                        kMayEndPages + " GROUP BY alarm, alarm_group, pager ORDER BY max(row_id)");
     return KeysIn(statement.Bind(first).Bind(last));
+}
+
+int64_t BehindEnds(Connection& connection, int64_t first, int64_t last, int64_t count) {
+    Statement statement(connection, std::string("SELECT row_id FROM Host_History WHERE ") +
+                                        kMayEndPages + " ORDER BY row_id LIMIT 1 OFFSET ?");
+    statement.Bind(first).Bind(last).Bind(count - 1);
+    return statement.Step() ? statement.Number(0) : last;
 }
 
 std::vector<PageKey> PagesNotOwed(Connection& connection, int64_t count) {

@@ -75,8 +75,12 @@ int64_t LastChange(Connection& connection);
 
 // Pages of an alarm, in the order of their first changes.
 std::vector<PageKey> PagesInHistory(Connection& connection, const std::string& alarm);
-// Pages changed behind the first of these rows, up to the second, in the order of the changes.
-std::vector<PageKey> PagesChangedBetween(Connection& connection, int64_t first, int64_t last);
+// Pages that may have ended with one of the rows behind the first, up to the last of these, in the
+// order of the changes: those that were only moved, or written anew, are not among them.
+std::vector<PageKey> PagesThatMayHaveEnded(Connection& connection, int64_t first, int64_t last);
+// Of these rows, the one up to which there are so many by which a page may have ended; the last,
+// where there are fewer.
+int64_t BehindEnds(Connection& connection, int64_t first, int64_t last, int64_t count);
 // The last so many of those that are neither pending nor owed any more, the oldest first.
 std::vector<PageKey> PagesNotOwed(Connection& connection, int64_t count);
 

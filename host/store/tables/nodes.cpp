@@ -3,13 +3,16 @@
 
 #include <algorithm>
 
+#include "host/store/schema.h"
+
 namespace host {
 namespace {
 
 std::string SelectNodes(const Connection& connection) {
     return "SELECT node, place, term, holder, valid_until - " + connection.Clock() +
            ", leads, drained, valid_until,"
-           " EXISTS (SELECT 1 FROM Host_Lines WHERE node = Host_Nodes.node) FROM Host_Nodes ";
+           " EXISTS (SELECT 1 FROM Host_Lines WHERE node = Host_Nodes.node), speaks FROM "
+           "Host_Nodes ";
 }
 
 std::vector<NodeState> NodesIn(Statement& statement) {
@@ -26,6 +29,7 @@ std::vector<NodeState> NodesIn(Statement& statement) {
         node.drained = statement.Number(6) != 0;
         node.valid_until = statement.Number(7);
         node.owns = statement.Number(8) != 0;
+        node.speaks = statement.Number(9);
         nodes.push_back(std::move(node));
     }
     return nodes;
@@ -75,13 +79,14 @@ std::optional<Tenure> TakeLease(Connection& connection, const std::string& node,
                                 const std::string& holder, std::chrono::milliseconds validity,
                                 const std::string& dead) {
     WriteTransaction transaction(connection);
+    RequireTables(connection);  // somebody may have made newer ones by now
     AddNode(connection, node);
     Statement taken(
         connection,
-        "UPDATE Host_Nodes SET term = term + 1, holder = ?, valid_until = " + connection.Clock() +
-            " + ? WHERE node = ? AND (holder IN ('', ?) OR valid_until <= " + connection.Clock() +
-            ") RETURNING term");
-    taken.Bind(holder).Bind(int64_t{validity.count()}).Bind(node).Bind(dead);
+        "UPDATE Host_Nodes SET speaks = ?, term = term + 1, holder = ?, valid_until = " +
+            connection.Clock() + " + ? WHERE node = ? AND (holder IN ('', ?) OR valid_until <= " +
+            connection.Clock() + ") RETURNING term");
+    taken.Bind(NewestTables()).Bind(holder).Bind(int64_t{validity.count()}).Bind(node).Bind(dead);
     const int64_t term = taken.FirstNumber();
     taken.Run();
     transaction.Commit();
@@ -165,6 +170,22 @@ bool AnyNodeLives(Connection& connection) {
     const std::vector<NodeState> nodes = ReadNodes(connection);
     return std::any_of(nodes.begin(), nodes.end(),
                        [](const NodeState& node) { return node.lives; });
+}
+
+std::vector<std::string> LivingHolders(Connection& connection) {
+    return Statement(connection,
+                     "SELECT '\"' || node || '\" (' || holder || ')' FROM Host_Nodes"
+                     " WHERE holder <> '' AND valid_until > " +
+                         connection.Clock() + " ORDER BY node")
+        .Texts();
+}
+
+std::vector<std::string> NodesThatDontKnow(Connection& connection, int64_t version) {
+    return Statement(connection,
+                     "SELECT '\"' || node || '\" (' || holder || ')' FROM Host_Nodes"
+                     " WHERE holder <> '' AND speaks < ? ORDER BY node")
+        .Bind(version)
+        .Texts();
 }
 
 bool SetDrained(Connection& connection, const std::string& node, bool drained) {

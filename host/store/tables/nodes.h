@@ -9,6 +9,7 @@
 //   drained      an operator has taken it out of service
 //   renewals     how often its lease was renewed
 //   told         of how pages ended, up to this row of the history
+//   speaks       the newest version of the tables that it knows (NewestTables of schema.h)
 //
 // A lease is renewed by a single statement, which waits for nobody who writes something else. It is
 // taken, and taken away, in a transaction: at its end no write of an earlier term can come any
@@ -42,6 +43,7 @@ struct NodeState {
     bool leads = false;
     bool drained = false;
     bool owns = false;  // lines are its own
+    int64_t speaks = 0;
 
     // Whether somebody may take its pages over, as far as there is anything.
     bool IsOver() const { return left.count() <= 0 && (!holder.empty() || leads || owns); }
@@ -56,8 +58,8 @@ void StoreNodes(Connection& connection, const std::vector<std::string>& nodes);
 
 // --- The lease.
 
-// Takes it where nobody has it, or it is over. dead: a holder that is known to be no more. None:
-// somebody has it.
+// Takes it where nobody has it, or it is over, and the tables are such as this program knows. dead:
+// a holder that is known to be no more. None: somebody has it.
 std::optional<Tenure> TakeLease(Connection& connection, const std::string& node,
                                 const std::string& holder, std::chrono::milliseconds validity,
                                 const std::string& dead = {});
@@ -86,6 +88,14 @@ void NoteTold(Connection& connection, const Tenure& tenure, int64_t row);
 
 // Whether any holds its lease.
 bool AnyNodeLives(Connection& connection);
+
+// --- For who changes the tables: nodes by name and holder, "\"north\" (a host, process 7)".
+
+// Those that hold their leases, in whatever version the table is.
+std::vector<std::string> LivingHolders(Connection& connection);
+// Those that don't know this version of the tables, and may write to them still: whose leases were
+// neither given back nor taken away.
+std::vector<std::string> NodesThatDontKnow(Connection& connection, int64_t version);
 // False: there is no such node.
 bool SetDrained(Connection& connection, const std::string& node, bool drained);
 // Requires a write transaction.

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "host/store/schema.h"
+#include "host/store/tables/deliveries.h"
 #include "host/store/tables/history.h"
 
 namespace host {
@@ -21,9 +22,14 @@ const std::string kGoesOn =
     "(SELECT count(*) = 1 AND max(CASE WHEN alarmack IN ('', '0') AND pagerstate <> '1'"
     " THEN 1 ELSE 0 END) = 1 FROM AlarmLog WHERE alarmlogID = event.AlmLogID)";
 
-// Of an event: the delivery of its page.
+// Of those that go on, the rows that WriteHistoryOfAll has just written, which is behind ?1: so
+// that their alarms are asked for once.
+const std::string kThatGoOn =
+    " FROM Host_History AS gone WHERE gone.row_id > ?1 AND gone.change = ?2";
+
+// Of such a row: the delivery of its page.
 const std::string kSamePage =
-    "alarm = event.AlmLogID AND alarm_group = event.AlmGroup AND pager = event.PagerDescr";
+    "owed.alarm = gone.alarm AND owed.alarm_group = gone.alarm_group AND owed.pager = gone.pager";
 
 void WriteHistoryOfAll(Connection& connection, const std::string& node, const std::string& why) {
     Statement(connection,
@@ -42,29 +48,32 @@ void WriteHistoryOfAll(Connection& connection, const std::string& node, const st
 }
 
 // A page of another program has none: it gets one behind all others of its alarm.
-void AddMissingDeliveries(Connection& connection, const std::string& node) {
+void AddMissingDeliveries(Connection& connection, int64_t behind) {
     Statement(connection,
-              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since)"
-              " SELECT AlmLogID, (SELECT coalesce(max(place), -1) FROM Host_Deliveries"
-              "  WHERE alarm = AlmLogID)"
-              " + row_number() OVER (PARTITION BY AlmLogID ORDER BY min(row_id)),"
-              " AlmGroup, PagerDescr, 0" +
-                  kItsEvents + " AND " + kGoesOn +
-                  " AND NOT EXISTS (SELECT 1 FROM Host_Deliveries WHERE " + kSamePage +
-                  ") GROUP BY AlmLogID, AlmGroup, PagerDescr")
-        .Bind(node)
+              "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, severity)"
+              " SELECT gone.alarm, (SELECT coalesce(max(place), -1) FROM Host_Deliveries AS owed"
+              "  WHERE owed.alarm = gone.alarm)"
+              " + row_number() OVER (PARTITION BY gone.alarm ORDER BY min(gone.row_id)),"
+              " gone.alarm_group, gone.pager, 0, " +
+                  SeverityOf("gone.alarm") + kThatGoOn +
+                  " AND NOT EXISTS (SELECT 1 FROM Host_Deliveries AS owed WHERE " + kSamePage +
+                  ") GROUP BY gone.alarm, gone.alarm_group, gone.pager")
+        .Bind(behind)
+        .Bind(std::string_view(kMoved))
         .Run();
 }
 
 // Behind the rows of the history that say so.
-int64_t OpenDeliveriesAgain(Connection& connection, const std::string& node) {
+int64_t OpenDeliveriesAgain(Connection& connection, int64_t behind) {
     Statement(connection,
-              "UPDATE Host_Deliveries SET answer = NULL, line = '',"
-              " tries = tries + CAST(event.PagerRetries AS INTEGER),"
+              "UPDATE Host_Deliveries AS owed SET answer = NULL, line = '',"
+              " tries = owed.tries + CAST(gone.tries AS INTEGER),"
               " since = (SELECT coalesce(max(row_id), 0) FROM Host_History)" +
-                  kItsEvents + " AND " + kGoesOn + " AND " + kSamePage +
-                  " AND place = (SELECT min(place) FROM Host_Deliveries WHERE " + kSamePage + ")")
-        .Bind(node)
+                  kThatGoOn + " AND " + kSamePage +
+                  " AND owed.place = (SELECT min(owed.place) FROM Host_Deliveries AS owed WHERE " +
+                  kSamePage + ")")
+        .Bind(behind)
+        .Bind(std::string_view(kMoved))
         .Run();
     return connection.Changes();
 }
@@ -79,7 +88,8 @@ void DeleteEvents(Connection& connection, const std::string& node) {
 // The library of another line may have it by now.
 int64_t TakeWhatWasNotHandedOver(Connection& connection, const std::string& node) {
     Statement(connection,
-              "UPDATE Host_Deliveries SET line = '' WHERE answer IS NULL AND " + kOnItsLines +
+              "UPDATE Host_Deliveries SET line = '' WHERE answer IS NULL AND line > '' AND " +
+                  kOnItsLines +
                   " AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
                   "  WHERE AlmLogID = alarm AND AlmGroup = alarm_group AND PagerDescr = pager"
                   "  AND PagerState || '' = '2')")
@@ -91,9 +101,10 @@ int64_t TakeWhatWasNotHandedOver(Connection& connection, const std::string& node
 }  // namespace
 
 int64_t TakePagesOfNode(Connection& connection, const std::string& node, const std::string& why) {
+    const int64_t before = LastChange(connection);
     WriteHistoryOfAll(connection, node, why);
-    AddMissingDeliveries(connection, node);
-    const int64_t opened = OpenDeliveriesAgain(connection, node);
+    AddMissingDeliveries(connection, before);
+    const int64_t opened = OpenDeliveriesAgain(connection, before);
     DeleteEvents(connection, node);
     return opened + TakeWhatWasNotHandedOver(connection, node);
 }

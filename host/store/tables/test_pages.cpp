@@ -102,6 +102,12 @@ int64_t AskForTestCall(Connection& connection, OwnerLock& owners, const std::str
     return Ask(connection, owners, {"", line, number});
 }
 
+bool IsTestAskedFor(Connection& connection, int64_t asked) {
+    return Statement(connection, "SELECT 1 FROM Host_TestPages WHERE row_id = ?")
+        .Bind(asked)
+        .Step();
+}
+
 std::optional<TestPageResult> TestPageAnswer(Connection& connection, int64_t asked) {
     Statement statement(connection,
                         "SELECT answer, said FROM Host_TestPages"

@@ -30,6 +30,8 @@ struct TestPageResult {
     int32_t answer = 0;  // the library's, or as one
     std::string said;    // of a call, and where there was none: what came of it, in words
 };
+// Whether it is in the tables still: those of an asker that has ended are forgotten.
+bool IsTestAskedFor(Connection& connection, int64_t asked);
 // None: not yet.
 std::optional<TestPageResult> TestPageAnswer(Connection& connection, int64_t asked);
 void ForgetTestPage(Connection& connection, int64_t asked);

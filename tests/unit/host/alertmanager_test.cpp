@@ -46,8 +46,8 @@ TEST(ATemplate, MayHaveBraces) {
 }
 
 TEST(ATemplate, ThatIsNoneSaysWhy) {
-    const std::map<std::string, const char*> wrong = {{"{", "nothing closes"},
-                                                      {"a}", "closes nothing"},
+    const std::map<std::string, const char*> wrong = {{"{", "a { that nothing closes"},
+                                                      {"a}", "a } that closes nothing"},
                                                       {"{}", "no place"},
                                                       {"{a{b}", "no place"},
                                                       {"{a||b}", "no place"}};

@@ -80,6 +80,12 @@ TEST_F(CliAlarmKey, AcknowledgesInSomebodysName) {
     EXPECT_THAT(Run({"log", number}).out, HasSubstr("by J\u00fcrgen: on my way"));
 }
 
+TEST_F(CliAlarmKey, AcknowledgesWithACommentOfItsLengthAtMost) {
+    const ProgramRun run = Run({"alarm", "ack", Raise({"x"}), "--comment", std::string(1001, 'x')});
+    EXPECT_EQ(2, run.exit_code);
+    EXPECT_EQ("pagerfwd: comment: it is longer than 1000 bytes\n", run.err);
+}
+
 TEST_F(CliAlarmKey, AcknowledgesAllOfAGroup) {
     const std::string first = Raise({"--group", "plant/1", "x"});
     const std::string other = Raise({"--group", "quay/1", "x"});

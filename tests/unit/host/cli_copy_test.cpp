@@ -55,6 +55,15 @@ TEST_F(CopyCommand, RefusesADatabaseThatANodeSomewhereHolds) {
     EXPECT_EQ(0, Run({"copy", "site.db", "other.db"}).exit_code);
 }
 
+TEST_F(CopyCommand, RefusesToFillADatabaseThatANodeSomewhereHolds) {
+    RunProgram({PAGERFWD_PROGRAM, "--database", "other.db", "init"});
+    Connection other("other.db");
+    TakeLease(other, "north", "a host, process 7", std::chrono::hours(1));
+    const ProgramRun run = Run({"copy", "site.db", "other.db"});
+    EXPECT_EQ(1, run.exit_code);
+    EXPECT_THAT(run.err, HasSubstr("other.db: node \"north\" serves it: a host, process 7"));
+}
+
 TEST_F(CopyCommand, RefusesWhatIsNoSite) {
     EXPECT_EQ(3, Run({"copy", "none.db", "other.db"}).exit_code);
     EXPECT_FALSE(std::filesystem::exists("other.db"));

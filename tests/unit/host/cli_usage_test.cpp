@@ -50,6 +50,10 @@ INSTANTIATE_TEST_SUITE_P(
                   "there is no command \"frobnicate\"\nTo see what there is: pagerfwd"},
         UsageCase{{"name"}, "there is no command \"name\"\nTo see what there is: pagerfwd"},
         UsageCase{{"alarm"}, "a command is missing\nTo see what there is: pagerfwd alarm"},
+        UsageCase{{"line"}, "a command is missing\nTo see what there is: pagerfwd line"},
+        UsageCase{{"node"}, "a command is missing\nTo see what there is: pagerfwd node"},
+        UsageCase{{"page"}, "a command is missing\nTo see what there is: pagerfwd page"},
+        UsageCase{{"token"}, "a command is missing\nTo see what there is: pagerfwd token"},
         UsageCase{
             {"alarm", "rase", "x"},
             "there is no command \"rase\"; did you mean raise?\nTo see what there is: pagerfwd "
@@ -69,6 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
             "--count: \"0\" is no number from 1 on\nTo see what there is: pagerfwd alarm list"},
         UsageCase{{"status", "--ended", "-1"},
                   "--ended: \"-1\" is no number from 0 on\nTo see what there is: pagerfwd status"},
+        UsageCase{{"run", "--lease", "4"},
+                  "--lease: Value 4 not in range 5 to 86400\nTo see what there is: pagerfwd run"},
         UsageCase{{"watch", "--every", "4000"},
                   "--every: \"4000\" is no number from 0.1 to 3600\nTo see what there is: pagerfwd "
                   "watch"}));
@@ -161,13 +167,16 @@ TEST_P(HelpOf, ExplainsItsWordsInSentences) {
 }
 
 constexpr const char* kCommands[] = {
-    "alarm raise",    "alarm ack",  "alarm list", "check",       "explain",   "export",
-    "hours",          "hours show", "hours edit", "import",      "in-hours",  "init",
-    "line test",      "log",        "notify",     "page cancel", "page move", "ports",
-    "routes",         "run",        "status",     "test",        "trace",     "watch",
-    "alarm withdraw", "token add",  "web"};
+    "alarm raise", "alarm ack",  "alarm list",  "alarm withdraw", "check",
+    "copy",        "explain",    "export",      "hours",          "hours show",
+    "hours edit",  "import",     "in-hours",    "init",           "line test",
+    "log",         "node drain", "node resume", "node remove",    "notify",
+    "page cancel", "page done",  "page move",   "page resend",    "ports",
+    "routes",      "run",        "status",      "test",           "token add",
+    "trace",       "watch",      "web"};
 
-INSTANTIATE_TEST_SUITE_P(Groups, HelpOf, ::testing::Values("", "alarm", "line", "page"));
+INSTANTIATE_TEST_SUITE_P(Groups, HelpOf,
+                         ::testing::Values("", "alarm", "line", "node", "page", "token"));
 INSTANTIATE_TEST_SUITE_P(Commands, HelpOf, ::testing::ValuesIn(kCommands));
 INSTANTIATE_TEST_SUITE_P(Commands, HelpOfCommand, ::testing::ValuesIn(kCommands));
 

@@ -201,5 +201,64 @@ TEST_F(TwoNodesThatDeal, GiveFirstPagesToALineThatOnlyRepeatsOthers) {
     EXPECT_THAT(Pages(), ElementsAre("1 N", "2 S"));
 }
 
+// --- However many wait.
+
+class AThousandAndMore : public TwoNodesThatDeal {
+ protected:
+    static constexpr int kFirst = 1001;
+    static constexpr int kLast = 1000 + 3 * Dispatch::kLookedAtInAPass / 2;
+
+    AThousandAndMore() {
+        const std::string numbers =
+            "WITH RECURSIVE numbers(n) AS (SELECT " + std::to_string(kFirst) +
+            " UNION ALL SELECT n + 1 FROM numbers WHERE n < " + std::to_string(kLast) + ") ";
+        Execute(numbers +
+                "INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group, severity)"
+                " SELECT n, '2', '0', 'ops', '1' FROM numbers");
+        Execute(numbers +
+                "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, severity)"
+                " SELECT n, 0, 'ops', 'duty', 0, 1 FROM numbers");
+    }
+
+    void Acknowledge(int alarm) {
+        Execute("UPDATE AlarmLog SET alarmack = '1' WHERE alarmlogID = '" + std::to_string(alarm) +
+                "'");
+    }
+    std::vector<std::string> Closed() {
+        return Rows("alarm FROM Host_Deliveries WHERE answer IS NOT NULL ORDER BY alarm");
+    }
+    void DealAsLeader(time_t now) { north->dispatch.Run(connection, {true, false}, now); }
+};
+
+TEST_F(AThousandAndMore, AreLookedAtInPortionsWhetherTheyNeedALine) {
+    Acknowledge(kFirst);
+    Acknowledge(kLast);
+    DealAsLeader(kNow);
+    EXPECT_THAT(Closed(), ElementsAre(std::to_string(kFirst)));
+    EXPECT_TRUE(north->dispatch.IsWaiting()) << "for the next portion";
+    DealAsLeader(kNow + 1);
+    EXPECT_THAT(Closed(), ElementsAre(std::to_string(kFirst), std::to_string(kLast)));
+    DealAsLeader(kNow + Dispatch::kLeftFor);
+    DealAsLeader(kNow + 2 * Dispatch::kLeftFor);
+    EXPECT_THAT(Rows("alarm FROM Host_Deliveries WHERE line <> '' ORDER BY alarm"),
+                ElementsAre("1002", "1003"));
+}
+
+// The severest of all is found behind them, and so is another pager's.
+TEST_F(AThousandAndMore, AreOvertakenBySevererOnesAndByThoseOfOtherLines) {
+    Execute("UPDATE Host_Deliveries SET severity = 5");
+    AddPager("bound");
+    Execute(
+        "UPDATE AlarmFwd_PagerSetting SET comport = 'S', pgtype = '4'"
+        " WHERE description = 'bound'");
+    Owe("9001", 2, "bound");
+    Owe("9002", 1);
+    north->Deal(kNow);
+    south->Deal(kNow);
+    EXPECT_THAT(
+        Rows("alarm || ' ' || line FROM Host_Deliveries WHERE line <> '' ORDER BY severity, alarm"),
+        ElementsAre("9002 N", "9001 S", "1001 S"));
+}
+
 }  // namespace
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "host/store/schema.h"
 #include "host/store/tables/deliveries.h"
 #include "tests/unit/host/service_test.h"
 
@@ -260,6 +261,28 @@ TEST_F(ANode, NotesUpToWhereItHasToldHowPagesEnded) {
     TakeAway(north);
     NoteTold(connection, north, 9);
     EXPECT_EQ(7, ToldUpTo(connection)) << "its term is over";
+}
+
+// --- What tables it knows.
+
+TEST_F(ANode, IsNamedWhereItDoesntKnowNewerTables) {
+    const Tenure north = Take("north");
+    EXPECT_THAT(NodesThatDontKnow(connection, NewestTables()), IsEmpty());
+    EXPECT_THAT(NodesThatDontKnow(connection, NewestTables() + 1),
+                ElementsAre("\"north\" (somebody)"));
+    Pass(60);
+    EXPECT_THAT(NodesThatDontKnow(connection, NewestTables() + 1),
+                ElementsAre("\"north\" (somebody)"))
+        << "until another takes its lease away, it may be back";
+    EXPECT_TRUE(TakeAway(north));
+    EXPECT_THAT(NodesThatDontKnow(connection, NewestTables() + 1), IsEmpty());
+}
+
+// They were made while it came up.
+TEST_F(ANode, TakesNoLeaseOnTablesThatItDoesntKnow) {
+    connection.SetMadeBy(NewestTables() + 1);
+    EXPECT_THROW(Take("north"), StoreError);
+    EXPECT_THAT(ReadNodes(connection), IsEmpty());
 }
 
 }  // namespace

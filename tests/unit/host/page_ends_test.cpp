@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "host/pages/page_owner.h"
 #include "host/store/tables/sends.h"
 #include "tests/unit/host/service_test.h"
@@ -126,6 +128,30 @@ TEST_F(Ends, CountOnlySendingsOfThisPage) {
 TEST_F(Ends, TellTheWordOfWhoGaveAPageUp) {
     GiveUpPage(connection, {"7", "ops", "duty"}, kCancelled, "a drill");
     EXPECT_THAT(Look(), ::testing::HasSubstr(": a drill\n"));
+}
+
+// Pages that wait for a line wait for who tells, too.
+TEST_F(Ends, AreToldInPortionsWhereManyComeAtOnce) {
+    Execute(
+        "WITH RECURSIVE numbers(n) AS (SELECT 1001 UNION ALL SELECT n + 1 FROM numbers"
+        " WHERE n < 1600) INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state,"
+        " tries) SELECT 978948000, change, n, 'ops', 'duty', '2', '0' FROM numbers"
+        " CROSS JOIN (SELECT 'written' AS change UNION SELECT 'cancelled') AS changes"
+        " ORDER BY n, change DESC");
+    const auto lines = [](const std::string& text) {
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    EXPECT_EQ(500, lines(Look()));
+    EXPECT_TRUE(ends->HaveMark());
+    EXPECT_EQ(100, lines(Look()));
+    EXPECT_FALSE(ends->HaveMark());
+}
+
+TEST_F(Ends, AreToldAtOnceAtTheVeryEnd) {
+    RewriteEvent(7, "duty", 3, 6);
+    ends->Mark();
+    EXPECT_TRUE(ends->LookAtAll());
+    EXPECT_FALSE(ends->LookAtAll());
 }
 
 // --- Of two nodes one tells, and the other goes on behind it.

@@ -76,6 +76,17 @@ TEST_F(Pending, BeginAtTheFirstWhereverNobodyKnowsTheWay) {
     }
 }
 
+TEST_F(Pending, OfAnAlarmComeTogetherWhereThatIsWanted) {
+    TwoAlarms();
+    PendingWanted wanted = Some(1);
+    wanted.whole_alarms = true;
+    EXPECT_THAT(Find(wanted), ElementsAre("9 duty", "9 night"));
+    EXPECT_NE("", found.next);
+    wanted.after = "10";
+    EXPECT_THAT(Find(wanted), ElementsAre("10 duty", "10 night"));
+    EXPECT_EQ("", found.next);
+}
+
 TEST_F(Pending, AreThoseOfAPager) {
     TwoAlarms();
     PendingWanted wanted = Some(10);

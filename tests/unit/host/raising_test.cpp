@@ -188,7 +188,7 @@ TEST_F(Raising, TellsThoseOfTheEndWhoHadAPage) {
     PageWasSent(number, "duty");
     PageWasSent(number, "boss");
     WithdrawNow();
-    EXPECT_THAT(Rows("details || ', ' || severity || ', ' || pagerstate || ', ' || pager"
+    EXPECT_THAT(Rows("details || ', ' || AlarmLog.severity || ', ' || pagerstate || ', ' || pager"
                      " FROM AlarmLog JOIN Host_Deliveries ON alarm = alarmlogID ORDER BY pager"),
                 ElementsAre("resolved: Disk full, 4, 2, boss", "resolved: Disk full, 4, 2, duty"));
     EXPECT_THAT(NewAlarms(connection), IsEmpty()) << "no route is asked";

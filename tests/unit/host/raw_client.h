@@ -7,6 +7,7 @@
 #include <sys/time.h>
 #include <sys/un.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -45,9 +46,11 @@ class RawClient {
     std::string ReceiveAll() const {
         std::string all;
         char buffer[4096];
-        for (ssize_t count = 0; (count = recv(socket_.Number(), buffer, sizeof buffer, 0)) > 0;) {
+        ssize_t count = 0;
+        while ((count = recv(socket_.Number(), buffer, sizeof buffer, 0)) > 0) {
             all.append(buffer, static_cast<size_t>(count));
         }
+        EXPECT_FALSE(count < 0 && errno == EAGAIN) << "the server doesn't end it";
         return all;
     }
     // Up to these bytes.
@@ -63,5 +66,12 @@ class RawClient {
  private:
     const host::Descriptor socket_;
 };
+
+// What all these bytes are answered, until the server ends the connection.
+inline std::string AnswerAt(const std::string& path, std::string_view bytes) {
+    const RawClient client(path);
+    client.Send(bytes);
+    return client.ReceiveAll();
+}
 
 #endif

@@ -25,14 +25,20 @@ class Schema : public HostTest {
     // but holds only what is asked for.
     static std::string FullReads(Connection& connection, const std::string& sql) {
         std::string reads;
-        Statement plan(connection, "EXPLAIN QUERY PLAN " + sql);
-        while (plan.Step()) {
-            const std::string step(plan.Text(3));
+        for (const std::string& step : Plan(connection, sql)) {
             if (step.rfind("SCAN ", 0) == 0 && step.find("USING") == std::string::npos) {
                 reads += step + "; ";
             }
         }
         return reads;
+    }
+    static std::vector<std::string> Plan(Connection& connection, const std::string& sql) {
+        std::vector<std::string> steps;
+        Statement plan(connection, "EXPLAIN QUERY PLAN " + sql);
+        while (plan.Step()) {
+            steps.emplace_back(plan.Text(3));
+        }
+        return steps;
     }
 };
 
@@ -135,8 +141,24 @@ TEST_F(Schema, HasAnIndexForEachQuestion) {
                             "SELECT 1 FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents"
                             " ON AlmLogID = moved.alarm WHERE moved.tries > 0"));
     EXPECT_EQ("", FullReads(connection,
-                            "SELECT 1 FROM Host_Deliveries WHERE answer IS NULL AND line = 'x'"));
+                            "SELECT 1 FROM Host_Deliveries WHERE answer IS NULL AND line > ''"
+                            " AND line = 'x'"));
     EXPECT_NE("", FullReads(connection, "SELECT * FROM AlarmLog WHERE details = 'x'"));
+}
+
+// What is asked in every pass, however many pages wait.
+TEST_F(Schema, HasThePagesThatWaitInTheirOrder) {
+    Connection connection(database);
+    const std::string waits =
+        "FROM Host_Deliveries WHERE answer IS NULL AND line = '' AND unknown = 0 AND pager ";
+    const auto by_index = ElementsAre(
+        ::testing::StartsWith("SEARCH Host_Deliveries USING INDEX Host_WaitingDeliveries (pager"));
+    EXPECT_THAT(Plan(connection, "SELECT * " + waits +
+                                     "= 'x' ORDER BY severity, CAST(alarm AS INTEGER), place"
+                                     " LIMIT 3"),
+                by_index);
+    EXPECT_THAT(Plan(connection, "SELECT min(pager) " + waits + "> 'x'"),
+                ElementsAre(::testing::HasSubstr("Host_WaitingDeliveries (pager>?)")));
 }
 
 // --- Databases of older makes.
@@ -225,8 +247,10 @@ TEST_P(AnyOldDatabase, IsLeftAsItIsWhenItCantBeBroughtUpToDate) {
 // A database as the version before has it, with a node's row as that one writes it.
 TEST_F(OldDatabase, IsBroughtUpToDateWhenTheLastNodeThatKnowsOnlyItHasGone) {
     CreateTables(old);
-    Run("ALTER TABLE Host_Nodes DROP COLUMN renewals; ALTER TABLE Host_Nodes DROP COLUMN told; "
-        "DROP INDEX Host_DeliveriesOfLine;"
+    Run("ALTER TABLE Host_Nodes DROP COLUMN speaks; ALTER TABLE Host_Nodes DROP COLUMN renewals; "
+        "ALTER TABLE Host_Nodes DROP COLUMN told; "
+        "DROP INDEX Host_DeliveriesOfLine; DROP INDEX Host_WaitingDeliveries;"
+        " ALTER TABLE Host_Deliveries DROP COLUMN severity;"
         " PRAGMA user_version = 7");
     Run("INSERT INTO Host_Nodes (node, term, holder, valid_until) VALUES ('north', 3,"
         " 'a host, process 7', " +

@@ -10,6 +10,7 @@
 #include "host/process/operator_log.h"
 #include "host/store/connection.h"
 #include "host/store/tables/alarm_log.h"
+#include "host/store/tables/deliveries.h"
 #include "sim/testing.h"
 #include "tests/unit/host/host_test.h"
 #include "tests/unit/host/table_client.h"
@@ -51,9 +52,11 @@ class ServiceTest : public HostTest {
     void AddDelivery(const std::string& alarm, int64_t place, const std::string& pager,
                      const std::string& answer = "NULL") {
         Execute(
-            "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, answer)"
+            "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, answer, "
+            "severity)"
             " VALUES ('" +
-            alarm + "', " + std::to_string(place) + ", 'ops', '" + pager + "', 0, " + answer + ")");
+            alarm + "', " + std::to_string(place) + ", 'ops', '" + pager + "', 0, " + answer +
+            ", " + host::SeverityOf("'" + alarm + "'") + ")");
     }
 
     void AddPager(const std::string& name, int retries = 5, int delay = 45) {

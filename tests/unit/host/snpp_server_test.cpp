@@ -4,15 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <thread>
 
-#include "host/net/listen.h"
+#include "tests/support/serving.h"
 #include "tests/unit/host/raw_client.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
 namespace {
 
+using test_support::kServedAt;
+using test_support::Serving;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -21,39 +24,24 @@ using ::testing::StartsWith;
 class TheSnppServer : public ServiceTest {
  protected:
     TheSnppServer() { AddPager("duty"); }
-    ~TheSnppServer() override { Stop(); }
 
     void Start(const SnppLimits& limits = {}) {
-        std::vector<Descriptor> listeners;
-        listeners.push_back(Listen("unix:snpp.sock"));
-        server_ = std::make_unique<SnppServer>(
-            std::move(listeners),
+        server_.emplace(
             [this](const std::string& source) { return SnppDialogue(desk, log, source, true); },
             limits);
-        thread_ = std::thread([this] { server_->Run(); });
     }
-    void Stop() {
-        if (thread_.joinable()) {
-            server_->Stop();
-            thread_.join();
-        }
-    }
-    static std::string AnswerTo(const std::string& bytes) {
-        const RawClient client("snpp.sock");
-        client.Send(bytes);
-        return client.ReceiveAll();
-    }
+    void Stop() { server_.reset(); }
+    static std::string AnswerTo(const std::string& bytes) { return AnswerAt(kServedAt, bytes); }
 
     const SnppDesk desk{database};
 
  private:
-    std::unique_ptr<SnppServer> server_;
-    std::thread thread_;
+    std::optional<Serving<SnppServer>> server_;
 };
 
 TEST_F(TheSnppServer, GreetsAndAnswersLineByLine) {
     Start();
-    const RawClient client("snpp.sock");
+    const RawClient client(kServedAt);
     EXPECT_EQ(kSnppGreeting, client.ReceiveUntil("\n"));
     client.Send("PAGER duty\r\n");
     EXPECT_THAT(client.ReceiveUntil("\n"), StartsWith("250 "));
@@ -76,7 +64,7 @@ TEST_F(TheSnppServer, TakesLinesThatComeAtOnceAndWithoutACarriageReturn) {
 
 TEST_F(TheSnppServer, AnswersWhoHasEndedSending) {
     Start();
-    const RawClient client("snpp.sock");
+    const RawClient client(kServedAt);
     client.Send("PAGER duty\r\nMESS x");
     client.EndSending();
     EXPECT_THAT(client.ReceiveAll(), EndsWith("250 OK\r\n"));
@@ -115,17 +103,20 @@ TEST_F(TheSnppServer, RefusesSessionsBeyondItsMost) {
     SnppLimits limits;
     limits.sessions = 1;
     Start(limits);
-    const RawClient first("snpp.sock");
+    const RawClient first(kServedAt);
     EXPECT_THAT(first.ReceiveUntil("\n"), StartsWith("220 "));
     EXPECT_THAT(AnswerTo(""), StartsWith("421 Closing: too many sessions"));
 }
 
+// By the time that another is greeted, the first waits for its line.
 TEST_F(TheSnppServer, EndsIdleSessionsWhenItEnds) {
     Start();
-    const RawClient idle("snpp.sock");
+    const RawClient idle(kServedAt);
     EXPECT_THAT(idle.ReceiveUntil("\n"), StartsWith("220 "));
-    Stop();
+    EXPECT_THAT(RawClient(kServedAt).ReceiveUntil("\n"), StartsWith("220 "));
+    std::thread ending([this] { Stop(); });
     EXPECT_EQ("", idle.ReceiveAll());
+    ending.join();
 }
 
 }  // namespace

@@ -22,6 +22,11 @@ class TheForms : public WebTest {
         AddPager("duty");
     }
     bool IsPaused() { return FindLine(connection, "north \"1\"")->paused; }
+    void ExpectMistake(const std::string& path, const std::string& fields, const char* says) {
+        const WebAnswer answer = Send(path, fields);
+        EXPECT_EQ(400, answer.status) << path << " " << fields;
+        EXPECT_THAT(answer.body, HasSubstr(says)) << path;
+    }
     // "maria: line paused north"
     std::vector<std::string> Done() {
         std::vector<std::string> done;
@@ -57,6 +62,7 @@ TEST_F(TheForms, AskForATestPage) {
     EXPECT_THAT(Rows("pager || '|' || line || '|' || number FROM Host_TestPages"),
                 ElementsAre("duty||"));
     EXPECT_THAT(Get("/test?number=1").body, HasSubstr("Not done yet"));
+    EXPECT_EQ(404, Get("/test?number=2").status);
     AnswerTestPage(connection, 1, {6, ""});
     EXPECT_THAT(Get("/test?number=1").body,
                 AllOf(HasSubstr("dialling failed: busy, no answer"), HasSubstr("result 6"),
@@ -80,15 +86,27 @@ TEST_F(TheForms, AskForATestCall) {
     EXPECT_THAT(Done(), ElementsAre("maria: test call north \"1\": 0,5550101"));
 }
 
+TEST_F(TheForms, AcknowledgeWithACommentOfItsLengthAtMost) {
+    SignIn("manage");
+    AddAlarm("7", "2");
+    const std::string most = "comment=" + std::string(998, 'x') + "%c3%bc";
+    ExpectMistake("/acknowledge", "alarm=7&" + most + "y", "comment: it is longer than 1000 bytes");
+    EXPECT_EQ("2", StateOf("7"));
+    EXPECT_EQ(303, Send("/acknowledge", "alarm=7&" + most).status);
+    EXPECT_EQ(std::string(998, 'x') + "\u00fc", Trail()[0].note);
+}
+
 TEST_F(TheForms, RefuseWhatTheSiteDoesNotHave) {
     SignIn("manage");
     for (const char* path : {"/pause", "/resume", "/test-call"}) {
-        EXPECT_EQ(404, Send(path, "line=west&number=1").status) << path;
-        EXPECT_EQ(404, Send(path, "line=%e2%82%ac&number=1").status) << path;
+        ExpectMistake(path, "line=west&number=1", "line: there is none of this name");
+        ExpectMistake(path, "line=%e2%82%ac&number=1", "line: there is none of this name");
     }
-    EXPECT_EQ(404, Send("/test-page", "pager=nobody").status);
-    EXPECT_EQ(404, Send("/test-page", "pager=duty&line=west").status);
-    EXPECT_EQ(400, Send("/test-call", "line=north+%221%22&number=").status);
+    ExpectMistake("/test-page", "pager=nobody", "pager: there is none of this name");
+    ExpectMistake("/test-page", "pager=duty&line=west", "line: there is none of this name");
+    ExpectMistake("/test-call", "line=north+%221%22&number=", "number: say which one");
+    ExpectMistake("/test-call", "line=north+%221%22&number=" + std::string(61, '1'),
+                  "number: it is longer than 60 bytes");
     for (const char* alarm : {"77", "x", "-1", "", "99999999999999999999"}) {
         EXPECT_EQ(404, Send("/acknowledge", std::string("alarm=") + alarm).status) << alarm;
     }

@@ -3,19 +3,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <thread>
+#include <optional>
 
-#include "host/net/listen.h"
 #include "host/web/api.h"
 #include "host/web/server.h"
 #include "host/web/token.h"
+#include "tests/support/serving.h"
 #include "tests/unit/host/raw_client.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
 namespace {
 
+using test_support::kServedAt;
+using test_support::Serving;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -25,19 +26,10 @@ class HostileClients : public ServiceTest {
         WriteTransaction transaction(connection);
         token = MakeToken(connection, {"maria", "raise", 0, kNow});
         transaction.Commit();
-        std::vector<Descriptor> listeners;
-        listeners.push_back(Listen("unix:web.sock"));
         WebLimits limits;
         limits.header = std::chrono::milliseconds(500);
         limits.body = std::chrono::seconds(4);  // a busy machine takes long for a megabyte
-        server_ = std::make_unique<WebServer>(
-            std::move(listeners),
-            [this](const WebRequest& request) { return api_.Answer(request); }, limits);
-        thread_ = std::thread([this] { server_->Run(); });
-    }
-    ~HostileClients() override {
-        server_->Stop();
-        thread_.join();
+        server_.emplace([this](const WebRequest& request) { return api_.Answer(request); }, limits);
     }
 
     // The status of each answer, until the server ends the connection: "200 400".
@@ -54,8 +46,7 @@ class HostileClients : public ServiceTest {
 
  private:
     Api api_{database, log};
-    std::unique_ptr<WebServer> server_;
-    std::thread thread_;
+    std::optional<Serving<WebServer>> server_;
 };
 
 std::string Times(size_t times, const std::string& text) {
@@ -167,7 +158,7 @@ TEST_F(HostileClients, AreAnsweredOrCut) {
          "BREW /api/v1/alarms HTTP/1.1\r\n" + host + "Connection: close\r\n\r\n", "405"},
     };
     for (const Case& one : cases) {
-        const RawClient client("web.sock");
+        const RawClient client(kServedAt);
         client.Send(one.bytes);
         if (one.half_closed) {
             client.EndSending();

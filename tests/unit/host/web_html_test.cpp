@@ -37,6 +37,28 @@ TEST(Html, HasAddressesOfAnyText) {
               LinkTo(Url("/x", {{"a", "1"}, {"b", "2"}}), "<x>"));
 }
 
+TEST(Html, HasAddressesOfPlainCharactersOnly) {
+    const std::string plain = "-.0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz~";
+    EXPECT_EQ(plain, UrlPart(plain));
+    for (int byte = 1; byte < 256; ++byte) {
+        const std::string text(1, static_cast<char>(byte));
+        EXPECT_EQ(plain.find(text) == std::string::npos ? 3U : 1U, UrlPart(text).size()) << byte;
+    }
+    EXPECT_EQ("%01%2F%3A%C3%BC", UrlPart("\x01/:\u00fc"));
+}
+
+TEST(Html, HasTablesOfHeadAndBody) {
+    EXPECT_EQ(
+        "<table role=\"table\"><caption>Lines</caption><thead role=\"rowgroup\"><tr role=\"row\">"
+        "<th scope=\"col\" role=\"columnheader\">Line</th></tr></thead>"
+        "<tbody role=\"rowgroup\">\n"
+        "<tr role=\"row\"><th scope=\"row\" role=\"rowheader\" data-label=\"Line\">"
+        "<div>-</div></th></tr>\n</tbody></table>\n",
+        HtmlTable("Lines", {"Line"}, {{""}}));
+    EXPECT_EQ("<dl><dt>A &amp; B</dt><dd><b>c</b></dd>\n</dl>\n",
+              HtmlFacts({{"A & B", "<b>c</b>"}}));
+}
+
 TEST(Html, HasTablesWhoseCellsKnowTheirColumns) {
     EXPECT_THAT(HtmlTable("\"Lines\"", {"Line", "<Health>"}, {{"north", "<b>well</b>"}}),
                 AllOf(HasSubstr("<caption>&quot;Lines&quot;</caption>"),

@@ -160,7 +160,9 @@ TEST_F(ThePages, SayThatTheDatabaseIsAway) {
     Execute("ALTER TABLE AlarmLog RENAME TO Away");
     const WebAnswer answer = Get("/");
     EXPECT_EQ(503, answer.status);
-    EXPECT_THAT(answer.body, Not(HasSubstr("AlarmLog")));
+    EXPECT_THAT(answer.body, AllOf(HasSubstr("The database is away. Paging may go on; try again in "
+                                             "some seconds."),
+                                   Not(HasSubstr("AlarmLog"))));
     EXPECT_GT(answer.retry_after, 0);
 }
 

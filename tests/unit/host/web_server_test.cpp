@@ -3,17 +3,27 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
 #include <thread>
 
 #include "host/net/listen.h"
+#include "tests/support/serving.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/host/files.h"
 #include "tests/unit/host/raw_client.h"
 
 namespace host {
 namespace {
 
+using test_support::kServedAt;
+using test_support::Serving;
 using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
@@ -22,27 +32,11 @@ using ::testing::StartsWith;
 
 class TheServer : public ::testing::Test {
  protected:
-    ~TheServer() override { Stop(); }
-
     void Start(const WebLimits& limits = {}) {
-        std::vector<Descriptor> listeners;
-        listeners.push_back(Listen("unix:web.sock"));
-        server_ = std::make_unique<WebServer>(
-            std::move(listeners), [this](const WebRequest& request) { return handler(request); },
-            limits);
-        thread_ = std::thread([this] { server_->Run(); });
+        server_.emplace([this](const WebRequest& request) { return handler(request); }, limits);
     }
-    void Stop() {
-        if (thread_.joinable()) {
-            server_->Stop();
-            thread_.join();
-        }
-    }
-    static std::string AnswerTo(const std::string& bytes) {
-        const RawClient client("web.sock");
-        client.Send(bytes);
-        return client.ReceiveAll();
-    }
+    void Stop() { server_.reset(); }
+    static std::string AnswerTo(const std::string& bytes) { return AnswerAt(kServedAt, bytes); }
 
     const test_support::TempDir folder;
     WebHandler handler = [](const WebRequest& request) {
@@ -51,8 +45,7 @@ class TheServer : public ::testing::Test {
     };
 
  private:
-    std::unique_ptr<WebServer> server_;
-    std::thread thread_;
+    std::optional<Serving<WebServer>> server_;
 };
 
 constexpr const char* kClose = "Host: x\r\nConnection: close\r\n";
@@ -64,17 +57,19 @@ TEST_F(TheServer, HandsOverWhatIsAsked) {
                  "Authorization: bearer abc\r\nContent-Length: 3\r\n\r\nxyz");
     EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 OK\r\n"));
     EXPECT_THAT(answer, EndsWith("\r\n\r\nPOST /a?b [xyz] abc unix"));
-    EXPECT_THAT(answer, AllOf(HasSubstr("X-Content-Type-Options: nosniff\r\n"),
-                              HasSubstr("Cache-Control: no-store\r\n"),
-                              HasSubstr("Content-Security-Policy: default-src 'none'"),
-                              Not(HasSubstr("Server:")), Not(HasSubstr("Boost"))));
+    EXPECT_THAT(answer,
+                AllOf(HasSubstr("X-Content-Type-Options: nosniff\r\n"),
+                      HasSubstr("Cache-Control: no-store\r\n"), HasSubstr("Connection: close\r\n"),
+                      HasSubstr("Content-Security-Policy: default-src 'none'"),
+                      Not(HasSubstr("Server:")), Not(HasSubstr("Boost"))));
 }
 
 TEST_F(TheServer, KeepsAConnectionForTheNextRequest) {
     Start();
-    const RawClient client("web.sock");
+    const RawClient client(kServedAt);
     client.Send("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n");
-    EXPECT_THAT(client.ReceiveUntil(" unix"), HasSubstr("GET /1"));
+    EXPECT_THAT(client.ReceiveUntil(" unix"),
+                AllOf(HasSubstr("GET /1"), Not(HasSubstr("Connection:"))));
     client.Send("GET /2 HTTP/1.1\r\nHost: x\r\n\r\n");
     EXPECT_THAT(client.ReceiveUntil(" unix"), HasSubstr("GET /2"));
 }
@@ -96,8 +91,8 @@ TEST_F(TheServer, RefusesConnectionsBeyondItsMost) {
     WebLimits limits;
     limits.connections = 2;
     Start(limits);
-    const RawClient first("web.sock");
-    const RawClient second("web.sock");
+    const RawClient first(kServedAt);
+    const RawClient second(kServedAt);
     for (const RawClient* client : {&first, &second}) {
         client->Send("GET /1 HTTP/1.1\r\nHost: x\r\n\r\n");
         client->ReceiveUntil(" unix");
@@ -124,7 +119,7 @@ TEST_F(TheServer, AnswersOthersWhileOneWaits) {
         return WebAnswer{200, request.target};
     };
     Start();
-    const RawClient slow("web.sock");
+    const RawClient slow(kServedAt);
     slow.Send(std::string("GET /slow HTTP/1.1\r\n") + kClose + "\r\n");
     EXPECT_THAT(AnswerTo(std::string("GET /quick HTTP/1.1\r\n") + kClose + "\r\n"),
                 EndsWith("/quick"));
@@ -143,16 +138,16 @@ TEST_F(TheServer, AnswersWhatHasComeWholeBeforeItEnds) {
         return WebAnswer{200, "done"};
     };
     Start();
-    const RawClient idle("web.sock");
-    const RawClient client("web.sock");
+    const RawClient idle(kServedAt);
+    const RawClient client(kServedAt);
     client.Send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1\r\n\r\nx");
     while (!asked) {
         std::this_thread::yield();
     }
     std::thread ending([this] { Stop(); });
+    EXPECT_EQ("", idle.ReceiveAll()) << "it ends, before the other is answered";
     go = true;
     EXPECT_THAT(client.ReceiveAll(), EndsWith("done"));
-    EXPECT_EQ("", idle.ReceiveAll());
     ending.join();
 }
 
@@ -171,8 +166,39 @@ TEST(Listening, LeavesASocketThatIsListenedOn) {
     EXPECT_EQ("unix:web.sock", AddressOf(before));
 }
 
+TEST(Listening, LeavesWhatIsNoSocketOfItsOwn) {
+    const test_support::TempDir folder;
+    { const Descriptor before = Listen("unix:dead.sock"); }
+    std::filesystem::create_symlink("dead.sock", "link");
+    std::filesystem::create_directory("folder");
+    WriteFile("file", "kept");
+    for (const char* stranger : {"link", "folder", "file"}) {
+        EXPECT_THROW(Listen(std::string("unix:") + stranger), ListenError) << stranger;
+        EXPECT_TRUE(std::filesystem::exists(stranger)) << stranger;
+    }
+}
+
 TEST(Listening, KnowsWhereItIs) {
     EXPECT_THAT(AddressOf(Listen("127.0.0.1:0")), ::testing::MatchesRegex("127.0.0.1:[0-9]+"));
+}
+
+// In a process of its own, whose descriptors from 3 on are the manager's.
+TEST(Listening, MayBeOnSocketsOfTheManagerByTheirNames) {
+    const auto tell = [](bool ours) {
+        dup2(STDERR_FILENO, 3);
+        dup2(STDERR_FILENO, 4);
+        setenv("LISTEN_PID", std::to_string(ours ? getpid() : 1).c_str(), 1);
+        setenv("LISTEN_FDS", "2", 1);
+        setenv("LISTEN_FDNAMES", "web:snpp", 1);
+        std::string told;
+        for (const NamedSocket& given : SocketsOfManager()) {
+            told += given.name + " " + std::to_string(given.socket.Number()) + ". ";
+        }
+        std::fprintf(stderr, "has %s\n", told.c_str());
+        _exit(0);
+    };
+    EXPECT_EXIT(tell(true), ::testing::ExitedWithCode(0), "has web 3. snpp 4. ");
+    EXPECT_EXIT(tell(false), ::testing::ExitedWithCode(0), "has \n") << "another's";
 }
 
 TEST(Listening, IsRefusedWhereThereIsNoAddress) {

@@ -90,6 +90,14 @@ TEST_F(SharedWorld, AFileLockIsAwaited) {
                                            .out);
 }
 
+TEST_F(SharedWorld, TimeGoesOnWhileManyAwaitALock) {
+    const Words waiter = Child({"tell:x", "lock:" + Path("lock"), "now", "sleep:5", "unlock"});
+    EXPECT_EQ("2001-01-08 10:00:09\n2001-01-08 10:00:14\n",
+              Quietly(Words{"pipe", "lock:" + Path("lock")} + waiter + waiter +
+                      Words{"sleep:9", "unlock", "await", "await"})
+                  .out);
+}
+
 TEST_F(SharedWorld, ALockOnBytesIsAwaited) {
     EXPECT_EQ("2001-01-08 10:00:09\n",
               Quietly(Words{"lock-bytes:" + Path("lock")} +
