@@ -2,6 +2,7 @@
 #include "tests/proof/soak_memory.h"
 
 #include <malloc.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -59,6 +60,7 @@ Sample TakeSample(int hour, bool engine_up, long pages_sent, long kept_bytes) {
     sample.engine_up = engine_up;
     sample.pages_sent = pages_sent;
     sample.bytes_in_use = static_cast<long>(mallinfo2().uordblks) - kept_bytes;
+    sample.resident_pages -= kept_bytes / sysconf(_SC_PAGESIZE);
     return sample;
 }
 

@@ -11,7 +11,8 @@ struct Sample {
     int hour = 0;           // since the beginning
     bool engine_up = true;  // false: taken while it was stopped and the database closed
     long pages_sent = 0;
-    long bytes_in_use = 0;  // of the heap, but for what is kept by rule
+    // But for what is kept by rule, which grows with the pages that were sent:
+    long bytes_in_use = 0;  // of the heap
     long resident_pages = 0;
     int descriptors = 0;
 };
@@ -23,7 +24,8 @@ Sample TakeSampleOf(const std::string& process, int hour);
 std::vector<std::string> GrowthSince(int hour, const std::vector<Sample>& up,
                                      const std::string& name = {});
 
-// Now. `kept_bytes` is what is kept by rule, such as the records of closed ports.
+// Now. `kept_bytes` is what is kept by rule, such as the records of closed ports and what SQLite
+// keeps of a database that grows.
 Sample TakeSample(int hour, bool engine_up, long pages_sent, long kept_bytes);
 
 // What has grown from the first hour to the last, in words; empty: nothing.

@@ -118,6 +118,10 @@ TEST(SoakSample, SeesADescriptorAndABlock) {
     EXPECT_EQ(5, before.pages_sent);
     EXPECT_GT(before.resident_pages, 0);
 
+    constexpr long kKept = 4096L * 100;
+    EXPECT_LT(TakeSample(1, true, 5, kKept).resident_pages, before.resident_pages)
+        << "what is kept by rule doesn't count";
+
     const int descriptor = dup(STDOUT_FILENO);
     EXPECT_EQ(before.descriptors + 1, TakeSample(1, true, 5, 0).descriptors);
     close(descriptor);
