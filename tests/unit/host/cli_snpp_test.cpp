@@ -10,6 +10,7 @@
 
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
@@ -88,7 +89,8 @@ TEST_F(CliSnpp, EndsWithTheProcess) {
     const RawClient idle("snpp.sock");
     EXPECT_THAT(idle.ReceiveUntil("\n"), StartsWith("220 "));
     kill(web->Number(), SIGTERM);
-    EXPECT_EQ("", idle.ReceiveAll());
+    // As the end finds the server: waiting for a line, or not quite behind its greeting yet.
+    EXPECT_THAT(idle.ReceiveAll(), AnyOf("", "421 Closing: the server ends\r\n"));
     EXPECT_THAT(web->ReadLine(), HasSubstr("ended"));
     EXPECT_EQ(0, web->Finish());
 }
