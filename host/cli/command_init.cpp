@@ -32,9 +32,12 @@ const char* Describe(Made made) {
 
 // An engine goes on with the tables as it knows them.
 void RefuseWhileServed(Connection& connection, const std::string& database) {
-    const LockFile lock = EngineLock(database);
     const bool may_wait = connection.Can().spans_hosts && !LacksTables(connection);
-    if (IsOutdated(connection) && !may_wait && lock.IsTaken()) {
+    if (!IsOutdated(connection) || may_wait) {
+        return;
+    }
+    const LockFile lock = EngineLock(database);
+    if (lock.IsTaken()) {
         throw Failure(kCannot, ShownName(database) + ": an older pagerfwd serves it (" +
                                    lock.Holder() + "); end that, and bring it up to date then");
     }

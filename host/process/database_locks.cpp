@@ -14,7 +14,12 @@ LockFile LockBeside(const std::string& database, const char* what) {
         return LockFile(std::filesystem::weakly_canonical(BesideName(database)).string() + what,
                         OwnershipOf(BesideOwner(database)));
     } catch (const FileError& error) {
-        throw StoreError(BesideOwner(database) + ": " + error.what());
+        const std::string remedy =
+            IsOnServer(database)
+                ? "; files of this host's lie there: make it, or name another with "
+                  "--state or PAGERFWD_STATE"
+                : "";
+        throw StoreError(BesideOwner(database) + ": " + error.what() + remedy);
     }
 }
 

@@ -53,6 +53,21 @@ TEST_F(Nodes, AreOneADatabaseByWhateverName) {
     EXPECT_NE("", Refusal(folder.Path() / "site.db"));
 }
 
+// Of a server's database they lie on this host, where there may be no place for them yet.
+TEST_F(Nodes, SayWhichFolderIsMissing) {
+    setenv("PAGERFWD_STATE", "missing", 1);
+    try {
+        NodeLock("postgresql:///site");
+        ADD_FAILURE() << "there is no folder";
+    } catch (const StoreError& error) {
+        EXPECT_STREQ(
+            "missing: No such file or directory; files of this host's lie there: make it, or name "
+            "another with --state or PAGERFWD_STATE",
+            error.what());
+    }
+    setenv("PAGERFWD_STATE", std::filesystem::current_path().c_str(), 1);
+}
+
 TEST_F(Nodes, MayFollowEachOther) {
     {
         Node node(database);
