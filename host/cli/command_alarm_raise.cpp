@@ -53,25 +53,27 @@ void WarnOfLetters(const IncomingAlarm& came, const NewAlarm& alarm, Encoding en
 
 // As the tables have them, for what is said behind the commit.
 struct Taken {
+    Encoding encoding = Encoding::kLatin1;
     std::vector<NewAlarm> alarms;
     std::vector<Raised> raised;
 };
 
 void RaiseAll(Connection& connection, const std::vector<IncomingAlarm>& came, Taken& taken) {
-    taken.alarms = CheckedAlarms(came, EncodingOf(connection));
+    taken.encoding = EncodingOf(connection);
+    taken.alarms = CheckedAlarms(came, taken.encoding);
     for (const NewAlarm& alarm : taken.alarms) {
         taken.raised.push_back(Raise(connection, alarm, std::time(nullptr)));
     }
 }
 
 ExitCode SayOne(Connection& connection, const IncomingAlarm& came, const Taken& taken) {
-    const Encoding encoding = EncodingOf(connection);
-    WarnOfLetters(came, taken.alarms.front(), encoding);
+    WarnOfLetters(came, taken.alarms.front(), taken.encoding);
     std::cout << taken.raised.front().number << std::endl;
     if (!taken.raised.front().is_new) {
         return kDone;
     }
-    for (const std::string& warning : WarningsFor(connection, taken.alarms.front(), encoding)) {
+    for (const std::string& warning :
+         WarningsFor(connection, taken.alarms.front(), taken.encoding)) {
         Warn(warning);
     }
     return kDone;

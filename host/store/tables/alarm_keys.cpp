@@ -6,6 +6,9 @@ namespace {
 
 std::optional<std::string> NumberBy(Connection& connection, const AlarmKey& key,
                                     const char* which) {
+    if (key.key.empty()) {
+        return std::nullopt;
+    }
     Statement statement(connection,
                         std::string("SELECT alarmlogID FROM AlarmLog WHERE alarm_source = ?"
                                     " AND alarm_key = ? AND alarm_key <> ''") +
