@@ -5,9 +5,14 @@
 
 #include "host/site/words.h"
 #include "host/text/nearest.h"
+#include "host/text/text_table.h"
 
 namespace host {
 namespace {
+
+// Of what is said: letters.
+constexpr size_t kMostOfName = 100;
+constexpr size_t kMostOfWhy = 300;
 
 void RefuseLonger(const char* field, const std::string& text, size_t most) {
     if (text.size() > most) {
@@ -34,6 +39,9 @@ std::string CellOfSeverity(const std::string& word) {
 }
 
 }  // namespace
+
+BadField::BadField(std::string_view field, std::string_view why)
+    : std::runtime_error(Shortened(why, kMostOfWhy)), field_(Shortened(field, kMostOfName)) {}
 
 NewAlarm Checked(const IncomingAlarm& alarm, Encoding encoding) {
     RefuseLonger("text", alarm.text, kLongestText);

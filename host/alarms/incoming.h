@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "host/store/tables/alarm_keys.h"
 #include "host/store/tables/alarm_log.h"
@@ -24,8 +25,8 @@ struct IncomingAlarm {
 // What came can't be taken in: which field of it, and why not, in a sentence.
 class BadField : public std::runtime_error {
  public:
-    BadField(std::string field, const std::string& why)
-        : std::runtime_error(why), field_(std::move(field)) {}
+    // Either may quote what came, which may be long: only the beginning is said.
+    BadField(std::string_view field, std::string_view why);
     const std::string& Field() const { return field_; }
 
  private:

@@ -103,6 +103,23 @@ TEST(AlarmJson, IsRefusedAboveAThousandAtOnce) {
                   [](const std::string& json) { AlarmsFromJson(json, ""); });
 }
 
+TEST(AlarmJson, IsRefusedInFewWordsHoweverManyItHas) {
+    const std::string long_word(100000, 'x');
+    const auto length_of = [](const std::string& json) {
+        try {
+            CheckedAlarms(AlarmsFromJson(json, ""), Encoding::kLatin1);
+        } catch (const BadField& bad) {
+            return bad.Field().size() + std::string(bad.what()).size();
+        }
+        return size_t{0};
+    };
+    for (const std::string& json : {R"({"text": "a", ")" + long_word + R"(": 1})",
+                                    R"({"text": "a", "severity": ")" + long_word + R"("})"}) {
+        EXPECT_GT(length_of(json), 100U);
+        EXPECT_LT(length_of(json), 500U);
+    }
+}
+
 TEST(AlarmJson, IsCheckedAllOrNothing) {
     ExpectRefused({{"the second has no severity that there is",
                     R"([{"text": "a"}, {"text": "b", "severity": "bad"}])", "[1].severity",
