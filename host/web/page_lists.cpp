@@ -59,11 +59,13 @@ std::string PendingPagesPage(const PageAsked& asked) {
     wanted.after = InAddress(asked.target, kFrom);
     wanted.count = kRowsAPage;
     const PendingFound found = FindPending(asked.connection, wanted);
-    return Framed(
-        asked, "Pending pages",
-        SearchForm(search, {"pending", "waiting", "outcome unknown"}) +
-            Refreshed(PendingTable(asked, "Pending: " + std::to_string(found.all), found.pages) +
-                      MoreOf(search, kFrom, found.next)));
+    return Framed(asked, "Pending pages",
+                  SearchForm(search, {"pending", "waiting", "outcome unknown"}) +
+                      Refreshed(PendingTable(asked,
+                                             {"Pending: " + std::to_string(found.all),
+                                              search.None(kNonePending)},
+                                             found.pages) +
+                                MoreOf(search, kFrom, found.next)));
 }
 
 std::string FailedPage(const PageAsked& asked) {
@@ -74,9 +76,12 @@ std::string FailedPage(const PageAsked& asked) {
         asked, "What failed",
         SearchForm(search, {}) +
             Refreshed("<h2>Sendings</h2>\n" +
-                      FailedTable(asked, "Sendings that failed", failed.rows) +
+                      FailedTable(asked, {"Sendings that failed", search.None(kNoneFailed)},
+                                  failed.rows) +
                       MoreOf(search, kFrom, failed.next) + "<h2>Alarms</h2>\n" +
-                      AlarmsTable(asked, "Alarms that were given up, and nobody has acknowledged",
+                      AlarmsTable(asked,
+                                  {"Alarms that were given up, and nobody has acknowledged",
+                                   search.None("There are no such alarms.")},
                                   off_limit.rows) +
                       "<p class=\"more\">" +
                       LinkTo(Url("/alarms", {{"state", "off limit"}}), "All of these alarms") +
@@ -86,11 +91,13 @@ std::string FailedPage(const PageAsked& asked) {
 std::string AlarmsPage(const PageAsked& asked) {
     const Search search(asked);
     const Gathered<Alarm> found = AlarmsFor(search, search.state, Before(asked));
-    return Framed(asked, "Alarms",
-                  SearchForm(search, {"new", "being paged", "acknowledged", "resolved", "off limit",
-                                      "done"}) +
-                      Refreshed(AlarmsTable(asked, "Alarms, the last first", found.rows) +
-                                MoreOf(search, kFrom, found.next)));
+    return Framed(
+        asked, "Alarms",
+        SearchForm(search,
+                   {"new", "being paged", "acknowledged", "resolved", "off limit", "done"}) +
+            Refreshed(
+                AlarmsTable(asked, {"Alarms, the last first", search.None(kNoAlarms)}, found.rows) +
+                MoreOf(search, kFrom, found.next)));
 }
 
 std::string TrailPage(const PageAsked& asked) {

@@ -171,9 +171,10 @@ std::string Pending(const PageAsked& asked) {
     const std::string all = std::to_string(found.all);
     return "<h2>Pending pages</h2>\n" +
            PendingTable(asked,
-                        found.next.empty() ? "Pending: " + all
-                                           : "Pending: " + all + ", the first " +
-                                                 std::to_string(found.pages.size()),
+                        {found.next.empty() ? "Pending: " + all
+                                            : "Pending: " + all + ", the first " +
+                                                  std::to_string(found.pages.size()),
+                         kNonePending},
                         found.pages) +
            (found.next.empty()
                 ? ""
@@ -184,7 +185,7 @@ std::string Failed(const PageAsked& asked) {
     FailedWanted wanted;
     wanted.count = kFailedShown;
     return "<h2>What failed</h2>\n" +
-           FailedTable(asked, "The last sendings that failed",
+           FailedTable(asked, {"The last sendings that failed", kNoneFailed},
                        FailedSends(asked.connection, wanted)) +
            "<p class=\"more\">" + LinkTo("/failed", "All that failed") + "</p>\n";
 }
@@ -193,7 +194,8 @@ std::string Alarms(const PageAsked& asked) {
     AlarmsWanted wanted;
     wanted.count = kAlarmsShown;
     return "<h2>Alarms</h2>\n" +
-           AlarmsTable(asked, "The last alarms", FindAlarms(asked.connection, wanted)) +
+           AlarmsTable(asked, {"The last alarms", kNoAlarms},
+                       FindAlarms(asked.connection, wanted)) +
            "<p class=\"more\">" + LinkTo("/alarms", "All alarms") + "</p>\n";
 }
 

@@ -38,11 +38,19 @@ int64_t NumberInAddress(const WebTarget& target, const char* name, int64_t other
 
 std::string LinkToAlarm(const PageAsked& asked, const std::string& number);
 std::string SeverityOf(const Alarm& alarm);
-std::string AlarmsTable(const PageAsked& asked, const std::string& caption,
+// What stands above a table, and the sentence in its place where it would be empty.
+struct TableWords {
+    std::string caption;
+    std::string none;
+};
+inline constexpr const char* kNoAlarms = "There are no alarms.";
+inline constexpr const char* kNonePending = "No page is pending.";
+inline constexpr const char* kNoneFailed = "No sending has failed.";
+std::string AlarmsTable(const PageAsked& asked, const TableWords& words,
                         const std::vector<Alarm>& alarms);
-std::string PendingTable(const PageAsked& asked, const std::string& caption,
+std::string PendingTable(const PageAsked& asked, const TableWords& words,
                          const std::vector<PageStory>& pages);
-std::string FailedTable(const PageAsked& asked, const std::string& caption,
+std::string FailedTable(const PageAsked& asked, const TableWords& words,
                         const std::vector<RecordedSend>& sends);
 
 // --- What is looked for: by group, pager, state and time.
@@ -53,6 +61,8 @@ struct Search {
     bool FitsGroup(const std::string& cell) const;
     // Whether anything is looked for.
     bool Any() const;
+    // Said where nothing is found: that there is none would be a lie where more was not looked at.
+    std::string None(const char* without_search) const;
     // The address of the same, from there on.
     std::string Url(const char* cursor, const std::string& from) const;
 

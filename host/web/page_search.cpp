@@ -86,6 +86,10 @@ bool Search::Any() const {
     return !group.empty() || !pager.empty() || !state.empty() || since != 0 || until != 0;
 }
 
+std::string Search::None(const char* without_search) const {
+    return Any() ? "Nothing fits this search." : without_search;
+}
+
 std::string Search::Url(const char* cursor, const std::string& from) const {
     return host::Url(asked.target.path, {{"group", group},
                                          {"pager", pager},

@@ -29,6 +29,11 @@ std::string WhyOf(const Send& send) {
     return Escaped(std::string(result->meaning) + ". " + result->remedy);
 }
 
+std::string TableOr(const TableWords& words, const std::vector<std::string>& heading,
+                    const std::vector<std::vector<std::string>>& rows) {
+    return rows.empty() ? "<p>" + words.none + "</p>\n" : HtmlTable(words.caption, heading, rows);
+}
+
 }  // namespace
 
 std::string LinkToAlarm(const PageAsked& asked, const std::string& number) {
@@ -41,7 +46,7 @@ std::string SeverityOf(const Alarm& alarm) {
     return word == nullptr ? "unknown" : word;
 }
 
-std::string AlarmsTable(const PageAsked& asked, const std::string& caption,
+std::string AlarmsTable(const PageAsked& asked, const TableWords& words,
                         const std::vector<Alarm>& alarms) {
     std::vector<std::vector<std::string>> rows;
     for (const Alarm& found : alarms) {
@@ -52,13 +57,10 @@ std::string AlarmsTable(const PageAsked& asked, const std::string& caption,
                         HtmlState(Decode(outcome, asked.encoding), ToneOf(found, outcome)),
                         Shown(asked, alarm.details)});
     }
-    return rows.empty()
-               ? "<p>There are no alarms.</p>\n"
-               : HtmlTable(caption, {"Alarm", "Raised", "Severity", "Group", "State", "Text"},
-                           rows);
+    return TableOr(words, {"Alarm", "Raised", "Severity", "Group", "State", "Text"}, rows);
 }
 
-std::string PendingTable(const PageAsked& asked, const std::string& caption,
+std::string PendingTable(const PageAsked& asked, const TableWords& words,
                          const std::vector<PageStory>& pages) {
     std::vector<std::vector<std::string>> rows;
     rows.reserve(pages.size());
@@ -68,14 +70,12 @@ std::string PendingTable(const PageAsked& asked, const std::string& caption,
                         TriesOf(page), HtmlTime(page.queued), HtmlTime(page.due),
                         page.line.empty() ? "-" : Shown(asked, page.line)});
     }
-    return rows.empty() ? "<p>No page is pending.</p>\n"
-                        : HtmlTable(caption,
-                                    {"Alarm", "Group", "Pager", "State", "Tries", "Queued",
-                                     "Due (computed)", "Line"},
-                                    rows);
+    return TableOr(
+        words, {"Alarm", "Group", "Pager", "State", "Tries", "Queued", "Due (computed)", "Line"},
+        rows);
 }
 
-std::string FailedTable(const PageAsked& asked, const std::string& caption,
+std::string FailedTable(const PageAsked& asked, const TableWords& words,
                         const std::vector<RecordedSend>& sends) {
     std::vector<std::vector<std::string>> rows;
     rows.reserve(sends.size());
@@ -86,11 +86,9 @@ std::string FailedTable(const PageAsked& asked, const std::string& caption,
              Shown(asked, send.pager), Shown(asked, send.port),
              HtmlState(WordOf(send.outcome), Tone::kBad), Shown(asked, send.reason), WhyOf(send)});
     }
-    return rows.empty() ? "<p>No sending has failed.</p>\n"
-                        : HtmlTable(caption,
-                                    {"Call", "At", "Alarm", "Pager", "Line", "Outcome", "Reason",
-                                     "Meaning, remedy"},
-                                    rows);
+    return TableOr(words,
+                   {"Call", "At", "Alarm", "Pager", "Line", "Outcome", "Reason", "Meaning, remedy"},
+                   rows);
 }
 
 }  // namespace host

@@ -46,8 +46,8 @@ TEST_F(TheSearch, TakesAGroupAsAPatternOrAPartOfIt) {
                     AllOf(HasSubstr("<div>pump</div>"), Not(HasSubstr("<div>printer</div>"))))
             << fits;
     }
-    EXPECT_THAT(Get("/alarms?group=LANT*").body, HasSubstr("There are no alarms"));
-    EXPECT_THAT(Get("/pages?group=OFFICE").body, HasSubstr("No page is pending"));
+    EXPECT_THAT(Get("/alarms?group=LANT*").body, HasSubstr("Nothing fits this search"));
+    EXPECT_THAT(Get("/pages?group=OFFICE").body, HasSubstr("Nothing fits this search"));
     EXPECT_THAT(Get("/pages?group=PLANT").body, HasSubstr("Pending: 1<"));
 }
 
@@ -56,20 +56,20 @@ TEST_F(TheSearch, TakesAPager) {
                 AllOf(HasSubstr("<div>printer</div>"), Not(HasSubstr("<div>pump</div>")),
                       HasSubstr("<option value=\"night &amp; day\" selected>")));
     EXPECT_THAT(Get("/alarms?pager=nobody").body,
-                AllOf(HasSubstr("There are no alarms"), HasSubstr("\"nobody\" selected")));
+                AllOf(HasSubstr("Nothing fits this search"), HasSubstr("\"nobody\" selected")));
 }
 
 TEST_F(TheSearch, TakesAState) {
     EXPECT_THAT(Get("/alarms?state=off+limit").body,
                 AllOf(HasSubstr("<div>printer</div>"), Not(HasSubstr("<div>pump</div>"))));
     EXPECT_THAT(Get("/alarms?state=being+paged").body, Not(HasSubstr("<div>printer</div>")));
-    EXPECT_THAT(Get("/alarms?state=nonsense").body, HasSubstr("There are no alarms"));
+    EXPECT_THAT(Get("/alarms?state=nonsense").body, HasSubstr("Nothing fits this search"));
     Execute("UPDATE AlarmLog SET withdrawn = 5 WHERE alarmlogID = '10'");
     EXPECT_THAT(Get("/alarms?state=off+limit").body, Not(HasSubstr("<div>printer</div>")));
     EXPECT_THAT(Get("/alarms?state=resolved").body, HasSubstr("<div>printer</div>"));
     Execute("UPDATE AlarmLog SET alarmack = '1' WHERE alarmlogID = '9'");
     EXPECT_THAT(Get("/alarms?state=acknowledged").body, HasSubstr("<div>pump</div>"));
-    EXPECT_THAT(Get("/alarms?state=being+paged").body, HasSubstr("There are no alarms"));
+    EXPECT_THAT(Get("/alarms?state=being+paged").body, HasSubstr("Nothing fits this search"));
     Raise("new one");
     EXPECT_THAT(Get("/alarms?state=new").body, HasSubstr("<div>new one</div>"));
 }
@@ -80,7 +80,7 @@ TEST_F(TheSearch, TakesATimeOfTheSite) {
                             HasSubstr("name=\"since\" value=\"2001-01-08T10:02:00\"")));
     EXPECT_THAT(Get("/alarms?until=2001-01-08+10:02").body,
                 AllOf(Not(HasSubstr("<div>printer</div>")), HasSubstr("<div>pump</div>")));
-    EXPECT_THAT(Get("/pages?until=2001-01-07").body, HasSubstr("No page is pending"));
+    EXPECT_THAT(Get("/pages?until=2001-01-07").body, HasSubstr("Nothing fits this search"));
     const WebAnswer answer = Get("/alarms?since=soon");
     EXPECT_EQ(400, answer.status);
     EXPECT_THAT(answer.body, HasSubstr("since: &quot;soon&quot; is no instant"));

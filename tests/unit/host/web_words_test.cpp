@@ -196,7 +196,7 @@ Since [since]
 Until [until]
 Search
 [/pages]Show all
-No page is pending.
+Nothing fits this search.
 )",
               Heard("/pages?pager=boss"));
     EXPECT_EQ(R"(Pending pages
@@ -225,7 +225,7 @@ Sendings that failed
 Call | At | Alarm | Pager | Line | Outcome | Reason | Meaning, remedy
 [/call?send=1]Call 1 | 2001-01-08 10:00:20 UTC | [/alarm?number=N]N | duty | north | not sent | dialling failed: BUSY | dialling failed: busy, no answer, no carrier or no dial tone. Is the telephone line plugged in, and the dial command of the port right?
 Alarms
-There are no alarms.
+There are no such alarms.
 [/alarms?state=off%20limit]All of these alarms
 )",
               Heard("/failed"));
