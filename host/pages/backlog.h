@@ -18,7 +18,8 @@ namespace host {
 int32_t MendAlarmStates(Connection& connection);
 
 // Alarms that count as being paged, though all their pages have ended, and none is owed: it happens
-// where the store refuses the last word of a page, or keeps it until another page has had its own.
+// where the store refuses the last word of a page, or keeps it until another page has had its own,
+// or until that one was dropped.
 // Their state becomes what the library makes of such pages. Returns how many they were. At any
 // time.
 int32_t EndFinishedAlarms(Connection& connection);

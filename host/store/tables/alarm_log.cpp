@@ -321,6 +321,14 @@ std::vector<int64_t> AlarmsEndedTooEarly(Connection& connection) {
         .Numbers();
 }
 
+// A library drops the ended pages of an alarm that counts as over. Another line, whose changes were
+// kept until then, may know of pages of it still, and write that it is being paged.
+constexpr const char* kWasDroppedAs =
+    "EXISTS (SELECT 1 FROM Host_History AS dropped WHERE dropped.alarm = alarm.alarmlogID"
+    "  AND change = 'removed' AND state = ?"
+    "  AND NOT EXISTS (SELECT 1 FROM Host_History AS later WHERE later.alarm = dropped.alarm"
+    "   AND later.pager = dropped.pager AND later.row_id > dropped.row_id))";
+
 std::vector<int64_t> FinishedAlarms(Connection& connection, const char* state) {
     return Statement(connection,
                      "SELECT row_id FROM AlarmLog AS alarm"
@@ -329,8 +337,10 @@ std::vector<int64_t> FinishedAlarms(Connection& connection, const char* state) {
                      "  AND answer IS NULL)"
                      " AND NOT EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
                      "  WHERE AlmLogID = alarm.alarmlogID AND PagerState NOT IN ('3', '4'))"
-                     " AND EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
-                     "  WHERE AlmLogID = alarm.alarmlogID AND PagerState = ?)")
+                     " AND (EXISTS (SELECT 1 FROM AlarmFwd_PagerEvents"
+                     "  WHERE AlmLogID = alarm.alarmlogID AND PagerState = ?) OR " +
+                         std::string(kWasDroppedAs) + ")")
+        .Bind(std::string_view(state))
         .Bind(std::string_view(state))
         .Numbers();
 }

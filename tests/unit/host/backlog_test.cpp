@@ -6,6 +6,7 @@
 
 #include "host/pages/history.h"
 #include "host/store/tables/events.h"
+#include "host/store/tables/history.h"
 #include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 
@@ -67,6 +68,29 @@ TEST_F(ABacklog, EndsAlarmsWhosePagesHaveAllEnded) {
     EXPECT_EQ(2, EndFinishedAlarms(connection));
     EXPECT_THAT(Rows("pagerstate FROM AlarmLog ORDER BY row_id"),
                 ElementsAre("2", "4", "3", "2", "2"));
+    EXPECT_EQ(0, EndFinishedAlarms(connection));
+}
+
+// By the last that was heard of each.
+TEST_F(ABacklog, EndsAlarmsWhosePagesWereDropped) {
+    const auto drop = [this](const char* alarm, const char* pager, const char* state) {
+        WriteHistory(connection, {kRemoved, alarm, "ops", pager, state, "1"});
+    };
+    AddAlarm("6", "2");
+    drop("6", "duty", "4");
+    AddAlarm("7", "2");
+    drop("7", "duty", "4");
+    drop("7", "night", "3");
+    AddAlarm("8", "2");
+    drop("8", "duty", "3");
+    drop("8", "duty", "4");
+    Add(9, "2", 2);
+    drop("9", "night", "4");
+    AddAlarm("10", "2");
+    drop("10", "duty", "2");
+    EXPECT_EQ(3, EndFinishedAlarms(connection));
+    EXPECT_THAT(Rows("pagerstate FROM AlarmLog ORDER BY row_id"),
+                ElementsAre("4", "3", "4", "2", "2"));
     EXPECT_EQ(0, EndFinishedAlarms(connection));
 }
 
