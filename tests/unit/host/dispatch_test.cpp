@@ -11,6 +11,7 @@
 
 #include "host/store/tables/lines.h"
 #include "host/store/tables/nodes.h"
+#include "tests/unit/host/another_program.h"
 #include "tests/unit/host/service_test.h"
 
 namespace host {
@@ -199,6 +200,60 @@ TEST_F(TwoNodesThatDeal, GiveFirstPagesToALineThatOnlyRepeatsOthers) {
     north->Deal(kNow);
     south->Deal(kNow);
     EXPECT_THAT(Pages(), ElementsAre("1 N", "2 S"));
+}
+
+// --- What waits for more than a line.
+
+class PagesThatWait : public TwoNodesThatDeal {
+ protected:
+    // By a node that knows no other, twice.
+    void DealAlone() {
+        north->dispatch.Run(connection, {true, true}, kNow);
+        north->dispatch.Run(connection, {true, true}, kNow + 1);
+    }
+    size_t TimesSaid(const std::string& text) const {
+        const std::string all = said.str();
+        size_t times = 0;
+        for (size_t at = all.find(text); at != std::string::npos; at = all.find(text, at + 1)) {
+            ++times;
+        }
+        return times;
+    }
+};
+
+TEST_F(PagesThatWait, AreToldOfOnceWhereNoLineCanHaveThem) {
+    AddPager("bound");
+    Execute("UPDATE AlarmFwd_PagerSetting SET comport = 'none' WHERE description = 'bound'");
+    Owe("1", 1, "bound");
+    Owe("2");
+    DealAlone();
+    EXPECT_THAT(Pages(), ElementsAre("1 ", "2 N"));
+    EXPECT_EQ(1U, TimesSaid("pager \"bound\": no line that can have its pages is in service; "
+                            "they wait\n"))
+        << said.str();
+}
+
+TEST_F(PagesThatWait, AreSetAsideWhereTheirPagerIsTooLarge) {
+    AddPager("large");
+    WriteAsAnother(database,
+                   "UPDATE AlarmFwd_PagerSetting SET pgnumber = hex(zeroblob(600000))"
+                   " WHERE description = 'large'");
+    Owe("1", 1, "large");
+    Owe("2");
+    DealAlone();
+    EXPECT_THAT(Pages(), ElementsAre("1 ", "2 N"));
+    EXPECT_EQ(1U, TimesSaid("alarm 1 (ops) to \"large\" is set aside: ")) << said.str();
+}
+
+// It can't be known whether they need one.
+TEST_F(PagesThatWait, AreSetAsideWhereThereIsNoPagerAndTheirAlarmIsTooLarge) {
+    Owe("1", 1, "nobody");
+    Owe("2");
+    WriteAsAnother(database,
+                   "UPDATE AlarmLog SET details = hex(zeroblob(600000)) WHERE alarmlogID = '1'");
+    DealAlone();
+    EXPECT_THAT(Pages(), ElementsAre("1 ", "2 N"));
+    EXPECT_EQ(1U, TimesSaid("alarm 1 (ops) to \"nobody\" is set aside: ")) << said.str();
 }
 
 // --- However many wait.
