@@ -105,16 +105,26 @@ class HelpOf : public ::testing::TestWithParam<const char*> {
         command.emplace_back("--help");
         return RunProgram(command).out;
     }
-    // The lines below "Example:" or "Examples:", without what another program does.
-    static std::vector<std::string> Examples() {
-        std::vector<std::string> examples;
+    // The lines below "Example:" or "Examples:".
+    static std::vector<std::string> BelowExamples() {
+        std::vector<std::string> lines;
         std::istringstream help(Help());
         bool below = false;
         for (std::string line; std::getline(help, line);) {
-            if (below && line.rfind("  pagerfwd ", 0) == 0) {
-                examples.push_back(line.substr(0, line.find_first_of("|&;")));
+            if (below && !line.empty()) {
+                lines.push_back(line);
             }
             below = below || line == "Example:" || line == "Examples:";
+        }
+        return lines;
+    }
+    // Without what another program does.
+    static std::vector<std::string> Examples() {
+        std::vector<std::string> examples;
+        for (const std::string& line : BelowExamples()) {
+            if (line.rfind("  pagerfwd ", 0) == 0) {
+                examples.push_back(line.substr(0, line.find_first_of("|&;")));
+            }
         }
         return examples;
     }
@@ -140,6 +150,12 @@ TEST(ADemonstration, IsNoneWhereNoFolderIsForWhatIsTemporary) {
         RunProgram({"/bin/sh", "-c", "TMPDIR=/nowhere " PAGERFWD_PROGRAM " web --demo"});
     EXPECT_EQ(3, run.exit_code);
     EXPECT_EQ("pagerfwd: TMPDIR names no folder: No such file or directory\n", run.err);
+}
+
+TEST_P(HelpOfCommand, SetsItsExamplesIn) {
+    for (const std::string& line : BelowExamples()) {
+        EXPECT_THAT(line, StartsWith("  "));
+    }
 }
 
 TEST_P(HelpOf, SaysHowTheCommandIsCalled) {
