@@ -183,6 +183,19 @@ TEST_F(RunService, TriesAgainWhatIsRefusedWhileSomebodyHoldsTheDatabase) {
     EXPECT_THAT(Stories(), ElementsAre("duty done 1"));
 }
 
+// That the first line has ended can't be noted; the second is seen to end all the same.
+TEST_F(RunService, EndsWithItsLinesWhileSomebodyHoldsTheDatabase) {
+    MakeSite("pagerfwd.db", std::string(kSite) +
+                                "[[port]]\nname = \"COM 2\"\n[port.pager]\ndial = \"ATDT\"\n"
+                                "[port.sms1]\ndial = \"ATDT5550101\"\n");
+    exchange += "[[line]]\nport = \"COM 2\"\n";
+    At(12, "sqlite3 pagerfwd.db 'BEGIN IMMEDIATE' '.shell sleep 3600' COMMIT");
+    EndAt(14);
+    const ProgramRun run = Simulated({"run"});
+    EXPECT_EQ(0, run.exit_code);
+    EXPECT_THAT(run.err, ContainsRegex("2001-01-08 10:0[0-9]:[0-9]+ ended\n"));
+}
+
 // Its second byte is that of a backslash: the display shows one question mark for the two.
 TEST_F(RunService, CountsTwoByteCharactersWhereTheSiteIsShiftJis) {
     MakeSite("pagerfwd.db", "encoding = \"shift_jis\"\n" + std::string(kSite) +
