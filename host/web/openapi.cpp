@@ -180,7 +180,7 @@ const char* const kOpenApi = R"json({
         "requestBody": {
           "required": true,
           "content": {"application/json": {
-            "schema": {"type": "object", "required": ["pager"], "properties": {"pager": {"type": "string"}, "line": {"type": "string"}}},
+            "schema": {"type": "object", "required": ["pager"], "additionalProperties": false, "properties": {"pager": {"type": "string"}, "line": {"type": "string"}}},
             "examples": {
               "pager": {"value": {"pager": "duty"}}
             }

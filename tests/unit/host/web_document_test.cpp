@@ -163,6 +163,26 @@ TEST_F(TheDocument, HasExamplesOfWhatItSaysIsTaken) {
     }
 }
 
+TEST_F(TheDocument, SaysOfWhichBodiesNoFurtherFieldIsTaken) {
+    for (const Call& call : CallsOf(document)) {
+        for (const std::string& example : call.bodies) {
+            nlohmann::json body = nlohmann::json::parse(example, nullptr, false);
+            if (!body.is_object()) {
+                continue;
+            }
+            nlohmann::json schema = Resolved(
+                document, call.operation["requestBody"]["content"]["application/json"]["schema"]);
+            if (schema.contains("oneOf")) {
+                schema = Resolved(document, schema["oneOf"][0]);
+            }
+            body["further"] = "x";
+            const int status = AskAsAnother(call.method, call.target, body.dump()).status;
+            EXPECT_EQ(schema.value("additionalProperties", true) ? 200 : 400, status)
+                << call.target << " " << body;
+        }
+    }
+}
+
 // Each status with what is said of it.
 TEST_F(TheDocument, NamesEveryAnswerOfACall) {
     const std::map<std::string, std::string> known = {
