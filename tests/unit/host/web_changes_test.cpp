@@ -25,7 +25,7 @@ class TheForms : public WebTest {
     void ExpectMistake(const std::string& path, const std::string& fields, const char* says) {
         const WebAnswer answer = Send(path, fields);
         EXPECT_EQ(400, answer.status) << path << " " << fields;
-        EXPECT_THAT(answer.body, HasSubstr(says)) << path;
+        EXPECT_THAT(answer.body, AllOf(HasSubstr("Not done"), HasSubstr(says))) << path;
     }
     // "maria: line paused north"
     std::vector<std::string> Done() {
