@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "tests/support/planted.h"
 #include "tests/unit/host/cli_fixture.h"
 
 namespace {
@@ -140,7 +141,7 @@ TEST_F(Cli, RunsNoLibraryThatWasPlanted) {
     std::filesystem::copy_file(FAKE_LIBRARY, "libPagerFwd.so");
     std::filesystem::create_directories("elsewhere/bin");
     const std::string program = folder.Path() / "elsewhere/bin/pagerfwd";
-    std::filesystem::copy_file(PAGERFWD_PROGRAM, program);
+    std::filesystem::copy_file(test_support::WithPlanted(PAGERFWD_PROGRAM), program);
     setenv("LD_LIBRARY_PATH", folder.Path().c_str(), 1);
     const ProgramRun run = RunProgram({program, "--database", "site.db", "test", "duty"});
     unsetenv("LD_LIBRARY_PATH");
@@ -155,7 +156,7 @@ TEST_F(Cli, FindsTheLibraryThatIsInstalledWithIt) {
     std::filesystem::create_directories("elsewhere/lib");
     std::filesystem::copy_file(FAKE_LIBRARY, "elsewhere/lib/libPagerFwd.so");
     const std::string program = folder.Path() / "elsewhere/bin/pagerfwd";
-    std::filesystem::copy_file(PAGERFWD_PROGRAM, program);
+    std::filesystem::copy_file(test_support::WithPlanted(PAGERFWD_PROGRAM), program);
     EXPECT_EQ(0, RunProgram({program, "--database", "site.db", "test", "duty"}).exit_code);
 }
 
