@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <string_view>
 
@@ -49,6 +50,20 @@ std::vector<std::string> JudgeLog(std::istream& log) {
     return complaints;
 }
 
+std::vector<std::string> JudgeGivenUp(const std::vector<std::string>& pages, std::istream& log) {
+    const std::string told{std::istreambuf_iterator<char>(log), {}};
+    std::vector<std::string> complaints;
+    for (const std::string& page : pages) {
+        const size_t blank = page.find(' ');
+        const std::string words = "error: page of alarm " + page.substr(0, blank) + " to \"" +
+                                  page.substr(blank + 1) + "\": given up: its tries are used up";
+        if (told.find(words) == std::string::npos) {
+            complaints.push_back("page " + page + " was given up, and nobody was told");
+        }
+    }
+    return complaints;
+}
+
 Told JudgeWorld(const std::filesystem::path& folder, int status, Tries tries, bool lasting) {
     std::ifstream ledger(folder / kLedger);
     std::ifstream report(folder / kReport);
@@ -61,13 +76,18 @@ Told JudgeWorld(const std::filesystem::path& folder, int status, Tries tries, bo
         told.complaints.push_back("the world ended with " + std::to_string(status));
         return told;
     }
-    told.complaints = Judge(ledger, report, tries).complaints;
-    if (!lasting) {
-        return told;
-    }
+    const Verdict verdict = Judge(ledger, report, tries);
+    told.complaints = verdict.complaints;
+    const auto add = [&told](const std::vector<std::string>& more) {
+        told.complaints.insert(told.complaints.end(), more.begin(), more.end());
+    };
     std::ifstream log(folder / "log");
-    const std::vector<std::string> again = JudgeLog(log);
-    told.complaints.insert(told.complaints.end(), again.begin(), again.end());
+    add(JudgeGivenUp(verdict.given_up, log));
+    if (lasting) {
+        log.clear();
+        log.seekg(0);
+        add(JudgeLog(log));
+    }
     return told;
 }
 

@@ -22,6 +22,9 @@ struct Told {
 // trouble; else each is a trouble of its own.
 Told JudgeWorld(const std::filesystem::path& folder, int status, Tries tries, bool lasting);
 
+// Which of these pages, "ALARM PAGER", no line of the log says that they were given up.
+std::vector<std::string> JudgeGivenUp(const std::vector<std::string>& pages, std::istream& log);
+
 // What is told too often in what the processes of a site told.
 std::vector<std::string> JudgeLog(std::istream& log);
 

@@ -37,6 +37,13 @@ TEST(FaultJudge, LetsEachProcessSayThatItCannotBegin) {
     EXPECT_THAT(JudgedLog(99, "pagerfwd: a pipe for signals: ", ""), IsEmpty());
 }
 
+TEST(FaultJudge, NoticesAPageThatIsGivenUpWithoutAWord) {
+    std::stringstream log(
+        "2001-01-08 10:12:03 error: page of alarm 9 to \"ucp\": given up: its tries are used up\n");
+    EXPECT_THAT(JudgeGivenUp({"9 ucp", "9 tap"}, log),
+                ElementsAre("page 9 tap was given up, and nobody was told"));
+}
+
 TEST(FaultJudge, NoticesAWorldThatEndsOtherwise) {
     EXPECT_THAT(JudgeWorld("/nowhere", 9, Tries::kSendingsOnly, true).complaints,
                 ElementsAre("the world ended with 9"));

@@ -34,7 +34,8 @@ struct Written {
 struct Owed {
     int sends = 0;
     bool acknowledged = false;
-    bool ended = false;
+    std::vector<std::string> given_up;  // "ALARM PAGER", where the device uses up tries
+    bool confirms = false;              // ... and whether it is only done when it was received
 };
 
 struct Story {
@@ -192,6 +193,11 @@ class Judgement {
             owed.acknowledged = owed.acknowledged || acknowledged;
             if (!acknowledged) {
                 const bool confirms = plan.type[0] == 's';
+                if (tries_ == Tries::kDeviceToo && story_.ends[page] == "given-up") {
+                    owed.given_up.push_back(page);
+                    owed.confirms = confirms;
+                    continue;
+                }
                 Require(story_.ends[page] == (confirms ? "done" : "given-up"),
                         "page " + page + " ended as \"" + story_.ends[page] + "\"");
             }
@@ -229,7 +235,14 @@ class Judgement {
                 what + " was received " + std::to_string(received) + " times, not " +
                     std::to_string(owed.sends) + ", and " + std::to_string(excuses.size()) +
                     " kills explain it");
-        const bool may_be_fewer = tries_ == Tries::kDeviceToo && received > 0;
+        const bool is_lost = received == 0 && !owed.given_up.empty();
+        if (is_lost) {
+            verdict_.given_up.insert(verdict_.given_up.end(), owed.given_up.begin(),
+                                     owed.given_up.end());
+        }
+        Require(is_lost || owed.given_up.empty() || !owed.confirms,
+                what + " was received, and counts as given up");
+        const bool may_be_fewer = tries_ == Tries::kDeviceToo && (received > 0 || is_lost);
         Require(more >= 0 || owed.acknowledged || may_be_fewer,
                 what + " was received " + std::to_string(received) + " times, not " +
                     std::to_string(owed.sends));

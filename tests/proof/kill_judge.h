@@ -24,11 +24,13 @@ struct Verdict {
     int pages = 0;                        // that were owed
     int received = 0;                     // by the centres
     std::vector<std::string> doubles;     // each with its reason
+    std::vector<std::string> given_up;    // "ALARM PAGER": received by nobody, with kDeviceToo
     std::vector<std::string> complaints;  // empty: all is as it should be
 };
 
 // What uses up a try of a page. kDeviceToo: a device that can't be opened, so that a page that is
-// sent several times may be sent less often.
+// sent several times may be sent less often; or never, where that lasts for all its tries. Then it
+// is given up, and who judges sees that the operator was told.
 enum class Tries { kSendingsOnly, kDeviceToo };
 
 // ledger: as in kill_scenario.h. report: what the simulation says of calls and pages, as JSON.

@@ -129,5 +129,16 @@ TEST_F(KillJudge, AllowsFewerSendingsWhereADeviceCannotBeOpenedButNotNone) {
                 ElementsAre("pump1 ucp was received 0 times, not 2"));
 }
 
+TEST_F(KillJudge, NamesPagesThatADeviceHasUsedUp) {
+    after = "page 9 ucp given-up 0\npage 9 bound done 0\nalarm 9 3\nend\n";
+    EXPECT_THAT(Judged(Tries::kDeviceToo).complaints,
+                ElementsAre("pump1 ucp was received, and counts as given up"));
+    received.clear();
+    EXPECT_THAT(Judged().complaints, SizeIs(2));
+    const Verdict verdict = Judged(Tries::kDeviceToo);
+    EXPECT_THAT(verdict.complaints, IsEmpty());
+    EXPECT_THAT(verdict.given_up, ElementsAre("9 ucp"));
+}
+
 }  // namespace
 }  // namespace proof::kills
