@@ -169,5 +169,11 @@ TEST_F(HostileClients, AreAnsweredOrCut) {
     }
 }
 
+TEST_F(HostileClients, AreToldHowLongAHeaderMayBe) {
+    const RawClient client(kServedAt);
+    client.Send("GET / HTTP/1.1\r\nA: " + std::string(9 * 1024, 'a') + "\r\n\r\n");
+    EXPECT_THAT(client.ReceiveAll(), HasSubstr("\"the header is longer than 8 KiB"));
+}
+
 }  // namespace
 }  // namespace host
