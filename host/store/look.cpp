@@ -15,19 +15,26 @@ Glance::Stamp Glance::StampOf(const std::string& path) {
     return {status.st_ctim, status.st_size, access((path + "-wal").c_str(), F_OK) == 0};
 }
 
-Glance::Glance(const std::string& path)
-    : before_(StampOf(path)), connection_(path, Connection::Mode::kLook) {
-    RequireTables(connection_);
+Glance::Glance(const std::string& path) : path_(path), before_(StampOf(path)) {}
+
+void Glance::Open() {
+    connection_.emplace(path_, Connection::Mode::kLook);
+    try {
+        RequireTables(*connection_);
+    } catch (...) {
+        connection_.reset();
+        throw;
+    }
 }
 
 void Glance::HideLargeCells() {
-    any_length_.emplace(connection_);
-    host::HideLargeCells(connection_);
+    any_length_.emplace(*connection_);
+    host::HideLargeCells(*connection_);
 }
 
 bool Glance::WasDisturbed() const {
-    const Stamp now = StampOf(connection_.Path());
-    return connection_.IsAtRest() &&
+    const Stamp now = StampOf(path_);
+    return (!connection_ || connection_->IsAtRest()) &&
            (now.has_journal != before_.has_journal || now.size != before_.size ||
             now.changed.tv_sec != before_.changed.tv_sec ||
             now.changed.tv_nsec != before_.changed.tv_nsec);

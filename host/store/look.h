@@ -20,12 +20,14 @@ namespace host {
 // has open is read without a lock, and somebody may come.
 class Glance {
  public:
-    // Throws when the file doesn't exist or holds none of our tables.
     explicit Glance(const std::string& path);
 
-    Connection& Database() { return connection_; }
+    // Before anything else. Throws when the file doesn't exist or holds none of our tables.
+    void Open();
+    Connection& Database() { return *connection_; }
     // From now on cells that are too large are seen as empty ones.
     void HideLargeCells();
+    // Also where it could not be opened: who had it open last takes its journal away.
     bool WasDisturbed() const;
 
  private:
@@ -37,8 +39,9 @@ class Glance {
     };
     static Stamp StampOf(const std::string& path);
 
+    const std::string path_;
     const Stamp before_;
-    Connection connection_;
+    std::optional<Connection> connection_;
     std::optional<Connection::AnyLength> any_length_;
 };
 
@@ -60,6 +63,7 @@ auto Look(const std::string& path, Read read) {
     for (int tries = 1;; ++tries) {
         Glance glance(path);
         try {
+            glance.Open();
             auto found = ReadBy(glance, read);
             if (!glance.WasDisturbed() || tries == kMostTries) {
                 return found;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "tests/unit/host/another_program.h"
@@ -112,6 +113,19 @@ TEST_F(ALook, IsTakenAgainWhenAWriterCame) {
 }
 
 // As another program writes one, for which nothing is too large.
+// Its last writer was closing it, and took its journal away meanwhile.
+TEST_F(ALook, IsTakenAgainWhenAWriterWent) {
+    fs::create_directory("site.db-wal");  // it is there, and can't be opened
+    std::ofstream("site.db-shm").flush();
+    Glance glance(database);
+    EXPECT_THROW(glance.Open(), StoreError);
+    EXPECT_FALSE(glance.WasDisturbed()) << "to try again would be in vain";
+    fs::remove("site.db-wal");
+    fs::remove("site.db-shm");
+    EXPECT_TRUE(glance.WasDisturbed());
+    EXPECT_EQ("", Seen());
+}
+
 TEST_F(ALook, SeesTheOtherRowsBesideOneThatIsTooLarge) {
     WriteAsAnother(database,
                    "INSERT INTO AlarmLog (alarmlogID, alarm_group, timestamp, pagerstate) VALUES"
