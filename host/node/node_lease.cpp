@@ -39,17 +39,23 @@ bool WasRenewed(const NodeState& before, const NodeState& now) {
     return now.term != before.term || now.valid_until != before.valid_until;
 }
 
-std::optional<Tenure> AwaitLease(Connection& connection, const NodeLease::Terms& terms,
-                                 const std::function<bool(std::chrono::milliseconds)>& wait) {
+struct Held {
+    Tenure tenure;
+    LeaseDeadline::Instant asked;  // for it
+};
+
+std::optional<Held> AwaitLease(Connection& connection, const NodeLease::Terms& terms,
+                               const std::function<bool(std::chrono::milliseconds)>& wait) {
     const std::string me = ThisProcess();
     std::optional<NodeState> before;
     for (;;) {
         const std::optional<NodeState> now = FindNode(connection, terms.node);
         const std::string dead = now ? DeadHolder(terms, *now) : "";
+        const LeaseDeadline::Instant asked = LeaseDeadline::Now();
         if (auto tenure =
                 TakeLease(connection, terms.node, me, terms.period * kPeriodsValid, dead)) {
             RecordLease(terms.database, {terms.node, tenure->term, me});
-            return tenure;
+            return Held{*std::move(tenure), asked};
         }
         if (before && now && WasRenewed(*before, *now)) {
             throw InUse("node \"" + terms.node + "\" runs already: " + now->holder +
@@ -68,11 +74,12 @@ std::optional<Tenure> AwaitLease(Connection& connection, const NodeLease::Terms&
 NodeLease::NodeLease(Terms terms, const std::function<bool(std::chrono::milliseconds)>& wait)
     : terms_(std::move(terms)) {
     Connection connection(terms_.database);
-    std::optional<Tenure> tenure = AwaitLease(connection, terms_, wait);
-    if (!tenure) {
+    std::optional<Held> held_lease = AwaitLease(connection, terms_, wait);
+    if (!held_lease) {
         return;
     }
-    tenure_ = *std::move(tenure);
+    tenure_ = std::move(held_lease->tenure);
+    MoveDeadline(held_lease->asked);
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "the lease of a node");

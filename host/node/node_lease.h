@@ -46,7 +46,7 @@ class NodeLease {
     NodeLease(const NodeLease&) = delete;
     NodeLease& operator=(const NodeLease&) = delete;
 
-    // Until the first renewal, which comes at once, no line may work.
+    // Lines may work from then on: what the first renewal would move is where it belongs already.
     bool WasTaken() const { return tenure_.term != 0; }
     const Tenure& Term() const { return tenure_; }
     const LeaseDeadline& Deadline() const { return deadline_; }

@@ -96,6 +96,14 @@ TEST_F(AMember, IsRefusedWhereAnotherOfItsNameRuns) {
                  InUse);
 }
 
+// Else its first look would take the pages of its own lines for those of lines without a lease.
+TEST_F(AMember, MayWorkAsSoonAsItHasItsLease) {
+    Nodes({"north", "south"});
+    Node north(database, "north", log);
+    EXPECT_TRUE(north.Join());
+    EXPECT_EQ("", north.member.WhyIdle());
+}
+
 TEST_F(AMember, TakesItsOwnLeaseAtOnceFromOneThatDiedHere) {
     Nodes({"north", "south"});
     TakeLease(connection, "north", "alpha, process 71", std::chrono::seconds(60));
