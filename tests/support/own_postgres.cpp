@@ -134,6 +134,22 @@ std::string OwnPostgres::MakeDatabase() {
     return Name(name);
 }
 
+std::string OwnPostgres::CopyDatabase(const std::string& other) {
+    const std::string name = "site" + std::to_string(++made_);
+    Ask(Name("postgres"), "CREATE DATABASE " + name + " TEMPLATE " + NameOnServer(other));
+    return Name(name);
+}
+
+// Whoever still has a session there loses it.
+void OwnPostgres::DropDatabase(const std::string& database) {
+    Ask(Name("postgres"), "DROP DATABASE " + NameOnServer(database) + " WITH (FORCE)");
+}
+
+std::string OwnPostgres::NameOnServer(const std::string& database) {
+    const size_t from = database.find("@/") + 2;
+    return database.substr(from, database.find('?') - from);
+}
+
 std::string OwnPostgres::Ask(const std::string& database, const std::string& sql) {
     const std::unique_ptr<PGconn, decltype(&PQfinish)> connection(PQconnectdb(database.c_str()),
                                                                   PQfinish);
@@ -201,10 +217,12 @@ PostgresKeeper::PostgresKeeper(OwnPostgres& server) : server_(server) {
     WaitUntil([] { return fs::exists("kept"); });
 }
 
+// The server ends a moment behind its keeper, and lets go of its folder then.
 PostgresKeeper::~PostgresKeeper() {
-    kill(process_, SIGKILL);  // and with it the server
+    kill(process_, SIGKILL);
     waitpid(process_, nullptr, 0);
     try {
+        WaitUntil([this] { return !fs::exists(server_.Folder() / "data/postmaster.pid"); });
         server_.Start();
     } catch (const std::exception&) {
         // The next test can't reach it, and says so.

@@ -25,6 +25,9 @@ class OwnPostgres {
     // An empty database; its name as pagerfwd and libpq take it. Other users than ours may not use
     // it, ours needs no password.
     std::string MakeDatabase();
+    // With all that is in another, which nobody uses.
+    std::string CopyDatabase(const std::string& other);
+    void DropDatabase(const std::string& database);
 
     // As a power cut would, and its return.
     void Kill();
@@ -32,6 +35,8 @@ class OwnPostgres {
 
     // Of a database that there is.
     std::string Name(const std::string& database) const;
+    // The other way round.
+    static std::string NameOnServer(const std::string& database);
 
     // Where its socket is.
     const std::filesystem::path& Folder() const { return folder_; }
