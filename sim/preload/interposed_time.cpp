@@ -1,4 +1,6 @@
-// sleep and the wall clock. Tested by tests/unit/sim/clock_test.cpp.
+// sleep, the wall clock, and the one that goes on from the machine's start, here the world's: who
+// compares times of several processes goes by it. CLOCK_MONOTONIC stays real: the runtime library
+// measures its own pauses by it. Tested by tests/unit/sim/clock_test.cpp.
 #include <algorithm>
 #include <cerrno>
 
@@ -149,10 +151,11 @@ PAGERSIM_INTERPOSED time_t time(time_t* out) noexcept {
 }
 
 PAGERSIM_INTERPOSED int clock_gettime(clockid_t clock, timespec* now) noexcept {
-    if (!World::IsActive() || (clock != CLOCK_REALTIME && clock != CLOCK_REALTIME_COARSE)) {
+    const bool is_wall = clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE;
+    if (!World::IsActive() || (!is_wall && clock != CLOCK_BOOTTIME)) {
         return Real().clock_gettime(clock, now);
     }
-    *now = ToTimespec(LookAtWallClock());
+    *now = ToTimespec(is_wall ? LookAtWallClock() : TheWorld().SinceStart());
     return 0;
 }
 

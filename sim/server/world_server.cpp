@@ -6,11 +6,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
 
 #include "sim/server/local_socket.h"
 
 namespace pagersim {
+namespace {
+
+constexpr const char* kShownClock = "PAGERSIM_SHOWN_CLOCK";
+
+}  // namespace
 
 WorldServer::WorldServer(const std::string& socket, std::time_t wall, Micros step)
     : path_(socket),
@@ -18,10 +24,16 @@ WorldServer::WorldServer(const std::string& socket, std::time_t wall, Micros ste
       ears_(epoll_create1(EPOLL_CLOEXEC)),
       wall_at_start_(Micros(std::chrono::seconds(wall)).count()),
       step_(step),
+      clock_file_(ClockPage::MakeFile(std::getenv(kShownClock))),
+      clock_(clock_file_.Number()),
       watched_(epoll_create1(EPOLL_CLOEXEC)) {
     if (listener_.Number() < 0) {
         throw std::system_error(errno, std::generic_category(), socket);
     }
+    if (clock_file_.Number() < 0) {
+        throw std::system_error(errno, std::generic_category(), "the world's clock");
+    }
+    clock_.SetStart(Micros(wall_at_start_));
     ListenAlso(listener_.Number(), kNewcomer);
 }
 

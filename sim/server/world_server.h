@@ -30,7 +30,8 @@ namespace pagersim {
 // Threads    One.
 class WorldServer final : public Timeline {
  public:
-    // Time 0 is `wall`. Errors: throws std::system_error when the socket can't be made.
+    // Time 0 is `wall`. Errors: throws std::system_error when the socket can't be made, or the file
+    // that is to show the clock (clock_page.h).
     WorldServer(const std::string& socket, std::time_t wall, Micros step);
     ~WorldServer() override;
     WorldServer(const WorldServer&) = delete;
@@ -151,8 +152,8 @@ class WorldServer final : public Timeline {
     const int64_t wall_at_start_;
     const Micros step_;
     Micros now_{0};
-    const Descriptor clock_file_{ClockPage::MakeFile()};
-    const ClockPage clock_{clock_file_.Number()};
+    const Descriptor clock_file_;
+    ClockPage clock_;
     EventQueue events_;
     std::array<std::unique_ptr<Line>, kLines> lines_;
     std::vector<std::unique_ptr<Member>> members_;  // by birth

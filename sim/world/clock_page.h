@@ -1,8 +1,14 @@
 // How far the process that has the turn has gone on by itself: a page of memory that the server and
 // all processes of a world share. So it isn't lost with a process that is killed or replaced.
+//
+// A server outside, such as a database's, can go by it, too: it is asked by who has the turn, so
+// the page is right at that moment. PAGERSIM_SHOWN_CLOCK names the file then, which begins with two
+// numbers of 8 bytes, as the machine has them: microseconds since the world began, and when that
+// was by its wall clock, in microseconds since 1970.
 #ifndef PAGERFWD_SIM_WORLD_CLOCK_PAGE_H
 #define PAGERFWD_SIM_WORLD_CLOCK_PAGE_H
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -20,24 +26,25 @@ class ClockPage {
     ClockPage() = default;
     explicit ClockPage(int file) {
         void* const page = mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-        micros_ = page != MAP_FAILED ? static_cast<std::atomic<int64_t>*>(page) : nullptr;
+        shown_ = page != MAP_FAILED ? static_cast<Shown*>(page) : nullptr;
     }
     ~ClockPage() {
-        if (micros_ != nullptr) {
-            munmap(micros_, kSize);
+        if (shown_ != nullptr) {
+            munmap(shown_, kSize);
         }
     }
-    ClockPage(ClockPage&& other) noexcept : micros_(other.micros_) { other.micros_ = nullptr; }
+    ClockPage(ClockPage&& other) noexcept : shown_(other.shown_) { other.shown_ = nullptr; }
     ClockPage& operator=(ClockPage&& other) noexcept {
-        std::atomic<int64_t>* const mine = micros_;
-        micros_ = other.micros_;
-        other.micros_ = mine;
+        Shown* const mine = shown_;
+        shown_ = other.shown_;
+        other.shown_ = mine;
         return *this;
     }
 
-    // A file for one; -1: none.
-    static int MakeFile() {
-        const int file = memfd_create("pagersim-clock", MFD_CLOEXEC);
+    // A file for one; -1: none. name: where others find it; null: nowhere.
+    static int MakeFile(const char* name) {
+        const int file = name != nullptr ? open(name, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)
+                                         : memfd_create("pagersim-clock", MFD_CLOEXEC);
         if (file >= 0 && ftruncate(file, kSize) != 0) {
             close(file);
             return -1;
@@ -45,10 +52,15 @@ class ClockPage {
         return file;
     }
 
-    Micros Get() const { return Micros(micros_ != nullptr ? micros_->load() : 0); }
+    Micros Get() const { return Micros(shown_ != nullptr ? shown_->now.load() : 0); }
     void Set(Micros now) {
-        if (micros_ != nullptr) {
-            micros_->store(now.count(), std::memory_order_relaxed);
+        if (shown_ != nullptr) {
+            shown_->now.store(now.count(), std::memory_order_relaxed);
+        }
+    }
+    void SetStart(Micros wall) {
+        if (shown_ != nullptr) {
+            shown_->start.store(wall.count());
         }
     }
 
@@ -56,7 +68,13 @@ class ClockPage {
     static constexpr std::size_t kSize = 4096;
     static_assert(ATOMIC_LLONG_LOCK_FREE != 0);  // where it is aligned, as it is at a page's begin
 
-    std::atomic<int64_t>* micros_ = nullptr;
+    struct Shown {
+        std::atomic<int64_t> now;
+        std::atomic<int64_t> start;
+    };
+    static_assert(sizeof(Shown) == 16);
+
+    Shown* shown_ = nullptr;
 };
 
 }  // namespace pagersim

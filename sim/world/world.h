@@ -51,10 +51,8 @@ class World {
 
     // Time. No lock needed.
     Micros Now() const { return scheduler_.Now(); }
-    Micros WallNow() const {  // since 1970
-        const Micros now = IsShared() ? std::max(Now(), link_->Now()) : Now();
-        return Micros(wall_at_start_.load()) + now;
-    }
+    Micros SinceStart() const { return IsShared() ? std::max(Now(), link_->Now()) : Now(); }
+    Micros WallNow() const { return Micros(wall_at_start_.load()) + SinceStart(); }  // since 1970
     void SetWall(time_t wall);
     void SetStep(Micros step) { step_ = step; }
     Micros Step() const { return step_; }

@@ -176,7 +176,7 @@ class Tally {
 void RunCases(const Programs& programs, const std::vector<Case>& cases, Tally& tally) {
     const auto of = [&](int world) -> const Case& { return cases[static_cast<size_t>(world - 1)]; };
     RunWorlds(
-        programs, static_cast<int>(cases.size()),
+        programs, *OpenSiteDatabases("sqlite"), static_cast<int>(cases.size()),
         [&](int world) { return CommandFor(programs, of(world)); },
         [&](int world, const fs::path& folder, int status) {
             tally.Count(of(world), folder, status);
@@ -188,7 +188,7 @@ Counts CountCalls(const Programs& programs, Tally& tally) {
     Counts counts;
     const Case plain{Tally::kPlain};
     RunWorlds(
-        programs, 1, [&](int) { return CommandFor(programs, plain); },
+        programs, *OpenSiteDatabases("sqlite"), 1, [&](int) { return CommandFor(programs, plain); },
         [&](int, const fs::path& folder, int status) {
             counts = ReadCounts(folder);
             tally.Count(plain, folder, status);

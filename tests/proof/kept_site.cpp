@@ -18,6 +18,7 @@
 #include "host/store/connection.h"
 #include "host/store/tables/alarm_log.h"
 #include "tests/proof/kill_scenario.h"
+#include "tests/proof/site_databases.h"
 
 namespace proof::kills {
 namespace {
@@ -76,7 +77,7 @@ int Now() {
 
 int32_t RaiseNext(std::ostream& ledger, int number, const std::string& group) {
     const std::string text = "pump" + std::to_string(number);
-    host::Connection connection(kDatabase);
+    host::Connection connection(SiteDatabase());
     const int32_t alarm =
         host::RaiseAlarm(connection, {group + "/1", "2", "SRV", text}, std::time(nullptr));
     ledger << "raised " << alarm << " " << text << " " << group << std::endl;
@@ -85,7 +86,7 @@ int32_t RaiseNext(std::ostream& ledger, int number, const std::string& group) {
 
 void WriteEnd(std::ostream& ledger) {
     constexpr int64_t kAll = 100000;
-    host::Connection connection(kDatabase);
+    host::Connection connection(SiteDatabase());
     for (const auto& list : {host::PendingPages(connection), host::EndedPages(connection, kAll)}) {
         for (const host::PageStory& page : list) {
             host::Statement moves(connection,
@@ -100,7 +101,7 @@ void WriteEnd(std::ostream& ledger) {
         connection,
         "SELECT alarm, pager, line, at FROM (SELECT *, lag(tries, 1, '0') OVER"
         " (PARTITION BY alarm, pager ORDER BY row_id) AS before FROM Host_History"
-        " WHERE change = 'written') WHERE tries <> before OR state <> '2'");
+        " WHERE change = 'written') AS changes WHERE tries <> before OR state <> '2'");
     while (written.Step()) {
         ledger << "written " << written.Text(0) << " " << written.Text(1) << " " << written.Text(2)
                << " " << written.Number(3) << "\n";
@@ -121,7 +122,7 @@ Node::Node(std::string program, std::string library, const std::string& preload,
 }
 
 void Node::Start(bool until_done) {
-    std::vector<std::string> words = {program_,    "--database", kDatabase,
+    std::vector<std::string> words = {program_,    "--database", SiteDatabase(),
                                       "--library", library_,     "run"};
     if (until_done) {
         words.emplace_back("--until-done");

@@ -18,6 +18,9 @@ namespace {
 // From the centre's acceptance to the row that says so; a line has one page at a time.
 constexpr double kLongestRewriting = 90;
 
+// From a node's death to the end of its lease, which is what its lines end themselves by.
+constexpr int kLongestLease = 60;
+
 struct Received {
     std::string what;  // the page, where the centre's text names its alarm; else its pager
     unsigned line = 0;
@@ -46,6 +49,7 @@ struct Story {
     std::map<std::string, int> moves;           // of pages
     std::map<std::string, std::string> states;  // of alarms
     std::vector<Kill> kills;
+    std::vector<std::pair<unsigned, int>> fenced;  // lines, and when
     std::vector<Received> received;
     std::vector<Written> written;
     bool ended = false;
@@ -77,6 +81,8 @@ void Note(Story& story, const std::vector<std::string>& words) {
             return static_cast<unsigned>(std::stoul(words[word]));
         };
         story.kills.push_back({SecondOf(words[1]), number(2), number(3), number(4), words.at(5)});
+    } else if (what == "fenced") {
+        story.fenced.emplace_back(static_cast<unsigned>(std::stoul(words[2])), SecondOf(words[1]));
     } else if (what == "page") {
         story.ends[words[1] + " " + words[2]] = words[3];
         story.moves[words[1] + " " + words[2]] = std::stoi(words[4]);
@@ -135,12 +141,14 @@ bool WasWritten(const Story& story, const Received& page, int until) {
     });
 }
 
-// What a line had handed to a centre when it was killed, and not yet written down. None: null.
+// What a line had handed to a centre when it was killed, and not yet written down. instant: the
+// whole second that the ledger gives, so it was at any moment of it, or of the one before. None:
+// null.
 const Received* ForgottenBy(const Story& story, unsigned line, int instant) {
     const Received* latest = nullptr;
     for (const Received& page : story.received) {
         const bool counts =
-            page.line == line && page.at <= instant && page.at > instant - kLongestRewriting;
+            page.line == line && page.at < instant + 1 && page.at > instant - kLongestRewriting;
         latest = counts ? &page : latest;
     }
     return latest != nullptr && !WasWritten(story, *latest, instant) ? latest : nullptr;
@@ -204,21 +212,39 @@ class Judgement {
         }
     }
 
-    // Each kill of a line excuses one page, the last that the line had handed to a centre.
+    // Each kill of a line excuses one page, the last that the line had handed to a centre; and so
+    // does an end for want of a lease, where the node was killed.
     void Explain() {
         for (const Kill& kill : story_.kills) {
             for (unsigned line = 1; line < kRoles; ++line) {
-                const Received* const page =
-                    HitsLine(kill, line) ? ForgottenBy(story_, line, kill.at) : nullptr;
-                if (page != nullptr) {
-                    excuses_[page->what].push_back(
-                        "COM " + std::to_string(line) + " was killed at second " +
-                        std::to_string(kill.at) + ", a centre had accepted it at second " +
-                        std::to_string(static_cast<int>(page->at)) +
-                        ", and its row didn't say so yet");
+                if (HitsLine(kill, line)) {
+                    Excuse(line, kill.at, "was killed");
                 }
             }
         }
+        for (const auto& [line, instant] : story_.fenced) {
+            Require(NodeWasKilledBefore(instant),
+                    "COM " + std::to_string(line) + " had no lease at second " +
+                        std::to_string(instant) + ", and its node was not killed");
+            Excuse(line, instant, "ended with its node's lease");
+        }
+    }
+
+    void Excuse(unsigned line, int instant, const std::string& how) {
+        const Received* const page = ForgottenBy(story_, line, instant);
+        if (page != nullptr) {
+            excuses_[page->what].push_back(
+                "COM " + std::to_string(line) + " " + how + " at second " +
+                std::to_string(instant) + ", a centre had accepted it at second " +
+                std::to_string(static_cast<int>(page->at)) + ", and its row didn't say so yet");
+        }
+    }
+
+    bool NodeWasKilledBefore(int instant) const {
+        return std::any_of(story_.kills.begin(), story_.kills.end(), [&](const Kill& kill) {
+            return (kill.victims & (1U << kNodeRole)) != 0 && kill.at <= instant &&
+                   kill.at > instant - kLongestLease;
+        });
     }
 
     void OfPage(const std::string& what, const Owed& owed) {

@@ -1,6 +1,7 @@
 // Whether what a world of the kill test tells is what its kills, and the rules, explain: every page
 // arrived, and one that arrived too often did so since its line was killed behind the centre's
-// acceptance, before the page's row said so.
+// acceptance, before the page's row said so; or ended itself there, since its node had been killed
+// and the node's lease was over.
 #ifndef PAGERFWD_TESTS_PROOF_KILL_JUDGE_H
 #define PAGERFWD_TESTS_PROOF_KILL_JUDGE_H
 

@@ -53,6 +53,31 @@ TEST_F(KillJudge, HasNothingAgainstAWorldThatGoesWell) {
     EXPECT_FALSE(verdict.kills[0].forgets);
 }
 
+TEST_F(KillJudge, ExcusesAKillWithinTheSecondOfTheAcceptance) {
+    received = {Ucp(30), Page("ucp", "5550112", 50, 0)};
+    const std::string at = "\"at_seconds\":50";
+    received[1].replace(received[1].find(at), at.size(), at + ".9");
+    rows = "written 9 ucp COM 2 978948070\nwritten 9 bound COM 2 978948085\n";
+    killed = "978948050 2 0 4";
+    EXPECT_THAT(Judged().doubles, SizeIs(1));
+}
+
+// Of a page that was received at second 50, by a line that ended itself at 52.
+TEST_F(KillJudge, ExcusesALineThatEndsWithItsKilledNodesLease) {
+    received = {Ucp(30), Ucp(50)};
+    rows = "written 9 ucp COM 2 978948070\nwritten 9 bound COM 2 978948085\n";
+    before += "killed 978948020 0 0 1 -\nfenced 978948052 2\n";
+    const Verdict verdict = Judged();
+    EXPECT_THAT(verdict.complaints, IsEmpty());
+    EXPECT_THAT(verdict.doubles, ElementsAre(HasSubstr("COM 2 ended with its node's lease")));
+}
+
+TEST_F(KillJudge, NoticesALineWithoutALeaseWhoseNodeLives) {
+    before += "fenced 978948052 2\n";
+    EXPECT_THAT(Judged().complaints,
+                ElementsAre("COM 2 had no lease at second 52, and its node was not killed"));
+}
+
 TEST_F(KillJudge, NoticesALostPage) {
     received.clear();
     EXPECT_THAT(Judged().complaints, ElementsAre("pump1 ucp was received 0 times, not 1"));

@@ -6,11 +6,14 @@
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <string_view>
 
+#include "host/lines/line_exit.h"
 #include "tests/proof/file_calls.h"
 #include "tests/proof/shared_plan.h"
 
@@ -60,6 +63,21 @@ void PassFile(FileDeed deed, int /*fd*/) {
     Pass(deed == FileDeed::kWrite ? PointKind::kStoreWrite : PointKind::kStoreSync);
 }
 
+// Whether a PostgreSQL is at the other end.
+bool LeadsToServer(int socket) {
+    sockaddr_un address{};
+    socklen_t size = sizeof address;
+    return getpeername(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+           address.sun_family == AF_UNIX &&
+           std::string_view(address.sun_path).find("/.s.PGSQL.") != std::string_view::npos;
+}
+
+void PassServer(PointKind kind, int socket) {
+    if (points != nullptr && points->left > 0 && LeadsToServer(socket)) {
+        Pass(kind);
+    }
+}
+
 template <typename Function>
 Function Next(const char* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -87,6 +105,7 @@ __attribute__((destructor)) void End() {
 
 using proof::Next;
 using proof::Pass;
+using proof::PassServer;
 using proof::PointKind;
 
 extern "C" {
@@ -96,6 +115,33 @@ ssize_t write(int file, const void* bytes, size_t size) {
     const ssize_t written = next(file, bytes, size);
     Pass(PointKind::kOtherWrite);
     return written;
+}
+
+// A line whose node's lease is over ends so, wherever it is.
+[[noreturn]] void _exit(int status) {
+    static const auto next = Next<void (*)(int)>("_exit");
+    if (status == static_cast<int>(host::LineExit::kLeaseOver) && proof::points != nullptr) {
+        ++proof::points->fenced[proof::own_role];
+    }
+    next(status);
+    __builtin_unreachable();
+}
+
+// As libpq asks a server, and hears it.
+ssize_t send(int socket, const void* bytes, size_t size, int flags) {
+    static const auto next = Next<ssize_t (*)(int, const void*, size_t, int)>("send");
+    PassServer(PointKind::kStoreWrite, socket);
+    const ssize_t sent = next(socket, bytes, size, flags);
+    PassServer(PointKind::kStoreWrite, socket);
+    return sent;
+}
+
+ssize_t recv(int socket, void* bytes, size_t size, int flags) {
+    static const auto next = Next<ssize_t (*)(int, void*, size_t, int)>("recv");
+    PassServer(PointKind::kStoreSync, socket);
+    const ssize_t received = next(socket, bytes, size, flags);
+    PassServer(PointKind::kStoreSync, socket);
+    return received;
 }
 
 // The way to the simulation's server.

@@ -12,8 +12,9 @@
 
 namespace proof {
 
-// What a process is about to do, or has just done. kWorld: it asks the simulation for something:
-// bytes on the line, the device, time that passes.
+// What a process is about to do, or has just done. The store is a file that is written and synced,
+// or a server: a write is what it is asked, a sync the hearing of an answer. kWorld: it asks the
+// simulation for something: bytes on the line, the device, time that passes.
 enum class PointKind { kStoreWrite, kStoreSync, kOtherWrite, kWorld };
 constexpr size_t kPointKinds = 4;
 
@@ -28,6 +29,8 @@ struct KillPoints {
     std::atomic<uint32_t> kind{0};
     std::atomic<uint32_t> victims{0};  // a bit for each role
     std::atomic<int32_t> kills{0};     // so far
+    // How often a line of this role has ended itself, since its node's lease was over.
+    std::array<std::atomic<int32_t>, kRoles> fenced{};
 };
 
 }  // namespace proof

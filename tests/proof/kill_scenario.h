@@ -53,6 +53,9 @@ inline const std::vector<Route>& Routes() {
 //   killed WALL ROLE KIND VICTIMS DOING
 //                                  within the second before; kill_points.h has the numbers. DOING:
 //                                  what the (first) line that was killed said that it did
+//   fenced WALL LINE               within the second before: it has ended itself, since the lease
+//   of
+//                                  its node, which was killed, was over. LINE: 1 is COM 1
 //   missed                         a point that was armed and not come to
 //   node WALL STATUS               a node has ended: as of waitpid
 //   page ALARM PAGER END MOVED     at the end: what the database tells. END: pending, done,
@@ -63,7 +66,6 @@ inline const std::vector<Route>& Routes() {
 
 constexpr const char* kLedger = "ledger";
 constexpr const char* kPoints = "points";
-constexpr const char* kDatabase = "site.db";
 constexpr const char* kReport = "report.json";
 
 }  // namespace proof::kills

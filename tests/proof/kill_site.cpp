@@ -23,6 +23,7 @@
 #include "tests/proof/kill_points.h"
 #include "tests/proof/kill_scenario.h"
 #include "tests/proof/shared_plan.h"
+#include "tests/proof/site_databases.h"
 
 namespace proof::kills {
 namespace {
@@ -63,6 +64,10 @@ class Armoury {
         points_->left = static_cast<int32_t>(1 + Roll(kMost.at(kind)));
     }
     void Disarm() { points_->left = 0; }
+    bool HasBeenFenced(size_t line) {
+        return std::exchange(fenced_.at(line), points_->fenced.at(line)) !=
+               points_->fenced.at(line);
+    }
     bool HasKilled() { return std::exchange(seen_, points_->kills) != points_->kills; }
     const KillPoints& Points() const { return *points_; }
 
@@ -72,6 +77,7 @@ class Armoury {
     std::minstd_rand random_;
     KillPoints* const points_;
     int seen_ = 0;
+    std::array<int, kRoles> fenced_{};
 };
 
 // --- The one who keeps it.
@@ -145,6 +151,11 @@ class Keeper {
     }
 
     void NoteKills() {
+        for (size_t line = 1; line < kRoles; ++line) {
+            if (armoury_.HasBeenFenced(line)) {
+                ledger_ << "fenced " << std::time(nullptr) << " " << line << std::endl;
+            }
+        }
         if (armoury_.HasKilled()) {
             const KillPoints& points = armoury_.Points();
             waiting_ = false;
@@ -160,7 +171,7 @@ class Keeper {
 
     // What each says that it does, in a word: what it did when it was killed within a second.
     void LookAtLines() {
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         host::Statement lines(connection, "SELECT line, doing FROM Host_Lines");
         while (lines.Step()) {
             std::string doing(lines.Text(1));
@@ -190,7 +201,7 @@ class Keeper {
         if (due == acknowledgements_.end()) {
             return;
         }
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         host::AcknowledgeAlarm(connection, due->second, std::time(nullptr));
         ledger_ << "acknowledged " << due->second << " " << std::time(nullptr) << std::endl;
         acknowledgements_.erase(due);

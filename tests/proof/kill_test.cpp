@@ -1,7 +1,8 @@
 // The kill test: simulated worlds, each with a site of three lines that is killed (SIGKILL) again
 // and again, at points that a seed decides: the node, a line, both, or all. Each world is judged by
 // its ledger and by what the centres received.
-//   kill_test BINARIES LIBRARIES KILLS [FOLDER]   FOLDER keeps what is left of worlds that fail
+//   kill_test BINARIES LIBRARIES KILLS [DATABASE [FOLDER]]   DATABASE: sqlite or postgres, see
+//                           site_databases.h; FOLDER keeps what is left of worlds that fail
 // Prints how many kills there were of each kind. Fails when a world does, or there are too few.
 #include <array>
 #include <cstdlib>
@@ -9,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,7 +39,8 @@ std::vector<std::string> CommandFor(const Programs& programs, int seed) {
 
 class Tally {
  public:
-    Tally(int wanted, fs::path kept) : wanted_(wanted), kept_(std::move(kept)) {}
+    Tally(int wanted, fs::path kept, bool on_server)
+        : wanted_(wanted), kept_(std::move(kept)), on_server_(on_server) {}
 
     void Count(int seed, const fs::path& folder, int status) {
         std::ifstream ledger(folder / kLedger);
@@ -49,7 +52,7 @@ class Tally {
         for (const Kill& kill : verdict.kills) {
             ++kills_;
             ++by_[WordOfVictims(kill.victims)];
-            ++by_[kWordsOfKinds.at(kill.kind)];
+            ++by_[WordOfKind(kill.kind)];
             by_[kForgetting] += kill.forgets ? 1 : 0;
             ++doings_[kill.doing];
         }
@@ -87,7 +90,7 @@ class Tally {
         std::cout << "\n"
                   << pages_ << " pages; "
                   << (failed_ == 0 ? "none lost, " + std::to_string(doubles_) +
-                                         " sent once more, each by a kill of its line"
+                                         " sent once more, each by a kill of its line or node"
                                    : std::to_string(failed_) + " worlds failed")
                   << std::endl;
         return enough && failed_ == 0;
@@ -99,6 +102,8 @@ class Tally {
     static constexpr std::array<const char*, kPointKinds> kWordsOfKinds = {
         "at a write of the store", "at a sync of the store", "at another write",
         "at a byte or a wait"};
+    static constexpr std::array<const char*, 2> kWordsOnServer = {"at a question to the server",
+                                                                  "at an answer of the server"};
     static constexpr const char* kForgetting =
         "when a page was accepted, and its row not rewritten";
 
@@ -108,15 +113,22 @@ class Tally {
         const bool node = (victims & kNode) != 0;
         return kWordsOfVictims[victims == kAll ? 3 : victims == kNode ? 0 : node ? 2 : 1];
     }
-    static std::vector<std::string> Words() {
+    const char* WordOfKind(size_t kind) const {
+        return on_server_ && kind < kWordsOnServer.size() ? kWordsOnServer.at(kind)
+                                                          : kWordsOfKinds.at(kind);
+    }
+    std::vector<std::string> Words() const {
         std::vector<std::string> words(kWordsOfVictims.begin(), kWordsOfVictims.end());
-        words.insert(words.end(), kWordsOfKinds.begin(), kWordsOfKinds.end());
+        for (size_t kind = 0; kind < kPointKinds; ++kind) {
+            words.emplace_back(WordOfKind(kind));
+        }
         words.emplace_back(kForgetting);
         return words;
     }
 
     const int wanted_;
     const fs::path kept_;
+    const bool on_server_;
     std::map<std::string, int> by_;
     std::map<std::string, int> doings_;
     int kills_ = 0;
@@ -126,10 +138,11 @@ class Tally {
     int complaints_ = 0;
 };
 
-bool RunTest(const Programs& programs, int kills, const fs::path& kept) {
-    Tally tally(kills, kept);
+bool RunTest(const Programs& programs, int kills, const std::string& kind, const fs::path& kept) {
+    Tally tally(kills, kept, kind == "postgres");
+    const std::unique_ptr<SiteDatabases> databases = OpenSiteDatabases(kind);
     RunWorlds(
-        programs, (kills * kPlannedInTen / 10 + kKillsAWorld - 1) / kKillsAWorld,
+        programs, *databases, (kills * kPlannedInTen / 10 + kKillsAWorld - 1) / kKillsAWorld,
         [&](int seed) { return CommandFor(programs, seed); },
         [&](int seed, const fs::path& folder, int status) { tally.Count(seed, folder, status); });
     return tally.Report();
@@ -140,14 +153,14 @@ bool RunTest(const Programs& programs, int kills, const fs::path& kept) {
 
 int main(int argc, char** argv) {
     if (argc < 4) {
-        std::cerr << "kill_test BINARIES LIBRARIES KILLS [FOLDER]\n";
+        std::cerr << "kill_test BINARIES LIBRARIES KILLS [DATABASE [FOLDER]]\n";
         return 2;
     }
     try {
-        const std::filesystem::path kept = argc > 4 ? std::filesystem::absolute(argv[4]) : "";
+        const std::filesystem::path kept = argc > 5 ? std::filesystem::absolute(argv[5]) : "";
         return proof::kills::RunTest(
                    {std::filesystem::absolute(argv[1]), std::filesystem::absolute(argv[2])},
-                   std::atoi(argv[3]), kept)
+                   std::atoi(argv[3]), argc > 4 ? argv[4] : "sqlite", kept)
                    ? 0
                    : 1;
     } catch (const std::exception& fault) {

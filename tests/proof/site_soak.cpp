@@ -1,7 +1,7 @@
 // The soak of a whole site: a month of `pagerfwd run` in virtual time, its node and four lines, of
 // which all but one fail and come back again and again. Every sending is held against the calls
 // that the exchange connected, and memory and descriptors of each process are looked at every hour.
-//   site_soak DAYS BINARIES LIBRARIES
+//   site_soak DAYS BINARIES LIBRARIES [sqlite | postgres]
 //   site_soak keep DAYS PROGRAM LIBRARY     what runs in the simulated world
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
@@ -22,8 +23,10 @@
 #include "host/site/site_file.h"
 #include "host/site/site_tables.h"
 #include "host/store/connection.h"
+#include "host/store/database_name.h"
 #include "host/store/schema.h"
 #include "host/store/tables/sends.h"
+#include "tests/proof/site_databases.h"
 #include "tests/proof/site_soak_judge.h"
 #include "tests/proof/site_soak_keeper.h"
 #include "tests/proof/site_soak_scenario.h"
@@ -53,7 +56,7 @@ void MakeSite() {
         text += "[[route]]\ngroups = \"G" + std::to_string(group) + "/*\"\npagers = [\"pager" +
                 std::to_string(group) + "\", \"pager" + std::to_string(group + kGroups) + "\"]\n";
     }
-    host::Connection connection(kDatabase, host::Connection::Mode::kCreate);
+    host::Connection connection(SiteDatabase(), host::Connection::Mode::kCreate);
     host::CreateTables(connection);
     host::StoreSite(connection, host::ParseSite(text).site);
 }
@@ -232,7 +235,7 @@ void JudgeProcesses(const Samples& samples, int days, std::vector<std::string>& 
 // Six files of a line at the most, of 16 MiB and what comes in a minute.
 void JudgeTraces(std::vector<std::string>& complaints) {
     for (const fs::directory_entry& folder :
-         fs::directory_iterator(std::string(kDatabase) + "-lines")) {
+         fs::directory_iterator(host::BesideName(SiteDatabase()) + "-lines")) {
         int files = 0;
         for (const fs::directory_entry& file : fs::directory_iterator(folder)) {
             ++files;
@@ -268,7 +271,7 @@ void JudgeHistory(host::Connection& connection, const Totals& totals,
 bool Report(int days, double seconds) {
     Books books;
     const Ledger ledger = ReadLedger(books);
-    host::Connection connection(kDatabase);
+    host::Connection connection(SiteDatabase());
     ReadDatabase(connection, books);
     ReadReport(books);
     Totals totals = Judge(books);
@@ -327,13 +330,18 @@ double ProcessorSeconds() {
     return seconds(used.ru_utime) + seconds(used.ru_stime);
 }
 
-bool RunSoak(const std::string& days, const fs::path& binaries, const fs::path& libraries) {
+bool RunSoak(const std::string& days, const fs::path& binaries, const fs::path& libraries,
+             const std::string& kind) {
     if (fs::exists("/dev/shm")) {
         setenv("TMPDIR", "/dev/shm", 0);
     }
     const test_support::TempDir folder;
     setenv("TZ", "UTC", 1);
+    const std::unique_ptr<SiteDatabases> databases = OpenSiteDatabases(kind);
+    const std::string database = databases->Make(fs::current_path());
+    databases->Show(database);
     MakeSite();
+    databases->FollowTheWorld(database);
     MakeExchange();
     Run({binaries / "pagersim", "--quiet", "--exchange", "exchange.toml", "--report", kReport, "--",
          fs::read_symlink("/proc/self/exe"), "keep", days, binaries / "pagerfwd",
@@ -351,9 +359,9 @@ int main(int argc, char** argv) {
             KeepSite(std::stoi(argv[2]), argv[3], argv[4]);
             return 0;
         }
-        if (argc == 4) {
+        if (argc == 4 || argc == 5) {
             return RunSoak(argv[1], std::filesystem::absolute(argv[2]),
-                           std::filesystem::absolute(argv[3]))
+                           std::filesystem::absolute(argv[3]), argc > 4 ? argv[4] : "sqlite")
                        ? 0
                        : 1;
         }
@@ -361,6 +369,6 @@ int main(int argc, char** argv) {
         std::cerr << "site_soak: " << fault.what() << "\n";
         return 1;
     }
-    std::cerr << "site_soak DAYS BINARIES LIBRARIES\n";
+    std::cerr << "site_soak DAYS BINARIES LIBRARIES [sqlite | postgres]\n";
     return 2;
 }

@@ -18,6 +18,7 @@
 #include "host/store/tables/alarm_log.h"
 #include "host/store/tables/events.h"
 #include "host/store/tables/lines.h"
+#include "tests/proof/site_databases.h"
 #include "tests/proof/site_soak_scenario.h"
 #include "tests/proof/soak_memory.h"
 
@@ -82,7 +83,7 @@ class Keeper {
     }
 
     void StartNode(const std::string& program, const std::string& library) {
-        std::array<std::string, 6> words = {program,     "--database", kDatabase,
+        std::array<std::string, 6> words = {program,     "--database", SiteDatabase(),
                                             "--library", library,      "run"};
         std::vector<char*> arguments;
         for (std::string& word : words) {
@@ -97,7 +98,7 @@ class Keeper {
 
     void RaiseAlarms() {
         const std::string group = "G" + std::to_string(Roll(kGroups));
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         const int32_t alarm =
             host::RaiseAlarm(connection, {group + "/1", std::to_string(1 + Roll(4)), "SRV", "pump"},
                              std::time(nullptr));
@@ -109,7 +110,7 @@ class Keeper {
     }
 
     void Acknowledge(int32_t alarm) {
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         host::AcknowledgeAlarm(connection, alarm, std::time(nullptr));
         ledger_ << "acknowledged " << alarm << std::endl;
     }
@@ -137,7 +138,7 @@ class Keeper {
     }
 
     void KillLine(size_t line) {
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         const auto state = host::FindLine(connection, kLines.at(line));
         if (state && state->process > 0) {
             kill(static_cast<pid_t>(state->process), SIGKILL);
@@ -148,7 +149,7 @@ class Keeper {
     // Of a line while it has nothing to do: a page takes descriptors, too.
     void Look() {
         Note("node", node_);
-        host::Connection connection(kDatabase);
+        host::Connection connection(SiteDatabase());
         for (const host::LineState& line : host::ReadLines(connection)) {
             if (line.doing == "idle" && line.process > 0) {
                 Note(line.line, static_cast<pid_t>(line.process));
@@ -165,7 +166,7 @@ class Keeper {
     // Until nothing is owed any more; a day at the most.
     void Drain() {
         for (const int last = Now() + 24 * kHour; Now() < last; sleep(5 * 60)) {
-            host::Connection connection(kDatabase);
+            host::Connection connection(SiteDatabase());
             if (!host::HasPagesInHand(connection) && host::CountPendingPages(connection) == 0) {
                 return;
             }

@@ -40,13 +40,22 @@ protocol = "plain"
 numbers = ["5550100"]
 )";
 
-// In a folder, where its output goes to "log". Whose end WaitFor awaits.
-pid_t Start(const std::vector<std::string>& words, const fs::path& folder) {
+// A site's folder, and its database.
+struct Place {
+    fs::path folder;
+    SiteDatabases& databases;
+    std::string database;
+};
+
+// In the site's folder, where its output goes to "log".
+pid_t Start(const std::vector<std::string>& words, const Place& site) {
     const pid_t child = fork();
     if (child != 0) {
         return child;
     }
+    const fs::path& folder = site.folder;
     fs::current_path(folder);
+    site.databases.Show(site.database);
     setenv("PAGERFWD_LOCKS", folder.c_str(), 1);
     setenv("TZ", "UTC", 1);
     const int log = open("log", O_WRONLY | O_CREAT | O_APPEND, 0644);
@@ -61,26 +70,24 @@ pid_t Start(const std::vector<std::string>& words, const fs::path& folder) {
     _exit(127);
 }
 
-void Run(const std::vector<std::string>& words, const fs::path& folder) {
+void Run(const std::vector<std::string>& words, const Place& site) {
     int status = 0;
-    waitpid(Start(words, folder), &status, 0);
+    waitpid(Start(words, site), &status, 0);
     if (status != 0) {
         throw std::runtime_error(words[0] + " ended with " + std::to_string(status));
     }
 }
 
-void MakeTemplate(const Programs& programs, const fs::path& folder) {
+void MakeTemplate(const Programs& programs, const Place& site) {
     const std::string pagerfwd = programs.Binary("pagerfwd");
-    Run({programs.Binary("kill_site"), "make", "site.toml"}, folder);
-    Run({pagerfwd, "--database", kDatabase, "init"}, folder);
-    Run({pagerfwd, "--database", kDatabase, "import", "site.toml"}, folder);
+    Run({programs.Binary("kill_site"), "make", "site.toml"}, site);
+    Run({pagerfwd, "init"}, site);
+    Run({pagerfwd, "import", "site.toml"}, site);
 }
 
-pid_t StartWorld(const Programs& programs, const fs::path& folder,
+pid_t StartWorld(const Programs& programs, const Place& site,
                  const std::vector<std::string>& keeper) {
-    fs::create_directory(folder);
-    fs::copy_file(fs::path(kDatabase), folder / kDatabase);
-    std::ofstream(folder / "exchange.toml") << kExchange;
+    std::ofstream(site.folder / "exchange.toml") << kExchange;
     std::vector<std::string> words = {"/usr/bin/timeout",
                                       "-k",
                                       "1",
@@ -93,32 +100,40 @@ pid_t StartWorld(const Programs& programs, const fs::path& folder,
                                       kReport,
                                       "--"};
     words.insert(words.end(), keeper.begin(), keeper.end());
-    return Start(words, folder);
+    return Start(words, site);
 }
 
 }  // namespace
 
-void RunWorlds(const Programs& programs, int worlds, const KeeperOf& keeper, const Ended& ended) {
+void RunWorlds(const Programs& programs, SiteDatabases& databases, int worlds,
+               const KeeperOf& keeper, const Ended& ended) {
     if (fs::exists("/dev/shm")) {
         setenv("TMPDIR", "/dev/shm", 0);
     }
     const test_support::TempDir here;
-    MakeTemplate(programs, here.Path());
-    std::map<pid_t, int> running;
-    const unsigned most = std::max(1U, std::thread::hardware_concurrency());
-    const auto folder_of = [&](int world) {
-        return fs::current_path() / ("world-" + std::to_string(world));
+    const Place first{here.Path(), databases, databases.Make(here.Path())};
+    MakeTemplate(programs, first);
+    struct Running {
+        int world;
+        Place site;
     };
+    std::map<pid_t, Running> running;
+    const unsigned most = std::max(1U, std::thread::hardware_concurrency());
     for (int next = 1; next <= worlds || !running.empty();) {
         while (next <= worlds && running.size() < most) {
-            running[StartWorld(programs, folder_of(next), keeper(next))] = next;
+            const fs::path folder = first.folder / ("world-" + std::to_string(next));
+            fs::create_directory(folder);
+            const Place site{folder, databases, databases.Copy(first.database, folder)};
+            running.emplace(StartWorld(programs, site, keeper(next)), Running{next, site});
             ++next;
         }
         int status = 0;
         const auto found = running.find(wait(&status));
         if (found != running.end()) {
-            ended(found->second, folder_of(found->second), status);
-            fs::remove_all(folder_of(found->second));
+            const Running& world = found->second;
+            ended(world.world, world.site.folder, status);
+            databases.Forget(world.site.database);
+            fs::remove_all(world.site.folder);
             running.erase(found);
         }
     }

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/proof/site_databases.h"
+
 namespace proof::kills {
 
 struct Programs {
@@ -23,7 +25,8 @@ using KeeperOf = std::function<std::vector<std::string>(int world)>;
 using Ended = std::function<void(int world, const std::filesystem::path& folder, int status)>;
 
 // As many at once as there are processors. A world that hangs is killed after five minutes.
-void RunWorlds(const Programs& programs, int worlds, const KeeperOf& keeper, const Ended& ended);
+void RunWorlds(const Programs& programs, SiteDatabases& databases, int worlds,
+               const KeeperOf& keeper, const Ended& ended);
 
 }  // namespace proof::kills
 

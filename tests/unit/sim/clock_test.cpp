@@ -55,6 +55,14 @@ TEST(Clock, AllItsFacesShowTheSame) {
               std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()));
 }
 
+TEST(Clock, FromTheMachinesStartItCountsTheSameSeconds) {
+    const VirtualClock clock(1'000'000'000);
+    sleep(7);
+    timespec since_start{};
+    clock_gettime(CLOCK_BOOTTIME, &since_start);
+    EXPECT_EQ(7, since_start.tv_sec);
+}
+
 // As a wait for a device that is gone does.
 TEST(Clock, PassesForAProgramThatDoesNothingButLookAtIt) {
     const VirtualClock clock;

@@ -74,6 +74,14 @@ TEST_F(SharedWorld, TheParentGoesOnFirstAndTheChildAtTheSameInstant) {
               Quietly(Child({"print:child"}) + Words{"print:parent", "await", "now"}).out);
 }
 
+// As a server outside goes by it, which can be no part of the world.
+TEST_F(SharedWorld, AFileShowsItsClock) {
+    setenv("PAGERSIM_SHOWN_CLOCK", Path("clock").c_str(), 1);
+    EXPECT_EQ("5000000 978948000000000\n",
+              Quietly({"sleep:5", "popen:od -A n -t d8 -N 16 " + Path("clock") + " | xargs"}).out);
+    unsetenv("PAGERSIM_SHOWN_CLOCK");
+}
+
 // What processes wait for of each other.
 
 TEST_F(SharedWorld, AReaderHearsBeforeTimePasses) {
