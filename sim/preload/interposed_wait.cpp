@@ -70,9 +70,29 @@ bool AnyIsOutside(const pollfd* descriptors, nfds_t count) {
                        [](const pollfd& each) { return OutsideSockets::Has(each.fd); });
 }
 
+// Tells the others of a shared world, where there are any.
+class AskingOutside {
+ public:
+    AskingOutside() {
+        const Locked locked;
+        if (TheWorld().IsShared()) {
+            TheWorld().Shared().BeginAskingOutside();
+        }
+    }
+    ~AskingOutside() {
+        const Locked locked;
+        if (TheWorld().IsShared()) {
+            TheWorld().Shared().EndAskingOutside();
+        }
+    }
+    AskingOutside(const AskingOutside&) = delete;
+    AskingOutside& operator=(const AskingOutside&) = delete;
+};
+
 // The thread works, for all that the world knows: time stands still meanwhile, and the limit is one
 // of real time.
 int AskOutside(pollfd* descriptors, nfds_t count, Micros limit, const sigset_t* signals) {
+    const AskingOutside asking;
     const timespec time{static_cast<time_t>(limit.count() / 1'000'000),
                         static_cast<long>(limit.count() % 1'000'000 * 1000)};
     return Real().ppoll(descriptors, count, limit == kNever ? nullptr : &time, signals);

@@ -42,11 +42,12 @@ struct Member {
     bool runs = true;
     bool is_owed_turn = false;  // its kRest hasn't been answered
     bool is_aside =
-        false;            // it runs and has no turn: others go on beside it, and time stands still
-    uint64_t since = 0;   // when it last began to run or to rest: a count of such beginnings
-    uint64_t looked = 0;  // how many deeds there had been when it last looked
-    uint64_t ends_seen = 0;  // ... and ends and signals
-    bool is_ready = false;   // a descriptor that it waits for is
+        false;  // it runs and has no turn: others go on beside it, and time stands still
+    bool asks_outside = false;  // it waits for a server, and mustn't find another time than it left
+    uint64_t since = 0;         // when it last began to run or to rest: a count of such beginnings
+    uint64_t looked = 0;        // how many deeds there had been when it last looked
+    uint64_t ends_seen = 0;     // ... and ends and signals
+    bool is_ready = false;      // a descriptor that it waits for is
     Micros deadline = kNever;
     uint32_t flags = 0;
     LineSet lines = 0;  // it waits for input on

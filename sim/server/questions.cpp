@@ -24,6 +24,9 @@ void WorldServer::Hear(Member& member, const Received& received) {
             return Rest(member, request);
         case Question::kWant:
             return;  // It has.
+        case Question::kOutside:
+            member.asks_outside = request.number > 0;
+            return;
         case Question::kSignal:
             HearSignal();
             return SendReply(member);
@@ -52,6 +55,7 @@ void WorldServer::GoOnToClock() {
 // What the program has inherited of lines replaces what the one before it had.
 void WorldServer::Start(Member& member, const Received& received) {
     member.has_spoken = true;
+    member.asks_outside = false;
     Watch(member, received.sender);
     const Holdings before = std::exchange(member.holdings, {});
     std::string found;

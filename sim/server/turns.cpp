@@ -80,7 +80,7 @@ bool WorldServer::TimeStandsStill() const {
 
 // As a shell that takes no part does, of a program that does.
 bool WorldServer::AwaitsChild(const Member& member) const {
-    return member.pid != 0 && IsAsleep(member) &&
+    return member.pid != 0 && !member.asks_outside && IsAsleep(member) &&
            std::any_of(members_.begin(), members_.end(),
                        [&](const auto& other) { return IsParentOf(member, other->pid); });
 }

@@ -102,6 +102,14 @@ void Link::Want() {
     }
 }
 
+void Link::TellAsking(int more) {
+    asking_ += static_cast<uint32_t>(more);
+    Request request{};
+    request.ask = Question::kOutside;
+    request.number = asking_;
+    Send(request, {});
+}
+
 bool Link::ReceiveTurn(Reply& reply, bool wait) {
     has_turn_ = has_turn_ || Receive(reply, nullptr, wait ? 0 : MSG_DONTWAIT) > 0;
     wanted_ = wanted_ && !has_turn_;
@@ -141,6 +149,7 @@ void Link::Adopt() {
     socket_ = std::exchange(child_, -1);
     has_turn_ = false;
     wanted_ = false;
+    asking_ = 0;
 }
 
 void Link::StayInherited() {

@@ -37,6 +37,10 @@ class Link {
     void Rest(int64_t deadline, uint32_t flags, LineSet lines);
     void Want();  // once for each rest
 
+    // Around a thread's wait for a server outside, which the process has the turn for.
+    void BeginAskingOutside() { TellAsking(+1); }
+    void EndAskingOutside() { TellAsking(-1); }
+
     // Where the process has gone on to by itself.
     void SetNow(Micros now) { clock_.Set(now); }
 
@@ -65,6 +69,7 @@ class Link {
     using Given = std::array<int, 2>;
 
     void Send(const Request& request, std::string_view payload);
+    void TellAsking(int more);
     ssize_t Receive(Reply& reply, std::string* payload, int flags, Given* given = nullptr);
     int Connect() const;
     int FindInherited() const;
@@ -75,6 +80,7 @@ class Link {
     ClockPage clock_;
     bool has_turn_ = false;
     bool wanted_ = false;
+    uint32_t asking_ = 0;
     WatchedDescriptors watched_;
 };
 

@@ -33,6 +33,7 @@ enum class Question : uint32_t {
     kRest,      // all threads wait: the earliest deadline, RestFlags, and the lines with whose
                 // input one goes on
     kWant,      // one of them could go on. No answer of its own
+    kOutside,   // number: how many of its threads ask servers outside. No answer
     kSignal,    // this process has sent a signal. Answer: it has done what it does
     kOpen,      // answer: the connection; payload: the terminal's path; or an error
     kReopen,    // a descriptor of the connection more

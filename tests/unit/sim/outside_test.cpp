@@ -6,8 +6,6 @@
 #include <signal.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
-#include <sys/syscall.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +17,7 @@
 
 #include "sim/testing.h"
 #include "tests/support/temp_dir.h"
+#include "tests/unit/sim/server_outside.h"
 
 using namespace std::chrono_literals;
 
@@ -124,49 +123,10 @@ TEST_F(OutsideTest, EpollWaitsInVirtualTime) {
     close(set);
 }
 
-// Another process, which lives in real time: it takes a call, and answers a moment later.
-class ServerOutside {
- public:
-    ServerOutside() {
-        address_.sun_family = AF_UNIX;
-        const std::string path = std::filesystem::current_path() / "server";
-        path.copy(address_.sun_path, sizeof address_.sun_path - 1);
-        const int listening = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(0, bind(listening, Address(), sizeof address_));
-        EXPECT_EQ(0, listen(listening, 1));
-        process_ = fork();
-        if (process_ == 0) {
-            const int call = accept(listening, nullptr, nullptr);
-            const timespec moment{0, 50'000'000};
-            syscall(SYS_nanosleep, &moment, nullptr);
-            _exit(write(call, "x", 1) == 1 ? 0 : 1);
-        }
-        close(listening);
-    }
-    ~ServerOutside() {
-        kill(process_, SIGKILL);
-        waitpid(process_, nullptr, 0);
-    }
-    ServerOutside(const ServerOutside&) = delete;
-    ServerOutside& operator=(const ServerOutside&) = delete;
-
-    int Call() const {
-        const int call = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        EXPECT_EQ(0, connect(call, Address(), sizeof address_));
-        return call;
-    }
-
- private:
-    const sockaddr* Address() const { return reinterpret_cast<const sockaddr*>(&address_); }
-
-    sockaddr_un address_{};
-    pid_t process_ = -1;
-};
-
 TEST_F(OutsideTest, TimeStandsStillWhileAServerThatIsNamedIsAsked) {
     const test_support::TempDir folder;
     setenv("PAGERSIM_OUTSIDE", std::filesystem::current_path().c_str(), 1);
-    const ServerOutside server;
+    const ServerOutside server(std::filesystem::current_path());
     std::thread sleeper([] { sleep(1000); });
     poll(nullptr, 0, 1);  // the sleeper sleeps
     pollfd call{server.Call(), POLLIN, 0};
@@ -187,7 +147,7 @@ TEST_F(OutsideTest, TimeStandsStillWhileAServerThatIsNamedIsAsked) {
 TEST_F(OutsideTest, AServerThatIsNotNamedIsNoneOfTheWorldsConcern) {
     const test_support::TempDir folder;
     setenv("PAGERSIM_OUTSIDE", "/elsewhere", 1);
-    const ServerOutside server;
+    const ServerOutside server(std::filesystem::current_path());
     pollfd call{server.Call(), POLLIN, 0};
     EXPECT_EQ(0, poll(&call, 1, 30'000));
     EXPECT_EQ(30s, VirtualClock::Now());

@@ -2,10 +2,12 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <thread>
 
 #include "tests/unit/sim/pagersim_fixture.h"
+#include "tests/unit/sim/server_outside.h"
 
 namespace pagersim {
 namespace {
@@ -136,6 +138,18 @@ TEST_F(SharedWorld, OneThatComputesKeepsItsTurn) {
     EXPECT_EQ(
         "parent\nchild\n2001-01-08 10:00:00\n",
         Quietly(Child({"print:child"}) + Words{"spin:600", "print:parent", "await", "now"}).out);
+}
+
+// As a node does that asks its database, while its lines sleep. It takes longer than anybody who
+// takes part says nothing.
+TEST_F(SharedWorld, OneThatAsksAServerOutsideFindsTheTimeThatItLeft) {
+    const ServerOutside server(folder_, std::chrono::milliseconds(700));
+    setenv("PAGERSIM_OUTSIDE", folder_.c_str(), 1);
+    EXPECT_EQ("parent\n2001-01-08 10:00:00\nchild\n",
+              Quietly(Child({"sleep:5", "print:child"}) +
+                      Words{"ask:" + Path("server"), "print:parent", "now", "await"})
+                  .out);
+    unsetenv("PAGERSIM_OUTSIDE");
 }
 
 TEST_F(SharedWorld, AProgramThatTakesNoPartMakesTimeStandStill) {

@@ -15,6 +15,7 @@
 //   lock:FILE          unlock           lock-bytes:FILE  unlock-bytes
 //   dup-over           close-unshared
 //   popen:COMMAND      spin:MS (of real time)            descriptors
+//   ask:SOCKET (and wait for what the server says)
 //   twins:COUNT (threads, each of which spawns a program and awaits its end)
 //
 // TEXT knows \r \n \e \0 \xHH. Ends with 1 when a text didn't come, with 2 when a line doesn't
@@ -24,6 +25,8 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -217,6 +220,18 @@ void Spin(int ms) {
     }
 }
 
+// Calls a server, and waits for its answer.
+void AskServer(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    pollfd call{socket(AF_UNIX, SOCK_STREAM, 0), POLLIN, 0};
+    if (connect(call.fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        poll(&call, 1, -1);
+    }
+    close(call.fd);
+}
+
 // What they lead to.
 void PrintDescriptors() {
     constexpr int kEnd = 1024;
@@ -294,6 +309,8 @@ bool DoWithProcesses(const std::string& name, const std::string& argument, char*
         return Popen(argument);
     } else if (name == "spin") {
         Spin(std::stoi(argument));
+    } else if (name == "ask") {
+        AskServer(argument);
     } else if (name == "dup-over") {
         DupOver();
     } else if (name == "close-unshared") {
