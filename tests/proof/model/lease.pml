@@ -237,10 +237,6 @@ init {
     atomic {
         may_leave[0] = true;
         may_leave[1] = true;
-#ifdef ONE_PAGE
-        done[1] = true;
-        sent[1] = true;
-#endif
         for (n : 0 .. NODES - 1) {
             run Node(n)
         }

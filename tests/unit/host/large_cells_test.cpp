@@ -117,6 +117,19 @@ TEST_F(LargeCells, OfAPageInHandAreMet) {
     EXPECT_FALSE(HasPagesInHand(connection));
 }
 
+TEST_F(LargeCells, OfADeliveryDropNoOther) {
+    AddDelivery("7", 0, "duty");
+    for (const char* column : {"alarm", "alarm_group", "pager", "line"}) {
+        AddDelivery("8", 1, "night");
+        Enlarge("Host_Deliveries", column, "pager = 'night'");
+        EXPECT_THAT(EmptyLargeCells(connection), ElementsAre("1 row(s) of Host_Deliveries"))
+            << column;
+        EXPECT_THAT(EmptyLargeCells(connection), IsEmpty()) << column;
+        EXPECT_THAT(Rows("alarm || pager FROM Host_Deliveries"), ElementsAre("7duty")) << column;
+        ExpectAllToBeRead();
+    }
+}
+
 TEST_F(LargeCells, InTheHistoryAreForgotten) {
     WriteAsAnother(database,
                    "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState)"
