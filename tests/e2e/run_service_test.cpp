@@ -172,7 +172,7 @@ TEST_F(RunService, TriesAgainEverySecondWhatTheDatabaseRefusedAndSaysItOnce) {
 // The page on the line goes on. The line says what the database refuses it, as the node does.
 TEST_F(RunService, TriesAgainWhatIsRefusedWhileSomebodyHoldsTheDatabase) {
     Raise("DUTY/1");
-    At(12, "sqlite3 pagerfwd.db 'BEGIN IMMEDIATE' '.shell sleep 60' COMMIT");
+    At(12, HOLD_DATABASE " pagerfwd.db 60");
     EndAt(100);
     const ProgramRun run = Simulated({"run"});
     EXPECT_EQ(0, run.exit_code);
@@ -189,7 +189,7 @@ TEST_F(RunService, EndsWithItsLinesWhileSomebodyHoldsTheDatabase) {
                                 "[[port]]\nname = \"COM 2\"\n[port.pager]\ndial = \"ATDT\"\n"
                                 "[port.sms1]\ndial = \"ATDT5550101\"\n");
     exchange += "[[line]]\nport = \"COM 2\"\n";
-    At(12, "sqlite3 pagerfwd.db 'BEGIN IMMEDIATE' '.shell sleep 3600' COMMIT");
+    At(12, HOLD_DATABASE " pagerfwd.db 3600");
     EndAt(14);
     const ProgramRun run = Simulated({"run"});
     EXPECT_EQ(0, run.exit_code);

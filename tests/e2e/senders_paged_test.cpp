@@ -101,8 +101,10 @@ class IcingaPages : public Senders {
                            " -days 2 -subj /CN=localhost -addext subjectAltName=DNS:localhost &&"
                            " cp localhost.crt ca.crt")
                          .exit_code);
-        WriteFile("icinga2.conf", kIcinga + ("const ApiPort = " + port_ + "\n") +
-                                      Example("icinga2.conf", {{"/usr/local/bin/", kMonitoring}}));
+        WriteFile("icinga2.conf",
+                  kIcinga + ("const ApiPort = " + port_ + "\n") +
+                      Example("icinga2.conf",
+                              {{"/usr/local/bin/", std::string(kWithStack) + kMonitoring}}));
         std::string settings =
             " -D Configuration.RunAsUser=$(id -un)"
             " -D Configuration.RunAsGroup=$(id -gn)"
@@ -115,6 +117,13 @@ class IcingaPages : public Senders {
                         "icinga2.log");
     }
 
+    // It begins its commands without a limit for the stack: the system has another layout then, and
+    // a sanitized program of 32 bits finds its place taken.
+#if defined(PAGERFWD_SANITIZED) && __SIZEOF_POINTER__ == 4
+    static constexpr const char* kWithStack = "/usr/bin/prlimit\", \"--stack=8388608\", \"";
+#else
+    static constexpr const char* kWithStack = "";
+#endif
     static constexpr const char* kIcinga = R"(
 include <itl>
 const NodeName = "localhost"

@@ -139,7 +139,7 @@ int ScriptedSelect(int limit, fd_set* read, fd_set*, fd_set*, timeval* timeout) 
     const Answer answer = answers.front();
     answers.pop_front();
     errno = answer.result < 0 ? answer.error : errno;
-    if (answer.result == 0 && read != nullptr) {
+    if (answer.result == 0 && read != nullptr && limit <= FD_SETSIZE) {
         FD_CLR(limit - 1, read);
     }
     return answer.result;
