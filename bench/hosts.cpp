@@ -99,24 +99,15 @@ void MeasureKills(const HostPrograms& programs, int kills) {
 
 // Of a fourth node, which this program plays: pages that its libraries had.
 void LeavePages(const HostsSite& site, int pages) {
-    const std::string last = std::to_string(pages);
-    const std::string numbers = " FROM generate_series(1, " + last + ") AS n";
-    for (const std::string& sql :
-         {"INSERT INTO AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group, severity,"
-          " timestamp, details) SELECT n, '2', '0', 'ops', '1', '978948000', 'x'" +
-              numbers,
-          "INSERT INTO AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState,"
-          " PagerRetries, line) SELECT n, 'ops', 'duty', '2', '0', 'west 1'" +
-              numbers,
-          "INSERT INTO Host_Deliveries (alarm, place, alarm_group, pager, since, answer, line)"
-          " SELECT n, 0, 'ops', 'duty', 0, 1, 'west 1'" +
-              numbers,
-          "INSERT INTO Host_History (at, change, alarm, alarm_group, pager, state, tries, line)"
-          " SELECT 978948000, 'written', n, 'ops', 'duty', '2', '0', 'west 1'" +
-              numbers,
-          std::string("ANALYZE")}) {
-        site.Ask(sql);
-    }
+    site.Raise(pages);
+    site.ForEachAlarm(
+        "AlarmFwd_PagerEvents (AlmLogID, AlmGroup, PagerDescr, PagerState, PagerRetries, line)",
+        "n, 'ops', 'duty', '2', '0', 'west 1'", pages);
+    site.ForEachAlarm("Host_Deliveries (alarm, place, alarm_group, pager, since, answer, line)",
+                      "n, 0, 'ops', 'duty', 0, 1, 'west 1'", pages);
+    site.ForEachAlarm("Host_History (at, change, alarm, alarm_group, pager, state, tries, line)",
+                      "978948000, 'written', n, 'ops', 'duty', '2', '0', 'west 1'", pages);
+    site.Ask("ANALYZE");
 }
 
 void MeasureManyPages(const HostPrograms& programs, int pages) {

@@ -1,4 +1,4 @@
-// A site of several hosts.
+// A site, of several hosts or of one.
 #include "bench/hosts_site.h"
 
 #include <unistd.h>
@@ -14,8 +14,12 @@
 
 namespace bench {
 
-HostsSite::HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines)
-    : programs_(programs), lines_(lines) {
+HostsSite::HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines,
+                     SiteOn on)
+    : programs_(programs),
+      lines_(lines),
+      database_(on == SiteOn::kFile ? folder_.File("site.db")
+                                    : test_support::TheServer().MakeDatabase()) {
     setenv("PAGERFWD_DATABASE", database_.c_str(), 1);
     setenv("PAGERFWD_STATE", folder_.Path().c_str(), 1);
     std::ofstream exchange(folder_.File("exchange.toml"));
@@ -29,8 +33,8 @@ HostsSite::HostsSite(const HostPrograms& programs, const std::vector<std::string
                                  folder_.File("exchange.toml"), "--links", folder_.File("lines")},
         folder_.File("exchange.log"));
     Until("an exchange", [this] { return access(folder_.File("lines/ttyS0").c_str(), F_OK) == 0; });
-    host::Connection connection(database_);
-    host::CreateTables(connection);
+    connection_ = std::make_unique<host::Connection>(database_, host::Connection::Mode::kCreate);
+    host::CreateTables(*connection_);
     Import(nodes);
 }
 
@@ -55,7 +59,23 @@ void HostsSite::Import(const std::vector<std::string>& nodes) const {
 }
 
 std::string HostsSite::Ask(const std::string& sql) const {
-    return test_support::OwnPostgres::Ask(database_, sql);
+    host::Statement statement(*connection_, sql);
+    return statement.Step() ? std::string(statement.Text(0)) : "";
+}
+
+void HostsSite::Raise(int alarms) const {
+    ForEachAlarm(
+        "AlarmLog (alarmlogID, pagerstate, alarmack, alarm_group, severity, timestamp,"
+        " details)",
+        "n, '2', '0', 'ops', '1', '978948000', 'x'", alarms);
+}
+
+void HostsSite::ForEachAlarm(const std::string& insert, const std::string& selected,
+                             int alarms) const {
+    connection_->Execute("INSERT INTO " + insert +
+                         " WITH RECURSIVE alarms (n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM"
+                         " alarms WHERE n < " +
+                         std::to_string(alarms) + ") SELECT " + selected + " FROM alarms");
 }
 
 void HostsSite::Start(const std::string& node, const std::string& database) {
@@ -68,8 +88,9 @@ void HostsSite::Start(const std::string& node, const std::string& database) {
                                  "--locks", state, "run", "--node", node},
         folder_.File(node + ".log"));
     Until("the lines of " + node, [&] {
-        return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0 AND node = '" + node + "'") ==
-               std::to_string(lines_);
+        // In a file the lines are nobody's: it has no nodes.
+        return Ask("SELECT count(*) FROM Host_Lines WHERE pid > 0 AND node IN ('', '" + node +
+                   "')") == std::to_string(lines_);
     });
 }
 

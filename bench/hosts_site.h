@@ -1,5 +1,5 @@
-// A site of several hosts to be measured: nodes on a server of its own, their modems an exchange in
-// real time.
+// A site to be measured: nodes on a server of its own, or one on a file, their modems an exchange
+// in real time.
 //
 // Errors     std::runtime_error.
 #ifndef PAGERFWD_BENCH_HOSTS_SITE_H
@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "bench/folder.h"
+#include "host/store/connection.h"
 #include "tests/support/own_postgres.h"
 #include "tests/unit/host/started_program.h"
 
@@ -22,13 +23,21 @@ struct HostPrograms {
     std::string pagersim;
 };
 
+enum class SiteOn { kServer, kFile };
+
 class HostsSite {
  public:
-    // Nodes of these names, with as many lines each, "north 1" and so on.
-    HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines);
+    // Nodes of these names, with as many lines each, "north 1" and so on. A file has one node.
+    HostsSite(const HostPrograms& programs, const std::vector<std::string>& nodes, int lines,
+              SiteOn on = SiteOn::kServer);
 
     const std::string& Database() const { return database_; }
+    // The first cell of the answer; empty: there is none.
     std::string Ask(const std::string& sql) const;
+    // Alarms from 1 on that are being paged, of each something in a table: what is selected for
+    // alarm n.
+    void Raise(int alarms) const;
+    void ForEachAlarm(const std::string& insert, const std::string& selected, int alarms) const;
 
     // database: its name as this node is to have it; empty: as it is. Until its lines are served.
     void Start(const std::string& node, const std::string& database = "");
@@ -43,7 +52,8 @@ class HostsSite {
     const Folder folder_;
     const HostPrograms programs_;
     const int lines_;
-    const std::string database_ = test_support::TheServer().MakeDatabase();
+    const std::string database_;
+    std::unique_ptr<host::Connection> connection_;
     std::unique_ptr<StartedProgram> exchange_;
     std::map<std::string, StartedProgram> running_;
 };

@@ -1,7 +1,6 @@
 // What the engine's operations cost with many pages pending, against the same statements straight
 // into SQLite. The rows of one number build on each other: the engine starts, is used, and is
 // stopped.
-#include <malloc.h>
 #include <pagerfwd/pagerfwd.h>
 
 #include <algorithm>
@@ -9,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,10 +15,10 @@
 
 #include "bench/folder.h"
 #include "bench/measure.h"
+#include "bench/scale_engine.h"
 #include "bench/scale_reference.h"
 #include "bench/scale_site.h"
 #include "engine/pager_hdl.h"
-#include "host/store/pool.h"
 
 namespace bench {
 namespace {
@@ -64,90 +62,25 @@ double SecondsOfAPass() {
     return watch.seconds;
 }
 
-// --- One engine with its pages.
-
-size_t BytesInUse() {
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
-
-double ResidentBytes() {
-    constexpr double kPage = 4096;
-    std::ifstream file("/proc/self/statm");
-    double all = 0;
-    double resident = 0;
-    file >> all >> resident;
-    return resident * kPage;
-}
-
-class Engine {
- public:
-    Engine(int32_t pages, const std::string& parent)
-        : folder_(parent), database_(folder_.File("site.db")), pages_(pages) {
-        MakeSite(database_, pages);
-        info_.dbName = database_.data();
-        info_.alarmLogId = &alarm_;
-        info_.alarmGroups = groups_;
-        CPagerHdl::checkAlready = true;  // no worker yet: it would take the pages up meanwhile
-    }
-
-    ~Engine() {
-        StopAlarmFwdPager();
-        host::CloseDatabases();
-    }
-    Engine(const Engine&) = delete;
-    Engine& operator=(const Engine&) = delete;
-
-    void Start() {
-        malloc_trim(0);
-        const size_t before = BytesInUse();
-        StartAlarmFwdPager(&info_);
-        bytes_ = static_cast<double>(BytesInUse() - before) / pages_;
-        resident_ = ResidentBytes();
-    }
-
-    bool HasAll() const { return m_pPagingQ != nullptr && m_pPagingQ->GetCount() == pages_; }
-    double BytesOfAPage() const { return bytes_; }
-    double Resident() const { return resident_; }
-
-    bool Queue(int32_t alarm) {
-        alarm_ = alarm;
-        return AlarmFwdPager(&info_, server_.data(), nullptr, pagers_, 1) == 1;
-    }
-
-    static void PutAllOff() {
-        for (POSITION next = m_pPagingQ->GetHeadPosition(); next != nullptr;) {
-            static_cast<ForwardQEntry*>(m_pPagingQ->GetNext(next))->queueTime += CTimeSpan(86400);
-        }
-    }
-
-    static void Fold(int32_t alarm) { CPagerHdl::m_pPagerEventsSet->UpdateAlarmLog(alarm); }
-
- private:
-    Folder folder_;
-    std::string database_;
-    const int32_t pages_;
-    double bytes_ = 0;
-    double resident_ = 0;
-    int32_t alarm_ = 0;
-    std::string server_ = kServer;
-    std::string group_ = kGroup;
-    std::string pager_ = kPager;
-    char* groups_[1] = {group_.data()};
-    char* pagers_[1] = {pager_.data()};
-    FwdSpecialInfoStr info_{};
-};
-
 // --- The rows of one number.
 
 struct Series {
     int32_t pages;
     std::string parent;  // of the databases' folders
+    std::unique_ptr<Folder> engine_folder;
     std::unique_ptr<Engine> engine;
     std::unique_ptr<Folder> reference_folder;
     std::unique_ptr<ReferenceStore> reference;
 
     int32_t FirstFresh() const { return pages + 1; }
+
+    void MakeEngine() {
+        engine.reset();
+        engine_folder = std::make_unique<Folder>(parent);
+        const std::string database = engine_folder->File("site.db");
+        MakeSite(database, pages);
+        engine = std::make_unique<Engine>(database, pages);
+    }
 
     void NeedReference() {
         if (reference == nullptr) {
@@ -176,7 +109,7 @@ void CompareStartUp(const std::shared_ptr<Series>& series, const std::string& at
         [series](benchmark::State& state) {
             for ([[maybe_unused]] auto _ : state) {
                 onDisk = !series->parent.empty();
-                series->engine = std::make_unique<Engine>(series->pages, series->parent);
+                series->MakeEngine();
                 const double begun = Now();
                 series->engine->Start();
                 SetSeconds(state, Now() - begun);
@@ -267,6 +200,7 @@ void CompareAcknowledging(const std::shared_ptr<Series>& series, const std::stri
                     state.SkipWithError("not all fresh pages were dropped");
                 }
                 series->engine.reset();
+                series->engine_folder.reset();
             }
         },
         [series](benchmark::State& state) {
@@ -297,7 +231,7 @@ void ReportMemory(const std::shared_ptr<Series>& series, const std::string& at) 
 constexpr int32_t kEnoughToWeigh = 100000;
 
 void RegisterSeries(int32_t pages, const std::string& parent, const std::string& where) {
-    const auto series = std::make_shared<Series>(Series{pages, parent, {}, {}, {}});
+    const auto series = std::make_shared<Series>(Series{pages, parent, {}, {}, {}, {}});
     const std::string at = where + " @ " + std::to_string(pages);
     CompareStartUp(series, at);
     if (pages >= kEnoughToWeigh) {
