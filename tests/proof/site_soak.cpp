@@ -3,8 +3,6 @@
 // that the exchange connected, and memory and descriptors of each process are looked at every hour.
 //   site_soak DAYS BINARIES LIBRARIES [sqlite | postgres]
 //   site_soak keep DAYS PROGRAM LIBRARY     what runs in the simulated world
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,6 +28,7 @@
 #include "tests/proof/site_soak_judge.h"
 #include "tests/proof/site_soak_keeper.h"
 #include "tests/proof/site_soak_scenario.h"
+#include "tests/proof/world_run.h"
 #include "tests/support/temp_dir.h"
 
 namespace proof::site_soak {
@@ -83,26 +82,6 @@ void MakeExchange() {
     text << "calls = \"busy\"\n";
     centre("hangs up", "plain", "5550110");
     text << "drop_after_hearing = 5\n";
-}
-
-void Run(const std::vector<std::string>& words) {
-    std::vector<char*> arguments;
-    for (const std::string& word : words) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
-    arguments.push_back(nullptr);
-    const pid_t child = fork();
-    if (child == 0) {
-        if (std::freopen("log", "w", stderr) != nullptr) {
-            execv(arguments[0], arguments.data());
-        }
-        _exit(127);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (status != 0) {
-        throw std::runtime_error(words[0] + " ended with " + std::to_string(status));
-    }
 }
 
 // --- What is left of it.
@@ -321,15 +300,6 @@ bool Report(int days, double seconds) {
     return totals.complaints.empty();
 }
 
-double ProcessorSeconds() {
-    rusage used{};
-    getrusage(RUSAGE_CHILDREN, &used);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(used.ru_utime) + seconds(used.ru_stime);
-}
-
 bool RunSoak(const std::string& days, const fs::path& binaries, const fs::path& libraries,
              const std::string& kind) {
     if (fs::exists("/dev/shm")) {
@@ -343,10 +313,10 @@ bool RunSoak(const std::string& days, const fs::path& binaries, const fs::path& 
     MakeSite();
     databases->FollowTheWorld(database);
     MakeExchange();
-    Run({binaries / "pagersim", "--quiet", "--exchange", "exchange.toml", "--report", kReport, "--",
-         fs::read_symlink("/proc/self/exe"), "keep", days, binaries / "pagerfwd",
-         libraries / "libPagerFwd.so"});
-    return Report(std::stoi(days), ProcessorSeconds());
+    RunToEnd({binaries / "pagersim", "--quiet", "--exchange", "exchange.toml", "--report", kReport,
+              "--", fs::read_symlink("/proc/self/exe"), "keep", days, binaries / "pagerfwd",
+              libraries / "libPagerFwd.so"});
+    return Report(std::stoi(days), ProcessorSecondsOfChildren());
 }
 
 }  // namespace

@@ -2,17 +2,14 @@
 #include "tests/proof/site_soak_keeper.h"
 
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
 #include <random>
-#include <stdexcept>
 
 #include "host/store/connection.h"
 #include "host/store/tables/alarm_log.h"
@@ -21,6 +18,7 @@
 #include "tests/proof/site_databases.h"
 #include "tests/proof/site_soak_scenario.h"
 #include "tests/proof/soak_memory.h"
+#include "tests/proof/world_run.h"
 
 namespace proof::site_soak {
 namespace {
@@ -48,7 +46,7 @@ class Keeper {
     }
 
     void Keep(const std::string& program, const std::string& library) {
-        StartNode(program, library);
+        node_ = StartBeside({program, "--database", SiteDatabase(), "--library", library, "run"});
         Plan(60, [this] { RaiseAlarms(); });
         Plan(3 * kHour, [this] { MakeTrouble(); });
         Plan(kHour, [this] { Look(); });
@@ -79,20 +77,6 @@ class Keeper {
     void Plan(int second, std::function<void()> what) {
         if (second <= end_) {
             plan_.emplace(second, std::move(what));
-        }
-    }
-
-    void StartNode(const std::string& program, const std::string& library) {
-        std::array<std::string, 6> words = {program,     "--database", SiteDatabase(),
-                                            "--library", library,      "run"};
-        std::vector<char*> arguments;
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
-        arguments.push_back(nullptr);
-        if (posix_spawn(&node_, program.c_str(), nullptr, nullptr, arguments.data(), environ) !=
-            0) {
-            throw std::runtime_error("can't be started: " + program);
         }
     }
 

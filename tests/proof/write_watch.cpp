@@ -16,10 +16,12 @@ CREATE TABLE watch.terms (change xid8, node text, term bigint);
 CREATE FUNCTION watch.note() RETURNS trigger LANGUAGE plpgsql AS $$
 DECLARE
     tenure text[] := regexp_match(current_setting('application_name'),
-                                  '^pagerfwd, term ([0-9]+) of ([a-z]+)');
+                                  '^pagerfwd, term ([0-9]+) of ([a-z0-9]+)');
 BEGIN
     IF TG_TABLE_NAME = 'host_nodes' AND TG_OP <> 'DELETE' THEN
-        INSERT INTO watch.terms VALUES (pg_current_xact_id(), NEW.node, NEW.term);
+        IF TG_OP = 'INSERT' OR NEW.term <> OLD.term THEN
+            INSERT INTO watch.terms VALUES (pg_current_xact_id(), NEW.node, NEW.term);
+        END IF;
     END IF;
     INSERT INTO watch.writes VALUES (
         pg_current_xact_id(), lower(TG_OP) || ' of ' || TG_TABLE_NAME,

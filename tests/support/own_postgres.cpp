@@ -110,9 +110,9 @@ OwnPostgres::~OwnPostgres() {
 }
 
 void OwnPostgres::Start() {
-    server_ = StartProgram(
-        folder_, {Programs() / "postgres", "-D", folder_ / "data", "-k", folder_, "-c",
-                  "listen_addresses=", "-c", "fsync=off", "-c", "track_commit_timestamp=on"});
+    server_ = StartProgram(folder_, {Programs() / "postgres", "-D", folder_ / "data", "-k", folder_,
+                                     "-c", "listen_addresses=", "-c", "fsync=off", "-c",
+                                     "track_commit_timestamp=on", "-c", "max_connections=400"});
     WaitUntil([this] { return PQping(Name("postgres").c_str()) == PQPING_OK; });
 }
 
