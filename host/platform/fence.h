@@ -1,7 +1,7 @@
 // What this process does before it touches its line: it proves that it still may, and says that it
 // is about to. For processes that serve one line of a site of several hosts; others pass.
 //
-// Threads    Set while one thread runs; passed by any.
+// Threads    Set while one thread runs; passed by any, in a handler of a signal too.
 #ifndef PAGERFWD_HOST_PLATFORM_FENCE_H
 #define PAGERFWD_HOST_PLATFORM_FENCE_H
 

@@ -232,8 +232,11 @@ TEST_F(WorldServerTest, OneIsNotAsleepWhileASignalIsOnItsWay) {
     const auto to_thread = [](pid_t pid) { syscall(SYS_tgkill, pid, pid, SIGUSR1); };
     for (void (*const send)(pid_t) : {+to_process, +to_thread}) {
         Member member;
-        member.pid = Child();
-        kill(member.pid, SIGSTOP);
+        member.pid = fork();
+        if (member.pid == 0) {
+            raise(SIGSTOP);
+            _exit(0);
+        }
         waitpid(member.pid, nullptr, WUNTRACED);
         EXPECT_TRUE(IsAsleep(member));
         send(member.pid);
