@@ -1,6 +1,7 @@
 // The alarm log. Tested by tests/unit/host/alarms_test.cpp.
 #include "host/store/tables/alarm_log.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -224,10 +225,12 @@ std::vector<Alarm> OpenAlarms(Connection& connection) {
     return AlarmsWhere(connection, "WHERE " + kStillPaged + " ORDER BY row_id");
 }
 
+// By the index from its end: of however many, a server reads only these.
 std::vector<Alarm> LastAlarms(Connection& connection, int64_t count) {
-    return AlarmsWhere(connection,
-                       "WHERE row_id IN (SELECT row_id FROM AlarmLog ORDER BY row_id DESC LIMIT " +
-                           std::to_string(count) + ") ORDER BY row_id");
+    std::vector<Alarm> alarms =
+        AlarmsWhere(connection, "ORDER BY row_id DESC LIMIT " + std::to_string(count));
+    std::reverse(alarms.begin(), alarms.end());
+    return alarms;
 }
 
 std::vector<Alarm> AlarmsBehind(Connection& connection, int64_t row, int64_t count) {
