@@ -44,13 +44,17 @@ class Tries {
     std::optional<StoreAway> WhyNot(const std::string& name) {
         const std::lock_guard guard(mutex_);
         const Try& last = Of(name);
-        return last.pause.IsOver(Clock::now()) ? std::nullopt : last.failure;
+        if (last.pause.IsOver(Clock::now())) {
+            return std::nullopt;
+        }
+        return StoreAway(last.reason, last.outage);
     }
     void Failed(const std::string& name, const StoreAway& why) {
         const std::lock_guard guard(mutex_);
         Try& last = Of(name);
         last.pause.Failed(Clock::now());
-        last.failure = why;
+        last.reason = why.what();
+        last.outage = why.Outage();
     }
     void Worked(const std::string& name) {
         const std::lock_guard guard(mutex_);
@@ -60,7 +64,7 @@ class Tries {
  private:
     struct Try {
         RetryPause pause{std::random_device{}()};
-        std::optional<StoreAway> failure;
+        std::string reason, outage;
     };
 
     Try& Of(const std::string& name) { return tries_[name]; }

@@ -85,6 +85,11 @@ bool WorldServer::AwaitsChild(const Member& member) const {
                        [&](const auto& other) { return IsParentOf(member, other->pid); });
 }
 
+bool WorldServer::AnyAsksOutside() const {
+    return std::any_of(members_.begin(), members_.end(),
+                       [](const auto& member) { return member->asks_outside; });
+}
+
 Member* WorldServer::EarliestDeadline() const {
     Member* earliest = nullptr;
     for (const auto& member : members_) {

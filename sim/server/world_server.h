@@ -65,8 +65,9 @@ class WorldServer final : public Timeline {
 
     bool IsEmpty() const { return members_.empty(); }
 
-    // Nothing can happen in virtual time any more, unless something comes from outside.
-    bool IsIdle() const { return holder_ == nullptr && idle_; }
+    // Nothing can happen in virtual time any more, unless something comes from outside that nobody
+    // has asked for.
+    bool IsIdle() const { return holder_ == nullptr && idle_ && !AnyAsksOutside(); }
 
     // The processes that take part.
     std::vector<pid_t> Participants() const;
@@ -113,6 +114,7 @@ class WorldServer final : public Timeline {
     static Micros DeadlineOf(const Member& member);
     bool TimeStandsStill() const;
     bool AwaitsChild(const Member& member) const;
+    bool AnyAsksOutside() const;
     Member* EarliestDeadline() const;
     void GiveTurn(const Choice& choice);
     void Rest(Member& member, const Request& request);

@@ -152,6 +152,14 @@ TEST_F(SharedWorld, OneThatAsksAServerOutsideFindsTheTimeThatItLeft) {
     unsetenv("PAGERSIM_OUTSIDE");
 }
 
+TEST_F(SharedWorld, OneThatAsksAServerOutsideIsAwaitedBehindTheCommandsEnd) {
+    const ServerOutside server(folder_, std::chrono::milliseconds(700));
+    setenv("PAGERSIM_OUTSIDE", folder_.c_str(), 1);
+    EXPECT_EQ("heard\n",
+              Quietly(Child({"ask:" + Path("server"), "print:heard"}) + Words{"exit:0"}).out);
+    unsetenv("PAGERSIM_OUTSIDE");
+}
+
 TEST_F(SharedWorld, AProgramThatTakesNoPartMakesTimeStandStill) {
     EXPECT_EQ(
         "before\nafter\n2001-01-08 10:00:00\n",
