@@ -10,9 +10,9 @@ say() { printf '%s\n' "$*"; }
 build() {
     local preset=$1 log="$root/build/$1.log" process
     mkdir -p "$root/build"
-    (cd "$root" && cmake --preset "$preset" ${2:+"$2"} &&
-        cmake --build --preset "$preset" -j "$jobs" ${3:+--target "${@:3}"}) \
-        >"$log" 2>&1 &
+    # Steps side by side build the same: one after the other.
+    (flock 9 && exec >"$log" 2>&1 && cd "$root" && cmake --preset "$preset" ${2:+"$2"} &&
+        cmake --build --preset "$preset" -j "$jobs" ${3:+--target "${@:3}"}) 9>"$log.lock" &
     process=$!
     while kill -0 "$process" 2>/dev/null; do
         show_progress "$preset" "$log"
