@@ -151,14 +151,14 @@ void Line::End() {
 void Line::StepOrReport() {
     try {
         Step();
-        trouble_.Is("");
+        trouble_.Is("", std::time(nullptr));
     } catch (const NotOurs& end) {
         ReportEnd(end.what());
     } catch (const StoreAway& away) {
         trouble_.IsAway(away, std::time(nullptr));
         trace_.Excuse();
     } catch (const StoreError& failure) {
-        trouble_.Is(failure.what());
+        trouble_.Is(failure.what(), std::time(nullptr));
         trace_.Excuse();
     }
 }

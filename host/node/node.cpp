@@ -87,7 +87,7 @@ bool Node::Join(StopSignal& stop) {
                 return !stop.WaitFor(pause);
             });
         } catch (const StoreAway& away) {
-            trouble_.Is(away.what());
+            trouble_.Is(away.what(), std::time(nullptr));
         }
         if (stop.WaitFor(kBetweenLooks)) {
             return false;

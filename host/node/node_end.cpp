@@ -42,7 +42,7 @@ void Node::EndLines() {
         try {
             lines_.Look(lease_.Database(), std::time(nullptr));
             LookAtSends(std::time(nullptr));
-            trouble_.Is("");
+            trouble_.Is("", std::time(nullptr));
         } catch (const NotOurs& end) {
             log_.Error(end.what());
             lines_.Kill();

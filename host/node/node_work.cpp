@@ -31,7 +31,7 @@ std::string Node::StepOrReason() {
             Step();
         }
         heartbeat_.Beat();
-        trouble_.Is("");
+        trouble_.Is("", std::time(nullptr));
     } catch (const NotOurs& end) {
         member_.WasFoundLost();
         return end.what();
@@ -42,7 +42,7 @@ std::string Node::StepOrReason() {
         }
         return Failed(away);
     } catch (const StoreError& failure) {
-        trouble_.Is(failure.what());
+        trouble_.Is(failure.what(), std::time(nullptr));
         return Failed(failure);
     }
     return {};

@@ -80,11 +80,11 @@ std::time_t ServedLine::NextLook(std::time_t now) const {
 void ServedLine::StartOrSay(std::time_t now) {
     try {
         StartOrAsk(now);
-        refused_.Is("");
+        refused_.Is("", now);
     } catch (const StoreError& error) {
         CannotStart(error.what(), now);
     } catch (const std::system_error& error) {
-        refused_.Is(name_ + ": " + error.what());
+        refused_.Is(name_ + ": " + error.what(), now);
     }
 }
 

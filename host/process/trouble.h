@@ -1,5 +1,6 @@
 // A trouble that may last, for the operator: told when it comes, told again only where its reason
-// is a new one, and told when it has passed. One whose reason is ever another is told a few times.
+// is a new one, and told when it has passed. One whose reason is ever another is told a few times;
+// one that comes and goes, ever more seldom, unless it lasts.
 //
 // A server that can't be reached is an outage, whatever the reason of the moment: told once a
 // minute, in one wording.
@@ -35,20 +36,27 @@ class Trouble {
 
     // over: what is told when it has passed.
     Trouble(OperatorLog& log, std::string over, Outages outages = kTold)
-        : log_(log), over_(std::move(over)), outages_(outages) {}
+        : log_(log), words_over_(std::move(over)), outages_(outages) {}
 
     // How it stands now. why: "" without trouble.
-    void Is(const std::string& why) {
+    void Is(const std::string& why, std::time_t now) {
         if (why.empty()) {
-            IsOver();
-        } else if (told_.size() < kMostReasons && told_.insert(why).second) {
+            IsOver(now);
+            return;
+        }
+        since_ = since_.value_or(now);
+        const bool is_new = IsLongSince(over_, now, soon_) || IsLongSince(since_, now, kLasting);
+        if (is_new && told_.empty()) {
+            soon_ = IsLongSince(over_, now, 2 * soon_) ? kSoon : std::min(2 * soon_, kLongest);
+        }
+        if (is_new && told_.size() < kMostReasons && told_.insert(why).second) {
             log_.Error(why + "; trying again");
         }
     }
 
     void IsAway(const StoreAway& why, std::time_t now) {
         if (why.Outage().empty()) {
-            return Is(why.what());
+            return Is(why.what(), now);
         }
         tell_at_ = std::min(tell_at_.value_or(now + outages_.first), now + outages_.next);
         if (now >= *tell_at_) {
@@ -59,20 +67,35 @@ class Trouble {
     }
 
     static constexpr size_t kMostReasons = 16;
+    // Seconds: what comes back so soon behind its end is told when it has lasted so long. What does
+    // so again and again has double the time each time, at most the longest.
+    static constexpr std::time_t kSoon = 60;
+    static constexpr std::time_t kLongest = 3600;
+    static constexpr std::time_t kLasting = 10;
 
  private:
-    void IsOver() {
+    // Without an instant, too; and a clock that was set back makes nothing wait.
+    static bool IsLongSince(std::optional<std::time_t> then, std::time_t now, std::time_t time) {
+        return !then || now < *then || now - *then >= time;
+    }
+
+    void IsOver(std::time_t now) {
         tell_at_.reset();
+        since_.reset();
         if (!told_.empty()) {
             told_.clear();
-            log_.Info(over_);
+            over_ = now;
+            log_.Info(words_over_);
         }
     }
 
     OperatorLog& log_;
-    const std::string over_;
+    const std::string words_over_;
     const Outages outages_;
     std::set<std::string> told_;
+    std::time_t soon_ = kSoon;
+    std::optional<std::time_t> since_;    // it is there, and no outage
+    std::optional<std::time_t> over_;     // its end was last told
     std::optional<std::time_t> tell_at_;  // of an outage
 };
 

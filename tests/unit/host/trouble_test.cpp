@@ -1,12 +1,17 @@
 // Troubles that may last, as an operator is told of them.
 #include "host/process/trouble.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace host {
 namespace {
+
+using ::testing::ElementsAre;
 
 class ATrouble : public ::testing::Test {
  protected:
@@ -23,40 +28,82 @@ class ATrouble : public ::testing::Test {
 };
 
 TEST_F(ATrouble, ThatNeverCameIsNotOverEither) {
-    trouble.Is("");
+    trouble.Is("", 1000);
     EXPECT_EQ("", Said());
 }
 
 TEST_F(ATrouble, IsToldOnceHoweverLongItLasts) {
-    for (int look = 0; look < 1000; ++look) {
-        trouble.Is("no room");
+    for (std::time_t now = 0; now < 1000; ++now) {
+        trouble.Is("no room", now);
     }
     EXPECT_EQ("<3>error: no room; trying again\n", Said());
 }
 
 TEST_F(ATrouble, IsToldAgainOnlyWhereItsReasonIsANewOne) {
     for (const char* why : {"no room", "locked", "no room", "locked"}) {
-        trouble.Is(why);
+        trouble.Is(why, 1000);
     }
     EXPECT_EQ("<3>error: no room; trying again\n<3>error: locked; trying again\n", Said());
 }
 
 TEST_F(ATrouble, IsToldToBeOverOnceAndToldAnewWhenItComesBack) {
-    trouble.Is("no room");
-    trouble.Is("");
-    trouble.Is("");
-    trouble.Is("no room");
+    trouble.Is("no room", 1000);
+    trouble.Is("", 1001);
+    trouble.Is("", 1002);
+    trouble.Is("no room", 1061);
     EXPECT_EQ("<3>error: no room; trying again\n<6>works again\n<3>error: no room; trying again\n",
               Said());
 }
 
+// As reads of a dying disk do.
+TEST_F(ATrouble, ThatComesAndGoesIsToldEverMoreSeldom) {
+    std::vector<std::time_t> told;
+    const auto come_and_go = [&](std::time_t from, std::time_t to) {
+        for (std::time_t now = from; now < to; ++now) {
+            trouble.Is(now % 2 == 0 ? "no read" : "", now);
+            const std::string said = Said();
+            if (said == "<3>error: no read; trying again\n") {
+                told.push_back(now - from);
+            } else if (!said.empty()) {
+                EXPECT_EQ("<6>works again\n", said);
+                EXPECT_EQ(now - from, told.back() + 1);
+            }
+        }
+    };
+    come_and_go(1000, 2000);
+    EXPECT_THAT(told, ElementsAre(0, 62, 184, 426, 908));
+    told.clear();
+    come_and_go(10'000, 10'100);
+    EXPECT_THAT(told, ElementsAre(0, 62)) << "after a long rest as at first";
+}
+
+TEST_F(ATrouble, ThatIsBackSoonIsToldWhenItLasts) {
+    trouble.Is("no room", 1000);
+    trouble.Is("", 1001);
+    Said();
+    for (std::time_t now = 1005; now < 1015; ++now) {
+        trouble.Is("no room", now);
+    }
+    EXPECT_EQ("", Said());
+    trouble.Is("no room", 1015);
+    EXPECT_EQ("<3>error: no room; trying again\n", Said());
+}
+
+TEST_F(ATrouble, IsToldThoughTheClockIsSetBackBehindItsEnd) {
+    trouble.Is("no room", 9000);
+    trouble.Is("", 9001);
+    Said();
+    trouble.Is("no room", 1000);
+    EXPECT_EQ("<3>error: no room; trying again\n", Said());
+}
+
 TEST_F(ATrouble, WhoseReasonIsEverAnotherIsToldAFewTimes) {
     for (int look = 0; look < 1000; ++look) {
-        trouble.Is("row " + std::to_string(look));
+        trouble.Is("row " + std::to_string(look), 1000);
     }
     const std::string said = Said();
     EXPECT_EQ(Trouble::kMostReasons, std::count(said.begin(), said.end(), '\n'));
-    trouble.Is("");
+    trouble.Is("", 1001);
     EXPECT_EQ("<6>works again\n", Said());
 }
 
@@ -82,7 +129,7 @@ TEST_F(AnOutage, IsToldOnceAMinuteWhateverTheReasons) {
         "<3>error: db: can't be reached (1060); trying again\n"
         "<3>error: db: can't be reached (1120); trying again\n",
         Said());
-    trouble.Is("");
+    trouble.Is("", 1125);
     EXPECT_EQ("<6>works again\n", Said());
     IsAwayAt(1130);
     EXPECT_EQ("<3>error: db: can't be reached (1130); trying again\n", Said());
@@ -108,12 +155,12 @@ TEST_F(AnOutage, ThatAnotherTellsOfIsToldOnlyWhereItLasts) {
     };
     away_at(1000);
     away_at(1059);
-    of_a_line.Is("");
+    of_a_line.Is("", 1060);
     EXPECT_EQ("", Said());
     for (std::time_t now = 2000; now < 2700; ++now) {
         away_at(now);
     }
-    of_a_line.Is("");
+    of_a_line.Is("", 2700);
     EXPECT_EQ(
         "<3>error: away at 2060; trying again\n<3>error: away at 2660; trying again\n"
         "<6>works again\n",
