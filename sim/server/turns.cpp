@@ -85,9 +85,11 @@ bool WorldServer::AwaitsChild(const Member& member) const {
                        [&](const auto& other) { return IsParentOf(member, other->pid); });
 }
 
-bool WorldServer::AnyAsksOutside() const {
-    return std::any_of(members_.begin(), members_.end(),
-                       [](const auto& member) { return member->asks_outside; });
+// It takes part, and is set aside: it waits for a server, or takes its time to end.
+bool WorldServer::AnyIsToComeBack() const {
+    return std::any_of(members_.begin(), members_.end(), [](const auto& member) {
+        return member->is_aside && member->has_spoken && !RunsWithoutUs(*member);
+    });
 }
 
 Member* WorldServer::EarliestDeadline() const {

@@ -66,8 +66,8 @@ class WorldServer final : public Timeline {
     bool IsEmpty() const { return members_.empty(); }
 
     // Nothing can happen in virtual time any more, unless something comes from outside that nobody
-    // has asked for.
-    bool IsIdle() const { return holder_ == nullptr && idle_ && !AnyAsksOutside(); }
+    // waits for.
+    bool IsIdle() const { return holder_ == nullptr && idle_ && !AnyIsToComeBack(); }
 
     // The processes that take part.
     std::vector<pid_t> Participants() const;
@@ -114,7 +114,7 @@ class WorldServer final : public Timeline {
     static Micros DeadlineOf(const Member& member);
     bool TimeStandsStill() const;
     bool AwaitsChild(const Member& member) const;
-    bool AnyAsksOutside() const;
+    bool AnyIsToComeBack() const;
     Member* EarliestDeadline() const;
     void GiveTurn(const Choice& choice);
     void Rest(Member& member, const Request& request);

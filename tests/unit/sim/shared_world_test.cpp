@@ -160,6 +160,11 @@ TEST_F(SharedWorld, OneThatAsksAServerOutsideIsAwaitedBehindTheCommandsEnd) {
     unsetenv("PAGERSIM_OUTSIDE");
 }
 
+// As one that a sanitizer looks at when it ends.
+TEST_F(SharedWorld, OneThatTakesItsTimeIsAwaitedBehindTheCommandsEnd) {
+    EXPECT_EQ("slow\n", Quietly(Child({"nap:700", "print:slow"}) + Words{"exit:0"}).out);
+}
+
 TEST_F(SharedWorld, AProgramThatTakesNoPartMakesTimeStandStill) {
     EXPECT_EQ(
         "before\nafter\n2001-01-08 10:00:00\n",

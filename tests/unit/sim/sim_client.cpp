@@ -16,6 +16,7 @@
 //   dup-over           close-unshared
 //   popen:COMMAND      spin:MS (of real time)            descriptors
 //   ask:SOCKET (and wait for what the server says)
+//   nap:MS (of real time, in a call that no simulation knows)
 //   twins:COUNT (threads, each of which spawns a program and awaits its end)
 //
 // TEXT knows \r \n \e \0 \xHH. Ends with 1 when a text didn't come, with 2 when a line doesn't
@@ -26,6 +27,7 @@
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -220,6 +222,11 @@ void Spin(int ms) {
     }
 }
 
+void Nap(int ms) {
+    const timespec time{ms / 1000, ms % 1000 * 1'000'000L};
+    syscall(SYS_nanosleep, &time, nullptr);
+}
+
 // Calls a server, and waits for its answer.
 void AskServer(const std::string& path) {
     sockaddr_un address{};
@@ -309,6 +316,8 @@ bool DoWithProcesses(const std::string& name, const std::string& argument, char*
         return Popen(argument);
     } else if (name == "spin") {
         Spin(std::stoi(argument));
+    } else if (name == "nap") {
+        Nap(std::stoi(argument));
     } else if (name == "ask") {
         AskServer(argument);
     } else if (name == "dup-over") {
