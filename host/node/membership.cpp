@@ -85,11 +85,8 @@ bool Membership::Join(Connection& connection,
         return true;
     }
     name_ = name;
-    constexpr int kPeriods = 5;
-    lease_ = std::make_unique<NodeLease>(
-        NodeLease::Terms{database_, name_,
-                         std::chrono::milliseconds(LeaseIn(connection)) / kPeriods},
-        wait);
+    lease_ = std::make_unique<NodeLease>(NodeLease::Terms{database_, name_, LeaseIn(connection)},
+                                         log_, wait);
     if (!lease_->WasTaken()) {
         return false;
     }

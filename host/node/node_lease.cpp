@@ -5,9 +5,11 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <ctime>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -20,8 +22,12 @@
 namespace host {
 namespace {
 
-constexpr int kPeriodsValid = 5;
-constexpr int kPeriodsOfLines = 3;
+// A server that was away for 20 s is back before the lines of a node that is alone end: the renewal
+// before it is 3 s old at most, the pause before it is tried again 8 s (store/retry_pause.h).
+std::chrono::milliseconds BetweenRenewals(const NodeLease::Terms& terms) {
+    constexpr std::chrono::milliseconds kLongest{3000};
+    return std::min(terms.validity / 5, kLongest);
+}
 
 std::string ThisProcess() {
     std::array<char, HOST_NAME_MAX + 1> name{};
@@ -52,8 +58,7 @@ std::optional<Held> AwaitLease(Connection& connection, const NodeLease::Terms& t
         const std::optional<NodeState> now = FindNode(connection, terms.node);
         const std::string dead = now ? DeadHolder(terms, *now) : "";
         const LeaseDeadline::Instant asked = LeaseDeadline::Now();
-        if (auto tenure =
-                TakeLease(connection, terms.node, me, terms.period * kPeriodsValid, dead)) {
+        if (auto tenure = TakeLease(connection, terms.node, me, terms.validity, dead)) {
             RecordLease(terms.database, {terms.node, tenure->term, me});
             return Held{*std::move(tenure), asked};
         }
@@ -63,7 +68,7 @@ std::optional<Held> AwaitLease(Connection& connection, const NodeLease::Terms& t
                         "--node");
         }
         before = now;
-        if (!wait(terms.period)) {
+        if (!wait(BetweenRenewals(terms))) {
             return std::nullopt;
         }
     }
@@ -71,8 +76,9 @@ std::optional<Held> AwaitLease(Connection& connection, const NodeLease::Terms& t
 
 }  // namespace
 
-NodeLease::NodeLease(Terms terms, const std::function<bool(std::chrono::milliseconds)>& wait)
-    : terms_(std::move(terms)) {
+NodeLease::NodeLease(Terms terms, OperatorLog& log,
+                     const std::function<bool(std::chrono::milliseconds)>& wait)
+    : terms_(std::move(terms)), trouble_(log, "the node's lease is renewed again") {
     Connection connection(terms_.database);
     std::optional<Held> held_lease = AwaitLease(connection, terms_, wait);
     if (!held_lease) {
@@ -94,12 +100,8 @@ NodeLease::~NodeLease() {
     StopKeeping();
 }
 
-std::chrono::milliseconds NodeLease::Validity() const {
-    return terms_.period * kPeriodsValid;
-}
-
 void NodeLease::MoveDeadline(LeaseDeadline::Instant asked) {
-    deadline_.MoveTo(asked + terms_.period * kPeriodsOfLines);
+    deadline_.MoveTo(asked + terms_.validity * 3 / 5);
 }
 
 void NodeLease::StopKeeping() {
@@ -113,26 +115,39 @@ void NodeLease::StopKeeping() {
 void NodeLease::Keep() {
     std::unique_ptr<Connection> connection;
     pollfd end{awaited_.Number(), POLLIN, 0};
+    const int pause = static_cast<int>(BetweenRenewals(terms_).count());
     do {
         Renew(connection);
-    } while (!lost_ && poll(&end, 1, static_cast<int>(terms_.period.count())) <= 0);
+    } while (!lost_ && poll(&end, 1, pause) <= 0);
 }
 
-// Where it fails, the next may work; the node itself tells that the database doesn't.
+// Where it fails, the next may work. Of an outage the node itself tells.
 void NodeLease::Renew(std::unique_ptr<Connection>& connection) {
     const LeaseDeadline::Instant asked = LeaseDeadline::Now();
     try {
         if (connection == nullptr) {
             connection = std::make_unique<Connection>(terms_.database);
         }
-        if (RenewLease(*connection, tenure_, Validity())) {
+        if (RenewLease(*connection, tenure_, terms_.validity)) {
             MoveDeadline(asked);
         } else {
             lost_ = true;
         }
-    } catch (const StoreError&) {
+        Tell("");
+    } catch (const StoreAway& away) {
         connection.reset();
+        if (away.Outage().empty()) {
+            Tell(away.what());
+        }
+    } catch (const StoreError& failure) {
+        connection.reset();
+        Tell(failure.what());
     }
+}
+
+void NodeLease::Tell(const std::string& why_not) {
+    trouble_.Is(why_not.empty() ? "" : "the node's lease can't be renewed: " + why_not,
+                std::time(nullptr));
 }
 
 void NodeLease::End(Connection& connection) {

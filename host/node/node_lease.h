@@ -1,17 +1,18 @@
 // A node's lease of its name, taken and kept: by a thread and a connection of its own, so that
 // nothing else that the node does can hold a renewal up.
 //
-// It is renewed once a period, and valid for five. The node's lines end themselves two periods
-// before the others may take their pages, if they hear of no renewal: that is the deadline.
+// It is renewed five times while it is valid, and every 3 s at least. The node's lines end
+// themselves when three fifths of it have gone since the last renewal, long before the others may
+// take their pages: that is the deadline.
 //
-//   nodes of the site   period   validity   lines end behind the last renewal
-//        several         1 s       5 s        3 s
-//          one          12 s      60 s       36 s: nobody else takes its pages
+//   nodes of the site   validity   renewed every   lines end behind the last renewal
+//        several           5 s          1 s          3 s
+//          one            60 s          3 s         36 s: nobody else takes its pages
 //
 // A renewal counts from when it was asked for: nobody knows when the database has written it.
 //
 // Threads    The node's, and its own.
-// Errors     As each says.
+// Errors     As each says. That it can't be renewed is told, but for outages.
 #ifndef PAGERFWD_HOST_NODE_NODE_LEASE_H
 #define PAGERFWD_HOST_NODE_NODE_LEASE_H
 
@@ -24,24 +25,25 @@
 
 #include "host/files/descriptor.h"
 #include "host/process/lease_deadline.h"
+#include "host/process/operator_log.h"
+#include "host/process/trouble.h"
 #include "host/store/tables/nodes.h"
 
 namespace host {
 
 class NodeLease {
  public:
-    static constexpr std::chrono::milliseconds kPeriod{1000};
-
     struct Terms {
         std::string database;
         std::string node;
-        std::chrono::milliseconds period = kPeriod;
+        std::chrono::milliseconds validity;
     };
 
     // Takes the lease. One whose holder has died is waited for; of one whose holder lives, who is
     // seen to renew it, it throws InUse. wait: between two looks; false: the end is asked for, and
     // the lease isn't held then.
-    NodeLease(Terms terms, const std::function<bool(std::chrono::milliseconds)>& wait);
+    NodeLease(Terms terms, OperatorLog& log,
+              const std::function<bool(std::chrono::milliseconds)>& wait);
     ~NodeLease();
     NodeLease(const NodeLease&) = delete;
     NodeLease& operator=(const NodeLease&) = delete;
@@ -61,13 +63,14 @@ class NodeLease {
     void End(Connection& connection);
 
  private:
-    std::chrono::milliseconds Validity() const;
     void MoveDeadline(LeaseDeadline::Instant asked);
     void Keep();
     void Renew(std::unique_ptr<Connection>& connection);
+    void Tell(const std::string& why_not);
     void StopKeeping();
 
     const Terms terms_;
+    Trouble trouble_;  // the keeper's
     Tenure tenure_;
     LeaseDeadline deadline_;
     std::atomic<bool> lost_{false};

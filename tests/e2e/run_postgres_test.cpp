@@ -13,7 +13,8 @@ class RunOnAServer : public RunTest {
  protected:
     // Has it done in no time of the world's.
     void HaveItDone(int second, const std::string& what) {
-        At(second, "touch " + what + "; until [ -e " + what + ".done ]; do :; done");
+        At(second, "rm -f " + what + " " + what + ".done; touch " + what + "; until [ -e " + what +
+                       ".done ]; do :; done");
     }
     void TheServerIsAwayFrom(int second, int seconds) {
         HaveItDone(second, PostgresKeeper::kKill);
@@ -47,6 +48,18 @@ TEST_P(RunWithItsServerAway, LosesNoPageAndRepeatsNone) {
 
 // A page is on the line, one has ended, one is composed, nobody has anything to do.
 INSTANTIATE_TEST_SUITE_P(From, RunWithItsServerAway, ::testing::Values(2, 12, 25, 45, 70, 100));
+
+// At no single moment: a page on the line is finished as long as it is there from time to time.
+TEST_F(RunOnAServer, NeedsItNowAndThen) {
+    const PostgresKeeper keeper(test_support::TheServer());
+    Raise("ALL/1");
+    for (const int second : {11, 23, 35, 47}) {
+        TheServerIsAwayFrom(second, 2);
+    }
+    const ProgramRun run = RunUntilDone();
+    EXPECT_EQ(4, PageCount());
+    EXPECT_THAT(run.err, Not(HasSubstr("it ended itself")));
+}
 
 TEST_F(RunOnAServer, TellsOfAnOutageOnceAMinute) {
     const PostgresKeeper keeper(test_support::TheServer());

@@ -19,6 +19,7 @@
 namespace host {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 
 class AMember : public ServiceTest {
@@ -34,9 +35,9 @@ class AMember : public ServiceTest {
         return true;
     }
     struct Node {
-        Node(const std::string& database, const std::string& name, OperatorLog& log)
-            : member(database, {name, std::chrono::seconds(60)}, Encoding::kLatin1, log),
-              connection(database) {}
+        Node(const std::string& database, const std::string& name, OperatorLog& log,
+             std::chrono::seconds lease = std::chrono::seconds(60))
+            : member(database, {name, lease}, Encoding::kLatin1, log), connection(database) {}
         bool Join() { return member.Join(connection, Wait); }
 
         Membership member;
@@ -102,6 +103,19 @@ TEST_F(AMember, MayWorkAsSoonAsItHasItsLease) {
     Node north(database, "north", log);
     EXPECT_TRUE(north.Join());
     EXPECT_EQ("", north.member.WhyIdle());
+}
+
+TEST_F(AMember, TellsThatItsLeaseCannotBeRenewed) {
+    Nodes({"north", "south"});
+    Node north(database, "north", log, std::chrono::seconds(1));
+    EXPECT_TRUE(north.Join());
+    connection.Execute("ALTER TABLE Host_Nodes RENAME TO Elsewhere");
+    poll(nullptr, 0, 2000);
+    connection.Execute("ALTER TABLE Elsewhere RENAME TO Host_Nodes");
+    poll(nullptr, 0, 2000);
+    north.member.Leave(north.connection);
+    EXPECT_THAT(said.str(), AllOf(HasSubstr("<3>error: the node's lease can't be renewed: "),
+                                  HasSubstr("<6>the node's lease is renewed again\n")));
 }
 
 TEST_F(AMember, TakesItsOwnLeaseAtOnceFromOneThatDiedHere) {
