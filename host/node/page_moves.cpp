@@ -98,13 +98,16 @@ void PageMoves::Ring(const std::string& name) const {
 }
 
 void PageMoves::GiveUpOverspent(std::set<std::string>& held) {
-    for (const std::unique_ptr<ServedLine>& line : lines_.All()) {
-        const std::string& name = line->Line().name;
-        for (const PageKey& page : OverspentPages(connection_, name)) {
-            if (!IsAtRest(name)) {
-                held.insert(name);
-                break;
-            }
+    for (const auto& [name, pages] : OverspentPages(connection_)) {
+        const ServedLine* const line = lines_.Find(name);
+        if (line == nullptr) {
+            continue;  // its node's
+        }
+        if (!line->IsAtRest()) {
+            held.insert(name);
+            continue;
+        }
+        for (const PageKey& page : pages) {
             GiveUpPage(connection_, page, kChanged, "tried twice as often as its pager allows");
         }
     }

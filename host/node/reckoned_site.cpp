@@ -42,15 +42,6 @@ void Each(std::vector<ReckonedLine>& lines, const Known& known, Take take) {
     }
 }
 
-void ReadLoads(Connection& connection, std::vector<ReckonedLine>& lines) {
-    Each(lines, LastSendings(connection),
-         [](ReckonedLine& line, std::time_t at) { line.last_sending = at; });
-    Each(lines, PagesByLine(connection), [](ReckonedLine& line, const LinePages& pages) {
-        line.untried = pages.untried;
-        line.pending = pages.all;
-    });
-}
-
 }  // namespace
 
 const ReckonedLine* ReckonedSite::Find(const std::string& line) const {
@@ -96,7 +87,6 @@ ReckonedSite ReadReckonedSite(Connection& connection) {
         states.emplace(state.line, std::move(state));
     }
     Each(site.lines, states, SetState);
-    ReadLoads(connection, site.lines);
     for (const PagerRow& row : ReadPagers(connection)) {
         ReckonedPager& pager = site.pagers[row.description];
         ++pager.rows;
@@ -105,6 +95,15 @@ ReckonedSite ReadReckonedSite(Connection& connection) {
         pager.delay = static_cast<std::time_t>(row.delay) * 60;
     }
     return site;
+}
+
+void ReadLoads(Connection& connection, ReckonedSite& site) {
+    Each(site.lines, LastSendings(connection),
+         [](ReckonedLine& line, std::time_t at) { line.last_sending = at; });
+    Each(site.lines, PagesByLine(connection), [](ReckonedLine& line, const LinePages& pages) {
+        line.untried = pages.untried;
+        line.pending = pages.all;
+    });
 }
 
 }  // namespace host

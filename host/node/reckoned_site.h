@@ -22,6 +22,8 @@ struct ReckonedLine {
     bool is_well = false;                     // served, neither sick nor paused
     bool is_sick = false;
     bool is_idle = false;
+
+    // Its load.
     std::time_t last_sending = 0;  // over it, whatever it came to
     int64_t untried = 0;           // pages that it has been given and not tried yet
     int64_t pending = 0;           // all that it has
@@ -45,7 +47,9 @@ struct ReckonedSite {
     bool IsBound(const std::string& pager) const;
 };
 
+// Without the loads of its lines: these are read by themselves.
 ReckonedSite ReadReckonedSite(Connection& connection);
+void ReadLoads(Connection& connection, ReckonedSite& site);
 
 }  // namespace host
 

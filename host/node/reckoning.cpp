@@ -27,7 +27,9 @@ class Reckoner {
         : connection_(connection),
           encoding_(encoding),
           now_(now),
-          site_(ReadReckonedSite(connection)) {}
+          site_(ReadReckonedSite(connection)) {
+        ReadLoads(connection, site_);
+    }
 
     std::vector<Amiss> Reckon() {
         LookAtAlarms();
@@ -142,7 +144,7 @@ class Reckoner {
     Connection& connection_;
     const Encoding encoding_;
     const std::time_t now_;
-    const ReckonedSite site_;
+    ReckonedSite site_;
     std::vector<Amiss> found_;
 };
 

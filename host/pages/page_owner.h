@@ -12,6 +12,7 @@
 #define PAGERFWD_HOST_PAGES_PAGE_OWNER_H
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,9 +50,9 @@ std::vector<PageKey> OwnerlessPages(Connection& connection);
 // Such a page becomes the line's. To be called before the line's process starts.
 void AdoptPage(Connection& connection, const PageKey& page, const std::string& line);
 
-// Pages of a line that have come to that limit since it has them: to be given up, behind the end of
-// its process.
-std::vector<PageKey> OverspentPages(Connection& connection, const std::string& line);
+// Pages that have come to that limit since their line has them, by the line: to be given up, behind
+// the end of its process.
+std::map<std::string, std::vector<PageKey>> OverspentPages(Connection& connection);
 
 // Ends a page that no process has: its event, or its open delivery, is off limit, and its alarm is
 // what its other pages make of it. change: kCancelled, by hand, or kChanged. False: there is none.

@@ -182,16 +182,16 @@ bool MovePage(Connection& connection, const PageKey& page, const std::string& to
 }
 
 // Only pages that were taken from a line before are looked at.
-std::vector<PageKey> OverspentPages(Connection& connection, const std::string& line) {
-    std::vector<PageKey> overspent;
+std::map<std::string, std::vector<PageKey>> OverspentPages(Connection& connection) {
+    std::map<std::string, std::vector<PageKey>> overspent;
     std::map<std::string, int64_t> most;  // of a pager
-    for (const MovedEvent& event : PendingMovedEvents(connection, line)) {
+    for (const MovedEvent& event : PendingMovedEvents(connection)) {
         const auto [known, is_new] = most.try_emplace(event.page.pager);
         if (is_new) {
             known->second = MostTries(connection, event.page.pager);
         }
         if (event.tries >= known->second) {
-            overspent.push_back(event.page);
+            overspent[event.line].push_back(event.page);
         }
     }
     return overspent;

@@ -1,6 +1,9 @@
 // Takeover. Tested by tests/unit/host/takeover_test.cpp.
 #include "host/pages/takeover.h"
 
+#include <map>
+#include <vector>
+
 #include "host/pages/page_taking.h"
 #include "host/site/site_tables.h"
 #include "host/store/schema.h"
@@ -36,9 +39,12 @@ class Taker {
         }
     }
 
-    void GiveUpOverspent(const std::string& line) {
-        for (const PageKey& page : OverspentPages(connection_, line)) {
-            Take(page, gone_);
+    void GiveUpOverspentOf(const std::vector<std::string>& lines) {
+        std::map<std::string, std::vector<PageKey>> overspent = OverspentPages(connection_);
+        for (const std::string& line : lines) {
+            for (const PageKey& page : overspent[line]) {
+                Take(page, gone_);
+            }
         }
     }
 
@@ -67,10 +73,11 @@ std::optional<TakenOver> Take(Connection& connection, const std::string& node, i
         return std::nullopt;
     }
     Taker taker(connection, node);
-    for (const std::string& line : ClaimedLines(connection, node)) {
+    const std::vector<std::string> lines = ClaimedLines(connection, node);
+    for (const std::string& line : lines) {
         taker.TakeThoseOnTheLine(line);
-        taker.GiveUpOverspent(line);
     }
+    taker.GiveUpOverspentOf(lines);
     const TakenOver taken = taker.TakeAllOthersOf(node);
     FreeLinesOf(connection, node);
     return taken;

@@ -10,9 +10,8 @@ std::string CommentWithVersion(int64_t version) {
 
 constexpr Questions kQuestions = {
     // Changes with every transaction that ends, whoever made it; but for a renewal of a node's
-    // lease,
-    // which has a number of the server's as any other, and is counted: else each node would take
-    // every second for news that the others live.
+    // lease, which has a number of the server's as any other, and is counted: else each node would
+    // take every second for news that the others live.
     "SELECT hashtextextended((CAST(pg_snapshot_xmax(seen)::text AS bigint)"
     " - (SELECT coalesce(sum(renewals), 0) FROM Host_Nodes)::bigint)::text"
     " || ':' || split_part(seen::text, ':', 3), 0) FROM (SELECT pg_current_snapshot() AS seen) AS "

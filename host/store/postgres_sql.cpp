@@ -28,6 +28,13 @@ bool BeginsWith(std::string_view text, std::string_view begin) {
     return text.substr(0, begin.size()) == begin;
 }
 
+// Nearly all texts are none or digits: the pattern takes a server ten times as long as all else.
+std::string NumberIn(const std::string& text) {
+    return "CASE WHEN " + text + " = '' THEN 0 WHEN length(" + text + ") < 19 AND ltrim(" + text +
+           ", '0123456789') = '' THEN " + text + "::bigint ELSE coalesce(substring(" + text +
+           " from '^\\s*([+-]?[0-9]{1,18})')::bigint, 0) END";
+}
+
 class Translator {
  public:
     explicit Translator(std::string_view rest) : rest_(rest) {}
@@ -94,12 +101,12 @@ class Translator {
         }
         const std::string_view end = to_number ? kToNumber : kToBytes;
         rest_.remove_prefix(kCast.size());
-        done_ += to_number ? "coalesce(substring(" : "";
+        std::string before = std::exchange(done_, {});
         while (!BeginsWith(rest_, end)) {
             Next();
         }
         rest_.remove_prefix(end.size());
-        done_ += to_number ? " from '^\\s*([+-]?[0-9]{1,18})')::bigint, 0)" : "";
+        done_ = std::move(before) + (to_number ? NumberIn(done_) : done_);
         return true;
     }
 

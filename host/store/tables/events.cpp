@@ -125,28 +125,27 @@ std::vector<PageKey> PendingTracedEvents(Connection& connection, const std::stri
     return KeysIn(statement);
 }
 
+bool HasPagesOf(Connection& connection, const std::string& line) {
+    Statement statement(connection, "SELECT 1" + kTakenUp + " AND line = ? LIMIT 1");
+    return statement.Bind(line).Step();
+}
+
 // Asked every second: the deliveries lead, of which few were moved.
-std::vector<MovedEvent> PendingMovedEvents(Connection& connection, const std::string& line) {
+std::vector<MovedEvent> PendingMovedEvents(Connection& connection) {
     std::vector<MovedEvent> moved;
     Statement statement(connection,
                         "SELECT moved.alarm, moved.alarm_group, moved.pager,"
-                        " moved.tries + CAST(event.PagerRetries AS INTEGER)"
+                        " moved.tries + CAST(event.PagerRetries AS INTEGER), event.line"
                         " FROM Host_Deliveries AS moved CROSS JOIN AlarmFwd_PagerEvents AS event"
                         " WHERE event.AlmLogID = moved.alarm"
                         " AND event.AlmGroup = moved.alarm_group"
                         " AND event.PagerDescr = moved.pager"
-                        " AND moved.tries > 0 AND event.line = ?"
+                        " AND moved.tries > 0 AND event.line <> ''"
                         " AND event.PagerState || '' = '2'");
-    statement.Bind(line);
     while (statement.Step()) {
-        moved.push_back({KeyIn(statement), statement.Number(3)});
+        moved.push_back({KeyIn(statement), statement.Number(3), std::string(statement.Text(4))});
     }
     return moved;
-}
-
-bool HasPagesOf(Connection& connection, const std::string& line) {
-    Statement statement(connection, "SELECT 1" + kTakenUp + " AND line = ? LIMIT 1");
-    return statement.Bind(line).Step();
 }
 
 std::vector<EventKey> PendingKeys(Connection& connection) {

@@ -54,16 +54,18 @@ std::vector<PageKey> PendingEvents(Connection& connection, const std::string& li
 // Those that are called so in the trace, which cuts long texts off. No alarm: any.
 std::vector<PageKey> PendingTracedEvents(Connection& connection, const std::string& line,
                                          const PageKey& traced);
-// Those that another line had before, with their tries over all lines.
-struct MovedEvent {
-    PageKey page;
-    int64_t tries;
-};
-std::vector<MovedEvent> PendingMovedEvents(Connection& connection, const std::string& line);
 // Whether a line's process has pages that its library goes through once a minute.
 bool HasPagesOf(Connection& connection, const std::string& line);
 
 // --- All pending ones.
+
+// Those that another line than theirs had before, with their tries over all lines.
+struct MovedEvent {
+    PageKey page;
+    int64_t tries;
+    std::string line;
+};
+std::vector<MovedEvent> PendingMovedEvents(Connection& connection);
 
 struct EventKey {
     int64_t row;

@@ -23,8 +23,11 @@ TEST(SqlForPostgres, LeavesTextsAsTheyAre) {
 }
 
 TEST(SqlForPostgres, TakesTheNumberThatATextBeginsWith) {
-    EXPECT_EQ("coalesce(substring(alarm.timestamp from '^\\s*([+-]?[0-9]{1,18})')::bigint, 0) < $1",
-              ForPostgres("CAST(alarm.timestamp AS INTEGER) < ?"));
+    EXPECT_EQ(
+        "CASE WHEN alarm.tries = '' THEN 0 WHEN length(alarm.tries) < 19"
+        " AND ltrim(alarm.tries, '0123456789') = '' THEN alarm.tries::bigint"
+        " ELSE coalesce(substring(alarm.tries from '^\\s*([+-]?[0-9]{1,18})')::bigint, 0) END < $1",
+        ForPostgres("CAST(alarm.tries AS INTEGER) < ?"));
 }
 
 TEST(SqlForPostgres, TakesATextForItsBytes) {
