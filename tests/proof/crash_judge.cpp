@@ -2,17 +2,14 @@
 #include "tests/proof/crash_judge.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 
+#include "tests/proof/ledger.h"
 #include "tests/proof/page_watch.h"
 
 namespace proof::crash {
 namespace {
-
-using Words = std::vector<std::string>;
 
 struct Page {
     bool answered = false;
@@ -65,7 +62,7 @@ bool IsOfAlarm(const std::string& pager, const std::string& text, int alarm) {
     return !carries_details || text == "OPS/Major/SRV1/pump" + std::to_string(alarm);
 }
 
-void Note(Story& story, const Words& words) {
+void Note(Story& story, const LedgerLine& words) {
     const std::string& what = words[0];
     const auto page = [&]() -> Page& { return story.pages[{Number(words[1]), words[2]}]; };
     if (what == "forward") {
@@ -103,12 +100,8 @@ void Note(Story& story, const Words& words) {
 
 Story Read(std::istream& ledger) {
     Story story;
-    for (std::string line; std::getline(ledger, line);) {
-        std::istringstream words(line);
-        const Words list{std::istream_iterator<std::string>(words), {}};
-        if (!list.empty()) {
-            Note(story, list);
-        }
+    for (const LedgerLine& line : ReadLedgerLines(ledger)) {
+        Note(story, line);
     }
     return story;
 }

@@ -17,7 +17,6 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -44,6 +43,7 @@
 #include "sim/testing.h"
 #include "tests/proof/crash_scenario.h"
 #include "tests/proof/file_calls.h"
+#include "tests/proof/ledger.h"
 #include "tests/proof/page_watch.h"
 
 namespace proof::crash {
@@ -72,15 +72,9 @@ class Ledger {
         }
     }
 
-    static std::vector<std::vector<std::string>> Read() {
-        std::vector<std::vector<std::string>> lines;
+    static std::vector<LedgerLine> Read() {
         std::ifstream file(kLedger);
-        for (std::string line; std::getline(file, line);) {
-            std::istringstream words(line);
-            lines.emplace_back(std::istream_iterator<std::string>(words),
-                               std::istream_iterator<std::string>());
-        }
-        return lines;
+        return ReadLedgerLines(file);
     }
 
  private:

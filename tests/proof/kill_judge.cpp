@@ -3,14 +3,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 
 #include "tests/proof/kill_points.h"
 #include "tests/proof/kill_scenario.h"
+#include "tests/proof/ledger.h"
 
 namespace proof::kills {
 namespace {
@@ -69,7 +68,7 @@ int SecondOf(const std::string& wall) {
     return static_cast<int>(std::stol(wall) - kStart);
 }
 
-void Note(Story& story, const std::vector<std::string>& words) {
+void Note(Story& story, const LedgerLine& words) {
     const std::string& what = words[0];
     if (what == "raised") {
         story.texts[words[1]] = words[2];
@@ -97,12 +96,8 @@ void Note(Story& story, const std::vector<std::string>& words) {
 }
 
 void ReadLedger(std::istream& ledger, Story& story) {
-    for (std::string line; std::getline(ledger, line);) {
-        std::istringstream words(line);
-        const std::vector<std::string> list{std::istream_iterator<std::string>(words), {}};
-        if (!list.empty()) {
-            Note(story, list);
-        }
+    for (const LedgerLine& line : ReadLedgerLines(ledger)) {
+        Note(story, line);
     }
 }
 

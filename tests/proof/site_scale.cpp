@@ -20,13 +20,13 @@
 #include "host/site/site_tables.h"
 #include "host/store/connection.h"
 #include "host/store/schema.h"
+#include "tests/proof/ledger.h"
 #include "tests/proof/site_databases.h"
 #include "tests/proof/site_scale_judge.h"
 #include "tests/proof/site_scale_keeper.h"
 #include "tests/proof/site_scale_scenario.h"
 #include "tests/proof/world_run.h"
 #include "tests/proof/write_watch.h"
-#include "tests/support/temp_dir.h"
 
 namespace proof::site_scale {
 namespace {
@@ -63,7 +63,7 @@ void MakeSite() {
 }
 
 void MakeExchange() {
-    std::ofstream text("exchange.toml");
+    std::ofstream text(kExchangeFile);
     for (int com = 1; com <= kLines; ++com) {
         // Quick to connect: waiting for it is nothing but looks at a quiet line.
         text << "[[line]]\nport = \"COM " << com << "\"\ndigit_ms = 10\ntraining_ms = 100\n";
@@ -97,28 +97,20 @@ struct Ledger {
 Ledger ReadLedger(Books& books) {
     Ledger found;
     std::ifstream ledger(kLedger);
-    for (std::string line; std::getline(ledger, line);) {
-        std::istringstream words(line);
-        std::string what, name;
-        words >> what >> name;
+    for (const LedgerLine& line : ReadLedgerLines(ledger)) {
+        const std::string& what = line.front();
         if (what == "raised") {
-            int number = 0;
-            Alarm alarm;
-            words >> number >> alarm.group >> alarm.raised;
-            books.alarms[number] = alarm;
-            found.numbers[name] = number;
+            const int number = std::stoi(line.at(2));
+            books.alarms[number] = {std::stoi(line.at(3)), std::stol(line.at(4))};
+            found.numbers[line.at(1)] = number;
         } else if (what == "killed") {
-            found.killed.push_back(name);
+            found.killed.push_back(line.at(1));
         } else if (what == "sample") {
-            std::string whose;
-            long pages = 0;
-            int descriptors = 0;
-            words >> whose >> pages >> descriptors;
-            found.sizes[{name, whose.find("-line") == std::string::npos ? "nodes" : "lines"}].Add(
-                pages, descriptors);
+            const bool of_line = line.at(2).find("-line") != std::string::npos;
+            found.sizes[{line.at(1), of_line ? "lines" : "nodes"}].Add(std::stol(line.at(3)),
+                                                                       std::stoi(line.at(4)));
         } else if (what == "node") {
-            words >> line;
-            found.ended_well += line == "0" ? 1 : 0;
+            found.ended_well += line.at(2) == "0" ? 1 : 0;
         } else if (what == "end") {
             found.is_whole = true;
         }
@@ -257,11 +249,7 @@ bool Report(double processor_seconds, double real_seconds) {
 }
 
 bool RunScale(const std::string& alarms, const fs::path& binaries, const fs::path& libraries) {
-    if (fs::exists("/dev/shm")) {
-        setenv("TMPDIR", "/dev/shm", 0);
-    }
-    const test_support::TempDir folder;
-    setenv("TZ", "UTC", 1);
+    const WorldFolder folder;
     const std::unique_ptr<SiteDatabases> databases = OpenSiteDatabases("postgres");
     const std::string database = databases->Make(fs::current_path());
     databases->Show(database);
@@ -269,9 +257,7 @@ bool RunScale(const std::string& alarms, const fs::path& binaries, const fs::pat
     databases->FollowTheWorld(database);
     MakeExchange();
     const auto begin = std::chrono::steady_clock::now();
-    RunToEnd({binaries / "pagersim", "--quiet", "--exchange", "exchange.toml", "--report", kReport,
-              "--", fs::read_symlink("/proc/self/exe"), "keep", alarms, binaries / "pagerfwd",
-              libraries / "libPagerFwd.so"});
+    KeepInWorld(alarms, binaries, libraries);
     return Report(ProcessorSecondsOfChildren(),
                   std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
 }

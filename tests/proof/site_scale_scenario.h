@@ -64,7 +64,6 @@ inline std::string TextOf(int number) {
 //   end
 
 constexpr const char* kLedger = "ledger";
-constexpr const char* kReport = "report.json";
 
 }  // namespace proof::site_scale
 

@@ -13,7 +13,6 @@
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <stdexcept>
 
 #include "host/pages/history.h"
@@ -24,12 +23,12 @@
 #include "host/store/database_name.h"
 #include "host/store/schema.h"
 #include "host/store/tables/sends.h"
+#include "tests/proof/ledger.h"
 #include "tests/proof/site_databases.h"
 #include "tests/proof/site_soak_judge.h"
 #include "tests/proof/site_soak_keeper.h"
 #include "tests/proof/site_soak_scenario.h"
 #include "tests/proof/world_run.h"
-#include "tests/support/temp_dir.h"
 
 namespace proof::site_soak {
 namespace {
@@ -61,7 +60,7 @@ void MakeSite() {
 }
 
 void MakeExchange() {
-    std::ofstream text("exchange.toml");
+    std::ofstream text(kExchangeFile);
     for (size_t line = 0; line < kLines.size(); ++line) {
         // Quick to connect: waiting for it is nothing but looks at a quiet line.
         text << "[[line]]\nport = \"COM " << PortOf(line, Modem::kGood)
@@ -95,25 +94,24 @@ struct Ledger {
 Ledger ReadLedger(Books& books) {
     Ledger found;
     std::ifstream ledger(kLedger);
-    for (std::string line; std::getline(ledger, line);) {
-        std::istringstream words(line);
-        std::string what, name;
-        words >> what >> name;
+    for (const LedgerLine& line : ReadLedgerLines(ledger)) {
+        const std::string& what = line.front();
         if (what == "raised") {
-            words >> books.groups[name];
+            books.groups[line.at(1)] = line.at(2);
         } else if (what == "acknowledged") {
-            books.acknowledged.insert(name);
+            books.acknowledged.insert(line.at(1));
         } else if (what == "killed") {
-            words >> line;
-            books.kills.emplace_back(line, std::stol(name));
+            books.kills.emplace_back(line.at(2), std::stol(line.at(1)));
         } else if (what == "trouble") {
             ++found.troubles;
         } else if (what == "node") {
-            found.node_ended_well = name == "0";
+            found.node_ended_well = line.at(1) == "0";
         } else if (what == "sample") {
             soak::Sample sample;
-            words >> sample.hour >> sample.resident_pages >> sample.descriptors;
-            found.samples[name].push_back(sample);
+            sample.hour = std::stoi(line.at(2));
+            sample.resident_pages = std::stol(line.at(3));
+            sample.descriptors = std::stoi(line.at(4));
+            found.samples[line.at(1)].push_back(sample);
         }
     }
     return found;
@@ -302,20 +300,14 @@ bool Report(int days, double seconds) {
 
 bool RunSoak(const std::string& days, const fs::path& binaries, const fs::path& libraries,
              const std::string& kind) {
-    if (fs::exists("/dev/shm")) {
-        setenv("TMPDIR", "/dev/shm", 0);
-    }
-    const test_support::TempDir folder;
-    setenv("TZ", "UTC", 1);
+    const WorldFolder folder;
     const std::unique_ptr<SiteDatabases> databases = OpenSiteDatabases(kind);
     const std::string database = databases->Make(fs::current_path());
     databases->Show(database);
     MakeSite();
     databases->FollowTheWorld(database);
     MakeExchange();
-    RunToEnd({binaries / "pagersim", "--quiet", "--exchange", "exchange.toml", "--report", kReport,
-              "--", fs::read_symlink("/proc/self/exe"), "keep", days, binaries / "pagerfwd",
-              libraries / "libPagerFwd.so"});
+    KeepInWorld(days, binaries, libraries);
     return Report(std::stoi(days), ProcessorSecondsOfChildren());
 }
 

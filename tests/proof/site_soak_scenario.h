@@ -55,7 +55,6 @@ constexpr int kGroups = 10;
 //   end
 
 constexpr const char* kLedger = "ledger";
-constexpr const char* kReport = "report.json";
 
 }  // namespace proof::site_soak
 

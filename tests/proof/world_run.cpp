@@ -7,10 +7,13 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace proof {
 namespace {
+
+namespace fs = std::filesystem;
 
 std::vector<char*> ArgumentsOf(const std::vector<std::string>& words) {
     std::vector<char*> arguments;
@@ -20,8 +23,6 @@ std::vector<char*> ArgumentsOf(const std::vector<std::string>& words) {
     arguments.push_back(nullptr);
     return arguments;
 }
-
-}  // namespace
 
 void RunToEnd(const std::vector<std::string>& words) {
     const std::vector<char*> arguments = ArgumentsOf(words);
@@ -37,6 +38,22 @@ void RunToEnd(const std::vector<std::string>& words) {
     if (status != 0) {
         throw std::runtime_error(words[0] + " ended with " + std::to_string(status));
     }
+}
+
+}  // namespace
+
+WorldFolder::WorldFolder() {
+    if (fs::exists("/dev/shm")) {
+        setenv("TMPDIR", "/dev/shm", 0);
+    }
+    setenv("TZ", "UTC", 1);
+    folder_.emplace();
+}
+
+void KeepInWorld(const std::string& how_long, const fs::path& binaries, const fs::path& libraries) {
+    RunToEnd({binaries / "pagersim", "--quiet", "--exchange", kExchangeFile, "--report", kReport,
+              "--", fs::read_symlink("/proc/self/exe"), "keep", how_long, binaries / "pagerfwd",
+              libraries / "libPagerFwd.so"});
 }
 
 double ProcessorSecondsOfChildren() {
