@@ -22,6 +22,9 @@ std::string NamesOfNodes(const Site& site) {
 
 void CheckName(const Site& site, size_t index, Findings& findings) {
     const SaidText& name = site.nodes[index].name;
+    if (name.missing) {
+        return;
+    }
     if (name.value.empty()) {
         findings.Error(name.line, "a node has no name", "No host could run it.",
                        "Add a line such as: name = \"north\"");

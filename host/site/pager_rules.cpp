@@ -29,6 +29,9 @@ bool IsPlain(const Pager& pager) {
 
 void CheckDescription(const Site& site, size_t index, Findings& findings) {
     const SaidText& description = site.pagers[index].description;
+    if (description.missing) {
+        return;
+    }
     if (description.value.empty()) {
         findings.Error(description.line, "a pager has no description",
                        "An alarm names its pagers by their description.",
@@ -48,7 +51,7 @@ void CheckDescription(const Site& site, size_t index, Findings& findings) {
 }
 
 void CheckType(const Pager& pager, Findings& findings) {
-    if (CellFor(kPagerTypes, pager.type.value) == nullptr) {
+    if (!pager.type.missing && CellFor(kPagerTypes, pager.type.value) == nullptr) {
         findings.Error(pager.type.line,
                        PagerCalled(pager) + ": there is no type " + InQuotes(pager.type.value),
                        "It could not be told how to page it.",
@@ -63,6 +66,9 @@ bool HasDigit(std::string_view text) {
 void CheckNumber(const Pager& pager, Findings& findings) {
     const std::string& number = pager.number.value;
     const size_t at = number.find('@');
+    if (pager.number.missing) {
+        return;
+    }
     if (!HasDigit(number)) {
         findings.Error(pager.number.line,
                        PagerCalled(pager) + ": the number " + InQuotes(number) + " has no digits",

@@ -34,6 +34,9 @@ std::string ListOfSpeeds() {
 constexpr size_t kLongestName = 80;
 
 void CheckName(const Port& port, Findings& findings) {
+    if (port.name.missing) {
+        return;
+    }
     if (port.name.value.size() > kLongestName) {
         findings.Error(
             port.name.line,

@@ -15,6 +15,7 @@ template <typename T>
 struct Said {
     T value{};
     int line = 0;
+    bool missing = false;  // from a file that has to say it: told by its reader, and by no rule
 };
 
 using SaidText = Said<std::string>;

@@ -115,12 +115,15 @@ SaidText TomlReader::Text(const char* key, const char* otherwise) {
 }
 
 SaidText TomlReader::Text(const char* key) {
-    if (state_->table->get(key) == nullptr) {
+    const bool missing = state_->table->get(key) == nullptr;
+    if (missing) {
         state_->findings->Error(state_->line, state_->NameOf(key) + " is missing",
                                 "Without it, this part has no meaning.",
                                 "Add a line: " + std::string(key) + " = \"...\"");
     }
-    return Text(key, "");
+    SaidText text = Text(key, "");
+    text.missing = missing;
+    return text;
 }
 
 SaidNumber TomlReader::Number(const char* key, int64_t otherwise) {

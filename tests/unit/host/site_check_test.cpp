@@ -115,6 +115,26 @@ TEST(Commands, NameAProgramThatIsFoundFromAnywhere) {
                 ElementsAre("52: [heartbeat]: the command names no program"));
 }
 
+// What follows from it isn't told besides.
+TEST(SoundSite, HasOneMistakeWhereSomethingIsMissing) {
+    const auto mistakes_with = [](const std::string& part) {
+        std::vector<std::string> mistakes = Mistakes(std::string(kSound) + part);
+        for (std::string& mistake : mistakes) {
+            mistake.erase(0, mistake.find(' ') + 1);
+        }
+        return mistakes;
+    };
+    EXPECT_THAT(mistakes_with("[[pager]]\ntype = \"ntt\"\nnumber = \"5550113\"\n"),
+                ElementsAre("pager.description is missing"));
+    EXPECT_THAT(mistakes_with("[[pager]]\ndescription = \"x\"\nnumber = \"5550113\"\n"),
+                ElementsAre("pager.type is missing"));
+    EXPECT_THAT(mistakes_with("[[pager]]\ndescription = \"x\"\ntype = \"sms1\"\n"),
+                ElementsAre("pager.number is missing"));
+    EXPECT_THAT(mistakes_with("[[port]]\ndevice = \"/dev/ttyS5\"\n[port.pager]\ndial = \"ATDT\"\n"),
+                ElementsAre("port.name is missing"));
+    EXPECT_THAT(mistakes_with("[[node]]\n"), ElementsAre("node.name is missing"));
+}
+
 struct SiteCase {
     int line;
     const char* replacement;
