@@ -19,10 +19,18 @@ std::string WordsFor(const Tenure& tenure) {
            (tenure.line.empty() ? "" : ", line " + tenure.line);
 }
 
+std::unique_ptr<Driver> Open(const std::string& path, Connection::Mode mode) {
+    if (path.size() > kLongestDatabaseName) {
+        throw StoreError("the database's name has more than " +
+                         std::to_string(kLongestDatabaseName) + " bytes");
+    }
+    return IsOnServer(path) ? OpenPostgres(path, mode) : OpenSqlite(path, mode);
+}
+
 }  // namespace
 
 Connection::Connection(const std::string& path, Mode mode)
-    : path_(path), driver_(IsOnServer(path) ? OpenPostgres(path, mode) : OpenSqlite(path, mode)) {}
+    : path_(path), driver_(Open(path, mode)) {}
 
 std::string Connection::Name() const {
     return ShownName(path_);

@@ -81,6 +81,9 @@ std::string ShownName(const std::string& name) {
     if (!IsOnServer(name)) {
         return name;
     }
+    if (name.size() > kLongestDatabaseName) {
+        return "postgresql://...";
+    }
     if (name.find("://") != std::string::npos) {
         return ShownAddress(name);
     }
@@ -89,7 +92,7 @@ std::string ShownName(const std::string& name) {
 }
 
 bool HasPassword(const std::string& name) {
-    return ShownName(name) != name;
+    return name.size() <= kLongestDatabaseName && ShownName(name) != name;
 }
 
 namespace {

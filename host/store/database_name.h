@@ -3,12 +3,16 @@
 #ifndef PAGERFWD_HOST_STORE_DATABASE_NAME_H
 #define PAGERFWD_HOST_STORE_DATABASE_NAME_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace host {
 
 bool IsOnServer(std::string_view name);
+
+// Bytes. A longer one is no database's, and isn't taken apart: a Connection refuses it.
+constexpr size_t kLongestDatabaseName = 4096;
 
 // As it may be shown and logged: without the password.
 std::string ShownName(const std::string& name);

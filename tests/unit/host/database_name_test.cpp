@@ -77,5 +77,22 @@ TEST(NameOfADatabase, IsTheOnlyThingToldOfAServerThatCantBeReached) {
     }
 }
 
+TEST(NameOfADatabase, IsNoneWhereItIsTooLong) {
+    const std::string rest(200'000, 'a');
+    for (const std::string& name :
+         {"postgresql://anna:" + rest + "@db/site", "postgresql://db/site?" + rest + "=1",
+          "host=db password='" + rest + "' dbname=site", rest}) {
+        EXPECT_EQ(IsOnServer(name) ? "postgresql://..." : name, ShownName(name));
+        EXPECT_FALSE(HasPassword(name));
+        EXPECT_NE("", BesideName(name));
+        try {
+            const Connection connection(name);
+            FAIL() << "there is no such database";
+        } catch (const StoreError& error) {
+            EXPECT_STREQ("the database's name has more than 4096 bytes", error.what());
+        }
+    }
+}
+
 }  // namespace
 }  // namespace host
