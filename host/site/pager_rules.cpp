@@ -64,11 +64,11 @@ bool HasDigit(std::string_view text) {
 }
 
 void CheckNumber(const Pager& pager, Findings& findings) {
-    const std::string& number = pager.number.value;
-    const size_t at = number.find('@');
     if (pager.number.missing) {
         return;
     }
+    const std::string& number = pager.number.value;
+    const size_t at = number.find('@');
     if (!HasDigit(number)) {
         findings.Error(pager.number.line,
                        PagerCalled(pager) + ": the number " + InQuotes(number) + " has no digits",

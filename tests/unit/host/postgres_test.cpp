@@ -90,6 +90,21 @@ TEST_F(OnAServer, AnotherProgramsNumbersAndTextsAreTakenAsInAFile) {
     EXPECT_THAT(statement.Numbers(), ::testing::ElementsAre(978948000, 12, 0, 0, -7));
 }
 
+// Where a number would be too large for the server, the question would fail, for all rows.
+TEST_F(OnAServer, ATextOfManyDigitsIsANumberOfEighteen) {
+    Connection connection(database);
+    CreateTables(connection);
+    for (const char* time : {"123456789012345678", "1234567890123456789", "-99999999999999999999",
+                             "00000000000000000000000000000000000001"}) {
+        OwnPostgres::Ask(database,
+                         std::string("INSERT INTO AlarmLog (timestamp) VALUES ('") + time + "')");
+    }
+    Statement statement(connection,
+                        "SELECT CAST(timestamp AS INTEGER) FROM AlarmLog ORDER BY row_id");
+    EXPECT_THAT(statement.Numbers(), ::testing::ElementsAre(123456789012345678, 123456789012345678,
+                                                            -999999999999999999, 0));
+}
+
 TEST_F(OnAServer, AConnectionThatWasLostIsMadeAgain) {
     Connection connection(database);
     CreateTables(connection);
